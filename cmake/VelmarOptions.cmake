@@ -1,0 +1,28 @@
+# Compiler settings shared by every target: link velmar_options and nothing else.
+add_library(velmar_options INTERFACE)
+target_compile_features(velmar_options INTERFACE cxx_std_20)
+target_compile_definitions(velmar_options INTERFACE
+    QT_NO_CAST_FROM_ASCII
+    QT_NO_CONTEXTLESS_CONNECT
+    QT_NO_KEYWORDS
+    QT_DISABLE_DEPRECATED_UP_TO=0x060400)
+target_compile_options(velmar_options INTERFACE -Wall -Wextra -Wpedantic)
+
+option(VELMAR_SANITIZE "Build with AddressSanitizer and UndefinedBehaviorSanitizer" OFF)
+if(VELMAR_SANITIZE)
+    target_compile_options(velmar_options INTERFACE
+        -fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+    target_link_options(velmar_options INTERFACE -fsanitize=address,undefined)
+endif()
+
+option(VELMAR_WERROR "Treat warnings as errors" OFF)
+if(VELMAR_WERROR)
+    target_compile_options(velmar_options INTERFACE -Werror)
+endif()
+
+# Folders are added while they are being written; one without a CMakeLists.txt yet is skipped.
+macro(velmar_add_folder dir)
+    if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${dir}/CMakeLists.txt)
+        add_subdirectory(${dir})
+    endif()
+endmacro()

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QRect>
+#include <QString>
+
+class QObject;
+
+// Every message box and balloon tip of the console goes through this interface,
+// so logic classes can ask questions without knowing about widgets and tests
+// can script the answers and read what was shown.
+class MessageService
+{
+public:
+    enum class Icon { None, Information, Exclamation, Error, Question };
+    enum class Buttons { Ok, OkCancel, YesNo, YesNoCancel };
+    // Results carry the dialog ids the designed code compares against.
+    enum Result { Ok = 1, Cancel = 2, Yes = 6, No = 7 };
+
+    struct Box
+    {
+        QString text;
+        QString title;
+        Buttons buttons = Buttons::Ok;
+        Icon icon = Icon::None;
+        QObject *parent = nullptr; // a QWidget for the real boxes; nullptr means no owner window
+    };
+
+    struct Balloon
+    {
+        QString title;
+        QString text;
+        Icon icon = Icon::Exclamation;
+        int timeoutMs = 3000;
+        QObject *anchor = nullptr; // widget the tip points at; nullptr: the main window
+        QRect cell;                // area inside the anchor (a grid cell), empty for the whole widget
+    };
+
+    virtual ~MessageService() = default;
+    virtual int showMessage(const Box &box) = 0;
+    virtual void showBalloon(const Balloon &balloon) = 0;
+};

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "DbError.h"
+
+#include <QString>
+
+#include <memory>
+
+class Recordset;
+class SqlTrace;
+struct DbConnectionPrivate;
+
+// A reference-counted connection handle. An empty handle is a valid value that
+// means no connection is open; any use of it raises InvalidPointer. The
+// connection closes when the last handle is dropped. A connection belongs to
+// the thread that opened it and is never shared with another.
+class DbConnection
+{
+public:
+    DbConnection();
+    ~DbConnection();
+    DbConnection(const DbConnection &);
+    DbConnection &operator=(const DbConnection &);
+
+    // Opens connectionString (see ConnectionTarget); raises DbException.
+    static DbConnection open(const QString &connectionString, SqlTrace *trace = nullptr);
+
+    bool isNull() const { return !d; }
+    // "QSQLITE", "QODBC: PostgreSQL Unicode", ...
+    QString source() const;
+
+    // Runs one statement; raises DbException. A text that would run a second
+    // statement is refused. The returned record set is forward-only.
+    Recordset execute(const QString &sql);
+
+private:
+    std::shared_ptr<DbConnectionPrivate> d;
+    friend class Recordset;
+};
