@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CodePage.h"
 #include "RegistryTypes.h"
 
 #include <QString>
@@ -12,7 +13,9 @@ class RegistryHives;
 class CRegistry
 {
 public:
-    CRegistry(RegistryHives &hives, RegistryRoot root);
+    // Like the registry's predefined handles, the new object stands on the root
+    // key itself until a key is created or opened. Byte sizes count in codePage.
+    CRegistry(RegistryHives &hives, RegistryRoot root, CodePage codePage = CodePage::system());
     ~CRegistry();
     CRegistry(const CRegistry &) = delete;
     CRegistry &operator=(const CRegistry &) = delete;
@@ -26,10 +29,12 @@ public:
     qint32 writeNumberQuietly(const QString &name, qint32 value);
     // Stores the terminating zero: the recorded size is the byte length + 1.
     bool writeString(const QString &name, const QString &value);
-    // The out value is set only on success.
+    // The out value is set only on success. A value of another type fails (see
+    // the definition for the status).
     bool readNumber(const QString &name, qint32 &value);
-    // Reads into a 200-byte buffer: a value of 200 bytes or more (terminator
-    // included) fails with MoreData and leaves value unchanged.
+    // Reads into a 200-byte buffer: 199 bytes of text plus the terminator fit;
+    // a longer value fails with MoreData (lastSize() then says how much it
+    // needs) and leaves value unchanged.
     bool readString(const QString &name, QString &value);
 
     qint32 lastResult() const { return m_lastResult; }
@@ -42,14 +47,16 @@ public:
 
 private:
     RegistryHives &m_hives;
+    CodePage m_codePage;
     qint32 m_lastResult = RegistryStatus::Success;
     quint32 m_lastType = RegistryType::None;
     quint32 m_lastSize = 0;
     RegistryHive *m_hive = nullptr; // the open key's hive; nullptr when closed
     RegistryRoot m_root;
-    QString m_keyName;
+    QString m_keyName; // the path given to the last openKey
+    QString m_openPath; // the path of the key the handle stands for
 };
 
 // The read-only reader (read access, 1024-byte buffer): 1 on success, -1 on any failure.
 int readRegistryString(const RegistryHives &hives, RegistryRoot root, const QString &subKey,
-                       const QString &name, QString &value);
+    const QString &name, QString &value);

@@ -26,5 +26,7 @@ constexpr qint32 InvalidParameter = 87;
 constexpr qint32 MoreData = 234;
 constexpr qint32 BadDatabase = 1009; // the hive file cannot be parsed
 constexpr qint32 KeyDeleted = 1018;
+constexpr qint32 ChildMustBeVolatile = 1021; // a lasting key under a volatile one
+constexpr qint32 UnsupportedType = 1630; // the value is not of the type asked for
 constexpr qint32 WriteFault = 29;
 } // namespace RegistryStatus

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "DbError.h"
-
-#include <QString>
+#include "SqlStatementText.h"
 
 #include <memory>
+#include <QString>
 
 class Recordset;
 class SqlTrace;
@@ -28,12 +28,15 @@ public:
     bool isNull() const { return !d; }
     // "QSQLITE", "QODBC: PostgreSQL Unicode", ...
     QString source() const;
+    // The database behind the connection (Unknown for an empty handle).
+    SqlDialect dialect() const;
 
     // Runs one statement; raises DbException. A text that would run a second
     // statement is refused. The returned record set is forward-only.
     Recordset execute(const QString &sql);
 
 private:
+    explicit DbConnection(std::shared_ptr<DbConnectionPrivate> d);
     std::shared_ptr<DbConnectionPrivate> d;
     friend class Recordset;
 };

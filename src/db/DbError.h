@@ -1,8 +1,7 @@
 #pragma once
 
-#include <QString>
-
 #include <exception>
+#include <QString>
 
 // A database failure as the console reports it: HRESULT, system text, source
 // (the driver) and the database's own description.

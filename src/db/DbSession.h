@@ -3,6 +3,7 @@
 #include "DbConnection.h"
 #include "DbError.h"
 
+#include <atomic>
 #include <QMutex>
 #include <QString>
 
@@ -17,7 +18,7 @@ class DbSession
 {
 public:
     DbSession(const RegistryHives &hives, QString profilePath, QString accessDatabasePath,
-              MessageService &messages, SqlTrace *trace = nullptr);
+        MessageService &messages, SqlTrace *trace = nullptr);
 
     // Returns an empty handle without opening anything when "DBAddr" of "DBInfo"
     // is set; otherwise openConnection().
@@ -35,7 +36,7 @@ public:
     // *wasNull is set to 1 for NULL. Returns 1, or 0 after formatting a failure
     // into the error text.
     int readTextField(Recordset &set, const QString &name, QString &text, int *wasNull = nullptr,
-                      bool substituteNull = false);
+        bool substituteNull = false);
 
     // The last failure text, "(%x) %s\r\nSource - %s\r\nDesc - %s".
     QString lastErrorText() const;
@@ -48,7 +49,7 @@ private:
     QString m_profilePath;
     QString m_accessDatabasePath;
     MessageService &m_messages;
-    SqlTrace *m_trace;
+    std::atomic<SqlTrace *> m_trace;
     mutable QMutex m_errorMutex;
     QString m_lastErrorText;
 };

@@ -1,0 +1,151 @@
+#!/usr/bin/env bash
+# Load and save benchmark of the console's database code at 100,000 members.
+#
+#   scripts/bench.sh [--check] [--keep] [--build-dir DIR] [--work-dir DIR] [--seed N]
+#
+# Generates the bench preset (velmar-gen --preset bench), runs
+# `velmarctl load` and `velmarctl resave` on it with an SQL trace, then runs
+# the statements of each trace through the sqlite3 shell on a fresh copy of the
+# same database (WAL, synchronous=NORMAL, one autocommit statement at a time,
+# as the console runs them) and prints both side by side with the targets.
+# Wall time and peak resident memory come from /usr/bin/time.
+#
+# --check exits with status 1 when a target is missed; --keep leaves the work
+# folder (traces, shell input, outputs) in place.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+
+check=0
+keep=0
+build=""
+work=""
+seed=20071008
+while [ $# -gt 0 ]; do
+  case "$1" in
+    --check) check=1 ;;
+    --keep) keep=1 ;;
+    --build-dir) build=$2; shift ;;
+    --work-dir) work=$2; shift ;;
+    --seed) seed=$2; shift ;;
+    -h|--help) sed -n '2,15p' "$0"; exit 0 ;;
+    *) echo "bench.sh: unknown argument $1" >&2; exit 2 ;;
+  esac
+  shift
+done
+
+for tool in /usr/bin/time sqlite3; do
+  if ! command -v "$tool" >/dev/null; then
+    echo "bench.sh: $tool is missing; run scripts/install-deps.sh" >&2
+    exit 2
+  fi
+done
+
+# An optimised build unless one is named: the targets are for release code.
+if [ -z "$build" ]; then
+  build="$root/build/release"
+  bash "$root/scripts/build.sh" release velmar-gen velmarctl velmar-trace-to-sqlite >/dev/null
+fi
+gen="$build/tools/generator/velmar-gen"
+ctl="$build/tools/velmarctl/velmarctl"
+conv="$build/bench/velmar-trace-to-sqlite"
+for exe in "$gen" "$ctl" "$conv"; do
+  [ -x "$exe" ] || { echo "bench.sh: $exe is not built" >&2; exit 2; }
+done
+
+if [ -z "$work" ]; then
+  work=$(mktemp -d "${TMPDIR:-/tmp}/velmar-bench.XXXXXX")
+  [ "$keep" = 1 ] || trap 'rm -rf "$work"' EXIT
+else
+  mkdir -p "$work"
+fi
+server="$work/server"
+db="$server/VelmarDB.mdb"
+
+# measure OUT ERR COMMAND...: runs the command under /usr/bin/time with its
+# output in OUT and ERR; prints "seconds peak-KB".
+measure() {
+  local out=$1 err=$2
+  shift 2
+  local stats="$work/.time"
+  # The shell goes on after a failing statement and then exits non-zero; its
+  # errors are counted separately.
+  if ! /usr/bin/time -f '%e %M' -o "$stats" "$@" >"$out" 2>"$err" && [ -z "${tolerant:-}" ]; then
+    echo "bench.sh: failed: $*" >&2
+    tail -20 "$err" >&2
+    return 1
+  fi
+  tail -1 "$stats"
+}
+
+echo "work folder: $work"
+echo "generating the bench preset ..."
+res=$(measure "$work/gen.out" "$work/gen.err" "$gen" --out "$server" --preset bench --seed "$seed")
+read -r gen_s gen_kb <<<"$res"
+sed -n 's/^/  /;3p' "$work/gen.out"
+cp "$db" "$work/pristine.mdb"
+
+common=(--server-dir "$server" --registry-dir "$server/registry")
+echo "velmarctl load ..."
+res=$(measure "$work/load.out" "$work/load.err" "$ctl" load "${common[@]}" --sql-trace "$work/load.sql")
+read -r load_s load_kb <<<"$res"
+echo "velmarctl resave ..."
+res=$(measure "$work/save.out" "$work/save.err" "$ctl" resave "${common[@]}" --sql-trace "$work/save.sql")
+read -r save_s save_kb <<<"$res"
+
+# The reference: the same statements through the sqlite3 shell, each phase
+# on a fresh copy of the database as generated.
+shell_run() {
+  local phase=$1
+  "$conv" "$work/$phase.sql" >"$work/$phase.shell.sql" 2>"$work/$phase.count"
+  rm -f "$work/ref.mdb" "$work/ref.mdb-wal" "$work/ref.mdb-shm"
+  cp "$work/pristine.mdb" "$work/ref.mdb"
+  # SELECT results go nowhere: the console reads them into memory, the shell
+  # would only print them.
+  tolerant=1 measure /dev/null "$work/$phase.shell.err" sqlite3 "$work/ref.mdb" ".read $work/$phase.shell.sql"
+}
+echo "sqlite3 shell, load statements ..."
+res=$(shell_run load)
+read -r ref_load_s ref_load_kb <<<"$res"
+echo "sqlite3 shell, save statements ..."
+res=$(shell_run save)
+read -r ref_save_s ref_save_kb <<<"$res"
+
+# Round trip: after load and resave the tables hold the rows they held.
+tables=(Member '[Group]' Relation Rank AccessToken VoipInfo VoipNumberList Folder UserAuthority
+        GroupAuthority CONTENTS)
+differs=""
+for t in "${tables[@]}"; do
+  a=$(sqlite3 "$work/pristine.mdb" "SELECT * FROM $t" | sort | md5sum)
+  b=$(sqlite3 "$db" "SELECT * FROM $t" | sort | md5sum)
+  [ "$a" = "$b" ] || differs="$differs $t"
+done
+
+status=0
+awk -v gen_s="$gen_s" -v gen_kb="$gen_kb" \
+    -v load_s="$load_s" -v load_kb="$load_kb" -v save_s="$save_s" -v save_kb="$save_kb" \
+    -v rload_s="$ref_load_s" -v rload_kb="$ref_load_kb" -v rsave_s="$ref_save_s" -v rsave_kb="$ref_save_kb" \
+    -v nload="$(cut -d' ' -f1 "$work/load.count")" -v nsave="$(cut -d' ' -f1 "$work/save.count")" \
+    -v check="$check" '
+function verdict(ours, ref, limit, ratio_limit, kb,    ok) {
+  ok = ours <= limit && (ref <= 0 || ours / ref <= ratio_limit) && kb / 1024 <= 500
+  if (!ok) missed = 1
+  return ok ? "met" : "MISSED"
+}
+BEGIN {
+  printf "\n%-6s %10s %10s %16s %7s %10s %10s  %-32s %s\n", "phase", "statements", "ours (s)", "sqlite3 shell (s)", "ratio", "ours (MB)", "shell (MB)", "target", "result"
+  printf "%-6s %10d %10.2f %16.2f %7.2f %10.0f %10.0f  %-32s %s\n", "load", nload, load_s, rload_s, (rload_s > 0 ? load_s / rload_s : 0), load_kb / 1024, rload_kb / 1024, "<= 3 s, <= 2x, <= 500 MB", verdict(load_s, rload_s, 3, 2, load_kb)
+  printf "%-6s %10d %10.2f %16.2f %7.2f %10.0f %10.0f  %-32s %s\n", "save", nsave, save_s, rsave_s, (rsave_s > 0 ? save_s / rsave_s : 0), save_kb / 1024, rsave_kb / 1024, "<= 15 s, <= 1.3x, <= 500 MB", verdict(save_s, rsave_s, 15, 1.3, save_kb)
+  printf "\ngeneration of the bench preset: %.2f s, %.0f MB\n", gen_s, gen_kb / 1024
+  exit (check && missed) ? 1 : 0
+}' || status=$?
+for phase in load save; do
+  errors=$(grep -c '^\(Parse error\|Runtime error\|Error\)' "$work/$phase.shell.err" || true)
+  [ "$errors" = 0 ] || echo "sqlite3 shell: $errors failing statements in the $phase trace (see $work/$phase.shell.err)"
+done
+if [ -n "$differs" ]; then
+  echo "round trip: tables changed by load + resave:$differs"
+else
+  echo "round trip: every table holds the rows it held before"
+fi
+echo "(save = the whole 'velmarctl resave' run, which loads before it saves; 2 cores, $(nproc) online, load average $(cut -d' ' -f1-3 /proc/loadavg))"
+exit $status

@@ -1,0 +1,396 @@
+#include "CMainFrame.h"
+
+#include "CAboutDlg.h"
+#include "CAdminLoginDlg.h"
+#include "CAdmSetupPasswordDlg.h"
+#include "CMainFormView.h"
+#include "CommandIds.h"
+#include "CRegistry.h"
+#include "CVelmarManagerDoc.h"
+#include "OutlookBar.h"
+#include "ViewIds.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDir>
+#include <QFileInfo>
+#include <QMenuBar>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QStatusBar>
+#include <QStyle>
+#include <QToolBar>
+
+using namespace Qt::StringLiterals;
+
+const QString CMainFrame::ConsoleKeyPath = u"Software\\Velmar\\VelmarManager"_s;
+const QString CMainFrame::DatabaseKeyPath = u"SOFTWARE\\Velmar\\Services\\DataBase"_s;
+
+namespace {
+QString mdbPath(const QString &programDirectory)
+{
+    // "%s\%s": the separator is this platform's; a doubled one stays doubled.
+    return u"%1/%2"_s.arg(programDirectory, u"VelmarDB.mdb"_s);
+}
+
+struct ViewPlaceholder
+{
+    int id;
+    QString group;
+    QString caption;
+    QStyle::StandardPixmap icon;
+};
+
+// The views of the features still to come keep their place in the bar, greyed.
+const QList<ViewPlaceholder> &viewPlaceholders()
+{
+    static const QList<ViewPlaceholder> list = {
+        { ViewId::Organize, u"类别管理"_s, u"组织管理"_s, QStyle::SP_DirIcon },
+        { ViewId::Position, u"类别管理"_s, u"等级管理"_s, QStyle::SP_FileDialogListView },
+        { ViewId::AccessControl, u"会员管理"_s, u"权限管理"_s, QStyle::SP_DialogApplyButton },
+        { ViewId::Notice, u"会员管理"_s, u"公告管理"_s, QStyle::SP_FileDialogInfoView },
+        { ViewId::FileBox, u"BOX编辑"_s, u"文件夹权限"_s, QStyle::SP_DriveNetIcon },
+        { ViewId::ChatLog, u"日志管理"_s, u"对话记录"_s, QStyle::SP_FileDialogContentsView },
+        { ViewId::SystemLog, u"日志管理"_s, u"系统日志"_s, QStyle::SP_FileDialogDetailedView },
+        { ViewId::UserLog, u"日志管理"_s, u"用户日志"_s, QStyle::SP_FileIcon },
+    };
+    return list;
+}
+} // namespace
+
+CMainFrame::CMainFrame(const MainFrameContext &context, QWidget *parent)
+    : QMainWindow(parent)
+    , m_context(context)
+    , m_programDirectory(context.programDirectory)
+    , m_accessDatabasePath(mdbPath(m_programDirectory))
+    , m_profilePath(m_programDirectory + u"/Serverinfo.ini"_s)
+    , m_document(new CVelmarManagerDoc(this))
+    , m_session(
+          context.hives, m_profilePath, m_accessDatabasePath, context.messages, context.sqlTrace)
+{
+    setObjectName(u"mainFrame"_s);
+    if (!m_context.clock)
+        m_context.clock = [] { return QDateTime::currentDateTime(); };
+
+    readBalloonHelp();
+    prepareDatabaseSettings();
+
+    createCommands();
+    createMenus();
+    createToolBar();
+    statusBar()->setObjectName(u"statusBar"_s);
+    statusBar()->showMessage(u"就绪"_s);
+    createCentralArea();
+
+    connect(m_document, &CVelmarManagerDoc::modifiedChanged, this, &CMainFrame::updateTitle);
+    updateTitle();
+    resize(1024, 720);
+}
+
+CMainFrame::~CMainFrame() = default;
+
+void CMainFrame::readBalloonHelp()
+{
+    CRegistry registry(m_context.hives, RegistryRoot::CurrentUser);
+    qint32 value = 1;
+    if (!registry.openKey(RegistryRoot::CurrentUser, ConsoleKeyPath)
+        || !registry.readNumber(u"BalloonHelp"_s, value))
+        value = 1;
+    m_balloonHelp = value != 0;
+}
+
+void CMainFrame::prepareDatabaseSettings()
+{
+    CRegistry registry(m_context.hives, RegistryRoot::LocalMachine);
+    if (!registry.createKey(RegistryRoot::LocalMachine, DatabaseKeyPath))
+        return;
+    QString type;
+    if (!registry.readString(u"SetDBType"_s, type)) {
+        registry.writeString(u"SetDBType"_s, u"MDB"_s);
+        type = u"MDB"_s;
+    }
+    // The local Access database beside the console is the server's database:
+    // point the server and this console at the copy in this folder.
+    if (type == u"MDB"_s && QFileInfo(m_accessDatabasePath).isFile()) {
+        registry.writeString(u"ConnectionString"_s,
+            u"DRIVER={Microsoft Access Driver (*.mdb)};DBQ=%1;DefaultDir=;UID=admin;PWD=;"_s.arg(
+                QDir::toNativeSeparators(m_accessDatabasePath)));
+        registry.writeString(u"SetDBType"_s, u"MDB"_s);
+    }
+}
+
+DbConnection CMainFrame::OpenDBConnection()
+{
+    return m_session.OpenDBConnection();
+}
+
+QAction *CMainFrame::command(int id, const QString &label, bool enabled)
+{
+    auto *action = new QAction(label, this);
+    action->setObjectName(u"command%1"_s.arg(id));
+    action->setData(id);
+    action->setEnabled(enabled);
+    m_commands.insert(id, action);
+    return action;
+}
+
+void CMainFrame::createCommands()
+{
+    using namespace CommandId;
+    QStyle *st = style();
+
+    // Commands whose feature is not built yet stay disabled until it is.
+    command(SendRegistrationMail, u"登记发送邮件(设置文件)(&M)"_s);
+    command(UseExternalData, u"使用外部数据(&O)"_s)->setShortcut(QKeySequence(u"Ctrl+O"_s));
+    QAction *save = command(Save, u"保存(&S)"_s);
+    save->setShortcut(QKeySequence(u"Ctrl+S"_s));
+    save->setIcon(st->standardIcon(QStyle::SP_DialogSaveButton));
+    QAction *exit = command(Exit, u"退出(&X)"_s, true);
+    connect(exit, &QAction::triggered, this, &QWidget::close);
+
+    command(AddCategory, u"添加 类别(&A)"_s);
+    command(RenameCategory, u"修改 类别(&M)"_s);
+    command(DeleteCategory, u"删除 类别(&D)"_s);
+    command(AddMember, u"添加 用户(&U)"_s);
+    command(DeleteMember, u"删除 用户(&R)"_s);
+    command(AddRank, u"添加 等级(&A)"_s);
+    command(RenameRank, u"修改 等级(&M)"_s);
+    command(DeleteRank, u"删除 等级(&D)"_s);
+    command(DeletePermission, u"删除 权限(&D)"_s);
+    command(AssignPhoneNumbers, u"自动分配电话号码"_s);
+
+    QAction *toolBar = command(ToolBar, u"工具栏(&T)"_s, true);
+    toolBar->setCheckable(true);
+    toolBar->setChecked(true);
+    QAction *statusBarAction = command(StatusBar, u"状态栏(&S)"_s, true);
+    statusBarAction->setCheckable(true);
+    statusBarAction->setChecked(true);
+    connect(
+        statusBarAction, &QAction::toggled, this, [this](bool on) { statusBar()->setVisible(on); });
+    QAction *balloon = command(BalloonHelp, u"帮助栏(&B)"_s, true);
+    balloon->setCheckable(true);
+    balloon->setChecked(m_balloonHelp);
+    connect(balloon, &QAction::toggled, this, &CMainFrame::setBalloonHelp);
+
+    command(StartServices, u"启动服务(&S)"_s)->setIcon(st->standardIcon(QStyle::SP_MediaPlay));
+    command(StopServices, u"停止服务(&T)"_s)->setIcon(st->standardIcon(QStyle::SP_MediaStop));
+    command(DatabaseSettings, u"数据库 设置/更改"_s);
+    command(FileServiceSettings, u"文件服务管理(&F)"_s);
+
+    command(CaptionSettings, u"版权设置 (&C)"_s);
+    command(HomePageSettings, u"主页设置 (&H)"_s);
+    command(MailSettings, u"邮件设置(&M)"_s);
+    QAction *password = command(AdminPassword, u"管理员验证设置(&P)"_s, true);
+    password->setIcon(st->standardIcon(QStyle::SP_DialogYesButton));
+    connect(password, &QAction::triggered, this, &CMainFrame::showAdminPasswordSettings);
+
+    QAction *home = command(QuickNavigation, u"快速导航(&Q)"_s, true);
+    home->setIcon(st->standardIcon(QStyle::SP_DirHomeIcon));
+    connect(home, &QAction::triggered, this, [this] { showView(ViewId::Home); });
+    QAction *about = command(About, u"VelmarManager 信息(&A)"_s, true);
+    about->setIcon(st->standardIcon(QStyle::SP_MessageBoxInformation));
+    connect(about, &QAction::triggered, this, &CMainFrame::showAbout);
+}
+
+void CMainFrame::createMenus()
+{
+    using namespace CommandId;
+    QMenuBar *bar = menuBar();
+    bar->setObjectName(u"menuBar"_s);
+    auto addMenu
+        = [bar](const QString &title, const QString &name, const QList<QAction *> &actions) {
+              QMenu *menu = bar->addMenu(title);
+              menu->setObjectName(name);
+              for (QAction *action : actions) {
+                  if (action)
+                      menu->addAction(action);
+                  else
+                      menu->addSeparator();
+              }
+              return menu;
+          };
+    auto c = [this](int id) { return m_commands.value(id); };
+
+    addMenu(u"文件(&F)"_s, u"menuFile"_s,
+        { c(SendRegistrationMail), c(UseExternalData), nullptr, c(Save), nullptr, c(Exit) });
+    addMenu(u"编辑(&E)"_s, u"menuEdit"_s,
+        { c(AddCategory), c(RenameCategory), c(DeleteCategory), nullptr, c(AddMember),
+            c(DeleteMember), nullptr, c(AddRank), c(RenameRank), c(DeleteRank), nullptr,
+            c(DeletePermission), nullptr, c(AssignPhoneNumbers) });
+    addMenu(u"查看(&V)"_s, u"menuView"_s, { c(ToolBar), c(StatusBar), c(BalloonHelp) });
+    addMenu(u"服务管理(&M)"_s, u"menuServices"_s,
+        { c(StartServices), c(StopServices), nullptr, c(DatabaseSettings),
+            c(FileServiceSettings) });
+    addMenu(u"服务设置(&D)"_s, u"menuSettings"_s,
+        { c(CaptionSettings), c(HomePageSettings), c(MailSettings), nullptr, c(AdminPassword) });
+
+    // The maker's online services have no part in this console yet.
+    auto online = [this](const QString &label, const QString &name) {
+        auto *action = new QAction(label, this);
+        action->setObjectName(name);
+        action->setEnabled(false);
+        return action;
+    };
+    addMenu(u"帮助(&H)"_s, u"menuHelp"_s,
+        { c(QuickNavigation), nullptr, online(u"更新版本"_s, u"onlineUpdate"_s),
+            online(u"在线帮助(&H)"_s, u"onlineHelp"_s),
+            online(u"网站主页(&W)"_s, u"onlineHomePage"_s), nullptr, c(About) });
+}
+
+void CMainFrame::createToolBar()
+{
+    using namespace CommandId;
+    m_toolBar = addToolBar(u"工具栏"_s);
+    m_toolBar->setObjectName(u"toolBar"_s);
+    m_toolBar->setMovable(false);
+    m_toolBar->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+    m_toolBar->addAction(m_commands.value(Save));
+    m_toolBar->addSeparator();
+    m_toolBar->addAction(m_commands.value(StartServices));
+    m_toolBar->addAction(m_commands.value(StopServices));
+    m_toolBar->addSeparator();
+    m_toolBar->addAction(m_commands.value(AdminPassword));
+    m_toolBar->addSeparator();
+    m_toolBar->addAction(m_commands.value(QuickNavigation));
+    m_toolBar->addAction(m_commands.value(About));
+
+    QAction *toggle = m_commands.value(ToolBar);
+    connect(toggle, &QAction::toggled, m_toolBar, &QWidget::setVisible);
+    // The bar's own context menu hides it too; keep the menu check in step.
+    connect(m_toolBar->toggleViewAction(), &QAction::toggled, toggle, &QAction::setChecked);
+}
+
+void CMainFrame::createCentralArea()
+{
+    m_splitter = new QSplitter(Qt::Horizontal, this);
+    m_splitter->setObjectName(u"mainSplitter"_s);
+    m_outlookBar = new OutlookBar(m_splitter);
+    m_pane = new QStackedWidget(m_splitter);
+    m_pane->setObjectName(u"viewPane"_s);
+    m_splitter->addWidget(m_outlookBar);
+    m_splitter->addWidget(m_pane);
+    m_splitter->setStretchFactor(0, 0);
+    m_splitter->setStretchFactor(1, 1);
+    m_splitter->setCollapsible(1, false);
+    m_splitter->setSizes({ 150, 874 });
+    setCentralWidget(m_splitter);
+
+    m_dashboard = new CMainFormView(*this);
+    addView(ViewId::Home, u"服务器管理"_s, u"快速导航"_s, m_dashboard,
+        style()->standardIcon(QStyle::SP_ComputerIcon));
+    for (const ViewPlaceholder &placeholder : viewPlaceholders()) {
+        m_outlookBar->addItem(placeholder.group, placeholder.id, placeholder.caption,
+            style()->standardIcon(placeholder.icon), false);
+    }
+    connect(m_outlookBar, &OutlookBar::viewSelected, this, &CMainFrame::showView);
+    showView(ViewId::Home);
+}
+
+void CMainFrame::addView(
+    int viewId, const QString &group, const QString &caption, QWidget *view, const QIcon &icon)
+{
+    if (QWidget *old = m_views.take(viewId)) {
+        m_pane->removeWidget(old);
+        old->deleteLater();
+    }
+    m_views.insert(viewId, view);
+    m_pane->addWidget(view);
+    m_outlookBar->addItem(group, viewId, caption, icon, true);
+    if (viewId == m_currentView)
+        m_pane->setCurrentWidget(view);
+}
+
+bool CMainFrame::showView(int viewId)
+{
+    QWidget *view = m_views.value(viewId);
+    if (!view)
+        return false;
+    // The pane shows one view; the one it replaces is hidden by the stack.
+    m_pane->setCurrentWidget(view);
+    m_outlookBar->setCurrentView(viewId);
+    if (m_currentView != viewId) {
+        m_currentView = viewId;
+        Q_EMIT viewChanged(viewId);
+    }
+    return true;
+}
+
+void CMainFrame::setBalloonHelp(bool enabled)
+{
+    m_balloonHelp = enabled;
+    CRegistry registry(m_context.hives, RegistryRoot::CurrentUser);
+    if (registry.createKey(RegistryRoot::CurrentUser, ConsoleKeyPath))
+        registry.writeNumber(u"BalloonHelp"_s, enabled ? 1 : 0);
+    Q_EMIT balloonHelpChanged(enabled);
+}
+
+void CMainFrame::updateTitle()
+{
+    // "[*]" marks unsaved changes in the title bar.
+    setWindowTitle(CVelmarManagerDoc::windowTitle() + u"[*]"_s);
+    setWindowModified(m_document->isModified());
+}
+
+bool CMainFrame::queryClose()
+{
+    return true;
+}
+
+void CMainFrame::closeEvent(QCloseEvent *event)
+{
+    if (!queryClose()) {
+        event->ignore();
+        return;
+    }
+    QMainWindow::closeEvent(event);
+}
+
+bool CMainFrame::event(QEvent *event)
+{
+    if (event->type() == QEvent::Paint && !m_firstPaintSeen) {
+        m_firstPaintSeen = true;
+        // Asked after this paint has finished, so that the window is on screen behind the dialog.
+        QMetaObject::invokeMethod(this, &CMainFrame::runStartupPrompt, Qt::QueuedConnection);
+    }
+    return QMainWindow::event(event);
+}
+
+void CMainFrame::runStartupPrompt()
+{
+    QString digest;
+    if (!AdminPasswordStore(m_context.hives).promptNeeded(&digest)) {
+        m_startupReady = true;
+        Q_EMIT startupReady();
+        return;
+    }
+    auto *dialog = new CAdminLoginDlg(m_context.messages, this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setExpectedDigest(digest);
+    connect(dialog, &QDialog::finished, this, [this](int result) {
+        if (result == QDialog::Accepted) {
+            m_startupReady = true;
+            Q_EMIT startupReady();
+            return;
+        }
+        Q_EMIT startupRefused();
+        // A close request, handled as if the administrator had closed the window.
+        QMetaObject::invokeMethod(
+            this, [this] { close(); }, Qt::QueuedConnection);
+    });
+    dialog->open();
+}
+
+void CMainFrame::showAdminPasswordSettings()
+{
+    auto *dialog = new CAdmSetupPasswordDlg(m_context.hives, m_context.messages, this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->open();
+}
+
+void CMainFrame::showAbout()
+{
+    auto *dialog = new CAboutDlg(this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->open();
+}

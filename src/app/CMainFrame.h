@@ -1,0 +1,133 @@
+#pragma once
+
+#include "DbConnection.h"
+#include "DbSession.h"
+#include "MainFrameContext.h"
+
+#include <QHash>
+#include <QMainWindow>
+
+class CMainFormView;
+class CVelmarManagerDoc;
+class OutlookBar;
+class QAction;
+class QSplitter;
+class QStackedWidget;
+class QToolBar;
+
+// The main window: the command table as menus and tool bar, the outlook bar
+// on the left and the form views in a splitter pane on the right. It owns the
+// document and the database session; every operation reaches the database
+// through its OpenDBConnection(). Built with its collaborators (MainFrameContext).
+//
+// Hooks for the features that come later:
+// - commandAction(id): the QAction of every command; commands whose feature is
+//   not built yet are disabled, and whoever builds one connects its
+//   triggered() signal and enables it;
+// - addView(): puts a form view into the pane and its item into the outlook bar;
+// - startupReady(): emitted once after the administrator password gate (or at
+//   once when there is no lock) - the place to start loading the data;
+// - queryClose(): asked before the window closes (save-on-close question);
+// - dashboard(): the home view, which shows what it is told about the
+//   directory and the services.
+class CMainFrame : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    explicit CMainFrame(const MainFrameContext &context, QWidget *parent = nullptr);
+    ~CMainFrame() override;
+
+    static const QString ConsoleKeyPath; // Software\Velmar\VelmarManager
+    static const QString DatabaseKeyPath; // SOFTWARE\Velmar\Services\DataBase
+
+    // Data model fixed at construction.
+    QString programDirectory() const { return m_programDirectory; }
+    QString accessDatabasePath() const { return m_accessDatabasePath; }
+    QString profilePath() const { return m_profilePath; }
+    bool balloonHelp() const { return m_balloonHelp; }
+
+    RegistryHives &hives() const { return m_context.hives; }
+    MessageService &messages() const { return m_context.messages; }
+    SqlTrace *sqlTrace() const { return m_context.sqlTrace; }
+    QDateTime now() const { return m_context.clock(); }
+
+    CVelmarManagerDoc &document() const { return *m_document; }
+    DbSession &dbSession() { return m_session; }
+    // "DBAddr" set in Serverinfo.ini gives an empty handle; a failure to open
+    // shows the database layer's one message box and gives an empty handle.
+    DbConnection OpenDBConnection();
+
+    CMainFormView *dashboard() const { return m_dashboard; }
+    OutlookBar *outlookBar() const { return m_outlookBar; }
+    QToolBar *mainToolBar() const { return m_toolBar; }
+
+    // The action of a command id of the command table; nullptr for an unknown id.
+    QAction *commandAction(int commandId) const { return m_commands.value(commandId); }
+    QList<int> commandIds() const { return m_commands.keys(); }
+
+    // Puts view into the pane (the frame takes it) and its item into the
+    // outlook bar; an existing view or place holder with the same id is replaced.
+    void addView(int viewId, const QString &group, const QString &caption, QWidget *view,
+        const QIcon &icon = QIcon());
+    QWidget *view(int viewId) const { return m_views.value(viewId); }
+    int currentViewId() const { return m_currentView; }
+    // Shows the view in the pane; false when there is no such view.
+    bool showView(int viewId);
+
+    // Asked before the window closes; false keeps it open. Nothing is edited
+    // yet, so it agrees; the save-on-close question goes here.
+    virtual bool queryClose();
+
+    // True once the password gate of the first paint has been passed.
+    bool isStartupReady() const { return m_startupReady; }
+
+public Q_SLOTS:
+    void showAdminPasswordSettings();
+    void showAbout();
+
+Q_SIGNALS:
+    // The administrator is let in (or there is no lock): the data may be loaded.
+    void startupReady();
+    // The administrator failed or cancelled the login; the window is closing.
+    void startupRefused();
+    void balloonHelpChanged(bool enabled);
+    void viewChanged(int viewId);
+
+protected:
+    bool event(QEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    void readBalloonHelp();
+    void prepareDatabaseSettings();
+    void createCommands();
+    void createMenus();
+    void createToolBar();
+    void createCentralArea();
+    QAction *command(int id, const QString &label, bool enabled = false);
+    void setBalloonHelp(bool enabled);
+    void runStartupPrompt();
+    void updateTitle();
+
+    MainFrameContext m_context;
+    QString m_programDirectory;
+    QString m_accessDatabasePath;
+    QString m_profilePath;
+    bool m_balloonHelp = true;
+    CVelmarManagerDoc *m_document;
+    DbSession m_session;
+
+    QHash<int, QAction *> m_commands;
+    QToolBar *m_toolBar = nullptr;
+    OutlookBar *m_outlookBar = nullptr;
+    QSplitter *m_splitter = nullptr;
+    QStackedWidget *m_pane = nullptr;
+    CMainFormView *m_dashboard = nullptr;
+    QHash<int, QWidget *> m_views;
+    int m_currentView = -1;
+
+    // The password prompt runs once per program run, at the first paint.
+    bool m_firstPaintSeen = false;
+    bool m_startupReady = false;
+};

@@ -1,0 +1,147 @@
+#include "CVelmarManagerApp.h"
+
+#include "CMainFormView.h"
+#include "CMainFrame.h"
+#include "CRegistry.h"
+#include "QtMessageService.h"
+#include "RegistryHives.h"
+#include "SqlTrace.h"
+
+#include <cstdio>
+#include <QDir>
+#include <QFont>
+#include <QFontDatabase>
+#include <QTimer>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+void printLine(FILE *stream, const QString &text)
+{
+    std::fputs(text.toLocal8Bit().constData(), stream);
+    std::fputc('\n', stream);
+    std::fflush(stream);
+}
+} // namespace
+
+CVelmarManagerApp::CVelmarManagerApp(int &argc, char **argv)
+    : QApplication(argc, argv)
+{
+    setApplicationName(u"VelmarManager"_s);
+    setApplicationDisplayName(u"VelmarManager"_s);
+    setApplicationVersion(QStringLiteral(VELMAR_VERSION));
+    setOrganizationName(u"Velmar"_s);
+}
+
+CVelmarManagerApp::~CVelmarManagerApp()
+{
+    // The frame uses the hives, the message service and the trace: it goes first.
+    m_frame.reset();
+}
+
+QString CVelmarManagerApp::readServerType(RegistryHives &hives)
+{
+    CRegistry registry(hives, RegistryRoot::LocalMachine);
+    if (!registry.createKey(RegistryRoot::LocalMachine, u"SOFTWARE\\Velmar\\VelmarManager"_s))
+        return {};
+    qint32 number = 0;
+    if (registry.readNumber(u"ServerType"_s, number))
+        return QString::number(number);
+    QString text;
+    if (registry.readString(u"ServerType"_s, text))
+        return text;
+    return {};
+}
+
+bool CVelmarManagerApp::initInstance()
+{
+    QStringList arguments = QCoreApplication::arguments();
+    const QString executableDir = QCoreApplication::applicationDirPath();
+    if (!arguments.isEmpty())
+        arguments.removeFirst();
+    m_options = StartupOptions::parse(arguments, executableDir,
+        qEnvironmentVariable("VELMAR_SERVER_DIR"), qEnvironmentVariable("VELMAR_REGISTRY_DIR"));
+    if (m_options.help) {
+        printLine(stdout, StartupOptions::usage());
+        m_startupExitCode = 0;
+        return false;
+    }
+    if (!m_options.error.isEmpty()) {
+        printLine(stderr, u"VelmarManager: "_s + m_options.error);
+        printLine(stderr, StartupOptions::usage());
+        m_startupExitCode = 2;
+        return false;
+    }
+
+    m_hives = m_options.registryDirectory.isEmpty()
+        ? RegistryHives::fromEnvironment()
+        : std::make_unique<RegistryHives>(m_options.registryDirectory);
+    m_messages = std::make_unique<QtMessageService>();
+    if (!m_options.sqlTracePath.isEmpty()) {
+        m_trace = std::make_unique<SqlTrace>(m_options.sqlTracePath);
+        if (!m_trace->isOpen()) {
+            printLine(stderr,
+                u"VelmarManager: cannot write the SQL trace %1: %2"_s.arg(
+                    m_options.sqlTracePath, m_trace->errorString()));
+            m_startupExitCode = 2;
+            return false;
+        }
+    }
+    reportBrokenHives();
+
+    // The service registration that "/install" asks for and the check that
+    // every service is registered come with the service control; until then
+    // the request is only remembered (installRequested()).
+
+    m_serverType = readServerType(*m_hives);
+
+    m_frame = std::make_unique<CMainFrame>(MainFrameContext { m_options.programDirectory, *m_hives,
+        *m_messages, [] { return QDateTime::currentDateTime(); }, m_trace.get() });
+    m_messages->setMainWindow(m_frame.get());
+    m_messages->setBalloonsEnabled(m_frame->balloonHelp());
+    connect(m_frame.get(), &CMainFrame::balloonHelpChanged, m_messages.get(),
+        &QtMessageService::setBalloonsEnabled);
+
+    if (!m_options.screenshotPath.isEmpty()) {
+        connect(m_frame.get(), &CMainFrame::startupReady, this, &CVelmarManagerApp::takeScreenshot,
+            Qt::QueuedConnection);
+    }
+
+    m_frame->show();
+    return true;
+}
+
+void CVelmarManagerApp::reportBrokenHives()
+{
+    // A hive that cannot be parsed is never written; say once which line is at fault.
+    for (RegistryRoot root : { RegistryRoot::LocalMachine, RegistryRoot::CurrentUser }) {
+        const QString error = m_hives->hive(root).parseError();
+        if (error.isEmpty())
+            continue;
+        m_messages->showMessage(
+            { u"注册表文件有错误, 本程序不会修改它:\n%1"_s.arg(error), u"VelmarManager"_s,
+                MessageService::Buttons::Ok, MessageService::Icon::Error, nullptr });
+    }
+}
+
+void CVelmarManagerApp::takeScreenshot()
+{
+    CMainFormView *dashboard = m_frame->dashboard();
+    if (dashboard->databaseState() == CMainFormView::DatabaseState::Checking) {
+        // The picture should show the database check's outcome.
+        connect(dashboard, &CMainFormView::databaseChecked, this,
+            &CVelmarManagerApp::takeScreenshot, Qt::SingleShotConnection);
+        return;
+    }
+    // Let the last repaint reach the backing store before grabbing.
+    QTimer::singleShot(200, this, [this] {
+        const QString path = m_options.screenshotPath;
+        if (!m_frame->grab().save(path, "PNG")) {
+            printLine(stderr, u"VelmarManager: cannot write %1"_s.arg(path));
+            exit(1);
+            return;
+        }
+        printLine(stdout, path);
+        quit();
+    });
+}

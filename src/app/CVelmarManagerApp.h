@@ -1,0 +1,51 @@
+#pragma once
+
+#include "StartupOptions.h"
+
+#include <memory>
+#include <QApplication>
+
+class CMainFrame;
+class QtMessageService;
+class RegistryHives;
+class SqlTrace;
+
+// The one application object. It owns what the main frame is built with (the
+// registry hives, the message boxes, the SQL trace) and the frame itself, and
+// runs the start-up order.
+class CVelmarManagerApp : public QApplication
+{
+    Q_OBJECT
+
+public:
+    CVelmarManagerApp(int &argc, char **argv);
+    ~CVelmarManagerApp() override;
+
+    // The start-up order; false when start-up ends without a window
+    // (exitCode() then tells the shell why).
+    bool initInstance();
+    int startupExitCode() const { return m_startupExitCode; }
+
+    const StartupOptions &options() const { return m_options; }
+    // "/install" was given: the services are to be registered.
+    bool installRequested() const { return m_options.install; }
+    QString serverType() const { return m_serverType; }
+    CMainFrame *mainFrame() const { return m_frame.get(); }
+
+    // "ServerType" of HKLM SOFTWARE\Velmar\VelmarManager, creating the key when
+    // it is missing; a number is given as its decimal text. Empty when the key
+    // cannot be opened or created or the value cannot be read.
+    static QString readServerType(RegistryHives &hives);
+
+private:
+    void reportBrokenHives();
+    void takeScreenshot();
+
+    StartupOptions m_options;
+    int m_startupExitCode = 0;
+    QString m_serverType;
+    std::unique_ptr<RegistryHives> m_hives;
+    std::unique_ptr<QtMessageService> m_messages;
+    std::unique_ptr<SqlTrace> m_trace;
+    std::unique_ptr<CMainFrame> m_frame;
+};

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <functional>
+#include <QDateTime>
+#include <QString>
+
+class MessageService;
+class RegistryHives;
+class SqlTrace;
+
+// What the main frame is given instead of finding it itself, so that a test
+// can build one on a temporary server folder with scripted message boxes.
+struct MainFrameContext
+{
+    QString programDirectory; // the server folder, without a trailing separator
+    RegistryHives &hives;
+    MessageService &messages;
+    std::function<QDateTime()> clock = [] { return QDateTime::currentDateTime(); };
+    SqlTrace *sqlTrace = nullptr;
+};

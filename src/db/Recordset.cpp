@@ -1,0 +1,233 @@
+#include "Recordset.h"
+
+#include "DbConnectionPrivate.h"
+#include "DbError.h"
+
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <QSqlError>
+#include <QSqlRecord>
+
+using namespace Qt::StringLiterals;
+
+struct RecordsetPrivate
+{
+    // Declared first so that it is released last: the query needs the connection.
+    std::shared_ptr<DbConnectionPrivate> connection;
+    QSqlQuery query;
+    QSqlRecord record;
+    bool eof = true;
+};
+
+namespace {
+
+[[noreturn]] void raise(const QString &source, const QString &description)
+{
+    throw DbException(DbError { DbError::Unspecified, source, description });
+}
+
+void raiseFetchError(const RecordsetPrivate &p)
+{
+    const QSqlError error = p.query.lastError();
+    if (error.type() == QSqlError::NoError)
+        return;
+    QString text = error.databaseText().trimmed();
+    if (text.isEmpty())
+        text = error.driverText().trimmed();
+    raise(p.connection->source, text);
+}
+
+std::optional<qint32> fromWide(qint64 value)
+{
+    if (value < std::numeric_limits<qint32>::min() || value > std::numeric_limits<qint32>::max())
+        return std::nullopt;
+    return qint32(value);
+}
+
+std::optional<qint32> fromDouble(double value)
+{
+    if (!std::isfinite(value))
+        return std::nullopt;
+    // Halves go to the even neighbour, as the variant conversion does.
+    const double rounded = std::nearbyint(value);
+    if (rounded < double(std::numeric_limits<qint32>::min())
+        || rounded > double(std::numeric_limits<qint32>::max()))
+        return std::nullopt;
+    return qint32(rounded);
+}
+
+std::optional<qint32> toInt32(const QVariant &value)
+{
+    switch (value.typeId()) {
+    case QMetaType::Bool:
+        return value.toBool() ? 1 : 0;
+    case QMetaType::Int:
+    case QMetaType::Short:
+    case QMetaType::Char:
+    case QMetaType::SChar:
+    case QMetaType::UChar:
+    case QMetaType::UShort:
+        return value.toInt();
+    case QMetaType::UInt:
+    case QMetaType::Long:
+    case QMetaType::LongLong:
+        return fromWide(value.toLongLong());
+    case QMetaType::ULong:
+    case QMetaType::ULongLong: {
+        const qulonglong wide = value.toULongLong();
+        if (wide > qulonglong(std::numeric_limits<qint32>::max()))
+            return std::nullopt;
+        return qint32(wide);
+    }
+    case QMetaType::Float:
+    case QMetaType::Double:
+        return fromDouble(value.toDouble());
+    default:
+        break;
+    }
+    const QString text = value.toString().trimmed();
+    bool ok = false;
+    const qlonglong wide = text.toLongLong(&ok);
+    if (ok)
+        return fromWide(wide);
+    const double real = text.toDouble(&ok);
+    if (ok)
+        return fromDouble(real);
+    return std::nullopt;
+}
+
+} // namespace
+
+Recordset::Recordset() = default;
+Recordset::~Recordset() = default;
+Recordset::Recordset(Recordset &&) noexcept = default;
+Recordset &Recordset::operator=(Recordset &&) noexcept = default;
+
+Recordset::Recordset(std::shared_ptr<DbConnectionPrivate> connection, QSqlQuery &&query)
+    : d(std::make_unique<RecordsetPrivate>())
+{
+    d->connection = std::move(connection);
+    d->query = std::move(query);
+    d->record = d->query.record();
+    d->eof = !d->query.next();
+    if (d->eof)
+        raiseFetchError(*d);
+}
+
+bool Recordset::isEOF() const
+{
+    return !d || d->eof;
+}
+
+void Recordset::moveNext()
+{
+    if (!d)
+        raise(QString(), u"Operation is not allowed when the object is closed."_s);
+    if (d->eof)
+        raise(d->connection->source,
+            u"Either BOF or EOF is True, or the current record has been deleted."_s);
+    d->eof = !d->query.next();
+    if (d->eof)
+        raiseFetchError(*d);
+}
+
+int Recordset::state() const
+{
+    return d ? Open : Closed;
+}
+
+void Recordset::close()
+{
+    d.reset();
+}
+
+int Recordset::fieldCount() const
+{
+    return d ? d->record.count() : 0;
+}
+
+QString Recordset::fieldName(int index) const
+{
+    return d ? d->record.fieldName(index) : QString();
+}
+
+QVariant Recordset::value(int index) const
+{
+    if (!d)
+        raise(QString(), u"Operation is not allowed when the object is closed."_s);
+    if (d->eof)
+        raise(d->connection->source,
+            u"Either BOF or EOF is True, or the current record has been deleted."_s);
+    if (index < 0 || index >= d->record.count())
+        raise(d->connection->source,
+            u"Item cannot be found in the collection corresponding to the requested name or ordinal (%1)."_s
+                .arg(index));
+    QVariant result = d->query.value(index);
+    if (d->query.lastError().type() != QSqlError::NoError)
+        raiseFetchError(*d);
+    return result;
+}
+
+QVariant Recordset::value(const QString &name) const
+{
+    if (!d)
+        raise(QString(), u"Operation is not allowed when the object is closed."_s);
+    // The first column of that name wins (the member load names HomePhone twice).
+    for (int i = 0; i < d->record.count(); ++i) {
+        if (d->record.fieldName(i).compare(name, Qt::CaseInsensitive) == 0)
+            return value(i);
+    }
+    raise(d->connection->source,
+        u"Item cannot be found in the collection corresponding to the requested name or ordinal (%1)."_s
+            .arg(name));
+}
+
+qint32 Recordset::intField(int index) const
+{
+    const QVariant v = value(index);
+    if (v.isNull())
+        raise(d->connection->source,
+            u"Type mismatch: column %1 is NULL, not a number."_s.arg(d->record.fieldName(index)));
+    const std::optional<qint32> number = toInt32(v);
+    if (!number)
+        raise(d->connection->source,
+            u"Type mismatch: column %1 holds '%2', not a 32-bit number."_s.arg(
+                d->record.fieldName(index), v.toString()));
+    return *number;
+}
+
+qint32 Recordset::intField(const QString &name) const
+{
+    const QVariant v = value(name);
+    if (v.isNull())
+        raise(
+            d->connection->source, u"Type mismatch: column %1 is NULL, not a number."_s.arg(name));
+    const std::optional<qint32> number = toInt32(v);
+    if (!number)
+        raise(d->connection->source,
+            u"Type mismatch: column %1 holds '%2', not a 32-bit number."_s.arg(name, v.toString()));
+    return *number;
+}
+
+QString Recordset::textField(const QString &name) const
+{
+    const QVariant v = value(name);
+    return v.isNull() ? QString() : v.toString();
+}
+
+QString Recordset::textField(int index) const
+{
+    const QVariant v = value(index);
+    return v.isNull() ? QString() : v.toString();
+}
+
+bool Recordset::isNull(const QString &name) const
+{
+    return value(name).isNull();
+}
+
+bool Recordset::isNull(int index) const
+{
+    return value(index).isNull();
+}

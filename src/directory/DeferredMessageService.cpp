@@ -1,0 +1,31 @@
+#include "DeferredMessageService.h"
+
+int DeferredMessageService::showMessage(const Box &box)
+{
+    m_items.append(box);
+    switch (box.buttons) {
+    case Buttons::YesNo:
+    case Buttons::YesNoCancel:
+        return Yes;
+    case Buttons::Ok:
+    case Buttons::OkCancel:
+        break;
+    }
+    return Ok;
+}
+
+void DeferredMessageService::showBalloon(const Balloon &balloon)
+{
+    m_items.append(balloon);
+}
+
+void DeferredMessageService::replay(MessageService &target)
+{
+    const QList<std::variant<Box, Balloon>> items = std::exchange(m_items, {});
+    for (const auto &item : items) {
+        if (const Box *box = std::get_if<Box>(&item))
+            target.showMessage(*box);
+        else
+            target.showBalloon(std::get<Balloon>(item));
+    }
+}

@@ -1,0 +1,19 @@
+#include "DirectoryData.h"
+
+void DirectoryData::clear()
+{
+    memberIndex.clear();
+    regularMembers.clear();
+    guestMembers.clear();
+    regularTree.clear();
+    guestTree.clear();
+    groupCounter = 0;
+    regularGroupsWithUnknownParent.clear();
+    guestGroupsWithUnknownParent.clear();
+}
+
+void DirectoryData::noteGroupId(qint32 id)
+{
+    if (id > groupCounter)
+        groupCounter = id;
+}

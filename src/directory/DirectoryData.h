@@ -1,0 +1,27 @@
+#pragma once
+
+#include "DirectoryTree.h"
+#include "UserInfo.h"
+
+#include <QList>
+
+// The whole directory as plain data, filled by DirectoryLoader on the loading
+// thread and adopted by Directory on the user-interface thread.
+struct DirectoryData
+{
+    MemberIndex memberIndex;
+    MemberList regularMembers; // IsGuestMember 0 (and anything but 1), in load order
+    MemberList guestMembers;   // IsGuestMember 1, in load order
+    DirectoryTree regularTree { DirectoryTree::Kind::Regular };
+    DirectoryTree guestTree { DirectoryTree::Kind::Guest };
+    // The largest group id ever inserted into either tree (0 while none).
+    qint32 groupCounter = 0;
+    // Groups whose parent id named no group of their tree (nor the root marker):
+    // they were placed at the top of their tree, see DirectoryLoader.
+    QList<qint32> regularGroupsWithUnknownParent;
+    QList<qint32> guestGroupsWithUnknownParent;
+
+    void clear();
+    // Records a group id in the group counter.
+    void noteGroupId(qint32 id);
+};

@@ -1,0 +1,343 @@
+#include "DirectoryTree.h"
+
+#include <algorithm>
+
+DirectoryTree::DirectoryTree(Kind kind)
+    : m_kind(kind)
+    , m_root(std::make_unique<DirectoryNode>(DirectoryNode::Kind::Root))
+{
+    m_root->id = rootId();
+}
+
+DirectoryTree::DirectoryTree(const DirectoryTree &other)
+    : DirectoryTree(other.m_kind)
+{
+    *this = other;
+}
+
+DirectoryTree &DirectoryTree::operator=(const DirectoryTree &other)
+{
+    if (this == &other)
+        return *this;
+    m_kind = other.m_kind;
+    clear();
+    m_root->id = other.m_root->id;
+    m_root->name = other.m_root->name;
+
+    // Copies iteratively so that a deep tree cannot exhaust the stack.
+    QHash<const DirectoryNode *, DirectoryNode *> copies;
+    std::vector<std::pair<const DirectoryNode *, DirectoryNode *>> pending { { other.root(),
+                                                                              m_root.get() } };
+    while (!pending.empty()) {
+        auto [from, to] = pending.back();
+        pending.pop_back();
+        to->m_children.reserve(from->m_children.size());
+        for (const auto &child : from->m_children) {
+            auto copy = std::make_unique<DirectoryNode>(child->kind());
+            copy->id = child->id;
+            copy->rankId = child->rankId;
+            copy->position = child->position;
+            copy->name = child->name;
+            copy->m_parent = to;
+            copy->m_row = child->m_row;
+            if (child->isMembership()) {
+                m_placed.insert({ to, copy->id });
+                ++m_membershipCount;
+            } else {
+                copies.insert(child.get(), copy.get());
+                pending.emplace_back(child.get(), copy.get());
+            }
+            to->m_children.push_back(std::move(copy));
+        }
+    }
+    m_indexOrder = other.m_indexOrder;
+    m_index.reserve(other.m_index.size());
+    for (auto it = other.m_index.cbegin(); it != other.m_index.cend(); ++it)
+        m_index.insert(it.key(), copies.value(it.value()));
+    return *this;
+}
+
+DirectoryTree::DirectoryTree(DirectoryTree &&other)
+    : DirectoryTree(other.m_kind)
+{
+    *this = std::move(other);
+}
+
+DirectoryTree &DirectoryTree::operator=(DirectoryTree &&other)
+{
+    if (this == &other)
+        return *this;
+    clear();
+    m_kind = other.m_kind;
+    std::swap(m_root, other.m_root);
+    m_index.swap(other.m_index);
+    m_indexOrder.swap(other.m_indexOrder);
+    m_placed.swap(other.m_placed);
+    std::swap(m_membershipCount, other.m_membershipCount);
+    other.m_root->id = other.rootId();
+    return *this;
+}
+
+DirectoryTree::~DirectoryTree()
+{
+    // Frees deep trees without recursing once per level.
+    clear();
+}
+
+qint32 DirectoryTree::rootId() const
+{
+    return m_kind == Kind::Guest ? GuestRootId : RegularRootId;
+}
+
+void DirectoryTree::clear()
+{
+    std::vector<std::unique_ptr<DirectoryNode>> doomed;
+    doomed.swap(m_root->m_children);
+    while (!doomed.empty()) {
+        std::unique_ptr<DirectoryNode> node = std::move(doomed.back());
+        doomed.pop_back();
+        for (auto &child : node->m_children)
+            doomed.push_back(std::move(child));
+    }
+    m_index.clear();
+    m_indexOrder.clear();
+    m_placed.clear();
+    m_membershipCount = 0;
+}
+
+DirectoryNode *DirectoryTree::findGroup(qint32 id) const
+{
+    if (id == rootId())
+        return m_root.get();
+    return m_index.value(id, nullptr);
+}
+
+void DirectoryTree::renumber(DirectoryNode *parent, int fromRow)
+{
+    for (size_t i = size_t(std::max(fromRow, 0)); i < parent->m_children.size(); ++i)
+        parent->m_children[i]->m_row = int(i);
+}
+
+void DirectoryTree::attach(std::unique_ptr<DirectoryNode> node, DirectoryNode *parent, int row)
+{
+    const int count = parent->childCount();
+    if (row < 0 || row > count)
+        row = count;
+    node->m_parent = parent;
+    node->m_row = row;
+    if (row == count) {
+        parent->m_children.push_back(std::move(node));
+    } else {
+        parent->m_children.insert(parent->m_children.begin() + row, std::move(node));
+        renumber(parent, row + 1);
+    }
+}
+
+DirectoryNode *DirectoryTree::addGroup(DirectoryNode *parent, qint32 id, const QString &name,
+                                       qint32 position, int row)
+{
+    if (!parent || !parent->isContainer())
+        return nullptr;
+    auto node = std::make_unique<DirectoryNode>(DirectoryNode::Kind::Group);
+    node->id = id;
+    node->name = name;
+    node->position = position;
+    DirectoryNode *raw = node.get();
+    attach(std::move(node), parent, row);
+    if (!m_index.contains(id))
+        m_indexOrder.append(id);
+    m_index.insert(id, raw);
+    return raw;
+}
+
+DirectoryNode *DirectoryTree::addMembership(DirectoryNode *group, qint32 memberId, qint32 rankId,
+                                            qint32 position, int row)
+{
+    if (!group || !group->isContainer())
+        return nullptr;
+    if (m_placed.contains({ group, memberId }))
+        return nullptr;
+    auto node = std::make_unique<DirectoryNode>(DirectoryNode::Kind::Membership);
+    node->id = memberId;
+    node->rankId = rankId;
+    node->position = position;
+    DirectoryNode *raw = node.get();
+    attach(std::move(node), group, row);
+    m_placed.insert({ group, memberId });
+    ++m_membershipCount;
+    return raw;
+}
+
+DirectoryNode *DirectoryTree::findMembership(qint32 memberId, const DirectoryNode *start,
+                                             bool recursive) const
+{
+    if (!start)
+        start = m_root.get();
+    if (!recursive) {
+        if (!m_placed.contains({ start, memberId }))
+            return nullptr;
+        for (const auto &child : start->m_children) {
+            if (child->isMembership() && child->id == memberId)
+                return child.get();
+        }
+        return nullptr;
+    }
+    // Depth-first in child order: a membership found at some level is returned
+    // before anything inside a later sibling group.
+    std::vector<std::pair<const DirectoryNode *, size_t>> stack { { start, 0 } };
+    while (!stack.empty()) {
+        auto &[node, next] = stack.back();
+        if (next == node->m_children.size()) {
+            stack.pop_back();
+            continue;
+        }
+        const DirectoryNode *child = node->m_children[next++].get();
+        if (child->isMembership()) {
+            if (child->id == memberId)
+                return const_cast<DirectoryNode *>(child);
+        } else {
+            stack.emplace_back(child, 0);
+        }
+    }
+    return nullptr;
+}
+
+void DirectoryTree::indexSubtree(DirectoryNode *top)
+{
+    std::vector<DirectoryNode *> pending { top };
+    while (!pending.empty()) {
+        DirectoryNode *node = pending.back();
+        pending.pop_back();
+        if (node->isMembership()) {
+            m_placed.insert({ node->m_parent, node->id });
+            ++m_membershipCount;
+            continue;
+        }
+        if (!m_index.contains(node->id))
+            m_indexOrder.append(node->id);
+        m_index.insert(node->id, node);
+        for (auto &child : node->m_children)
+            pending.push_back(child.get());
+    }
+}
+
+void DirectoryTree::unindexSubtree(DirectoryNode *top)
+{
+    std::vector<DirectoryNode *> pending { top };
+    while (!pending.empty()) {
+        DirectoryNode *node = pending.back();
+        pending.pop_back();
+        if (node->isMembership()) {
+            m_placed.remove({ node->m_parent, node->id });
+            --m_membershipCount;
+            continue;
+        }
+        auto it = m_index.find(node->id);
+        if (it != m_index.end() && it.value() == node) {
+            m_index.erase(it);
+            m_indexOrder.removeOne(node->id);
+        }
+        for (auto &child : node->m_children)
+            pending.push_back(child.get());
+    }
+}
+
+std::unique_ptr<DirectoryNode> DirectoryTree::take(DirectoryNode *node)
+{
+    if (!node || node->isRoot() || !node->m_parent)
+        return nullptr;
+    unindexSubtree(node);
+    DirectoryNode *parent = node->m_parent;
+    const int row = node->m_row;
+    std::unique_ptr<DirectoryNode> taken = std::move(parent->m_children[size_t(row)]);
+    parent->m_children.erase(parent->m_children.begin() + row);
+    renumber(parent, row);
+    taken->m_parent = nullptr;
+    taken->m_row = 0;
+    return taken;
+}
+
+DirectoryNode *DirectoryTree::insert(std::unique_ptr<DirectoryNode> node, DirectoryNode *newParent,
+                                     int row)
+{
+    if (!node || !newParent || !newParent->isContainer() || node->isRoot())
+        return nullptr;
+    if (node->isMembership() && m_placed.contains({ newParent, node->id }))
+        return nullptr;
+    DirectoryNode *raw = node.get();
+    attach(std::move(node), newParent, row);
+    indexSubtree(raw);
+    return raw;
+}
+
+bool DirectoryTree::move(DirectoryNode *node, DirectoryNode *newParent, int row)
+{
+    if (!node || node->isRoot() || !newParent || !newParent->isContainer())
+        return false;
+    for (const DirectoryNode *up = newParent; up; up = up->m_parent) {
+        if (up == node)
+            return false;
+    }
+    if (node->isMembership() && node->m_parent != newParent
+        && m_placed.contains({ newParent, node->id }))
+        return false;
+    std::unique_ptr<DirectoryNode> taken = take(node);
+    return insert(std::move(taken), newParent, row) != nullptr;
+}
+
+void DirectoryTree::sortMembershipsByPosition(DirectoryNode *group)
+{
+    if (!group)
+        return;
+    auto &children = group->m_children;
+    std::stable_sort(children.begin(), children.end(), [](const auto &a, const auto &b) {
+        if (a->isMembership() != b->isMembership())
+            return !a->isMembership();
+        return a->isMembership() && a->position < b->position;
+    });
+    renumber(group, 0);
+}
+
+int DirectoryTree::depth(const DirectoryNode *node)
+{
+    int depth = 0;
+    for (; node && !node->isRoot(); node = node->m_parent)
+        ++depth;
+    return depth;
+}
+
+void DirectoryTree::forEachGroup(
+    const std::function<void(const DirectoryNode *group, int depth)> &visit) const
+{
+    std::vector<std::pair<const DirectoryNode *, size_t>> stack { { m_root.get(), 0 } };
+    while (!stack.empty()) {
+        auto &[node, next] = stack.back();
+        if (next == node->m_children.size()) {
+            stack.pop_back();
+            continue;
+        }
+        const DirectoryNode *child = node->m_children[next++].get();
+        if (child->isGroup()) {
+            visit(child, int(stack.size()));
+            stack.emplace_back(child, 0);
+        }
+    }
+}
+
+void DirectoryTree::forEachMembership(
+    const std::function<void(const DirectoryNode *membership)> &visit) const
+{
+    std::vector<std::pair<const DirectoryNode *, size_t>> stack { { m_root.get(), 0 } };
+    while (!stack.empty()) {
+        auto &[node, next] = stack.back();
+        if (next == node->m_children.size()) {
+            stack.pop_back();
+            continue;
+        }
+        const DirectoryNode *child = node->m_children[next++].get();
+        if (child->isMembership())
+            visit(child);
+        else
+            stack.emplace_back(child, 0);
+    }
+}

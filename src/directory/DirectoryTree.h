@@ -1,0 +1,98 @@
+#pragma once
+
+#include "DirectoryNode.h"
+
+#include <QHash>
+#include <QList>
+#include <QSet>
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+// One group tree (regular or guest) as plain data: the root, the groups with
+// their memberships, and the index from group id to node. Copyable (deep) and
+// movable; not thread-bound, so the loader fills it on its worker thread and
+// a GroupTreeModel adopts it afterwards.
+class DirectoryTree
+{
+public:
+    enum class Kind { Regular, Guest };
+    static constexpr qint32 RegularRootId = -1;
+    static constexpr qint32 GuestRootId = -100;
+
+    explicit DirectoryTree(Kind kind = Kind::Regular);
+    DirectoryTree(const DirectoryTree &other);
+    DirectoryTree &operator=(const DirectoryTree &other);
+    // A moved-from tree is an empty tree of the same kind.
+    DirectoryTree(DirectoryTree &&other);
+    DirectoryTree &operator=(DirectoryTree &&other);
+    ~DirectoryTree();
+
+    Kind kind() const { return m_kind; }
+    bool isGuest() const { return m_kind == Kind::Guest; }
+    // -1 for the regular tree, -100 for the guest tree.
+    qint32 rootId() const;
+    DirectoryNode *root() const { return m_root.get(); }
+
+    // Removes every group and membership; the root stays.
+    void clear();
+
+    // The group index. When two groups carry the same id, the later one is indexed.
+    DirectoryNode *findGroup(qint32 id) const;
+    // Group ids in the order they were first indexed (load order, then groups
+    // added later); the load's per-group relation queries run in this order.
+    const QList<qint32> &groupIdsInIndexOrder() const { return m_indexOrder; }
+    int groupCount() const { return int(m_indexOrder.size()); }
+    int membershipCount() const { return m_membershipCount; }
+
+    // Appends (row -1) or inserts a group under a root or group node and indexes it.
+    DirectoryNode *addGroup(DirectoryNode *parent, qint32 id, const QString &name,
+                            qint32 position = 0, int row = -1);
+    // A member stands at most once directly under a group: returns nullptr and
+    // changes nothing when it already does.
+    DirectoryNode *addMembership(DirectoryNode *group, qint32 memberId, qint32 rankId,
+                                 qint32 position = 0, int row = -1);
+    // The first membership of the member below start (the root when null), in
+    // child order and, when recursive, depth-first into sub-groups.
+    DirectoryNode *findMembership(qint32 memberId, const DirectoryNode *start = nullptr,
+                                  bool recursive = true) const;
+    bool hasMembership(qint32 memberId) const { return findMembership(memberId) != nullptr; }
+
+    // Detaches a node (never the root) with its subtree; its groups leave the index.
+    std::unique_ptr<DirectoryNode> take(DirectoryNode *node);
+    // Re-attaches a detached subtree under newParent at row (-1: last) and
+    // indexes its groups again.
+    DirectoryNode *insert(std::unique_ptr<DirectoryNode> node, DirectoryNode *newParent,
+                          int row = -1);
+    // Moves a node with its subtree under newParent (a root or group node not
+    // inside the node itself) at row (-1: last; the row counts after the node
+    // is taken out). The node keeps its record. Returns false when refused.
+    bool move(DirectoryNode *node, DirectoryNode *newParent, int row = -1);
+    // Sorts the memberships directly under a group by their stored order value
+    // (stable), keeping sub-groups in front in their order.
+    void sortMembershipsByPosition(DirectoryNode *group);
+
+    // Depth below the root: 1 for a top-level group.
+    static int depth(const DirectoryNode *node);
+
+    // Pre-order walk of every group (parents before children) with its depth.
+    void forEachGroup(const std::function<void(const DirectoryNode *group, int depth)> &visit) const;
+    // Every membership in tree order (pre-order, children in display order).
+    void forEachMembership(const std::function<void(const DirectoryNode *membership)> &visit) const;
+
+private:
+    void attach(std::unique_ptr<DirectoryNode> node, DirectoryNode *parent, int row);
+    void indexSubtree(DirectoryNode *node);
+    void unindexSubtree(DirectoryNode *node);
+    static void renumber(DirectoryNode *parent, int fromRow);
+
+    Kind m_kind;
+    std::unique_ptr<DirectoryNode> m_root;
+    QHash<qint32, DirectoryNode *> m_index;
+    QList<qint32> m_indexOrder;
+    // (group node, member id) of every membership: keeps "at most once under a
+    // group" a constant-time check for groups of any size.
+    QSet<std::pair<const DirectoryNode *, qint32>> m_placed;
+    int m_membershipCount = 0;
+};

@@ -1,0 +1,89 @@
+#include "ServerDataLoader.h"
+
+#include "DbConnection.h"
+#include "DbSession.h"
+#include "DirectoryLoader.h"
+#include "LoadProgress.h"
+#include "NoticeBoard.h"
+#include "ProfileFile.h"
+#include "ServerDataSet.h"
+
+using namespace Qt::StringLiterals;
+
+ServerDataLoader::ServerDataLoader(DbSession &session, QString profilePath)
+    : m_session(session)
+    , m_profilePath(std::move(profilePath))
+{ }
+
+QString ServerDataLoader::openingText()
+{
+    return u"打开数据库."_s;
+}
+
+QString ServerDataLoader::stepName(Step step)
+{
+    switch (step) {
+    case Step::Open:
+        return u"open"_s;
+    case Step::Directory:
+        return u"directory"_s;
+    case Step::Positions:
+        return u"positions"_s;
+    case Step::Permissions:
+        return u"permissions"_s;
+    case Step::FileBox:
+        return u"filebox"_s;
+    case Step::VoipPool:
+        return u"voip-pool"_s;
+    case Step::Notices:
+        return u"notices"_s;
+    case Step::Done:
+        break;
+    }
+    return u"done"_s;
+}
+
+ServerDataLoader::Result ServerDataLoader::run(ServerDataSet &data, LoadProgress *progress)
+{
+    Result result;
+    if (progress)
+        progress->setText(openingText());
+
+    DbConnection connection = m_session.OpenDBConnection();
+    if (connection.isNull()) {
+        result.outcome = Outcome::OpenFailed;
+        result.failedStep = Step::Open;
+        result.error.hresult = DbError::InvalidPointer;
+        return result;
+    }
+
+    Step step = Step::Directory;
+    try {
+        DirectoryLoader::load(connection, data.directory, progress);
+
+        step = Step::Positions;
+        // The default position is a setting of the server information file,
+        // written at once by the position view; re-read with every load.
+        data.positions.defaultId = PositionList::readDefaultPositionId(ProfileFile(m_profilePath));
+        data.positions.load(connection);
+
+        step = Step::Permissions;
+        data.permissions.load(connection);
+
+        step = Step::FileBox;
+        data.fileBox.load(connection);
+
+        step = Step::VoipPool;
+        data.voipPool.load(connection);
+
+        step = Step::Notices;
+        data.notices = NoticeBoard::load(connection);
+    } catch (const DbException &e) {
+        m_session.recordError(e.error());
+        result.outcome = Outcome::ReadFailed;
+        result.failedStep = step;
+        result.error = e.error();
+        return result;
+    }
+    return result;
+}

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "DbError.h"
+
+#include <functional>
+#include <QString>
+
+class DbSession;
+class MessageService;
+class RegistryHives;
+class ServerData;
+
+// The console's save command: writes the whole working copy back to the
+// server database on the user-interface thread, in the designed order, bumps
+// the organisation version and notifies the server processes. There is no
+// transaction: a failing statement stops the save where it is, the working
+// copy stays as it is (deleted members included) and stays modified, so that
+// saving again rewrites everything.
+class ServerDataSaver
+{
+public:
+    enum class Outcome {
+        Saved,
+        Declined, // "确定要保存?" answered No
+        DataError, // no complete working copy to save
+        MemberMissing, // a member without login name or password
+        DatabaseError, // a statement failed
+    };
+    // The step a database failure happened in.
+    enum class Step {
+        None,
+        DeletedMembers,
+        Directory,
+        Positions,
+        Permissions,
+        FileBox,
+        VoipPool,
+    };
+
+    struct Result
+    {
+        Outcome outcome = Outcome::Saved;
+        Step failedStep = Step::None;
+        DbError error;
+        // MemberMissing: the first offending member row.
+        bool memberIsGuest = false;
+        int memberRow = -1;
+        // Saved: the organisation version written.
+        int version = 0;
+        // Saved: the notices whose DELETE failed (they stay in the database).
+        int failedNoticeDeletes = 0;
+        bool ok() const { return outcome == Outcome::Saved; }
+    };
+
+    using Pause = std::function<void(int milliseconds)>;
+
+    static constexpr int NotificationPauseMs = 3000;
+
+    // profilePath: the server information file; hives and programDir locate
+    // the notices' upload folder.
+    ServerDataSaver(ServerData &data, DbSession &session, MessageService &messages,
+        QString profilePath, RegistryHives &hives, QString programDir);
+
+    // How the pause between the two notifications is spent (a blocking sleep
+    // of the user-interface thread by default, as the save does not repaint).
+    void setPause(Pause pause);
+
+    Result save(bool confirmed);
+
+    // The question asked when a modified document is closed. Returns whether
+    // closing may go on: not modified, No, or Yes and the save succeeded.
+    bool saveOnClose();
+
+    // "GroupInfo" "Version" + 1, 1 after 9999, written "%04d". Returns the
+    // new value.
+    static int bumpVersion(const QString &profilePath);
+
+    static QString confirmText(); // "确定要保存?"
+    static QString closeQuestionText(); // "确定要保存编辑的内容?"
+    static QString dataErrorText(); // "当前编辑的数据发生错误."
+    static QString memberErrorText(); // "用户ID和密码为空."
+    static QString databaseErrorText(); // "数据库发生错误."
+
+private:
+    void balloon(const QString &text);
+
+    ServerData &m_data;
+    DbSession &m_session;
+    MessageService &m_messages;
+    QString m_profilePath;
+    RegistryHives &m_hives;
+    QString m_programDir;
+    Pause m_pause;
+};

@@ -1,0 +1,126 @@
+#include "NoticeBoard.h"
+
+#include "CRegistry.h"
+#include "DbConnection.h"
+#include "DbSession.h"
+#include "NoticeText.h"
+#include "Recordset.h"
+#include "RegistryHives.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+using namespace Qt::StringLiterals;
+
+QString NoticeBoard::selectStatement()
+{
+    return u"SELECT OCONTENTSID, TITLE, WRITEDATE, OMEMBERID, MEMBERID, MEMBERNAME,            "
+           "CONTENTS, FilePath, FileSessionID, WriteEndDate \t\tFROM CONTENTS ORDER BY WRITEDATE DESC;"_s;
+}
+
+QString NoticeBoard::deleteStatement(qint32 noticeId)
+{
+    return u"DELETE FROM CONTENTS where OCONTENTSID="_s + QString::number(noticeId) + u";"_s;
+}
+
+NoticeRecord NoticeBoard::fromStored(qint32 id, const QString &title, const QString &writeDate,
+    qint32 writerNumber, const QString &writerMemberId, const QString &writerName,
+    const QString &contents, const QString &filePath, const QString &fileSessionId,
+    const QString &writeEndDate)
+{
+    NoticeRecord record;
+    record.id = id;
+    record.title = NoticeText::unescapeStored(title);
+    record.written = NoticeText::writtenForm(writeDate);
+    record.writerNumber = writerNumber;
+    record.writerMemberId = writerMemberId;
+    record.writerName = writerName;
+    record.contents = NoticeText::unescapeStored(contents);
+    record.fileList = NoticeText::unescapeStored(filePath);
+    record.fileSessionId = fileSessionId;
+    record.endDate = NoticeText::endDateForm(writeEndDate);
+    return record;
+}
+
+QList<NoticeRecord> NoticeBoard::load(DbConnection &connection)
+{
+    QList<NoticeRecord> records;
+    Recordset set = connection.execute(selectStatement());
+    while (!set.isEOF()) {
+        const auto number = [&set](const QString &column) {
+            return set.isNull(column) ? 0 : set.intField(column);
+        };
+        records.append(fromStored(number(u"OCONTENTSID"_s), set.textField(u"TITLE"_s),
+            set.textField(u"WRITEDATE"_s), number(u"OMEMBERID"_s), set.textField(u"MEMBERID"_s),
+            set.textField(u"MEMBERNAME"_s), set.textField(u"CONTENTS"_s),
+            set.textField(u"FilePath"_s), set.textField(u"FileSessionID"_s),
+            set.textField(u"WriteEndDate"_s)));
+        set.moveNext();
+    }
+    set.close();
+    return records;
+}
+
+QString NoticeBoard::uploadFolder(RegistryHives &hives, const QString &programDir)
+{
+    QString folder;
+    CRegistry registry(hives, RegistryRoot::LocalMachine);
+    if (registry.openKey(
+            RegistryRoot::LocalMachine, u"SOFTWARE\\Velmar\\Services\\SessionFolder"_s)) {
+        if (!registry.readString(u"UploadPath"_s, folder))
+            folder.clear();
+        registry.close();
+    }
+    if (folder.isEmpty()) {
+        // The default is the "VelmarFile2Upload" folder beside the console,
+        // whether or not the caller's folder ends in a separator.
+        folder = programDir;
+        if (!folder.endsWith(u'/') && !folder.endsWith(QDir::separator()))
+            folder += u'/';
+        folder += u"VelmarFile2Upload"_s;
+    }
+    return folder;
+}
+
+bool NoticeBoard::removeUploadedFiles(const QString &uploadFolder, const QString &sessionId)
+{
+    if (sessionId.isEmpty())
+        return false;
+    // The id names the item in the working directory; anything that is not a
+    // single plain name could reach outside it, so it is never acted on.
+    if (sessionId == u"."_s || sessionId == u".."_s || sessionId.contains(u'/')
+        || sessionId.contains(u'\\') || sessionId.contains(QChar(0)))
+        return false;
+    if (!QFileInfo::exists(uploadFolder + u'/' + sessionId))
+        return false;
+
+    // The upload folder is where the test looks, but the item removed is the
+    // one named by the bare id relative to the working directory; the server
+    // side relies on exactly this pair of paths.
+    const QString target = QDir::current().filePath(sessionId);
+    const QFileInfo info(target);
+    if (info.isSymLink() || !info.isDir())
+        return QFile::remove(target);
+    return QDir(target).removeRecursively();
+}
+
+QList<NoticeBoard::Failure> NoticeBoard::deleteNotices(DbConnection &connection,
+    const QList<NoticeRecord> &records, RegistryHives &hives, const QString &programDir,
+    DbSession *session)
+{
+    QList<Failure> failures;
+    for (const NoticeRecord &record : records) {
+        try {
+            connection.execute(deleteStatement(record.id));
+        } catch (const DbException &e) {
+            failures.append({ record.id, e.error() });
+            if (session)
+                session->recordError(e.error());
+            continue;
+        }
+        if (!record.fileSessionId.isEmpty())
+            removeUploadedFiles(uploadFolder(hives, programDir), record.fileSessionId);
+    }
+    return failures;
+}

@@ -1,0 +1,167 @@
+#include "AccessTokenTable.h"
+
+#include "DbConnection.h"
+#include "Recordset.h"
+#include "VoipAccountPool.h"
+
+using namespace Qt::StringLiterals;
+
+QString AccessTokenTable::selectTokensStatement()
+{
+    return u"SELECT \t\t\t\tOMemberID, MessageOn, ChatOn, FileTransferOn, TTSOn, VoiceToPhoneOn, "
+           "OneToOneCallOn, SMSOn, VoipOn \t\t\tFROM AccessToken"_s;
+}
+
+QString AccessTokenTable::selectAccountsStatement()
+{
+    return u"SELECT\t\t\t\t\t\t\t\t\t\t\t\t\t\t\tOMemberID, ID, Pass\t\t\t\t\t\t\t\t\tFROM VoipInfo"_s;
+}
+
+QString AccessTokenTable::insertTokenStatement(qint32 memberId, const CAccessToken &token)
+{
+    QString sql = u"INSERT INTO AccessToken \t\t\t\t(OMemberID, MessageOn, ChatOn, FileTransferOn, "
+                  "TTSOn, VoiceToPhoneOn, OneToOneCallOn, SMSOn, VoipOn) \t\t\tVALUES \t\t\t\t( "
+                  "'%1'"_s.arg(memberId);
+    for (int f = 0; f < CAccessToken::FeatureCount; ++f)
+        sql += u",'"_s + QString::number(token.rawFlag(CAccessToken::Feature(f))) + u"'"_s;
+    sql += u") "_s;
+    return sql;
+}
+
+QString AccessTokenTable::insertAccountStatement(qint32 memberId, const VoipAccount &account)
+{
+    // The id and password go in as they stand: a quote in either breaks the
+    // statement, which fails the save rather than writing something else.
+    return u"INSERT INTO VoipInfo \t\t\t\t(OMemberID, ID, Pass) \t\t\tVALUES \t\t\t\t( '"_s
+        + QString::number(memberId) + u"', '"_s + account.id + u"', '"_s + account.password
+        + u"') "_s;
+}
+
+void AccessTokenTable::load(DbConnection &connection)
+{
+    clear();
+
+    Recordset tokens = connection.execute(selectTokensStatement());
+    while (!tokens.isEOF()) {
+        // A row that names no member belongs to nobody the console can show;
+        // it is left out (and so not written back).
+        if (!tokens.isNull(u"OMemberID"_s)) {
+            CAccessToken token;
+            for (int f = 0; f < CAccessToken::FeatureCount; ++f) {
+                const QString column = CAccessToken::columnName(CAccessToken::Feature(f));
+                token.setFlag(CAccessToken::Feature(f),
+                    !tokens.isNull(column) && tokens.intField(column) != 0);
+            }
+            m_tokens.insert_or_assign(tokens.intField(u"OMemberID"_s), token);
+        }
+        tokens.moveNext();
+    }
+    tokens.close();
+
+    Recordset accounts = connection.execute(selectAccountsStatement());
+    while (!accounts.isEOF()) {
+        if (!accounts.isNull(u"OMemberID"_s)) {
+            VoipAccount account { accounts.textField(u"ID"_s), accounts.textField(u"Pass"_s) };
+            m_accounts.insert_or_assign(accounts.intField(u"OMemberID"_s), account);
+        }
+        accounts.moveNext();
+    }
+    accounts.close();
+    m_modified = false;
+}
+
+void AccessTokenTable::save(DbConnection &connection)
+{
+    if (!m_modified)
+        return;
+    connection.execute(u"DELETE FROM AccessToken"_s);
+    for (const auto &[memberId, token] : m_tokens)
+        connection.execute(insertTokenStatement(memberId, token));
+    connection.execute(u"DELETE FROM VoipInfo"_s);
+    for (const auto &[memberId, account] : m_accounts)
+        connection.execute(insertAccountStatement(memberId, account));
+    m_modified = false;
+}
+
+void AccessTokenTable::clear()
+{
+    m_tokens.clear();
+    m_accounts.clear();
+    m_modified = false;
+}
+
+const CAccessToken *AccessTokenTable::token(qint32 memberId) const
+{
+    const auto it = m_tokens.find(memberId);
+    return it == m_tokens.end() ? nullptr : &it->second;
+}
+
+const VoipAccount *AccessTokenTable::voipAccount(qint32 memberId) const
+{
+    const auto it = m_accounts.find(memberId);
+    return it == m_accounts.end() ? nullptr : &it->second;
+}
+
+CAccessToken &AccessTokenTable::ensureToken(qint32 memberId)
+{
+    return m_tokens.try_emplace(memberId, CAccessToken::defaults()).first->second;
+}
+
+VoipAccount &AccessTokenTable::ensureVoipAccount(qint32 memberId)
+{
+    return m_accounts.try_emplace(memberId).first->second;
+}
+
+void AccessTokenTable::ensureRecords(qint32 memberId)
+{
+    ensureToken(memberId);
+    ensureVoipAccount(memberId);
+}
+
+void AccessTokenTable::addMember(
+    qint32 memberId, const QString &voipId, const QString &voipPassword)
+{
+    m_tokens.insert_or_assign(memberId, CAccessToken::forNewMember(!voipId.isEmpty()));
+    m_accounts.insert_or_assign(memberId, VoipAccount { voipId, voipPassword });
+    m_modified = true;
+}
+
+void AccessTokenTable::removeMemberPermissions(qint32 memberId)
+{
+    m_tokens.erase(memberId);
+    m_modified = true;
+}
+
+void AccessTokenTable::removeMemberVoipAccount(qint32 memberId)
+{
+    m_accounts.erase(memberId);
+    m_modified = true;
+}
+
+void AccessTokenTable::setFlag(qint32 memberId, CAccessToken::Feature feature, bool on)
+{
+    ensureToken(memberId).applyFlagRule(feature, on);
+    m_modified = true;
+}
+
+void AccessTokenTable::setFlagForMembers(
+    const QList<qint32> &memberIds, CAccessToken::Feature feature, bool on)
+{
+    for (qint32 memberId : memberIds)
+        ensureToken(memberId).applyFlagRule(feature, on);
+    if (!memberIds.isEmpty())
+        m_modified = true;
+}
+
+void AccessTokenTable::editVoipAccount(
+    qint32 memberId, VoipField field, const QString &text, VoipAccountPool *pool)
+{
+    VoipAccount &account = ensureVoipAccount(memberId);
+    if (field == VoipField::Id)
+        account.id = text;
+    else
+        account.password = text;
+    if (pool)
+        pool->reassign(memberId, account.id);
+    m_modified = true;
+}

@@ -1,0 +1,632 @@
+// The main frame on a temporary server folder: what it reads and writes when
+// it is built, its command table, the view pane, the home view's database
+// check and the password prompt of the first paint.
+
+#include "AdminPasswordStore.h"
+#include "AppTestSupport.h"
+#include "CAboutDlg.h"
+#include "CAdminLoginDlg.h"
+#include "CAdmSetupPasswordDlg.h"
+#include "CMainFormView.h"
+#include "CMainFrame.h"
+#include "CommandIds.h"
+#include "CVelmarManagerDoc.h"
+#include "OutlookBar.h"
+#include "ViewIds.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDir>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QStackedWidget>
+#include <QStatusBar>
+#include <QTest>
+#include <QToolBar>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+const QString AccessString
+    = u"DRIVER={Microsoft Access Driver (*.mdb)};DBQ=%1;DefaultDir=;UID=admin;PWD=;"_s;
+
+CAdminLoginDlg *loginDialog(const CMainFrame &frame)
+{
+    return frame.findChild<CAdminLoginDlg *>();
+}
+
+// A frame whose close is refused, as the save question will refuse it.
+class RefusingFrame : public CMainFrame
+{
+public:
+    using CMainFrame::CMainFrame;
+    bool queryClose() override
+    {
+        ++asked;
+        return false;
+    }
+    int asked = 0;
+};
+} // namespace
+
+class MainFrameTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void pathsAndBalloonDefault();
+    void balloonHelpStored_data();
+    void balloonHelpStored();
+    void balloonToggleWritesHive();
+    void databaseSettingsAtConstruction_data();
+    void databaseSettingsAtConstruction();
+    void commandTable_data();
+    void commandTable();
+    void commandTableIsComplete();
+    void toolBarAndStatusBarToggles();
+    void viewsSwitchInPane();
+    void exitAsksQueryClose();
+    void titleFollowsDocument();
+    void aboutAndPasswordCommandsOpenDialogs();
+    void dashboardWorkingDatabase();
+    void dashboardBrokenDatabase_data();
+    void dashboardBrokenDatabase();
+    void dashboardRemoteDatabase();
+    void dashboardMasksPassword();
+    void dashboardCounts();
+    void noPromptWithoutLock_data();
+    void noPromptWithoutLock();
+    void promptLetsAdministratorIn();
+    void promptClosesAfterThirdFailure();
+    void promptCancelCloses();
+};
+
+void MainFrameTest::pathsAndBalloonDefault()
+{
+    FrameFixture f;
+    CMainFrame &frame = f.makeFrame();
+    QCOMPARE(frame.programDirectory(), f.dir.programDir());
+    QCOMPARE(frame.accessDatabasePath(), f.dir.programDir() + u"/VelmarDB.mdb"_s);
+    QCOMPARE(frame.profilePath(), f.dir.programDir() + u"/Serverinfo.ini"_s);
+    QCOMPARE(frame.dbSession().accessDatabasePath(), frame.accessDatabasePath());
+    // Nothing stored: tips are shown, and nothing is written for it.
+    QVERIFY(frame.balloonHelp());
+    QVERIFY(frame.commandAction(CommandId::BalloonHelp)->isChecked());
+    QVERIFY(!registryKeyExists(f.dir.hives(), RegistryRoot::CurrentUser, ConsoleKey));
+}
+
+void MainFrameTest::balloonHelpStored_data()
+{
+    QTest::addColumn<qint32>("stored");
+    QTest::addColumn<bool>("shown");
+    QTest::newRow("off") << 0 << false;
+    QTest::newRow("on") << 1 << true;
+    QTest::newRow("any non-zero") << 5 << true;
+}
+
+void MainFrameTest::balloonHelpStored()
+{
+    QFETCH(qint32, stored);
+    QFETCH(bool, shown);
+    FrameFixture f;
+    QVERIFY(setRegistryNumber(
+        f.dir.hives(), RegistryRoot::CurrentUser, ConsoleKey, u"BalloonHelp"_s, stored));
+    CMainFrame &frame = f.makeFrame();
+    QCOMPARE(frame.balloonHelp(), shown);
+    QCOMPARE(frame.commandAction(CommandId::BalloonHelp)->isChecked(), shown);
+}
+
+void MainFrameTest::balloonToggleWritesHive()
+{
+    FrameFixture f;
+    CMainFrame &frame = f.makeFrame();
+    QSignalSpy spy(&frame, &CMainFrame::balloonHelpChanged);
+    QAction *toggle = frame.commandAction(CommandId::BalloonHelp);
+    QVERIFY(toggle->isCheckable());
+    toggle->trigger();
+    QVERIFY(!frame.balloonHelp());
+    QCOMPARE(registryNumber(f.dir.hives(), RegistryRoot::CurrentUser, ConsoleKey, u"BalloonHelp"_s),
+        std::optional<qint32>(0));
+    toggle->trigger();
+    QCOMPARE(registryNumber(f.dir.hives(), RegistryRoot::CurrentUser, ConsoleKey, u"BalloonHelp"_s),
+        std::optional<qint32>(1));
+    QCOMPARE(spy.count(), 2);
+    QCOMPARE(spy.at(0).at(0).toBool(), false);
+    QCOMPARE(spy.at(1).at(0).toBool(), true);
+    // The next start reads it back.
+    toggle->trigger();
+    CMainFrame second(f.context());
+    QVERIFY(!second.balloonHelp());
+}
+
+void MainFrameTest::databaseSettingsAtConstruction_data()
+{
+    QTest::addColumn<QString>("type"); // null: absent
+    QTest::addColumn<QString>("string"); // null: absent
+    QTest::addColumn<bool>("mdbExists");
+    QTest::addColumn<QString>("expectedType");
+    QTest::addColumn<QString>("expectedString"); // "<access>": the Access string of this folder
+
+    QTest::newRow("fresh, no database") << QString() << QString() << false << u"MDB"_s << QString();
+    QTest::newRow("fresh, database") << QString() << QString() << true << u"MDB"_s << u"<access>"_s;
+    QTest::newRow("MDB, stale string")
+        << u"MDB"_s << u"DRIVER={Microsoft Access Driver (*.mdb)};DBQ=/old/VelmarDB.mdb;"_s << true
+        << u"MDB"_s << u"<access>"_s;
+    QTest::newRow("MDB, no database keeps string")
+        << u"MDB"_s << u"DSN=velmar"_s << false << u"MDB"_s << u"DSN=velmar"_s;
+    QTest::newRow("other server keeps string")
+        << u"MSSQL"_s << u"DSN=velmar"_s << true << u"MSSQL"_s << u"DSN=velmar"_s;
+    QTest::newRow("type is compared exactly")
+        << u"mdb"_s << u"DSN=velmar"_s << true << u"mdb"_s << u"DSN=velmar"_s;
+}
+
+void MainFrameTest::databaseSettingsAtConstruction()
+{
+    QFETCH(QString, type);
+    QFETCH(QString, string);
+    QFETCH(bool, mdbExists);
+    QFETCH(QString, expectedType);
+    QFETCH(QString, expectedString);
+
+    FrameFixture f;
+    RegistryHives &hives = f.dir.hives();
+    if (!type.isNull())
+        QVERIFY(setRegistryString(
+            hives, RegistryRoot::LocalMachine, DatabaseKey, u"SetDBType"_s, type));
+    if (!string.isNull())
+        QVERIFY(setRegistryString(
+            hives, RegistryRoot::LocalMachine, DatabaseKey, u"ConnectionString"_s, string));
+    if (mdbExists)
+        QVERIFY(createSqliteDatabase(f.dir.databasePath()));
+
+    f.makeFrame();
+    QCOMPARE(registryString(hives, RegistryRoot::LocalMachine, DatabaseKey, u"SetDBType"_s),
+        std::optional<QString>(expectedType));
+    // "Database" and "DataBase" are one key: the session reads what the frame wrote.
+    const std::optional<QString> stored = registryString(hives, RegistryRoot::LocalMachine,
+        u"SOFTWARE\\Velmar\\Services\\Database"_s, u"ConnectionString"_s);
+    if (expectedString.isNull()) {
+        QVERIFY(!stored.has_value());
+    } else {
+        expectedString.replace(u"<access>"_s, AccessString.arg(f.dir.databasePath()));
+        QCOMPARE(stored, std::optional<QString>(expectedString));
+        QCOMPARE(f.frame->dbSession().connectionString(), expectedString);
+    }
+}
+
+void MainFrameTest::commandTable_data()
+{
+    QTest::addColumn<int>("id");
+    QTest::addColumn<QString>("menu");
+    QTest::addColumn<QString>("label");
+    QTest::addColumn<QString>("shortcut");
+    QTest::addColumn<bool>("enabled");
+
+    auto row = [](int id, const QString &menu, const QString &label, bool enabled,
+                   const QString &shortcut = QString()) {
+        QTest::newRow(QByteArray::number(id).constData())
+            << id << menu << label << shortcut << enabled;
+    };
+    const QString file = u"文件(&F)"_s, edit = u"编辑(&E)"_s, view = u"查看(&V)"_s,
+                  services = u"服务管理(&M)"_s, settings = u"服务设置(&D)"_s, help = u"帮助(&H)"_s;
+    row(32803, file, u"登记发送邮件(设置文件)(&M)"_s, false);
+    row(32804, file, u"使用外部数据(&O)"_s, false, u"Ctrl+O"_s);
+    row(32781, file, u"保存(&S)"_s, false, u"Ctrl+S"_s);
+    row(57665, file, u"退出(&X)"_s, true);
+    row(32784, edit, u"添加 类别(&A)"_s, false);
+    row(32785, edit, u"修改 类别(&M)"_s, false);
+    row(32786, edit, u"删除 类别(&D)"_s, false);
+    row(32787, edit, u"添加 用户(&U)"_s, false);
+    row(32788, edit, u"删除 用户(&R)"_s, false);
+    row(32789, edit, u"添加 等级(&A)"_s, false);
+    row(32790, edit, u"修改 等级(&M)"_s, false);
+    row(32791, edit, u"删除 等级(&D)"_s, false);
+    row(32792, edit, u"删除 权限(&D)"_s, false);
+    row(32827, edit, u"自动分配电话号码"_s, false);
+    row(59392, view, u"工具栏(&T)"_s, true);
+    row(59393, view, u"状态栏(&S)"_s, true);
+    row(32808, view, u"帮助栏(&B)"_s, true);
+    row(32801, services, u"启动服务(&S)"_s, false);
+    row(32802, services, u"停止服务(&T)"_s, false);
+    row(32823, services, u"数据库 设置/更改"_s, false);
+    row(32825, services, u"文件服务管理(&F)"_s, false);
+    row(32821, settings, u"版权设置 (&C)"_s, false);
+    row(32820, settings, u"主页设置 (&H)"_s, false);
+    row(32826, settings, u"邮件设置(&M)"_s, false);
+    row(32830, settings, u"管理员验证设置(&P)"_s, true);
+    row(32813, help, u"快速导航(&Q)"_s, true);
+    row(57664, help, u"VelmarManager 信息(&A)"_s, true);
+}
+
+void MainFrameTest::commandTable()
+{
+    QFETCH(int, id);
+    QFETCH(QString, menu);
+    QFETCH(QString, label);
+    QFETCH(QString, shortcut);
+    QFETCH(bool, enabled);
+
+    FrameFixture f;
+    CMainFrame &frame = f.makeFrame();
+    QAction *action = frame.commandAction(id);
+    QVERIFY(action);
+    QCOMPARE(action->text(), label);
+    QCOMPARE(action->data().toInt(), id);
+    QCOMPARE(action->objectName(), u"command%1"_s.arg(id));
+    QCOMPARE(frame.findChild<QAction *>(u"command%1"_s.arg(id)), action);
+    QCOMPARE(action->shortcut(), QKeySequence(shortcut));
+    QCOMPARE(action->isEnabled(), enabled);
+
+    QMenu *owner = nullptr;
+    const QList<QAction *> top = frame.menuBar()->actions();
+    for (QAction *menuAction : top) {
+        if (menuAction->menu() && menuAction->menu()->actions().contains(action))
+            owner = menuAction->menu();
+    }
+    QVERIFY(owner);
+    QCOMPARE(owner->title(), menu);
+}
+
+void MainFrameTest::commandTableIsComplete()
+{
+    FrameFixture f;
+    CMainFrame &frame = f.makeFrame();
+    QCOMPARE(frame.commandIds().size(), 27);
+    QStringList titles;
+    const QList<QAction *> top = frame.menuBar()->actions();
+    for (QAction *menuAction : top)
+        titles.append(menuAction->text());
+    QCOMPARE(titles,
+        QStringList({ u"文件(&F)"_s, u"编辑(&E)"_s, u"查看(&V)"_s, u"服务管理(&M)"_s,
+            u"服务设置(&D)"_s, u"帮助(&H)"_s }));
+    // The maker's online services are listed but not offered.
+    for (const QString &name : { u"onlineUpdate"_s, u"onlineHelp"_s, u"onlineHomePage"_s }) {
+        QAction *online = frame.findChild<QAction *>(name);
+        QVERIFY2(online, qPrintable(name));
+        QVERIFY(!online->isEnabled());
+    }
+}
+
+void MainFrameTest::toolBarAndStatusBarToggles()
+{
+    FrameFixture f;
+    CMainFrame &frame = f.makeFrame();
+    frame.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&frame));
+    QAction *toolBar = frame.commandAction(CommandId::ToolBar);
+    QAction *statusBar = frame.commandAction(CommandId::StatusBar);
+    QVERIFY(toolBar->isChecked() && statusBar->isChecked());
+    QVERIFY(frame.mainToolBar()->isVisible());
+    QVERIFY(frame.statusBar()->isVisible());
+
+    toolBar->trigger();
+    QVERIFY(frame.mainToolBar()->isHidden());
+    statusBar->trigger();
+    QVERIFY(frame.statusBar()->isHidden());
+    toolBar->trigger();
+    statusBar->trigger();
+    QVERIFY(frame.mainToolBar()->isVisible());
+    QVERIFY(frame.statusBar()->isVisible());
+
+    // Hidden through the bar's own context menu: the menu check follows.
+    frame.mainToolBar()->toggleViewAction()->trigger();
+    QVERIFY(!toolBar->isChecked());
+}
+
+void MainFrameTest::viewsSwitchInPane()
+{
+    FrameFixture f;
+    CMainFrame &frame = f.makeFrame();
+    OutlookBar *bar = frame.outlookBar();
+    QCOMPARE(frame.currentViewId(), ViewId::Home);
+    QCOMPARE(frame.view(ViewId::Home), frame.dashboard());
+    QVERIFY(bar->isItemEnabled(ViewId::Home));
+    QVERIFY(bar->groupCaptions().contains(u"类别管理"_s));
+    QVERIFY(bar->groupCaptions().contains(u"会员管理"_s));
+    QVERIFY(bar->groupCaptions().contains(u"BOX编辑"_s));
+    QVERIFY(bar->groupCaptions().contains(u"日志管理"_s));
+    // Views still to come are greyed place holders without a view.
+    for (int id : { ViewId::Organize, ViewId::Position, ViewId::AccessControl, ViewId::FileBox,
+             ViewId::Notice, ViewId::ChatLog, ViewId::SystemLog, ViewId::UserLog }) {
+        QVERIFY(bar->hasItem(id));
+        QVERIFY(!bar->isItemEnabled(id));
+        QVERIFY(!frame.view(id));
+        QVERIFY(!frame.showView(id));
+    }
+
+    // A view added later takes its place holder's place and is chosen from the bar.
+    QSignalSpy changed(&frame, &CMainFrame::viewChanged);
+    auto *organize = new QWidget;
+    frame.addView(ViewId::Organize, u"类别管理"_s, u"组织管理"_s, organize);
+    QVERIFY(bar->isItemEnabled(ViewId::Organize));
+    Q_EMIT bar->viewSelected(ViewId::Organize);
+    QCOMPARE(frame.currentViewId(), ViewId::Organize);
+    auto *pane = frame.findChild<QStackedWidget *>(u"viewPane"_s);
+    QCOMPARE(pane->currentWidget(), organize);
+    QCOMPARE(organize->parentWidget(), pane);
+    QCOMPARE(changed.count(), 1);
+
+    // Quick navigation brings the home view back and marks it in the bar.
+    frame.commandAction(CommandId::QuickNavigation)->trigger();
+    QCOMPARE(frame.currentViewId(), ViewId::Home);
+    QCOMPARE(pane->currentWidget(), frame.dashboard());
+    QCOMPARE(bar->currentView(), ViewId::Home);
+    QCOMPARE(changed.count(), 2);
+}
+
+void MainFrameTest::exitAsksQueryClose()
+{
+    FrameFixture f;
+    RefusingFrame refusing(f.context());
+    refusing.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&refusing));
+    refusing.commandAction(CommandId::Exit)->trigger();
+    QCOMPARE(refusing.asked, 1);
+    QVERIFY(refusing.isVisible());
+
+    CMainFrame &frame = f.makeFrame();
+    frame.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&frame));
+    frame.commandAction(CommandId::Exit)->trigger();
+    QVERIFY(!frame.isVisible());
+}
+
+void MainFrameTest::titleFollowsDocument()
+{
+    FrameFixture f;
+    CMainFrame &frame = f.makeFrame();
+    QCOMPARE(frame.windowTitle(), u"VelmarManager[*]"_s);
+    QVERIFY(!frame.isWindowModified());
+    frame.document().setModified(true);
+    QVERIFY(frame.isWindowModified());
+    frame.document().setModified(false);
+    QVERIFY(!frame.isWindowModified());
+}
+
+void MainFrameTest::aboutAndPasswordCommandsOpenDialogs()
+{
+    FrameFixture f;
+    CMainFrame &frame = f.makeFrame();
+    frame.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&frame));
+
+    frame.commandAction(CommandId::About)->trigger();
+    auto *about = frame.findChild<CAboutDlg *>();
+    QVERIFY(about);
+    QVERIFY(about->isVisible());
+    QCOMPARE(about->windowTitle(), u"关于 VelmarManager"_s);
+    const QString product = about->findChild<QLabel *>(u"productLabel"_s)->text();
+    QVERIFY(product.contains(u"VelmarManager"_s));
+    QVERIFY(!CAboutDlg::productVersion().isEmpty());
+    QVERIFY(product.contains(CAboutDlg::productVersion()));
+    about->findChild<QPushButton *>(u"okButton"_s)->click();
+    QTRY_VERIFY(!frame.findChild<CAboutDlg *>());
+
+    frame.commandAction(CommandId::AdminPassword)->trigger();
+    auto *settings = frame.findChild<CAdmSetupPasswordDlg *>();
+    QVERIFY(settings);
+    QVERIFY(settings->isVisible());
+    QVERIFY(settings->isModal() || settings->windowModality() != Qt::NonModal);
+    settings->findChild<QPushButton *>(u"control1108"_s)->click();
+    QTRY_VERIFY(!frame.findChild<CAdmSetupPasswordDlg *>());
+}
+
+void MainFrameTest::dashboardWorkingDatabase()
+{
+    FrameFixture f;
+    QVERIFY(createSqliteDatabase(f.dir.databasePath()));
+    CMainFrame &frame = f.makeFrame();
+    CMainFormView *dashboard = frame.dashboard();
+    QCOMPARE(dashboard->databaseState(), CMainFormView::DatabaseState::Unchecked);
+    frame.show();
+    QTRY_COMPARE(dashboard->databaseState(), CMainFormView::DatabaseState::Opens);
+    QCOMPARE(dashboard->databaseStateText(), u"可以打开"_s);
+    QCOMPARE(dashboard->databaseDetail(), u"QSQLITE"_s);
+    QCOMPARE(dashboard->lastCheck(), f.now);
+    QCOMPARE(dashboard->findChild<QLabel *>(u"checkedAtValue"_s)->text(), u"2024-03-05 09:30:15"_s);
+    QCOMPARE(dashboard->shownConnectionString(), AccessString.arg(f.dir.databasePath()));
+    QCOMPARE(dashboard->findChild<QLabel *>(u"databaseTypeValue"_s)->text(), u"MDB"_s);
+    QCOMPARE(dashboard->findChild<QLabel *>(u"programDirectoryValue"_s)->text(),
+        QDir::toNativeSeparators(f.dir.programDir()));
+    QVERIFY(f.messages.boxes().isEmpty());
+    // The frame's own way to the database works on the same settings.
+    QVERIFY(!frame.OpenDBConnection().isNull());
+}
+
+void MainFrameTest::dashboardBrokenDatabase_data()
+{
+    QTest::addColumn<QByteArray>("fileContents"); // empty: no file at all
+    QTest::newRow("no database file") << QByteArray();
+    QTest::newRow("not a database")
+        << QByteArray("this is not an SQLite file, it is text\n").repeated(40);
+}
+
+void MainFrameTest::dashboardBrokenDatabase()
+{
+    QFETCH(QByteArray, fileContents);
+    FrameFixture f;
+    if (!fileContents.isEmpty())
+        QVERIFY(f.dir.writeFile(u"VelmarDB.mdb"_s, fileContents));
+    CMainFrame &frame = f.makeFrame();
+    CMainFormView *dashboard = frame.dashboard();
+    frame.show();
+    QTRY_COMPARE(dashboard->databaseState(), CMainFormView::DatabaseState::Fails);
+    QCOMPARE(dashboard->databaseStateText(), u"无法打开"_s);
+    QVERIFY2(dashboard->databaseDetail().startsWith(u"(80004005) "_s),
+        qPrintable(dashboard->databaseDetail()));
+    QVERIFY(dashboard->databaseDetail().contains(u"\nSource - QSQLITE\nDesc - "_s));
+
+    // Visiting the home view again checks again, still without a message box.
+    auto *other = new QWidget;
+    frame.addView(ViewId::Notice, u"会员管理"_s, u"公告管理"_s, other);
+    frame.showView(ViewId::Notice);
+    QSignalSpy checked(dashboard, &CMainFormView::databaseChecked);
+    frame.showView(ViewId::Home);
+    QTRY_COMPARE(checked.count(), 1);
+    QCOMPARE(dashboard->databaseState(), CMainFormView::DatabaseState::Fails);
+    QVERIFY(f.messages.boxes().isEmpty());
+
+    // The frame's own open reports in the designed way: one box, no owner.
+    QVERIFY(frame.OpenDBConnection().isNull());
+    QCOMPARE(f.messages.boxes().size(), 1);
+    QCOMPARE(f.messages.boxes().first().parent, nullptr);
+}
+
+void MainFrameTest::dashboardRemoteDatabase()
+{
+    FrameFixture f;
+    QVERIFY(createSqliteDatabase(f.dir.databasePath()));
+    QVERIFY(f.dir.writeFile(u"Serverinfo.ini"_s, "[DBInfo]\r\nDBAddr=10.1.2.3\r\n"));
+    CMainFrame &frame = f.makeFrame();
+    frame.show();
+    QTRY_COMPARE(frame.dashboard()->databaseState(), CMainFormView::DatabaseState::Disabled);
+    QVERIFY(frame.dashboard()->databaseDetail().contains(u"10.1.2.3"_s));
+    QVERIFY(f.messages.boxes().isEmpty());
+}
+
+void MainFrameTest::dashboardMasksPassword()
+{
+    FrameFixture f;
+    QVERIFY(setRegistryString(
+        f.dir.hives(), RegistryRoot::LocalMachine, DatabaseKey, u"SetDBType"_s, u"PGSQL"_s));
+    QVERIFY(setRegistryString(f.dir.hives(), RegistryRoot::LocalMachine, DatabaseKey,
+        u"ConnectionString"_s,
+        u"DRIVER={SQLite3};Database=%1/missing/x.db;UID=v;PWD=topsecret;"_s.arg(f.dir.root())));
+    CMainFrame &frame = f.makeFrame();
+    frame.show();
+    QTRY_VERIFY(frame.dashboard()->databaseState() != CMainFormView::DatabaseState::Checking
+        && frame.dashboard()->databaseState() != CMainFormView::DatabaseState::Unchecked);
+    const QString shown = frame.dashboard()->shownConnectionString();
+    QVERIFY(!shown.contains(u"topsecret"_s));
+    QVERIFY(shown.endsWith(u"UID=v;PWD=******;"_s));
+    QCOMPARE(frame.dashboard()->findChild<QLabel *>(u"databaseTypeValue"_s)->text(), u"PGSQL"_s);
+}
+
+void MainFrameTest::dashboardCounts()
+{
+    FrameFixture f;
+    CMainFrame &frame = f.makeFrame();
+    CMainFormView *dashboard = frame.dashboard();
+    // Nothing loaded yet: nothing claimed.
+    QCOMPARE(dashboard->findChild<QLabel *>(u"directoryValue0"_s)->text(), u"—"_s);
+    QCOMPARE(dashboard->findChild<QLabel *>(u"serviceValue0"_s)->text(), u"—"_s);
+    dashboard->setDirectoryCounts({ { u"成员"_s, 1234 }, { u"群组"_s, 56 }, { u"访客群组"_s, 0 } });
+    QCOMPARE(dashboard->findChild<QLabel *>(u"directoryValue0"_s)->text(), u"1234"_s);
+    QCOMPARE(dashboard->findChild<QLabel *>(u"directoryValue2"_s)->text(), u"0"_s);
+    dashboard->setServiceStates({ { u"VelmarD"_s, u"运行中"_s } });
+    QCOMPARE(dashboard->findChild<QLabel *>(u"serviceValue0"_s)->text(), u"运行中"_s);
+    QVERIFY(!dashboard->findChild<QLabel *>(u"serviceValue1"_s));
+}
+
+void MainFrameTest::noPromptWithoutLock_data()
+{
+    QTest::addColumn<int>("state"); // -1: no key at all
+    QTest::addColumn<QString>("digest");
+    QTest::newRow("no key") << -1 << QString();
+    QTest::newRow("lock off") << 0 << AdminPasswordStore::digest(u"Secret1"_s);
+    QTest::newRow("lock on, empty password") << 1 << QString();
+}
+
+void MainFrameTest::noPromptWithoutLock()
+{
+    QFETCH(int, state);
+    QFETCH(QString, digest);
+    FrameFixture f;
+    if (state >= 0) {
+        QVERIFY(setRegistryNumber(
+            f.dir.hives(), RegistryRoot::LocalMachine, ConsoleKey, u"AdmPasswordState"_s, state));
+        QVERIFY(setRegistryString(
+            f.dir.hives(), RegistryRoot::LocalMachine, ConsoleKey, u"AdmPassword"_s, digest));
+    }
+    CMainFrame &frame = f.makeFrame();
+    QSignalSpy ready(&frame, &CMainFrame::startupReady);
+    frame.show();
+    QTRY_COMPARE(ready.count(), 1);
+    QVERIFY(!loginDialog(frame));
+    QVERIFY(frame.isStartupReady());
+    QVERIFY(frame.isVisible());
+}
+
+void MainFrameTest::promptLetsAdministratorIn()
+{
+    FrameFixture f;
+    QVERIFY(setRegistryNumber(
+        f.dir.hives(), RegistryRoot::LocalMachine, ConsoleKey, u"AdmPasswordState"_s, 1));
+    QVERIFY(setRegistryString(f.dir.hives(), RegistryRoot::LocalMachine, ConsoleKey,
+        u"AdmPassword"_s, AdminPasswordStore::digest(u"Secret1"_s).toUpper()));
+    CMainFrame &frame = f.makeFrame();
+    QSignalSpy ready(&frame, &CMainFrame::startupReady);
+    frame.show();
+    QTRY_VERIFY(loginDialog(frame));
+    CAdminLoginDlg *dialog = loginDialog(frame);
+    QVERIFY(dialog->isVisible());
+    QVERIFY(dialog->windowModality() != Qt::NonModal);
+    QCOMPARE(ready.count(), 0); // nothing is loaded before the administrator is in
+
+    QTest::keyClicks(dialog->passwordField(), u"Secret1"_s);
+    QTest::keyClick(dialog->passwordField(), Qt::Key_Return);
+    QTRY_COMPARE(ready.count(), 1);
+    QTRY_VERIFY(!loginDialog(frame));
+    QVERIFY(frame.isVisible());
+    QVERIFY(f.messages.boxes().isEmpty());
+
+    // Once per run: later paints ask nothing.
+    frame.repaint();
+    QTest::qWait(20);
+    QVERIFY(!loginDialog(frame));
+    QCOMPARE(ready.count(), 1);
+}
+
+void MainFrameTest::promptClosesAfterThirdFailure()
+{
+    FrameFixture f;
+    QVERIFY(setRegistryNumber(
+        f.dir.hives(), RegistryRoot::LocalMachine, ConsoleKey, u"AdmPasswordState"_s, 1));
+    QVERIFY(setRegistryString(f.dir.hives(), RegistryRoot::LocalMachine, ConsoleKey,
+        u"AdmPassword"_s, AdminPasswordStore::digest(u"Secret1"_s)));
+    CMainFrame &frame = f.makeFrame();
+    QSignalSpy ready(&frame, &CMainFrame::startupReady);
+    QSignalSpy refused(&frame, &CMainFrame::startupRefused);
+    frame.show();
+    QTRY_VERIFY(loginDialog(frame));
+    CAdminLoginDlg *dialog = loginDialog(frame);
+    for (const QString &wrong : { u"secret1"_s, u"guess"_s, u"SECRET1"_s }) {
+        dialog->passwordField()->clear();
+        QTest::keyClicks(dialog->passwordField(), wrong);
+        QTest::keyClick(dialog->passwordField(), Qt::Key_Return);
+    }
+    QTRY_VERIFY(!frame.isVisible());
+    QCOMPARE(refused.count(), 1);
+    QCOMPARE(ready.count(), 0);
+    QCOMPARE(f.messages.boxTexts(),
+        QStringList({ u"密码没有通过验证. 只能尝试 1/3 的输入机会"_s,
+            u"密码没有通过验证. 只能尝试 2/3 的输入机会"_s, u"密码验证没有通过程序将退出"_s }));
+}
+
+void MainFrameTest::promptCancelCloses()
+{
+    FrameFixture f;
+    QVERIFY(setRegistryNumber(
+        f.dir.hives(), RegistryRoot::LocalMachine, ConsoleKey, u"AdmPasswordState"_s, 1));
+    QVERIFY(setRegistryString(f.dir.hives(), RegistryRoot::LocalMachine, ConsoleKey,
+        u"AdmPassword"_s, AdminPasswordStore::digest(u"Secret1"_s)));
+    RefusingFrame frame(f.context());
+    frame.show();
+    QTRY_VERIFY(loginDialog(frame));
+    loginDialog(frame)->findChild<QPushButton *>(u"control1104"_s)->click();
+    // The close request goes the way of a user's close, through queryClose.
+    QTRY_COMPARE(frame.asked, 1);
+    QVERIFY(f.messages.boxes().isEmpty());
+}
+
+int runMainFrameTests(int argc, char **argv)
+{
+    MainFrameTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "MainFrameTest.moc"

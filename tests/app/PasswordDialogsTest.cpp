@@ -1,0 +1,601 @@
+// The two administrator password dialogs, driven with key clicks. Their
+// message boxes are scripted, so every text, title, icon and the focus after
+// each one can be checked.
+
+#include "AdminPasswordStore.h"
+#include "AppTestSupport.h"
+#include "CAdminLoginDlg.h"
+#include "CAdmSetupPasswordDlg.h"
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+const QString Secret = u"Secret1"_s;
+
+QString labelFor(const QWidget *dialog, const QWidget *field)
+{
+    const QList<QLabel *> labels = dialog->findChildren<QLabel *>();
+    for (const QLabel *label : labels) {
+        if (label->buddy() == field)
+            return label->text();
+    }
+    return {};
+}
+
+// A setup dialog on a server folder whose console key exists.
+struct SetupFixture
+{
+    TempServerDir dir;
+    ScriptedMessageService messages;
+
+    // state/digest < 0 / null: not stored.
+    void store(int state, const QString &digest)
+    {
+        setRegistryNumber(dir.hives(), RegistryRoot::LocalMachine, ConsoleKey, u"ServerType"_s, 0);
+        if (state >= 0)
+            setRegistryNumber(
+                dir.hives(), RegistryRoot::LocalMachine, ConsoleKey, u"AdmPasswordState"_s, state);
+        if (!digest.isNull())
+            setRegistryString(
+                dir.hives(), RegistryRoot::LocalMachine, ConsoleKey, u"AdmPassword"_s, digest);
+    }
+    std::optional<qint32> state()
+    {
+        return registryNumber(
+            dir.hives(), RegistryRoot::LocalMachine, ConsoleKey, u"AdmPasswordState"_s);
+    }
+    std::optional<QString> digest()
+    {
+        return registryString(
+            dir.hives(), RegistryRoot::LocalMachine, ConsoleKey, u"AdmPassword"_s);
+    }
+};
+} // namespace
+
+class PasswordDialogsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void loginDialogControls();
+    void loginEmptyPassword();
+    void loginOtherCaseFails();
+    void loginUpperCaseDigestAccepted();
+    void loginChinesePassword();
+    void loginThirdFailureCancels();
+    void loginCounterKeepsEarlierFailures();
+    void loginHundredCharacters();
+    void loginEnterConfirmsOncePerPress();
+    void loginEscapeSwallowed();
+    void loginCloseButtonCancels();
+
+    void setupDialogControls();
+    void setupOpening_data();
+    void setupOpening();
+    void setupCheckBoxFlow();
+    void setupCheckBoxFlowWithoutPassword();
+    void setupLockOffKeepsDigest();
+    void setupLockOnAgainWithEmptyFields();
+    void setupChangeRefusals();
+    void setupChangePassword();
+    void setupFirstPassword();
+    void setupFirstPasswordMismatchFocus();
+    void setupHundredCharacters();
+    void setupWithoutKey();
+    void setupEnterAndEscape();
+};
+
+void PasswordDialogsTest::loginDialogControls()
+{
+    ScriptedMessageService messages;
+    CAdminLoginDlg dialog(messages);
+    QCOMPARE(dialog.objectName(), u"dialog211"_s);
+    QCOMPARE(dialog.windowTitle(), u"VelmarManager 管理员登陆"_s);
+    auto *field = dialog.findChild<QLineEdit *>(u"control1101"_s);
+    QCOMPARE(field, dialog.passwordField());
+    QCOMPARE(field->maxLength(), 100);
+    QCOMPARE(field->echoMode(), QLineEdit::Password);
+    QCOMPARE(labelFor(&dialog, field), u" 管理员密码"_s);
+    QCOMPARE(dialog.findChild<QPushButton *>(u"control1103"_s)->text(), u"登记(&L)"_s);
+    QCOMPARE(dialog.findChild<QPushButton *>(u"control1104"_s)->text(), u"取消(&C)"_s);
+    QCOMPARE(dialog.findChild<QLabel *>(u"noteLabel"_s)->text(), u"※ 输入和修改管理员验证密码"_s);
+    QCOMPARE(dialog.failedAttempts(), 0);
+    QVERIFY(dialog.enterLatch().isSet());
+}
+
+void PasswordDialogsTest::loginEmptyPassword()
+{
+    ScriptedMessageService messages;
+    CAdminLoginDlg dialog(messages);
+    dialog.setExpectedDigest(AdminPasswordStore::digest(Secret));
+    QVERIFY(showActive(&dialog));
+    dialog.findChild<QPushButton *>(u"control1103"_s)->setFocus();
+    dialog.findChild<QPushButton *>(u"control1103"_s)->click();
+    QCOMPARE(messages.boxes().size(), 1);
+    const MessageService::Box box = messages.boxes().first();
+    QCOMPARE(box.text, u"请输入验证密码."_s);
+    QCOMPARE(box.title, u"VelmarManager"_s);
+    QCOMPARE(box.icon, MessageService::Icon::None);
+    QCOMPARE(box.buttons, MessageService::Buttons::Ok);
+    QCOMPARE(box.parent, &dialog);
+    QCOMPARE(dialog.focusWidget(), dialog.passwordField());
+    QVERIFY(dialog.isVisible());
+    QCOMPARE(dialog.failedAttempts(), 0); // an empty entry is no attempt
+}
+
+void PasswordDialogsTest::loginOtherCaseFails()
+{
+    ScriptedMessageService messages;
+    CAdminLoginDlg dialog(messages);
+    dialog.setExpectedDigest(AdminPasswordStore::digest(Secret));
+    QVERIFY(showActive(&dialog));
+    QTest::keyClicks(dialog.passwordField(), u"secret1"_s);
+    dialog.findChild<QPushButton *>(u"control1103"_s)->setFocus();
+    dialog.confirm();
+    QVERIFY(dialog.isVisible());
+    QCOMPARE(dialog.failedAttempts(), 1);
+    QCOMPARE(messages.boxes().size(), 1);
+    const MessageService::Box box = messages.boxes().first();
+    QCOMPARE(box.text, u"密码没有通过验证. 只能尝试 1/3 的输入机会"_s);
+    QCOMPARE(box.title, u"验证检查"_s);
+    QCOMPARE(box.icon, MessageService::Icon::Exclamation);
+    QVERIFY(wholeTextSelected(dialog.passwordField()));
+    QCOMPARE(dialog.focusWidget(), dialog.passwordField());
+}
+
+void PasswordDialogsTest::loginUpperCaseDigestAccepted()
+{
+    ScriptedMessageService messages;
+    CAdminLoginDlg dialog(messages);
+    dialog.setExpectedDigest(AdminPasswordStore::digest(Secret).toUpper());
+    QSignalSpy finished(&dialog, &QDialog::finished);
+    QVERIFY(showActive(&dialog));
+    QTest::keyClicks(dialog.passwordField(), Secret);
+    QTest::keyClick(dialog.passwordField(), Qt::Key_Return);
+    QCOMPARE(finished.count(), 1);
+    QCOMPARE(finished.first().first().toInt(), int(QDialog::Accepted));
+    QVERIFY(messages.boxes().isEmpty());
+}
+
+void PasswordDialogsTest::loginChinesePassword()
+{
+    ScriptedMessageService messages;
+    CAdminLoginDlg dialog(messages);
+    // MD5 of the GBK bytes C3 DC C2 EB.
+    dialog.setExpectedDigest(u"d2293e30f0c964c5f6242486aa8a483c"_s);
+    QVERIFY(showActive(&dialog));
+    dialog.passwordField()->setText(u"密码"_s);
+    dialog.confirm();
+    QCOMPARE(dialog.result(), int(QDialog::Accepted));
+    QVERIFY(!dialog.isVisible());
+}
+
+void PasswordDialogsTest::loginThirdFailureCancels()
+{
+    ScriptedMessageService messages;
+    CAdminLoginDlg dialog(messages);
+    dialog.setExpectedDigest(AdminPasswordStore::digest(Secret));
+    QSignalSpy finished(&dialog, &QDialog::finished);
+    QVERIFY(showActive(&dialog));
+    const QStringList attempts = { u"one"_s, u"two"_s, u"three"_s };
+    for (const QString &attempt : attempts) {
+        dialog.passwordField()->setText(attempt);
+        dialog.confirm();
+    }
+    QCOMPARE(finished.count(), 1);
+    QCOMPARE(finished.first().first().toInt(), int(QDialog::Rejected));
+    QVERIFY(!dialog.isVisible());
+    QCOMPARE(messages.boxTexts(),
+        QStringList({ u"密码没有通过验证. 只能尝试 1/3 的输入机会"_s,
+            u"密码没有通过验证. 只能尝试 2/3 的输入机会"_s, u"密码验证没有通过程序将退出"_s }));
+    const MessageService::Box last = messages.boxes().last();
+    QCOMPARE(last.title, u"验证检查"_s);
+    QCOMPARE(last.icon, MessageService::Icon::Exclamation);
+}
+
+void PasswordDialogsTest::loginCounterKeepsEarlierFailures()
+{
+    ScriptedMessageService messages;
+    CAdminLoginDlg dialog(messages);
+    dialog.setExpectedDigest(AdminPasswordStore::digest(Secret));
+    QVERIFY(showActive(&dialog));
+    dialog.passwordField()->setText(u"wrong"_s);
+    dialog.confirm();
+    dialog.passwordField()->clear();
+    dialog.confirm(); // empty: a reminder, not a failure
+    dialog.passwordField()->setText(u"wrong again"_s);
+    dialog.confirm();
+    QCOMPARE(dialog.failedAttempts(), 2);
+    dialog.passwordField()->setText(Secret);
+    dialog.confirm();
+    QCOMPARE(dialog.result(), int(QDialog::Accepted));
+    QCOMPARE(messages.boxTexts().last(), u"密码没有通过验证. 只能尝试 2/3 的输入机会"_s);
+}
+
+void PasswordDialogsTest::loginHundredCharacters()
+{
+    ScriptedMessageService messages;
+    CAdminLoginDlg dialog(messages);
+    const QString hundred = QString(99, u'x') + u'Y';
+    dialog.setExpectedDigest(AdminPasswordStore::digest(hundred));
+    QVERIFY(showActive(&dialog));
+    QTest::keyClicks(dialog.passwordField(), hundred + u'Z');
+    QCOMPARE(dialog.passwordField()->text(), hundred);
+    QTest::keyClick(dialog.passwordField(), Qt::Key_Enter, Qt::KeypadModifier);
+    QCOMPARE(dialog.result(), int(QDialog::Accepted));
+}
+
+void PasswordDialogsTest::loginEnterConfirmsOncePerPress()
+{
+    ScriptedMessageService messages;
+    CAdminLoginDlg dialog(messages);
+    dialog.setExpectedDigest(AdminPasswordStore::digest(Secret));
+    QVERIFY(showActive(&dialog));
+    QTest::keyClick(dialog.passwordField(), Qt::Key_Return);
+    QCOMPARE(messages.boxes().size(), 1);
+    QVERIFY(dialog.enterLatch().isSet());
+    // Enter on the cancel button confirms too: the key is taken before the buttons see it.
+    auto *cancel = dialog.findChild<QPushButton *>(u"control1104"_s);
+    cancel->setFocus();
+    QTest::keyClick(cancel, Qt::Key_Return);
+    QCOMPARE(messages.boxes().size(), 2);
+    QVERIFY(dialog.isVisible());
+    dialog.passwordField()->setText(u"bad"_s);
+    QTest::keyClick(dialog.passwordField(), Qt::Key_Return);
+    QCOMPARE(dialog.failedAttempts(), 1);
+    QCOMPARE(messages.boxes().size(), 3);
+}
+
+void PasswordDialogsTest::loginEscapeSwallowed()
+{
+    ScriptedMessageService messages;
+    CAdminLoginDlg dialog(messages);
+    dialog.setExpectedDigest(AdminPasswordStore::digest(Secret));
+    QSignalSpy finished(&dialog, &QDialog::finished);
+    QVERIFY(showActive(&dialog));
+    QTest::keyClick(dialog.passwordField(), Qt::Key_Escape);
+    QTest::keyClick(&dialog, Qt::Key_Escape);
+    dialog.findChild<QPushButton *>(u"control1103"_s)->setFocus();
+    QTest::keyClick(dialog.findChild<QPushButton *>(u"control1103"_s), Qt::Key_Escape);
+    dialog.reject();
+    QVERIFY(dialog.isVisible());
+    QCOMPARE(finished.count(), 0);
+    QVERIFY(messages.boxes().isEmpty());
+}
+
+void PasswordDialogsTest::loginCloseButtonCancels()
+{
+    ScriptedMessageService messages;
+    CAdminLoginDlg dialog(messages);
+    QSignalSpy finished(&dialog, &QDialog::finished);
+    QVERIFY(showActive(&dialog));
+    QVERIFY(dialog.close());
+    QCOMPARE(finished.count(), 1);
+    QCOMPARE(finished.first().first().toInt(), int(QDialog::Rejected));
+}
+
+void PasswordDialogsTest::setupDialogControls()
+{
+    SetupFixture f;
+    f.store(1, AdminPasswordStore::digest(Secret));
+    CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
+    QCOMPARE(dialog.objectName(), u"dialog221"_s);
+    QCOMPARE(dialog.windowTitle(), u"管理员验证设置"_s);
+    QCOMPARE(dialog.findChild<QLineEdit *>(u"control1110"_s), dialog.existingField());
+    QCOMPARE(dialog.findChild<QLineEdit *>(u"control1107"_s), dialog.newField());
+    QCOMPARE(dialog.findChild<QLineEdit *>(u"control1105"_s), dialog.confirmField());
+    QCOMPARE(dialog.findChild<QCheckBox *>(u"control1106"_s), dialog.lockOffBox());
+    QCOMPARE(labelFor(&dialog, dialog.existingField()), u"输入原有密码 :"_s);
+    QCOMPARE(labelFor(&dialog, dialog.newField()), u"输入新的密码 :"_s);
+    QCOMPARE(labelFor(&dialog, dialog.confirmField()), u"再次输入新的确认密码 :"_s);
+    QCOMPARE(dialog.lockOffBox()->text(), u"登记输入管理员验证密码"_s);
+    QCOMPARE(dialog.findChild<QPushButton *>(u"control1104"_s)->text(), u"修改(&M)"_s);
+    QCOMPARE(dialog.findChild<QPushButton *>(u"control1108"_s)->text(), u"取消&C)"_s);
+    for (QLineEdit *field : { dialog.existingField(), dialog.newField(), dialog.confirmField() }) {
+        QCOMPARE(field->maxLength(), 100);
+        QCOMPARE(field->echoMode(), QLineEdit::Password);
+    }
+}
+
+void PasswordDialogsTest::setupOpening_data()
+{
+    QTest::addColumn<bool>("key");
+    QTest::addColumn<int>("state");
+    QTest::addColumn<bool>("digest");
+    QTest::addColumn<bool>("checked");
+    QTest::addColumn<bool>("existingEnabled");
+    QTest::addColumn<bool>("othersEnabled");
+    QTest::newRow("key cannot be opened") << false << -1 << false << false << true << true;
+    QTest::newRow("nothing stored") << true << -1 << false << true << false << false;
+    QTest::newRow("lock off with password") << true << 0 << true << true << false << false;
+    QTest::newRow("lock on with password") << true << 1 << true << false << true << true;
+    QTest::newRow("lock on without password") << true << 1 << false << false << false << true;
+}
+
+void PasswordDialogsTest::setupOpening()
+{
+    QFETCH(bool, key);
+    QFETCH(int, state);
+    QFETCH(bool, digest);
+    QFETCH(bool, checked);
+    QFETCH(bool, existingEnabled);
+    QFETCH(bool, othersEnabled);
+    SetupFixture f;
+    if (key)
+        f.store(state, digest ? AdminPasswordStore::digest(Secret) : QString());
+    CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
+    QCOMPARE(dialog.lockOffBox()->isChecked(), checked);
+    QCOMPARE(dialog.existingField()->isEnabled(), existingEnabled);
+    QCOMPARE(dialog.newField()->isEnabled(), othersEnabled);
+    QCOMPARE(dialog.confirmField()->isEnabled(), othersEnabled);
+    // Opening writes nothing.
+    QCOMPARE(registryKeyExists(f.dir.hives(), RegistryRoot::LocalMachine, ConsoleKey), key);
+    QCOMPARE(f.state(), state < 0 ? std::nullopt : std::optional<qint32>(state));
+}
+
+void PasswordDialogsTest::setupCheckBoxFlow()
+{
+    SetupFixture f;
+    f.store(0, AdminPasswordStore::digest(Secret));
+    CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
+    QVERIFY(showActive(&dialog));
+    QVERIFY(dialog.lockOffBox()->isChecked());
+    QTest::mouseClick(
+        dialog.lockOffBox(), Qt::LeftButton, {}, QPoint(4, dialog.lockOffBox()->height() / 2));
+    QVERIFY(!dialog.lockOffBox()->isChecked());
+    QVERIFY(dialog.existingField()->isEnabled());
+    QVERIFY(dialog.newField()->isEnabled());
+    QVERIFY(dialog.confirmField()->isEnabled());
+    QCOMPARE(dialog.focusWidget(), dialog.existingField());
+
+    QTest::mouseClick(
+        dialog.lockOffBox(), Qt::LeftButton, {}, QPoint(4, dialog.lockOffBox()->height() / 2));
+    QVERIFY(dialog.lockOffBox()->isChecked());
+    QVERIFY(!dialog.existingField()->isEnabled());
+    QVERIFY(!dialog.newField()->isEnabled());
+    QVERIFY(!dialog.confirmField()->isEnabled());
+    // Clicking writes nothing; only the confirm button does.
+    QCOMPARE(f.state(), std::optional<qint32>(0));
+}
+
+void PasswordDialogsTest::setupCheckBoxFlowWithoutPassword()
+{
+    SetupFixture f;
+    f.store(0, QString());
+    CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
+    QVERIFY(showActive(&dialog));
+    dialog.lockOffBox()->click();
+    QVERIFY(!dialog.lockOffBox()->isChecked());
+    QVERIFY(!dialog.existingField()->isEnabled());
+    QVERIFY(dialog.newField()->isEnabled());
+    QVERIFY(dialog.confirmField()->isEnabled());
+    QCOMPARE(dialog.focusWidget(), dialog.newField());
+}
+
+void PasswordDialogsTest::setupLockOffKeepsDigest()
+{
+    SetupFixture f;
+    const QString digest = AdminPasswordStore::digest(Secret);
+    f.store(1, digest);
+    CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
+    QVERIFY(showActive(&dialog));
+    dialog.lockOffBox()->click();
+    // Whatever is typed is not looked at while the lock is switched off.
+    dialog.newField()->setText(u"ignored"_s);
+    dialog.confirm();
+    QCOMPARE(dialog.result(), int(QDialog::Accepted));
+    QCOMPARE(f.state(), std::optional<qint32>(0));
+    QCOMPARE(f.digest(), std::optional<QString>(digest));
+    QVERIFY(f.messages.boxes().isEmpty());
+}
+
+void PasswordDialogsTest::setupLockOnAgainWithEmptyFields()
+{
+    SetupFixture f;
+    const QString digest = AdminPasswordStore::digest(Secret);
+    f.store(0, digest);
+    CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
+    QVERIFY(showActive(&dialog));
+    dialog.lockOffBox()->click();
+    dialog.confirm();
+    QCOMPARE(dialog.result(), int(QDialog::Accepted));
+    QCOMPARE(f.state(), std::optional<qint32>(1));
+    QCOMPARE(f.digest(), std::optional<QString>(digest));
+    QVERIFY(f.messages.boxes().isEmpty());
+    // The old password locks the console again at the next start.
+    QString expected;
+    QVERIFY(AdminPasswordStore(f.dir.hives()).promptNeeded(&expected));
+    QCOMPARE(expected, digest);
+}
+
+void PasswordDialogsTest::setupChangeRefusals()
+{
+    struct Case
+    {
+        QString existing, fresh, confirmation;
+        QString text, title;
+        QLineEdit *(CAdmSetupPasswordDlg::*focus)() const;
+        bool selected; // the focused field's whole text is selected
+    };
+    const QString check = u"检查验证密码"_s;
+    const QList<Case> cases = {
+        { QString(), u"new1"_s, QString(), u"没有输入现有的密码"_s, u"检查现有的验证密码"_s,
+            &CAdmSetupPasswordDlg::existingField, false },
+        { QString(), QString(), u"new1"_s, u"没有输入现有的密码"_s, u"检查现有的验证密码"_s,
+            &CAdmSetupPasswordDlg::existingField, false },
+        { u"secret1"_s, u"new1"_s, u"new1"_s, u"现有的密码和输入的密码不同"_s, check,
+            &CAdmSetupPasswordDlg::existingField, true },
+        { Secret, QString(), u"new1"_s, u"输入的新的密码不存在"_s, check,
+            &CAdmSetupPasswordDlg::newField, false },
+        { Secret, u"new1"_s, QString(), u"输入的新的确认密码不存在"_s, check,
+            &CAdmSetupPasswordDlg::confirmField, false },
+        { Secret, u"new1"_s, u"New1"_s, u"输入的新的密码和确认密码不同"_s, check,
+            &CAdmSetupPasswordDlg::newField, true },
+    };
+    for (const Case &c : cases) {
+        SetupFixture f;
+        const QString digest = AdminPasswordStore::digest(Secret).toUpper();
+        f.store(0, digest);
+        CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
+        QVERIFY(showActive(&dialog));
+        dialog.lockOffBox()->click();
+        dialog.existingField()->setText(c.existing);
+        dialog.newField()->setText(c.fresh);
+        dialog.confirmField()->setText(c.confirmation);
+        dialog.findChild<QPushButton *>(u"control1104"_s)->setFocus();
+        dialog.findChild<QPushButton *>(u"control1104"_s)->click();
+
+        QVERIFY2(dialog.isVisible(), qPrintable(c.text));
+        QCOMPARE(f.messages.boxes().size(), 1);
+        const MessageService::Box box = f.messages.boxes().first();
+        QCOMPARE(box.text, c.text);
+        QCOMPARE(box.title, c.title);
+        QCOMPARE(box.icon, MessageService::Icon::Exclamation);
+        QCOMPARE(box.parent, &dialog);
+        QLineEdit *focused = (dialog.*c.focus)();
+        QCOMPARE(dialog.focusWidget(), focused);
+        QCOMPARE(wholeTextSelected(focused), c.selected);
+        // The lock state is stored before the checks; the password is kept.
+        QCOMPARE(f.state(), std::optional<qint32>(1));
+        QCOMPARE(f.digest(), std::optional<QString>(digest));
+    }
+}
+
+void PasswordDialogsTest::setupChangePassword()
+{
+    SetupFixture f;
+    f.store(1, AdminPasswordStore::digest(Secret).toUpper());
+    CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
+    QVERIFY(showActive(&dialog));
+    QTest::keyClicks(dialog.existingField(), Secret);
+    QTest::keyClicks(dialog.newField(), u"Neu-2"_s);
+    QTest::keyClicks(dialog.confirmField(), u"Neu-2"_s);
+    QTest::keyClick(dialog.confirmField(), Qt::Key_Return);
+    QCOMPARE(dialog.result(), int(QDialog::Accepted));
+    QCOMPARE(f.digest(), std::optional<QString>(AdminPasswordStore::digest(u"Neu-2"_s)));
+    QCOMPARE(f.digest()->toLower(), *f.digest());
+    QCOMPARE(f.digest()->size(), 32);
+    QCOMPARE(f.state(), std::optional<qint32>(1));
+    QVERIFY(f.messages.boxes().isEmpty());
+}
+
+void PasswordDialogsTest::setupFirstPassword()
+{
+    const QList<QPair<QPair<QString, QString>, QString>> refusals = {
+        { { QString(), u"a"_s }, u"输入的新的密码不存在"_s },
+        { { u"a"_s, QString() }, u"输入的新的确认密码不存在"_s },
+    };
+    for (const auto &refusal : refusals) {
+        SetupFixture f;
+        f.store(1, QString());
+        CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
+        QVERIFY(showActive(&dialog));
+        dialog.newField()->setText(refusal.first.first);
+        dialog.confirmField()->setText(refusal.first.second);
+        dialog.confirm();
+        QCOMPARE(f.messages.boxTexts(), QStringList({ refusal.second }));
+        QCOMPARE(f.messages.boxes().first().title, u"检查验证密码"_s);
+        QCOMPARE(dialog.focusWidget(),
+            refusal.first.first.isEmpty() ? dialog.newField() : dialog.confirmField());
+        QVERIFY(dialog.isVisible());
+        QCOMPARE(f.digest(), std::nullopt);
+    }
+
+    SetupFixture f;
+    f.store(1, QString());
+    CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
+    QVERIFY(showActive(&dialog));
+    dialog.newField()->setText(u"密码"_s);
+    dialog.confirmField()->setText(u"密码"_s);
+    dialog.confirm();
+    QCOMPARE(dialog.result(), int(QDialog::Accepted));
+    QCOMPARE(f.digest(), std::optional<QString>(u"d2293e30f0c964c5f6242486aa8a483c"_s));
+}
+
+void PasswordDialogsTest::setupFirstPasswordMismatchFocus()
+{
+    SetupFixture f;
+    f.store(1, QString());
+    CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
+    QVERIFY(showActive(&dialog));
+    QTest::keyClicks(dialog.newField(), u"abc"_s);
+    QTest::keyClicks(dialog.confirmField(), u"abd"_s);
+    dialog.newField()->setFocus();
+    QTest::keyClick(dialog.newField(), Qt::Key_Return);
+    QCOMPARE(f.messages.boxTexts(), QStringList({ u"输入的新的密码和确认密码不同"_s }));
+    // Without a password yet, the new text is selected but the focus goes to the confirmation.
+    QCOMPARE(dialog.focusWidget(), dialog.confirmField());
+    QVERIFY(wholeTextSelected(dialog.newField()));
+    QVERIFY(dialog.isVisible());
+}
+
+void PasswordDialogsTest::setupHundredCharacters()
+{
+    SetupFixture f;
+    f.store(1, QString());
+    CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
+    QVERIFY(showActive(&dialog));
+    const QString hundred = QString(100, u'k');
+    QTest::keyClicks(dialog.newField(), hundred + u'k');
+    QTest::keyClicks(dialog.confirmField(), hundred + u"kk"_s);
+    QCOMPARE(dialog.newField()->text(), hundred);
+    QCOMPARE(dialog.confirmField()->text(), hundred);
+    dialog.confirm();
+    QCOMPARE(dialog.result(), int(QDialog::Accepted));
+    QCOMPARE(f.digest(), std::optional<QString>(AdminPasswordStore::digest(hundred)));
+}
+
+void PasswordDialogsTest::setupWithoutKey()
+{
+    SetupFixture f; // the console key was never created
+    CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
+    QVERIFY(showActive(&dialog));
+    dialog.newField()->setText(u"abc"_s);
+    dialog.confirmField()->setText(u"abc"_s);
+    dialog.confirm();
+    // Nothing can be stored and nothing is created; the stored digest counts as empty.
+    QCOMPARE(dialog.result(), int(QDialog::Accepted));
+    QVERIFY(!registryKeyExists(f.dir.hives(), RegistryRoot::LocalMachine, ConsoleKey));
+    QVERIFY(f.messages.boxes().isEmpty());
+}
+
+void PasswordDialogsTest::setupEnterAndEscape()
+{
+    SetupFixture f;
+    f.store(1, QString());
+    CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
+    QSignalSpy finished(&dialog, &QDialog::finished);
+    QVERIFY(showActive(&dialog));
+    for (QWidget *target :
+        std::initializer_list<QWidget *> { dialog.newField(), dialog.lockOffBox(), &dialog })
+        QTest::keyClick(target, Qt::Key_Escape);
+    dialog.reject();
+    QVERIFY(dialog.isVisible());
+    QCOMPARE(finished.count(), 0);
+
+    // Enter on the check box confirms once; it does not toggle the box.
+    dialog.lockOffBox()->setFocus();
+    QTest::keyClick(dialog.lockOffBox(), Qt::Key_Return);
+    QCOMPARE(f.messages.boxTexts(), QStringList({ u"输入的新的密码不存在"_s }));
+    QVERIFY(!dialog.lockOffBox()->isChecked());
+    QVERIFY(dialog.enterLatch().isSet());
+
+    dialog.findChild<QPushButton *>(u"control1108"_s)->click();
+    QCOMPARE(finished.count(), 1);
+    QCOMPARE(finished.first().first().toInt(), int(QDialog::Rejected));
+}
+
+int runPasswordDialogsTests(int argc, char **argv)
+{
+    PasswordDialogsTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "PasswordDialogsTest.moc"

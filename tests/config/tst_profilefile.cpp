@@ -1,0 +1,336 @@
+#include "PrivilegeDrop.h"
+#include "ProfileFile.h"
+
+#include <limits>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QByteArray fileBytes(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool writeBytes(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate)
+        && file.write(bytes) == bytes.size();
+}
+
+const CodePage Gbk("GBK");
+
+} // namespace
+
+class TestProfileFile : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_dir.emplace();
+        QVERIFY(m_dir->isValid());
+        m_path = m_dir->filePath(u"Serverinfo.ini"_s);
+    }
+
+    void read_data()
+    {
+        QTest::addColumn<QByteArray>("contents");
+        QTest::addColumn<QString>("section");
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("defaultValue");
+        QTest::addColumn<int>("bufferSize");
+        QTest::addColumn<QString>("expected");
+
+        const QString s = u"ServerInfo"_s;
+        const QString k = u"Key"_s;
+        const QString d = u"dflt"_s;
+        auto row = [&](const char *name, const QByteArray &contents, const QString &expected,
+                       int bufferSize = 256) {
+            QTest::newRow(name) << contents << s << k << d << bufferSize << expected;
+        };
+        row("plain", "[ServerInfo]\r\nKey=1\r\n", u"1"_s);
+        row("names ignore case", "[SERVERINFO]\r\nkEY=1\r\n", u"1"_s);
+        row("trimmed", "  [ ServerInfo ]  \r\n   Key   =   two words   \r\n", u"two words"_s);
+        row("lf line ends", "[ServerInfo]\nKey=1\n", u"1"_s);
+        row("no final line end", "[ServerInfo]\r\nKey=1", u"1"_s);
+        row("double quotes", "[ServerInfo]\r\nKey=\"  padded  \"\r\n", u"  padded  "_s);
+        row("single quotes", "[ServerInfo]\r\nKey='x'\r\n", u"x"_s);
+        row("one pair only", "[ServerInfo]\r\nKey=\"\"x\"\"\r\n", u"\"x\""_s);
+        row("quotes must match", "[ServerInfo]\r\nKey=\"x'\r\n", u"\"x'"_s);
+        row("lone quote", "[ServerInfo]\r\nKey=\"\r\n", u"\""_s);
+        row("empty quotes", "[ServerInfo]\r\nKey=\"\"\r\n", QString());
+        row("equals in value", "[ServerInfo]\r\nKey=a=b\r\n", u"a=b"_s);
+        row("first key wins", "[ServerInfo]\r\nKey=1\r\nKEY=2\r\n", u"1"_s);
+        row("first section wins", "[ServerInfo]\r\nOther=1\r\n[ServerInfo]\r\nKey=2\r\n", d);
+        row("key of another section", "[DBInfo]\r\nKey=1\r\n[ServerInfo]\r\n", d);
+        row("before the first section", "Key=1\r\n[ServerInfo]\r\n", d);
+        row("missing section", "[DBInfo]\r\nKey=1\r\n", d);
+        row("line without equals reads empty", "[ServerInfo]\r\nKey\r\n", QString());
+        row("comment is no key", "[ServerInfo]\r\n;Key=1\r\n", d);
+        row("bracket line without close is no section", "[ServerInfo\r\nKey=1\r\n", d);
+        row("cut to buffer", "[ServerInfo]\r\nKey=abcdef\r\n", u"abc"_s, 4);
+        row("cut after unquoting", "[ServerInfo]\r\nKey=\"abcdef\"\r\n", u"abc"_s, 4);
+        row("cut never splits a gbk character", "[ServerInfo]\r\nKey=中文字\r\n", u"中文"_s, 6);
+        row("gbk fits exactly", "[ServerInfo]\r\nKey=中文字\r\n", u"中文字"_s, 7);
+        row("buffer of one", "[ServerInfo]\r\nKey=abc\r\n", QString(), 1);
+        QTest::newRow("default trailing blanks dropped")
+            << QByteArray("[ServerInfo]\r\n") << s << k << u"dflt  "_s << 256 << d;
+        QTest::newRow("default cut") << QByteArray() << s << k << u"abcdef"_s << 3 << u"ab"_s;
+    }
+
+    void read()
+    {
+        QFETCH(QByteArray, contents);
+        QFETCH(QString, section);
+        QFETCH(QString, key);
+        QFETCH(QString, defaultValue);
+        QFETCH(int, bufferSize);
+        QFETCH(QString, expected);
+
+        if (!contents.isEmpty())
+            QVERIFY(writeBytes(m_path, contents));
+        const ProfileFile file(m_path, Gbk);
+        QCOMPARE(file.readString(section, key, defaultValue, bufferSize), expected);
+    }
+
+    void readGbkFile()
+    {
+        QVERIFY(writeBytes(m_path, Gbk.encode(u"[DBInfo]\r\nDBAddr=数据库服务器\r\n"_s)));
+        const ProfileFile file(m_path, Gbk);
+        QCOMPARE(file.readString(u"DBInfo"_s, u"DBAddr"_s, QString(), 256), u"数据库服务器"_s);
+    }
+
+    void parseDecimal_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("expected");
+
+        QTest::newRow("plain") << u"12"_s << 12;
+        QTest::newRow("trailing text") << u"-12abc"_s << -12;
+        QTest::newRow("no digits") << u"abc"_s << 0;
+        QTest::newRow("plus") << u"+7"_s << 7;
+        QTest::newRow("empty") << QString() << 0;
+        QTest::newRow("sign only") << u"-"_s << 0;
+        QTest::newRow("blank after sign") << u"- 5"_s << 0;
+        QTest::newRow("leading blanks") << u"  42"_s << 42;
+        QTest::newRow("leading zeros") << u"0009"_s << 9;
+        QTest::newRow("no hex") << u"0x10"_s << 0;
+        QTest::newRow("too big") << u"99999999999"_s << std::numeric_limits<int>::max();
+        QTest::newRow("too small") << u"-99999999999"_s << std::numeric_limits<int>::min();
+        QTest::newRow("smallest") << u"-2147483648"_s << std::numeric_limits<int>::min();
+    }
+
+    void parseDecimal()
+    {
+        QFETCH(QString, text);
+        QFETCH(int, expected);
+        QCOMPARE(ProfileFile::parseDecimal(text), expected);
+    }
+
+    void readInt()
+    {
+        QVERIFY(writeBytes(m_path,
+            "[ServerInfo]\r\nUseDist=-12abc\r\nDefaultPositionID=\"5\"\r\n"
+            "Empty=\r\nWord=abc\r\n"));
+        const ProfileFile file(m_path, Gbk);
+        QCOMPARE(file.readInt(u"ServerInfo"_s, u"usedist"_s, 9), -12);
+        QCOMPARE(file.readInt(u"ServerInfo"_s, u"DefaultPositionID"_s, 9), 5);
+        QCOMPARE(file.readInt(u"ServerInfo"_s, u"Word"_s, 9), 0);
+        QCOMPARE(file.readInt(u"ServerInfo"_s, u"Missing"_s, 9), 9);
+        QCOMPARE(file.readInt(u"ServerInfo"_s, u"Empty"_s, 9), 9); // empty counts as absent
+    }
+
+    void missingFileReadsDefaults()
+    {
+        const ProfileFile file(m_path, Gbk);
+        QCOMPARE(file.readString(u"DBInfo"_s, u"DBAddr"_s, u"none"_s, 128), u"none"_s);
+        QCOMPARE(file.readInt(u"GroupInfo"_s, u"Version"_s, 0), 0);
+        QVERIFY(!QFile::exists(m_path));
+    }
+
+    void write_data()
+    {
+        QTest::addColumn<QByteArray>("before");
+        QTest::addColumn<QString>("section");
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<QByteArray>("after");
+
+        QTest::newRow("replace keeps the rest")
+            << QByteArray("; server settings\r\n[ServerInfo]\r\nUseDist = 0\r\n\r\n"
+                          "[GroupInfo]\r\nVersion=0001\r\n; end\r\n")
+            << u"GroupInfo"_s << u"version"_s << u"0002"_s
+            << QByteArray("; server settings\r\n[ServerInfo]\r\nUseDist = 0\r\n\r\n"
+                          "[GroupInfo]\r\nVersion=0002\r\n; end\r\n");
+        QTest::newRow("replaced line loses its blanks")
+            << QByteArray("[S]\r\n  Key =  old  \r\n") << u"S"_s << u"KEY"_s << u"new"_s
+            << QByteArray("[S]\r\nKey=new\r\n");
+        QTest::newRow("section matched without case")
+            << QByteArray("[groupinfo]\r\nVERSION=1\r\n") << u"GroupInfo"_s << u"Version"_s
+            << u"2"_s << QByteArray("[groupinfo]\r\nVERSION=2\r\n");
+        QTest::newRow("new key after the section's last entry")
+            << QByteArray("[A]\r\nx=1\r\n\r\n; about B\r\n[B]\r\ny=2\r\n") << u"A"_s << u"z"_s
+            << u"3"_s << QByteArray("[A]\r\nx=1\r\nz=3\r\n\r\n; about B\r\n[B]\r\ny=2\r\n");
+        QTest::newRow("new key in an empty section")
+            << QByteArray("[A]\r\n[B]\r\n") << u"A"_s << u"z"_s << u"3"_s
+            << QByteArray("[A]\r\nz=3\r\n[B]\r\n");
+        QTest::newRow("new key at the end without final line end") << QByteArray(
+            "[A]\r\nx=1") << u"A"_s << u"z"_s << u"3"_s << QByteArray("[A]\r\nx=1\r\nz=3");
+        QTest::newRow("new section at the end")
+            << QByteArray("top\r\n[A]\r\nx=1\r\n") << u"New"_s << u"k"_s << u"v"_s
+            << QByteArray("top\r\n[A]\r\nx=1\r\n\r\n[New]\r\nk=v\r\n");
+        QTest::newRow("new section after a blank line")
+            << QByteArray("[A]\r\nx=1\r\n\r\n") << u"New"_s << u"k"_s << u"v"_s
+            << QByteArray("[A]\r\nx=1\r\n\r\n[New]\r\nk=v\r\n");
+        QTest::newRow("lf file stays lf") << QByteArray("[A]\nx=1\n") << u"New"_s << u"k"_s
+                                          << u"v"_s << QByteArray("[A]\nx=1\n\n[New]\nk=v\n");
+        QTest::newRow("first of duplicate sections")
+            << QByteArray("[A]\r\nx=1\r\n[A]\r\ny=1\r\n") << u"A"_s << u"y"_s << u"2"_s
+            << QByteArray("[A]\r\nx=1\r\ny=2\r\n[A]\r\ny=1\r\n");
+        QTest::newRow("first of duplicate keys")
+            << QByteArray("[A]\r\nx=1\r\nx=2\r\n") << u"A"_s << u"X"_s << u"3"_s
+            << QByteArray("[A]\r\nx=3\r\nx=2\r\n");
+        QTest::newRow("empty value") << QByteArray("[A]\r\nx=1\r\n") << u"A"_s << u"x"_s
+                                     << QString() << QByteArray("[A]\r\nx=\r\n");
+        QTest::newRow("empty file")
+            << QByteArray("") << u"A"_s << u"x"_s << u"1"_s << QByteArray("[A]\r\nx=1\r\n");
+    }
+
+    void write()
+    {
+        QFETCH(QByteArray, before);
+        QFETCH(QString, section);
+        QFETCH(QString, key);
+        QFETCH(QString, value);
+        QFETCH(QByteArray, after);
+
+        QVERIFY(writeBytes(m_path, before));
+        ProfileFile file(m_path, Gbk);
+        QVERIFY(file.writeString(section, key, value));
+        QCOMPARE(fileBytes(m_path), after);
+        QCOMPARE(file.readString(section, key, u"missing"_s, 256), value);
+    }
+
+    void newFileIsCrLfInTheCodePage()
+    {
+        ProfileFile file(m_path, Gbk);
+        QVERIFY(file.writeString(u"ServerInfo"_s, u"Name"_s, u"服务器"_s));
+        QVERIFY(file.writeString(u"ServerInfo"_s, u"DefaultPositionID"_s, u"3"_s));
+        QCOMPARE(fileBytes(m_path),
+            Gbk.encode(u"[ServerInfo]\r\nName=服务器\r\nDefaultPositionID=3\r\n"_s));
+    }
+
+    void encodingIsKept_data()
+    {
+        QTest::addColumn<QByteArray>("codePage");
+        QTest::addColumn<CodePage::FileEncoding>("encoding");
+
+        QTest::newRow("gbk") << QByteArray("GBK") << CodePage::FileEncoding::CodePage;
+        QTest::newRow("utf-8") << QByteArray("GBK") << CodePage::FileEncoding::Utf8;
+        QTest::newRow("utf-8 bom") << QByteArray("GBK") << CodePage::FileEncoding::Utf8Bom;
+        QTest::newRow("utf-16le bom") << QByteArray("GBK") << CodePage::FileEncoding::Utf16LeBom;
+        QTest::newRow("utf-8 code page, ascii file")
+            << QByteArray("UTF-8") << CodePage::FileEncoding::CodePage;
+    }
+
+    void encodingIsKept()
+    {
+        QFETCH(QByteArray, codePage);
+        QFETCH(CodePage::FileEncoding, encoding);
+
+        const CodePage page(codePage);
+        const QString original = encoding == CodePage::FileEncoding::CodePage && codePage != "GBK"
+            ? u"; ascii only\r\n[DBInfo]\r\nDBAddr=db\r\n"_s
+            : u"; 服务器设置\r\n[DBInfo]\r\nDBAddr=数据库\r\n"_s;
+        QVERIFY(writeBytes(m_path, page.encodeServerFile(original, encoding)));
+
+        ProfileFile file(m_path, page);
+        QVERIFY(file.writeString(u"DBInfo"_s, u"DBAddr"_s, u"新地址"_s));
+        QString expectedText = original;
+        expectedText.replace(u"=数据库"_s, u"=新地址"_s).replace(u"=db"_s, u"=新地址"_s);
+        QCOMPARE(fileBytes(m_path), page.encodeServerFile(expectedText, encoding));
+        QCOMPARE(file.readString(u"DBInfo"_s, u"DBAddr"_s, QString(), 256), u"新地址"_s);
+    }
+
+    void refusedWritesLeaveTheFile_data()
+    {
+        QTest::addColumn<QString>("section");
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("value");
+
+        QTest::newRow("line break in value") << u"A"_s << u"x"_s << u"1\r\n[B]"_s;
+        QTest::newRow("equals in key") << u"A"_s << u"x=y"_s << u"1"_s;
+        QTest::newRow("bracket in section") << u"A]"_s << u"x"_s << u"1"_s;
+        QTest::newRow("empty key") << u"A"_s << u" "_s << u"1"_s;
+        QTest::newRow("empty section") << QString() << u"x"_s << u"1"_s;
+    }
+
+    void refusedWritesLeaveTheFile()
+    {
+        QFETCH(QString, section);
+        QFETCH(QString, key);
+        QFETCH(QString, value);
+        const QByteArray before("[A]\r\nx=0\r\n");
+        QVERIFY(writeBytes(m_path, before));
+        ProfileFile file(m_path, Gbk);
+        QVERIFY(!file.writeString(section, key, value));
+        QCOMPARE(fileBytes(m_path), before);
+    }
+
+    void unwritableFileOrFolder()
+    {
+        const QByteArray before("[GroupInfo]\r\nVersion=0001\r\n");
+        QVERIFY(writeBytes(m_path, before));
+        ProfileFile file(m_path, Gbk);
+        QVERIFY(PrivilegeDrop::openToOthers(m_dir->path()));
+
+        // A read-only file in a folder anyone may write to.
+        QVERIFY(QFile::setPermissions(m_dir->path(),
+            QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadOther
+                | QFile::WriteOther | QFile::ExeOther));
+        QVERIFY(QFile::setPermissions(m_path, QFile::ReadOwner | QFile::ReadOther));
+        {
+            PrivilegeDrop nobody;
+            QVERIFY(nobody.ok());
+            QVERIFY(!file.writeString(u"GroupInfo"_s, u"Version"_s, u"0002"_s));
+        }
+        QCOMPARE(fileBytes(m_path), before);
+
+        // A writable file in a read-only folder: the temporary file cannot be made.
+        QVERIFY(QFile::setPermissions(
+            m_path, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadOther | QFile::WriteOther));
+        QVERIFY(QFile::setPermissions(m_dir->path(),
+            QFile::ReadOwner | QFile::ExeOwner | QFile::ReadOther | QFile::ExeOther));
+        bool written = true;
+        QString read;
+        {
+            PrivilegeDrop nobody;
+            QVERIFY(nobody.ok());
+            written = file.writeString(u"GroupInfo"_s, u"Version"_s, u"0002"_s);
+            read = file.readString(u"GroupInfo"_s, u"Version"_s, QString(), 128);
+        }
+        PrivilegeDrop::openToOthers(m_dir->path());
+        QVERIFY(!written);
+        QCOMPARE(read, u"0001"_s);
+        QCOMPARE(fileBytes(m_path), before);
+        QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files | QDir::Hidden),
+            QStringList { u"Serverinfo.ini"_s });
+
+        // A folder that does not exist is not made.
+        ProfileFile elsewhere(m_dir->filePath(u"missing/Serverinfo.ini"_s), Gbk);
+        QVERIFY(!elsewhere.writeString(u"A"_s, u"x"_s, u"1"_s));
+    }
+
+private:
+    std::optional<QTemporaryDir> m_dir;
+    QString m_path;
+};
+
+QTEST_GUILESS_MAIN(TestProfileFile)
+#include "tst_profilefile.moc"

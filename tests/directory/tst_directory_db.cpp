@@ -1,0 +1,572 @@
+#include "DbConnection.h"
+#include "DirectoryFixture.h"
+#include "DirectoryLoader.h"
+#include "DirectoryWriter.h"
+#include "PositionList.h"
+#include "Recordset.h"
+#include "SqlTrace.h"
+#include "TempServerDir.h"
+#include "TestDatabase.h"
+
+#include <QTest>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString memberInsert =
+    u"INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember) VALUES "_s;
+const QString groupInsert =
+    u"INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup) VALUES "_s;
+const QString relationInsert =
+    u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES "_s;
+
+// A database with the anomalies the load has to live with.
+QStringList anomalousDirectory()
+{
+    return {
+        memberInsert
+            + u"(1,'anna','Anna','it###VELMAR-QUOTATION###s','pw1',1,1,'anna@x.cn','139','Road 1','010-1','010-2','1980-01-02',1,0,'hello',2,0)"_s,
+        memberInsert + u"(2,'five','Five','','pw2',0,0,'','','','','','',0,0,'',NULL,5)"_s,
+        memberInsert + u"(3,'gina','Gina','','pw3',0,1,'','','','','','',1,1,'',1,1)"_s,
+        memberInsert
+            + u"(4,'nulls',NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL)"_s,
+        memberInsert + u"(1,'anna2','Anna Again','','pw1b',1,0,'','','','','','',0,0,'',0,0)"_s,
+        groupInsert + u"(10,'Sales',-1,0,1,0)"_s,
+        groupInsert + u"(13,'Early child',14,1,1,0)"_s,
+        groupInsert + u"(11,'East',10,0,2,NULL)"_s,
+        groupInsert + u"(14,'Late parent',-1,1,2,0)"_s,
+        groupInsert + u"(12,'Orphan',999,2,2,0)"_s,
+        groupInsert + u"(50,'Forum',-100,0,1,1)"_s,
+        groupInsert + u"(51,'Lost guest',10,1,1,1)"_s,
+        relationInsert + u"(1,10,5,2,0)"_s,
+        relationInsert + u"(2,10,NULL,1,0)"_s,
+        relationInsert + u"(NULL,10,1,0,0)"_s,
+        relationInsert + u"(1,10,5,2,0)"_s,
+        relationInsert + u"(4,11,1,0,7)"_s,
+        relationInsert + u"(3,50,1,0,1)"_s,
+        relationInsert + u"(1,50,2,1,1)"_s,
+        relationInsert + u"(777,12,1,0,0)"_s,
+        relationInsert + u"(5,999,1,0,0)"_s,
+    };
+}
+
+UserInfo member(qint32 id, const QString &login, const QString &name = QString())
+{
+    UserInfo info;
+    info.id = id;
+    info.loginName = login;
+    info.displayName = name;
+    info.password = u"pw"_s;
+    info.gender = 1;
+    return info;
+}
+
+// regular: Sales 10 { East 11 { anna rank 2 }, gina }, HQ 20; guest: Forum 50 { gina, gus }
+DirectoryData smallDirectory()
+{
+    DirectoryData data;
+    UserInfo anna = member(1, u"anna"_s, u"50%d %s"_s);
+    anna.nickname = u"it's;a\\b"_s;
+    data.regularMembers = { anna, member(2, u"bert"_s) };
+    data.guestMembers = { member(3, u"gina"_s), member(4, u"gus"_s) };
+    for (UserInfo &m : data.guestMembers)
+        m.isGuest = 1;
+    for (const MemberList &list : { data.regularMembers, data.guestMembers })
+        for (const UserInfo &m : list)
+            data.memberIndex.insert(m.id, m);
+    DirectoryNode *sales = data.regularTree.addGroup(data.regularTree.root(), 10, u"Sales"_s);
+    DirectoryNode *east = data.regularTree.addGroup(sales, 11, u"East"_s);
+    data.regularTree.addMembership(east, 1, 2);
+    data.regularTree.addMembership(sales, 3, -1);
+    data.regularTree.addGroup(data.regularTree.root(), 20, u"HQ"_s);
+    DirectoryNode *forum = data.guestTree.addGroup(data.guestTree.root(), 50, u"Forum"_s);
+    data.guestTree.addMembership(forum, 3, -1);
+    data.guestTree.addMembership(forum, 4, -1);
+    data.groupCounter = 50;
+    return data;
+}
+
+QStringList table(TestDatabase &db, const QString &sql)
+{
+    QStringList out;
+    for (const QVariantList &row : db.rows(sql)) {
+        QStringList cells;
+        for (const QVariant &cell : row)
+            cells << (cell.isNull() ? u"NULL"_s : cell.toString());
+        out << cells.join(u'|');
+    }
+    return out;
+}
+
+QStringList wholeDirectory(TestDatabase &db)
+{
+    return table(db, u"SELECT OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup FROM [Group] ORDER BY IsGuestGroup, OGroupID"_s)
+        + table(db, u"SELECT OMemberID, MemberID, MemberName, MemberNickname, Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember FROM Member ORDER BY IsGuestMember, OMemberID, MemberID"_s)
+        + table(db, u"SELECT OMemberID, OGroupID, ORankID, Position, IsGuestRelation FROM Relation ORDER BY IsGuestRelation, OGroupID, Position, OMemberID"_s);
+}
+
+DirectoryData load(TestDatabase &db)
+{
+    DirectoryData data;
+    DbConnection connection = db.connect();
+    DirectoryLoader::load(connection, data);
+    return data;
+}
+
+void write(TestDatabase &db, const DirectoryData &data, const QList<qint32> &deleted = {})
+{
+    DbConnection connection = db.connect();
+    DirectoryWriter::writeDeletedMembers(connection, deleted);
+    DirectoryWriter::writeDirectory(connection, DirectoryContent::of(data));
+}
+
+// The trace holds what was sent; PostgreSQL gets "[Group]" in its own quoting.
+QStringList normalisedTrace(const QString &path)
+{
+    QStringList lines = readTrace(path);
+    for (QString &line : lines)
+        line.replace(u"\"Group\""_s, u"[Group]"_s);
+    return lines;
+}
+
+} // namespace
+
+#define DATABASE(db)                                                                               \
+    QFETCH(TestDatabase::Backend, backend);                                                       \
+    TempServerDir dir;                                                                             \
+    TestDatabase db(backend, dir.programDir());                                                   \
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()))
+
+class TestDirectoryDb : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void emptyDatabase_data() { backends(); }
+    void emptyDatabase();
+    void loadAnomalies_data() { backends(); }
+    void loadAnomalies();
+    void nullFlagLeftoversAreReadOnce_data() { backends(); }
+    void nullFlagLeftoversAreReadOnce();
+    void loadFailureKeepsWhatWasRead_data() { backends(); }
+    void loadFailureKeepsWhatWasRead();
+    void writeLevelsAndEscapes_data() { backends(); }
+    void writeLevelsAndEscapes();
+    void statementStream_data() { backends(); }
+    void statementStream();
+    void roundTrip_data() { backends(); }
+    void roundTrip();
+    void quoteInGroupNameAbortsTheWrite_data() { backends(); }
+    void quoteInGroupNameAbortsTheWrite();
+    void interruptedWriteIsRepairedByTheNextOne_data() { backends(); }
+    void interruptedWriteIsRepairedByTheNextOne();
+    void deletedMembers_data() { backends(); }
+    void deletedMembers();
+    void positions_data() { backends(); }
+    void positions();
+
+private:
+    static void backends()
+    {
+        TestDatabase::addBackendColumn();
+        TestDatabase::addBackendRows();
+    }
+};
+
+void TestDirectoryDb::emptyDatabase()
+{
+    DATABASE(db);
+    DirectoryData data;
+    data.groupCounter = 99; // left from an earlier load
+    RecordingProgress progress;
+    DbConnection connection = db.connect();
+    DirectoryLoader::load(connection, data, &progress);
+    QCOMPARE(progress.calls,
+             QStringList({ u"text 读取用户信息."_s, u"range 0"_s, u"text 读群组信息."_s,
+                           u"range 0"_s, u"text 添加群组."_s, u"range 0"_s }));
+    QVERIFY(data.memberIndex.isEmpty());
+    QVERIFY(data.regularMembers.isEmpty() && data.guestMembers.isEmpty());
+    QCOMPARE(data.regularTree.root()->childCount(), 0);
+    QCOMPARE(data.guestTree.root()->childCount(), 0);
+    QCOMPARE(data.groupCounter, 0);
+}
+
+void TestDirectoryDb::loadAnomalies()
+{
+    DATABASE(db);
+    QVERIFY2(db.execAll(anomalousDirectory()), qPrintable(db.errorString()));
+    DirectoryData data;
+    RecordingProgress progress;
+    {
+        DbConnection connection = db.connect();
+        DirectoryLoader::load(connection, data, &progress);
+    }
+
+    // IsGuestMember 5 is read as regular and rewritten 0; 7 in Relation likewise.
+    QCOMPARE(db.scalar(u"SELECT IsGuestMember FROM Member WHERE OMemberID = 2"_s).toInt(), 0);
+    QCOMPARE(db.count(u"Relation"_s, u"IsGuestRelation = 7"_s), 0);
+
+    QStringList regular = dumpMembers(data.regularMembers, u"regular"_s);
+    regular.sort(); // PostgreSQL may return an updated row elsewhere
+    QCOMPARE(regular,
+             QStringList({
+                 u"regular|1|anna2|Anna Again||pw1b|1|0||||||0|0|||0"_s,
+                 u"regular|1|anna|Anna|it's|pw1|1|1|anna@x.cn|139|010-1|Road 1|1980-01-02|1|0|010-2|hello|0"_s,
+                 u"regular|2|five|Five||pw2|0|0||||||0|0|||0"_s,
+                 // NULL text reads as empty, NULL numbers as 0 (NULL IsGuestMember: regular).
+                 u"regular|4|nulls||||0|0||||||0|0|||0"_s,
+             }));
+    QCOMPARE(dumpMembers(data.guestMembers, u"guest"_s),
+             QStringList({ u"guest|3|gina|Gina||pw3|0|1||||||1|1|||1"_s }));
+    // Both rows of id 1 are listed; the index keeps the later one.
+    QCOMPARE(data.memberIndex.value(1).loginName, u"anna2"_s);
+    QCOMPARE(data.memberIndex.size(), 4);
+    QCOMPARE(data.memberIndex.value(1).level, 0);
+
+    // NULL IsGuestGroup is regular; a parent read after its child still takes
+    // it; unknown parents put a group at the top of its own tree.
+    const QStringList dump = dumpDirectory(data);
+    const QStringList groupsAndRelations = dump.mid(5);
+    QCOMPARE(groupsAndRelations,
+             QStringList({
+                 u"regular depth 1 parent -1 group 10 Sales"_s,
+                 u"regular depth 2 parent 10 group 11 East"_s,
+                 u"regular depth 1 parent -1 group 14 Late parent"_s,
+                 u"regular depth 2 parent 14 group 13 Early child"_s,
+                 u"regular depth 1 parent -1 group 12 Orphan"_s,
+                 u"guest depth 1 parent -100 group 50 Forum"_s,
+                 u"guest depth 1 parent -100 group 51 Lost guest"_s,
+                 // Sorted by the stored order; NULL rank reads as 0; the NULL
+                 // member, the repeated row and the unknown group's row are not
+                 // loaded; an unknown member's membership is kept.
+                 u"regular group 11 member 4 rank 1"_s,
+                 u"regular group 10 member 2 rank 0"_s,
+                 u"regular group 10 member 1 rank 5"_s,
+                 u"regular group 12 member 777 rank 1"_s,
+                 u"guest group 50 member 3 rank 1"_s,
+                 u"guest group 50 member 1 rank 2"_s,
+             }));
+    QCOMPARE(data.regularGroupsWithUnknownParent, QList<qint32>({ 12 }));
+    QCOMPARE(data.guestGroupsWithUnknownParent, QList<qint32>({ 51 }));
+    QCOMPARE(data.groupCounter, 51);
+    QCOMPARE(data.regularTree.groupIdsInIndexOrder(), QList<qint32>({ 10, 11, 14, 13, 12 }));
+    QCOMPARE(data.regularTree.findMembership(1)->position, 2);
+
+    QCOMPARE(progress.calls,
+             QStringList({ u"text 读取用户信息."_s, u"range 5"_s, u"position"_s,
+                           u"text 读群组信息."_s, u"range 7"_s, u"position"_s,
+                           u"text 添加群组."_s, u"range 9"_s, u"position"_s }));
+    QCOMPARE(progress.positions,
+             QList<int>({ 1, 2, 3, 4, 5, 1, 2, 3, 4, 5, 6, 7, 1, 2, 3, 4, 5, 6, 7 }));
+}
+
+void TestDirectoryDb::nullFlagLeftoversAreReadOnce()
+{
+    DATABASE(db);
+    // What a save leaves behind when a row's partition flag was NULL: the
+    // designed DELETE cannot reach that row, so the written row joins it.
+    QVERIFY2(db.execAll({
+                 memberInsert + u"(5,'old','','','x',0,0,'','','','','','',0,0,'',NULL,NULL)"_s,
+                 memberInsert + u"(6,'keep','','','x',0,0,'','','','','','',0,0,'',NULL,NULL)"_s,
+                 memberInsert + u"(5,'new','','','x',0,0,'','','','','','',0,0,'',NULL,0)"_s,
+                 groupInsert + u"(20,'HQ',-1,0,1,NULL)"_s,
+                 groupInsert + u"(20,'HQ new',-1,3,1,0)"_s,
+                 groupInsert + u"(21,'Sub',20,0,2,0)"_s,
+                 relationInsert + u"(5,20,1,0,0)"_s,
+             }),
+             qPrintable(db.errorString()));
+    const DirectoryData first = load(db);
+    const QStringList expected { u"regular|5|new|||x|0|0||||||0|0|||0"_s,
+                                 u"regular|6|keep|||x|0|0||||||0|0|||0"_s,
+                                 u"regular depth 1 parent -1 group 20 HQ new"_s,
+                                 u"regular depth 2 parent 20 group 21 Sub"_s,
+                                 u"regular group 20 member 5 rank 1"_s };
+    QCOMPARE(dumpDirectory(first), expected);
+    QCOMPARE(first.memberIndex.value(5).loginName, u"new"_s);
+
+    // Saving does not multiply them. (Which of the two group rows names the
+    // group after a save is not for the load to tell: the group query does not
+    // return the flag, and the save has given both the same order value.)
+    for (int round = 0; round < 2; ++round) {
+        write(db, load(db));
+        const DirectoryData again = load(db);
+        QCOMPARE(dumpDirectory(again).mid(0, 2), expected.mid(0, 2));
+        QCOMPARE(again.regularTree.groupCount(), 2);
+        QCOMPARE(again.regularTree.membershipCount(), 1);
+        QCOMPARE(db.count(u"Member"_s), 4);
+        QCOMPARE(db.count(u"[Group]"_s), 3);
+    }
+}
+
+void TestDirectoryDb::loadFailureKeepsWhatWasRead()
+{
+    DATABASE(db);
+    QVERIFY2(db.execAll(anomalousDirectory()), qPrintable(db.errorString()));
+    QVERIFY2(db.exec(u"DROP TABLE Relation"_s), qPrintable(db.errorString()));
+    DirectoryData data;
+    DbConnection connection = db.connect();
+    QVERIFY_THROWS_EXCEPTION(DbException, DirectoryLoader::load(connection, data));
+    QCOMPARE(data.regularMembers.size() + data.guestMembers.size(), 5);
+    QCOMPARE(data.regularTree.groupCount(), 5);
+    QCOMPARE(data.guestTree.groupCount(), 2);
+    QCOMPARE(data.regularTree.membershipCount(), 0);
+}
+
+void TestDirectoryDb::writeLevelsAndEscapes()
+{
+    DATABASE(db);
+    // Rows the write must replace, and a member of each partition to drop.
+    QVERIFY(db.execAll({ memberInsert + u"(9,'old','','','x',0,0,'','','','','','',0,0,'',3,0)"_s,
+                         memberInsert + u"(8,'oldg','','','x',0,0,'','','','','','',0,0,'',1,1)"_s,
+                         groupInsert + u"(90,'Old',-1,0,1,0)"_s,
+                         relationInsert + u"(9,90,1,0,0)"_s }));
+    write(db, smallDirectory());
+    QCOMPARE(wholeDirectory(db),
+             QStringList({
+                 u"10|Sales|-1|0|1|0"_s,
+                 u"11|East|10|0|2|0"_s,
+                 u"20|HQ|-1|1|1|0"_s,
+                 u"50|Forum|-100|0|1|1"_s,
+                 u"1|anna|50%d %s|it###VELMAR-QUOTATION###s###VELMAR-SEMICOLON###a###VELMAR-BACKSLASH###b|pw|1|0|||||||0|0||2|0"_s,
+                 // In no group: inserted without a level.
+                 u"2|bert|||pw|1|0|||||||0|0||NULL|0"_s,
+                 // A guest member placed in both trees: level 3.
+                 u"3|gina|||pw|1|0|||||||0|0||3|1"_s,
+                 u"4|gus|||pw|1|0|||||||0|0||1|1"_s,
+                 u"3|10|-1|0|0"_s,
+                 u"1|11|2|0|0"_s,
+                 u"3|50|-1|0|1"_s,
+                 u"4|50|-1|1|1"_s,
+             }));
+}
+
+void TestDirectoryDb::statementStream()
+{
+    DATABASE(db);
+    const QString tracePath = dir.filePath(u"trace.sql"_s);
+    {
+        SqlTrace trace(tracePath);
+        QVERIFY(trace.isOpen());
+        DbConnection connection = DbConnection::open(db.connectionString(), &trace);
+        DirectoryWriter::writeDeletedMembers(connection, { 8 });
+        DirectoryWriter::writeDirectory(connection, DirectoryContent::of(smallDirectory()));
+    }
+    const QString groupRow = u"INSERT INTO [Group] (OGroupID,GroupName,OGroupID_P,Position,Depth, IsGuestGroup) VALUES  "_s;
+    const QString memberRow = u"INSERT INTO Member (OMemberID,MemberID,MemberName, MemberNickname, Passwd,Gender,bPublic,Email,HP,Address,HomePhone,OfficePhone,BirthDay,Description,bSolar,bAdmin, IsGuestMember) VALUES  "_s;
+    const QString relationRow = u"INSERT INTO Relation (OMemberID,OGroupID,ORankID,Position, IsGuestRelation) VALUES  "_s;
+    QCOMPARE(normalisedTrace(tracePath),
+             QStringList({
+                 u"DELETE FROM Relation WHERE OGroupID = 8 "_s,
+                 u"DELETE FROM VoipInfo WHERE OMemberID = 8"_s,
+                 u"DELETE FROM AccessToken WHERE OMemberID = 8"_s,
+                 u"DELETE FROM LeavedMemo WHERE OMemberID = 8"_s,
+                 u"DELETE FROM MyGroup WHERE OMemberID = 8 "_s,
+                 u"DELETE FROM MyMember WHERE OMemberID = 8 OR OMemberID_O = 8 "_s,
+                 u"DELETE FROM Antenna WHERE OMemberID = 8 OR OMemberID_O = 8 "_s,
+                 u"DELETE FROM [Group] where IsGuestGroup=0"_s,
+                 // Each group's sub-groups together, parents before children.
+                 groupRow + u"('10' ,'Sales' ,'-1','0','1', 0)"_s,
+                 groupRow + u"('20' ,'HQ' ,'-1','1','1', 0)"_s,
+                 groupRow + u"('11' ,'East' ,'10','0','2', 0)"_s,
+                 u"DELETE FROM [Group] where IsGuestGroup=1"_s,
+                 groupRow + u"('50' ,'Forum' ,'-100','0','1', 1)"_s,
+                 u"DELETE FROM Member where IsGuestMember=0"_s,
+                 memberRow
+                     + u"( '1', 'anna', '50%d %s', 'it###VELMAR-QUOTATION###s###VELMAR-SEMICOLON###a###VELMAR-BACKSLASH###b', 'pw', '1', '0', '', '', '', '', '', '', '', '0', '0', 0 )"_s,
+                 memberRow
+                     + u"( '2', 'bert', '', '', 'pw', '1', '0', '', '', '', '', '', '', '', '0', '0', 0 )"_s,
+                 u"DELETE FROM Member where IsGuestMember=1"_s,
+                 memberRow
+                     + u"( '3', 'gina', '', '', 'pw', '1', '0', '', '', '', '', '', '', '', '0', '0', 1 )"_s,
+                 memberRow
+                     + u"( '4', 'gus', '', '', 'pw', '1', '0', '', '', '', '', '', '', '', '0', '0', 1 )"_s,
+                 u"DELETE FROM Relation where IsGuestRelation=0"_s,
+                 // Each group's memberships together, parents before children.
+                 relationRow + u"('3' ,'10' ,'-1','0', 0)"_s,
+                 relationRow + u"('1' ,'11' ,'2','0', 0)"_s,
+                 u"DELETE FROM Relation where IsGuestRelation=1"_s,
+                 relationRow + u"('3' ,'50' ,'-1','0', 1)"_s,
+                 relationRow + u"('4' ,'50' ,'-1','1', 1)"_s,
+                 // Regular members in the order met, then guest-only ones.
+                 u"UPDATE MEMBER SET MemberLevel = 3 \t\t\t\t\t\t\twhere OmemberID = 3"_s,
+                 u"UPDATE MEMBER SET MemberLevel = 2 \t\t\t\t\t\t\twhere OmemberID = 1"_s,
+                 u"UPDATE MEMBER SET MemberLevel = 1 \t\t\t\t\t\t\twhere OmemberID = 4"_s,
+             }));
+
+    const QString loadTracePath = dir.filePath(u"load.sql"_s);
+    {
+        SqlTrace trace(loadTracePath);
+        DbConnection connection = DbConnection::open(db.connectionString(), &trace);
+        DirectoryData data;
+        DirectoryLoader::load(connection, data);
+    }
+    QCOMPARE(normalisedTrace(loadTracePath),
+             QStringList({
+                 u"SELECT COUNT(*) FROM Member"_s,
+                 u"Update Member Set IsGuestMember = 0 WHERE IsGuestMember <> 0 AND IsGuestMember <> 1"_s,
+                 u"SELECT MemberID,MemberName,MemberNickname,Passwd,Gender,bPublic,Email,HP,Homephone,Address,HomePhone,BirthDay,bSolar,bAdmin,OMemberID,Officephone,Description, MemberLevel, IsGuestMember FROM Member"_s,
+                 u"SELECT COUNT(*) FROM [Group]"_s,
+                 u"SELECT OGroupID,GroupName,Position,OGroupID_P FROM [Group]  where isGuestGroup = 0 OR isGuestGroup IS NULL ORDER BY Depth, Position"_s,
+                 u"SELECT OGroupID,GroupName,Position,OGroupID_P FROM [Group]  where isGuestGroup=1 ORDER BY Depth,Position"_s,
+                 u"SELECT COUNT(*) FROM Relation"_s,
+                 u"Update Relation Set IsGuestRelation = 0 WHERE IsGuestRelation <> 0 AND IsGuestRelation <> 1"_s,
+                 // Groups in the order they were read: by depth, then position.
+                 u"SELECT OMemberID,ORankID,Position FROM Relation WHERE OGroupID=10 and OMemberID is not null  and IsGuestRelation=0"_s,
+                 u"SELECT OMemberID,ORankID,Position FROM Relation WHERE OGroupID=20 and OMemberID is not null  and IsGuestRelation=0"_s,
+                 u"SELECT OMemberID,ORankID,Position FROM Relation WHERE OGroupID=11 and OMemberID is not null  and IsGuestRelation=0"_s,
+                 u"SELECT OMemberID,ORankID,Position FROM Relation WHERE OGroupID=50 and OMemberID is not null  and IsGuestRelation=1"_s,
+             }));
+}
+
+void TestDirectoryDb::roundTrip()
+{
+    DATABASE(db);
+    QVERIFY2(db.execAll(anomalousDirectory()), qPrintable(db.errorString()));
+    const DirectoryData first = load(db);
+    write(db, first);
+    const QStringList afterFirstWrite = wholeDirectory(db);
+    const DirectoryData second = load(db);
+    QCOMPARE(dumpDirectory(second), dumpDirectory(first));
+    QCOMPARE(second.memberIndex.value(1).loginName, u"anna2"_s);
+    // The group with the unknown parent is now an ordinary top-level group.
+    QVERIFY(second.regularGroupsWithUnknownParent.isEmpty());
+    write(db, second);
+    QCOMPARE(wholeDirectory(db), afterFirstWrite);
+
+    // Hand-built content survives the trip as well (without the foreign NULL
+    // rows, which no designed statement removes).
+    QVERIFY(db.execAll({ u"DELETE FROM Member WHERE IsGuestMember IS NULL"_s,
+                         u"DELETE FROM [Group] WHERE IsGuestGroup IS NULL"_s }));
+    const DirectoryData small = smallDirectory();
+    write(db, small);
+    QCOMPARE(dumpDirectory(load(db)), dumpDirectory(small));
+}
+
+void TestDirectoryDb::quoteInGroupNameAbortsTheWrite()
+{
+    DATABASE(db);
+    const DirectoryData before = smallDirectory();
+    write(db, before);
+    const qint64 members = db.count(u"Member"_s);
+
+    DirectoryData edited = smallDirectory();
+    edited.regularTree.findGroup(20)->name = u"O'Brien"_s;
+    {
+        DbConnection connection = db.connect();
+        try {
+            DirectoryWriter::writeDirectory(connection, DirectoryContent::of(edited));
+            QFAIL("the broken statement went through");
+        } catch (const DbException &e) {
+            QVERIFY(!e.error().source.isEmpty());
+        }
+    }
+    // The regular group before it was written, and nothing after it ran.
+    QCOMPARE(db.column(u"SELECT GroupName FROM [Group] WHERE IsGuestGroup = 0 ORDER BY OGroupID"_s),
+             QStringList({ u"Sales"_s }));
+    QCOMPARE(db.count(u"[Group]"_s, u"IsGuestGroup = 1"_s), 1);
+    QCOMPARE(db.count(u"Member"_s), members);
+}
+
+void TestDirectoryDb::interruptedWriteIsRepairedByTheNextOne()
+{
+    DATABASE(db);
+    write(db, smallDirectory());
+    const QStringList oldRelations =
+        table(db, u"SELECT OMemberID, OGroupID FROM Relation ORDER BY OMemberID, OGroupID"_s);
+
+    // Edits, one of which poisons the first row of the guest member partition.
+    DirectoryData edited = smallDirectory();
+    edited.regularTree.findGroup(10)->name = u"Sales & Service"_s;
+    edited.regularTree.addMembership(edited.regularTree.findGroup(20), 2, 1);
+    edited.guestMembers[0].displayName = u"O'Hara"_s;
+    QVERIFY_THROWS_EXCEPTION(DbException, write(db, edited));
+    QCOMPARE(db.scalar(u"SELECT GroupName FROM [Group] WHERE OGroupID = 10"_s).toString(),
+             u"Sales & Service"_s);
+    QCOMPARE(db.count(u"Member"_s, u"IsGuestMember = 0"_s), 2);
+    QCOMPARE(db.count(u"Member"_s, u"IsGuestMember = 1"_s), 0);
+    QCOMPARE(table(db, u"SELECT OMemberID, OGroupID FROM Relation ORDER BY OMemberID, OGroupID"_s),
+             oldRelations);
+
+    // The memory still holds everything: writing again makes the database equal to it.
+    edited.guestMembers[0].displayName = u"O Hara"_s;
+    write(db, edited);
+    QCOMPARE(dumpDirectory(load(db)), dumpDirectory(edited));
+    QCOMPARE(db.scalar(u"SELECT MemberLevel FROM Member WHERE OMemberID = 2"_s).toInt(), 2);
+}
+
+void TestDirectoryDb::deletedMembers()
+{
+    DATABASE(db);
+    QVERIFY2(db.execAll({
+                 u"INSERT INTO VoipInfo (OMemberID, ID, Pass) VALUES (5, 'v5', 'p'), (6, 'v6', 'p')"_s,
+                 u"INSERT INTO AccessToken (OMemberID, MessageOn) VALUES (5, 1), (6, 1)"_s,
+                 u"INSERT INTO LeavedMemo (OMemberID) VALUES (5), (6)"_s,
+                 u"INSERT INTO MyGroup (OMemberID) VALUES (5), (6)"_s,
+                 u"INSERT INTO MyMember (OMemberID, OMemberID_O) VALUES (5, 6), (6, 5), (6, 7)"_s,
+                 u"INSERT INTO Antenna (OMemberID, OMemberID_O) VALUES (5, 6), (6, 5), (6, 7)"_s,
+                 relationInsert + u"(5, 10, 1, 0, 0)"_s,
+                 relationInsert + u"(6, 5, 1, 0, 0)"_s,
+             }),
+             qPrintable(db.errorString()));
+    {
+        DbConnection connection = db.connect();
+        DirectoryWriter::writeDeletedMembers(connection, { 5 });
+    }
+    QCOMPARE(db.column(u"SELECT OMemberID FROM VoipInfo"_s), QStringList({ u"6"_s }));
+    QCOMPARE(db.column(u"SELECT OMemberID FROM AccessToken"_s), QStringList({ u"6"_s }));
+    QCOMPARE(db.column(u"SELECT OMemberID FROM LeavedMemo"_s), QStringList({ u"6"_s }));
+    QCOMPARE(db.column(u"SELECT OMemberID FROM MyGroup"_s), QStringList({ u"6"_s }));
+    QCOMPARE(table(db, u"SELECT OMemberID, OMemberID_O FROM MyMember"_s), QStringList({ u"6|7"_s }));
+    QCOMPARE(table(db, u"SELECT OMemberID, OMemberID_O FROM Antenna"_s), QStringList({ u"6|7"_s }));
+    // The Relation statement goes by the group column: member 5's own row stays
+    // (the relation partitions are rewritten anyway), group 5's goes.
+    QCOMPARE(table(db, u"SELECT OMemberID, OGroupID FROM Relation"_s), QStringList({ u"5|10"_s }));
+}
+
+void TestDirectoryDb::positions()
+{
+    DATABASE(db);
+    QVERIFY(db.execAll({ u"INSERT INTO Rank (ORankID, RankName) VALUES (3, '主任')"_s,
+                         u"INSERT INTO Rank (ORankID, RankName) VALUES (1, '职员')"_s,
+                         u"INSERT INTO Rank (ORankID, RankName) VALUES (2, NULL)"_s }));
+    PositionList list;
+    list.defaultId = 3;
+    {
+        DbConnection connection = db.connect();
+        list.load(connection);
+    }
+    // In the order the rows arrive, not sorted; the default is kept.
+    QCOMPARE(list.positions, QList<Position>({ { 3, u"主任"_s }, { 1, u"职员"_s }, { 2, QString() } }));
+    QCOMPARE(list.defaultId, 3);
+
+    list.positions[2].name = u"100% 经理"_s;
+    list.positions.append({ list.newPositionId(), list.newPositionName() });
+    {
+        DbConnection connection = db.connect();
+        list.save(connection);
+    }
+    PositionList reloaded;
+    {
+        DbConnection connection = db.connect();
+        reloaded.load(connection);
+    }
+    QCOMPARE(reloaded.positions, list.positions);
+
+    // A quote in a name is written as it stands and breaks its statement.
+    const QString tracePath = dir.filePath(u"rank.sql"_s);
+    list.positions[0].name = u"O'Neil"_s;
+    {
+        SqlTrace trace(tracePath);
+        DbConnection connection = DbConnection::open(db.connectionString(), &trace);
+        QVERIFY_THROWS_EXCEPTION(DbException, list.save(connection));
+    }
+    QCOMPARE(readTrace(tracePath),
+             QStringList({ u"DELETE FROM Rank"_s,
+                           u"INSERT INTO Rank (ORankID,RankName) VALUES  ('3' ,'O'Neil')"_s }));
+}
+
+QTEST_GUILESS_MAIN(TestDirectoryDb)
+#include "tst_directory_db.moc"

@@ -1,0 +1,193 @@
+#include "PositionList.h"
+#include "PositionListModel.h"
+#include "ProfileFile.h"
+#include "TempServerDir.h"
+
+#include <QAbstractItemModelTester>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class TestPositions : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void lookups();
+    void newPositionName_data();
+    void newPositionName();
+    void newPositionId_data();
+    void newPositionId();
+    void defaultFromProfile_data();
+    void defaultFromProfile();
+    void writeDefault();
+    void modelAddRemoveRules();
+    void modelRenameRules();
+    void modelMoveAndDefault();
+};
+
+void TestPositions::lookups()
+{
+    PositionList list;
+    list.positions = { { 1, u"职员"_s }, { 5, u"经理"_s }, { 3, u"主任"_s } };
+    QCOMPARE(list.defaultPositionId(), -1);
+    list.defaultId = 5;
+    QCOMPARE(list.defaultPositionId(), 5);
+    QCOMPARE(list.idAt(0), 1);
+    QCOMPARE(list.idAt(2), 3);
+    QCOMPARE(list.idAt(3), -1);
+    QCOMPARE(list.idAt(-1), -1);
+    QCOMPARE(list.nameForId(3), u"主任"_s);
+    QCOMPARE(list.nameForId(-1), u"无等级"_s);
+    QCOMPARE(list.nameForId(42), u"无等级"_s);
+    QCOMPARE(list.indexOfId(5), 1);
+    QCOMPARE(list.indexOfId(3), 2);
+    // "No position" deliberately maps to the second entry.
+    QCOMPARE(list.indexOfId(-1), 1);
+    QCOMPARE(list.indexOfId(42), -1);
+}
+
+void TestPositions::newPositionName_data()
+{
+    QTest::addColumn<QStringList>("names");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("empty") << QStringList() << u"新等级"_s;
+    QTest::newRow("taken") << QStringList({ u"新等级"_s }) << u"新等级 (1)"_s;
+    QTest::newRow("two taken") << QStringList({ u"新等级 (1)"_s, u"新等级"_s }) << u"新等级 (2)"_s;
+    QTest::newRow("gap") << QStringList({ u"新等级"_s, u"新等级 (2)"_s }) << u"新等级 (1)"_s;
+}
+
+void TestPositions::newPositionName()
+{
+    QFETCH(QStringList, names);
+    QFETCH(QString, expected);
+    PositionList list;
+    qint32 id = 1;
+    for (const QString &name : std::as_const(names))
+        list.positions.append({ id++, name });
+    QCOMPARE(list.newPositionName(), expected);
+}
+
+void TestPositions::newPositionId_data()
+{
+    QTest::addColumn<QList<qint32>>("ids");
+    QTest::addColumn<qint32>("expected");
+    QTest::newRow("none") << QList<qint32>() << 1;
+    QTest::newRow("3 and 7") << QList<qint32>({ 3, 7 }) << 8;
+    QTest::newRow("only negative") << QList<qint32>({ -5 }) << 1;
+}
+
+void TestPositions::newPositionId()
+{
+    QFETCH(QList<qint32>, ids);
+    QFETCH(qint32, expected);
+    PositionList list;
+    for (qint32 id : std::as_const(ids))
+        list.positions.append({ id, QString::number(id) });
+    QCOMPARE(list.newPositionId(), expected);
+}
+
+void TestPositions::defaultFromProfile_data()
+{
+    QTest::addColumn<QByteArray>("ini");
+    QTest::addColumn<qint32>("expected");
+    QTest::newRow("no file") << QByteArray() << -1;
+    QTest::newRow("absent") << QByteArray("[ServerInfo]\r\nUseDist=0\r\n") << -1;
+    QTest::newRow("empty") << QByteArray("[ServerInfo]\r\nDefaultPositionID=\r\n") << -1;
+    QTest::newRow("zero") << QByteArray("[ServerInfo]\r\nDefaultPositionID=0\r\n") << -1;
+    QTest::newRow("set") << QByteArray("[serverinfo]\r\ndefaultpositionid=7\r\n") << 7;
+    QTest::newRow("trailing text") << QByteArray("[ServerInfo]\r\nDefaultPositionID=12ab\r\n") << 12;
+}
+
+void TestPositions::defaultFromProfile()
+{
+    QFETCH(QByteArray, ini);
+    QFETCH(qint32, expected);
+    TempServerDir dir;
+    QVERIFY(dir.isValid());
+    if (!ini.isEmpty())
+        QVERIFY(dir.writeFile(u"Serverinfo.ini"_s, ini));
+    QCOMPARE(PositionList::readDefaultPositionId(ProfileFile(dir.iniPath())), expected);
+}
+
+void TestPositions::writeDefault()
+{
+    TempServerDir dir;
+    QVERIFY(dir.writeFile(u"Serverinfo.ini"_s, "[ServerInfo]\r\nUseDist=1\r\n"));
+    ProfileFile profile(dir.iniPath());
+    QVERIFY(PositionList::writeDefaultPositionId(profile, 4));
+    QCOMPARE(PositionList::readDefaultPositionId(profile), 4);
+    QVERIFY(PositionList::writeDefaultPositionId(profile, -1));
+    QCOMPARE(PositionList::readDefaultPositionId(profile), -1);
+    QVERIFY(dir.readFile(u"Serverinfo.ini"_s).contains("DefaultPositionID=-1"));
+    QVERIFY(dir.readFile(u"Serverinfo.ini"_s).contains("UseDist=1"));
+}
+
+void TestPositions::modelAddRemoveRules()
+{
+    PositionListModel model;
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    QSignalSpy changed(&model, &PositionListModel::positionsChanged);
+    QCOMPARE(model.addPosition(), 0);
+    QCOMPARE(model.index(0).data().toString(), u"新等级"_s);
+    QCOMPARE(model.index(0).data(PositionListModel::PositionIdRole).toInt(), 1);
+    QCOMPARE(model.addPosition(), 1);
+    QCOMPARE(model.index(1).data().toString(), u"新等级 (1)"_s);
+    QCOMPARE(model.index(1).data(PositionListModel::PositionIdRole).toInt(), 2);
+    QCOMPARE(changed.count(), 2);
+
+    // Id 1 stays even when another position is the configured default.
+    model.setDefaultPositionId(2);
+    QCOMPARE(model.removePosition(0), PositionListModel::RemoveResult::PermanentDefault);
+    QCOMPARE(model.removePosition(1), PositionListModel::RemoveResult::Removed);
+    QCOMPARE(model.rowCount(), 1);
+
+    PositionList single;
+    single.positions = { { 4, u"only"_s } };
+    model.setList(single);
+    QCOMPARE(model.removePosition(0), PositionListModel::RemoveResult::LastPosition);
+    QCOMPARE(model.removePosition(3), PositionListModel::RemoveResult::NoSuchRow);
+    QCOMPARE(model.rowCount(), 1);
+}
+
+void TestPositions::modelRenameRules()
+{
+    PositionListModel model;
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    PositionList list;
+    list.positions = { { 1, u"Staff"_s }, { 2, u"Boss"_s } };
+    model.setList(list);
+    QCOMPARE(model.renamePosition(0, u"Staff"_s), PositionListModel::RenameResult::NameInUse);
+    QCOMPARE(model.renamePosition(0, u"Boss"_s), PositionListModel::RenameResult::NameInUse);
+    QCOMPARE(model.renamePosition(0, QString()), PositionListModel::RenameResult::Empty);
+    // Case matters.
+    QCOMPARE(model.renamePosition(0, u"staff"_s), PositionListModel::RenameResult::Renamed);
+    QVERIFY(model.setData(model.index(1), u"Chef"_s));
+    QVERIFY(!model.setData(model.index(1), u"staff"_s));
+    QCOMPARE(model.list().positions.at(1).name, u"Chef"_s);
+}
+
+void TestPositions::modelMoveAndDefault()
+{
+    PositionListModel model;
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    PositionList list;
+    list.positions = { { 1, u"a"_s }, { 2, u"b"_s }, { 3, u"c"_s } };
+    model.setList(list);
+    QVERIFY(model.movePosition(0, +1));
+    QVERIFY(model.movePosition(2, -1));
+    QVERIFY(!model.movePosition(0, -1));
+    QVERIFY(!model.movePosition(2, +1));
+    QStringList names;
+    for (const Position &p : model.list().positions)
+        names << p.name;
+    QCOMPARE(names, QStringList({ u"b"_s, u"c"_s, u"a"_s }));
+    model.setDefaultPositionId(3);
+    QCOMPARE(model.index(1).data(PositionListModel::IsDefaultRole).toBool(), true);
+    QCOMPARE(model.index(0).data(PositionListModel::IsDefaultRole).toBool(), false);
+    QCOMPARE(model.list().defaultPositionId(), 3);
+}
+
+QTEST_GUILESS_MAIN(TestPositions)
+#include "tst_positions.moc"

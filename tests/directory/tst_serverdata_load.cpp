@@ -1,0 +1,388 @@
+#include "CReadDBThread.h"
+#include "CRegistry.h"
+#include "DbConnection.h"
+#include "DbSession.h"
+#include "Directory.h"
+#include "DirectoryFixture.h"
+#include "GroupTreeModel.h"
+#include "MemberListModel.h"
+#include "NoticeListModel.h"
+#include "PositionListModel.h"
+#include "Recordset.h"
+#include "ProfileFile.h"
+#include "ScriptedMessageService.h"
+#include "ServerData.h"
+#include "ServerDataFixture.h"
+#include "ServerDataSaver.h"
+#include "ServerDataSet.h"
+#include "SqlTrace.h"
+#include "TempServerDir.h"
+#include "TestDatabase.h"
+
+#include <QAbstractItemModelTester>
+#include <QRegularExpression>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+Q_DECLARE_METATYPE(ServerDataLoader::Step)
+
+#define DATABASE(db)                                                                               \
+    QFETCH(TestDatabase::Backend, backend);                                                        \
+    TempServerDir dir;                                                                             \
+    QVERIFY(dir.isValid());                                                                        \
+    TestDatabase db(backend, dir.programDir());                                                    \
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()));                                          \
+    QVERIFY(db.writeConnectionString(dir.hives()))
+
+namespace {
+
+QStringList trace(const QString &path)
+{
+    QStringList lines = readTrace(path);
+    for (QString &line : lines)
+        line.replace(u"\"Group\""_s, u"[Group]"_s);
+    return lines;
+}
+
+} // namespace
+
+// The loading worker on a real thread against every backend: what it reads,
+// the order of its signals, and what it leaves in memory when it fails.
+class TestServerDataLoad : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void fullLoad_data() { TestDatabase::addBackendColumn(), TestDatabase::addBackendRows(); }
+    void fullLoad();
+    void emptyDatabase_data() { TestDatabase::addBackendColumn(), TestDatabase::addBackendRows(); }
+    void emptyDatabase();
+    void openFailure_data();
+    void openFailure();
+    void readFailure_data();
+    void readFailure();
+    void lockedDatabase_data();
+    void lockedDatabase();
+};
+
+void TestServerDataLoad::fullLoad()
+{
+    DATABASE(db);
+    QVERIFY2(db.execAll(populatedDatabase()), qPrintable(db.errorString()));
+    ProfileFile(dir.iniPath()).writeString(u"ServerInfo"_s, u"DefaultPositionID"_s, u"2"_s);
+    const QString tracePath = dir.filePath(u"trace.sql"_s);
+    SqlTrace sqlTrace(tracePath);
+
+    ServerData data;
+    QAbstractItemModelTester regularTester(data.directory()->regularTree());
+    QAbstractItemModelTester memberTester(data.directory()->regularMembers());
+    QAbstractItemModelTester noticeTester(data.notices());
+    ScriptedMessageService messages;
+    const ThreadRun run = runReadThread(dir, data, messages, &sqlTrace);
+    QVERIFY(run.finished);
+    QCOMPARE(run.exitResult, 1);
+    QVERIFY(run.result.ok());
+    QVERIFY2(messages.boxes().isEmpty(), qPrintable(messages.boxTexts().join(u'\n')));
+
+    // 1114 comes once, after every progress signal, and before 1115.
+    QCOMPARE(run.events.count(u"completed"_s), 1);
+    QCOMPARE(run.events.mid(run.events.size() - 2), QStringList({ u"completed"_s, u"exited 1"_s }));
+    QCOMPARE(run.progressRanges(),
+        QStringList({ u"text 打开数据库."_s, u"text 读取用户信息."_s, u"range 7"_s,
+            u"text 读群组信息."_s, u"range 5"_s, u"text 添加群组."_s, u"range 7"_s }));
+    // Every phase ends on its last row: 7 members, 5 groups, 6 relations with a member.
+    const int groupsText = int(run.events.indexOf(u"text 读群组信息."_s));
+    const int relationsText = int(run.events.indexOf(u"text 添加群组."_s));
+    QCOMPARE(run.events.at(groupsText - 1), u"position 7"_s);
+    QCOMPARE(run.events.at(relationsText - 1), u"position 5"_s);
+    QCOMPARE(run.events.at(run.events.size() - 3), u"position 6"_s);
+
+    // The data sets in their designed order, each read after the one before.
+    const QStringList statements = trace(tracePath);
+    QStringList heads;
+    static const QRegularExpression table(u"\\bFROM\\s+(\\S+)"_s);
+    for (const QString &s : statements)
+        heads << table.match(s).captured(1);
+    QStringList order;
+    for (const QString &h : heads)
+        if (order.isEmpty() || order.last() != h)
+            order << h;
+    QVERIFY2(
+        order.join(u',').endsWith(
+            u"Rank,AccessToken,VoipInfo,Folder,GroupAuthority,UserAuthority,VoipNumberList,CONTENTS"_s),
+        qPrintable(order.join(u',')));
+    QVERIFY(statements.first().startsWith(u"SELECT COUNT(*) FROM Member"_s));
+
+    // Counts of every data set.
+    Directory &directory = *data.directory();
+    QCOMPARE(directory.regularMembers()->rowCount(), 5);
+    QCOMPARE(directory.guestMembers()->rowCount(), 2);
+    QCOMPARE(directory.memberIndex().size(), 6);
+    QCOMPARE(directory.regularTree()->tree().groupCount(), 3);
+    QCOMPARE(directory.guestTree()->tree().groupCount(), 2);
+    QCOMPARE(directory.regularTree()->tree().membershipCount(), 4);
+    QCOMPARE(directory.guestTree()->tree().membershipCount(), 2);
+    QCOMPARE(data.positions()->list().count(), 3);
+    QCOMPARE(data.positions()->list().defaultId, 2);
+    QCOMPARE(int(data.permissions().tokens().size()), 3);
+    QCOMPARE(int(data.permissions().voipAccounts().size()), 2);
+    QCOMPARE(data.voipPool().size(), 4);
+    QCOMPARE(data.voipPool().firstFree(), 2);
+    QCOMPARE(data.fileBox().folders().size(), 2);
+    QCOMPARE(data.fileBox().groupRights().size(), 2);
+    QCOMPARE(data.fileBox().memberRights().size(), 2);
+    QCOMPARE(data.notices()->rowCount(), 2);
+    QCOMPARE(data.loadState(), ServerData::LoadState::Complete);
+    QVERIFY(!data.isModified());
+
+    // Trees and memberships as the database holds them.
+    const QStringList lines = dumpServerData(data);
+    for (const QString &expected : { u"regular depth 1 parent -1 group 10 Sales"_s,
+             u"regular depth 2 parent 10 group 11 East"_s,
+             u"regular depth 1 parent -1 group 20 HQ"_s,
+             u"guest depth 1 parent -100 group 50 Forum"_s,
+             u"guest depth 2 parent 50 group 51 Lounge"_s, u"regular group 10 member 1 rank 2"_s,
+             u"regular group 11 member 2 rank 1"_s, u"regular group 20 member 4 rank 3"_s,
+             u"regular group 20 member 6 rank 1"_s, u"guest group 50 member 4 rank 1"_s,
+             u"guest group 51 member 5 rank 1"_s, u"folder 1 share\\docs"_s,
+             u"group right 2 50 1"_s, u"member right 2 1 0"_s, u"pool v103 p103 0"_s,
+             u"token 2 10010100"_s, u"notice 101 Second 2008/01/01 09:00:00  sess1"_s,
+             u"notice 100 It's 2007/10/08 12:00:00 2007/12/31 "_s }) {
+        QVERIFY2(lines.contains(expected), qPrintable(expected));
+    }
+    QCOMPARE(directory.regularMembers()->member(0).nickname, u"it's"_s);
+    // bert's guest flag of 5 makes him regular (PostgreSQL lists an updated
+    // row last, so look him up).
+    const int bert = directory.regularMembers()->rowOfLoginName(u"bert"_s);
+    QVERIFY(bert >= 0);
+    QCOMPARE(directory.regularMembers()->member(bert).isGuest, 0);
+
+    // The normalising UPDATEs changed the rows themselves.
+    QCOMPARE(db.count(u"Member"_s, u"IsGuestMember NOT IN (0, 1)"_s), 0);
+    QCOMPARE(db.scalar(u"SELECT IsGuestMember FROM Member WHERE OMemberID = 2"_s).toInt(), 0);
+    QCOMPARE(db.scalar(u"SELECT IsGuestRelation FROM Relation WHERE OMemberID = 2"_s).toInt(), 0);
+    QCOMPARE(db.count(u"Relation"_s, u"IsGuestRelation NOT IN (0, 1)"_s), 0);
+}
+
+void TestServerDataLoad::emptyDatabase()
+{
+    DATABASE(db);
+    ServerData data;
+    ScriptedMessageService messages;
+    const ThreadRun run = runReadThread(dir, data, messages);
+    QCOMPARE(run.exitResult, 1);
+    QVERIFY(messages.boxes().isEmpty());
+    QCOMPARE(run.progressRanges(),
+        QStringList({ u"text 打开数据库."_s, u"text 读取用户信息."_s, u"range 0"_s,
+            u"text 读群组信息."_s, u"range 0"_s, u"text 添加群组."_s, u"range 0"_s }));
+    QCOMPARE(run.events.mid(run.events.size() - 2), QStringList({ u"completed"_s, u"exited 1"_s }));
+    // Only the two roots.
+    QCOMPARE(data.directory()->regularTree()->rowCount(), 1);
+    QCOMPARE(
+        data.directory()->regularTree()->rowCount(data.directory()->regularTree()->rootIndex()), 0);
+    QCOMPARE(
+        data.directory()->guestTree()->rowCount(data.directory()->guestTree()->rootIndex()), 0);
+    QCOMPARE(data.directory()->regularMembers()->rowCount(), 0);
+    QCOMPARE(data.positions()->rowCount(), 0);
+    QCOMPARE(data.notices()->rowCount(), 0);
+    QCOMPARE(data.loadState(), ServerData::LoadState::Complete);
+}
+
+void TestServerDataLoad::openFailure_data()
+{
+    QTest::addColumn<QString>("connectionString");
+    QTest::addColumn<QString>("remoteAddress");
+    QTest::addColumn<bool>("sessionBox");
+    // No ConnectionString and no VelmarDB.mdb beside the console.
+    QTest::newRow("no database file") << QString() << QString() << true;
+    QTest::newRow("missing folder")
+        << u"DRIVER={Microsoft Access Driver (*.mdb)};DBQ=/nonexistent/velmar/VelmarDB.mdb;"_s
+        << QString() << true;
+    QTest::newRow("unknown ODBC driver")
+        << u"DRIVER={No Such Driver};Database=x;"_s << QString() << true;
+    QTest::newRow("PostgreSQL unreachable")
+        << u"DRIVER={PostgreSQL Unicode};Server=127.0.0.1;Port=1;Database=velmar;Uid=postgres;Pwd=;"_s
+        << QString() << true;
+    // A remote database address: no connection is attempted, so the session shows nothing.
+    QTest::newRow("remote DBAddr") << QString() << u"10.0.0.9"_s << false;
+}
+
+void TestServerDataLoad::openFailure()
+{
+    QFETCH(QString, connectionString);
+    QFETCH(QString, remoteAddress);
+    QFETCH(bool, sessionBox);
+    TempServerDir dir;
+    if (!connectionString.isEmpty()) {
+        CRegistry key(dir.hives(), RegistryRoot::LocalMachine);
+        QVERIFY(
+            key.createKey(RegistryRoot::LocalMachine, u"SOFTWARE\\Velmar\\Services\\Database"_s));
+        QVERIFY(key.writeString(u"ConnectionString"_s, connectionString));
+    }
+    if (!remoteAddress.isEmpty())
+        ProfileFile(dir.iniPath()).writeString(u"DBInfo"_s, u"DBAddr"_s, remoteAddress);
+
+    ServerData data;
+    ScriptedMessageService messages;
+    const ThreadRun run = runReadThread(dir, data, messages);
+    QVERIFY(run.finished);
+    QCOMPARE(run.exitResult, 0);
+    QCOMPARE(run.result.outcome, ServerDataLoader::Outcome::OpenFailed);
+    QVERIFY(!run.events.contains(u"completed"_s));
+
+    // The session's own report comes first, then the worker's.
+    const QStringList texts = messages.boxTexts();
+    QCOMPARE(texts.size(), sessionBox ? 2 : 1);
+    QCOMPARE(texts.last(), u"打开数据库时发生错误."_s);
+    if (sessionBox)
+        QVERIFY2(texts.first().startsWith(u"(80004005) Unspecified error\r\nSource - "_s),
+            qPrintable(texts.first()));
+    QCOMPARE(data.loadState(), ServerData::LoadState::NotLoaded);
+    // Nothing was read, so there is nothing a save could write.
+    messages.clear();
+    DbSession session(dir.hives(), dir.iniPath(), dir.databasePath(), messages);
+    ServerDataSaver saver(data, session, messages, dir.iniPath(), dir.hives(), dir.programDir());
+    QCOMPARE(saver.save(true).outcome, ServerDataSaver::Outcome::DataError);
+    QCOMPARE(messages.balloonTexts(), QStringList { u"当前编辑的数据发生错误."_s });
+    QVERIFY(messages.boxes().isEmpty());
+}
+
+void TestServerDataLoad::readFailure_data()
+{
+    QTest::addColumn<TestDatabase::Backend>("backend");
+    QTest::addColumn<QString>("dropped");
+    QTest::addColumn<ServerDataLoader::Step>("step");
+    // Counts kept: members, groups, memberships, positions, tokens, accounts,
+    // folders, member rights, pool, notices.
+    QTest::addColumn<QList<int>>("kept");
+    for (const TestDatabase::Backend backend : TestDatabase::availableBackends()) {
+        const QByteArray name = TestDatabase::backendName(backend).toUtf8();
+        QTest::newRow(name + " Relation")
+            << backend << u"Relation"_s << ServerDataLoader::Step::Directory
+            << QList<int> { 7, 5, 0, 0, 0, 0, 0, 0, 0, 0 };
+        QTest::newRow(name + " Rank") << backend << u"Rank"_s << ServerDataLoader::Step::Positions
+                                      << QList<int> { 7, 5, 6, 0, 0, 0, 0, 0, 0, 0 };
+        QTest::newRow(name + " VoipInfo")
+            << backend << u"VoipInfo"_s << ServerDataLoader::Step::Permissions
+            << QList<int> { 7, 5, 6, 3, 3, 0, 0, 0, 0, 0 };
+        QTest::newRow(name + " UserAuthority")
+            << backend << u"UserAuthority"_s << ServerDataLoader::Step::FileBox
+            << QList<int> { 7, 5, 6, 3, 3, 2, 2, 0, 0, 0 };
+        QTest::newRow(name + " VoipNumberList")
+            << backend << u"VoipNumberList"_s << ServerDataLoader::Step::VoipPool
+            << QList<int> { 7, 5, 6, 3, 3, 2, 2, 2, 0, 0 };
+        QTest::newRow(name + " CONTENTS")
+            << backend << u"CONTENTS"_s << ServerDataLoader::Step::Notices
+            << QList<int> { 7, 5, 6, 3, 3, 2, 2, 2, 4, 0 };
+    }
+}
+
+void TestServerDataLoad::readFailure()
+{
+    QFETCH(QString, dropped);
+    QFETCH(ServerDataLoader::Step, step);
+    QFETCH(QList<int>, kept);
+    DATABASE(db);
+    QVERIFY2(db.execAll(populatedDatabase()), qPrintable(db.errorString()));
+    QVERIFY2(db.exec(u"DROP TABLE "_s + dropped), qPrintable(db.errorString()));
+
+    ServerData data;
+    ScriptedMessageService messages;
+    const ThreadRun run = runReadThread(dir, data, messages);
+    QVERIFY(run.finished);
+    QCOMPARE(run.exitResult, 0);
+    QCOMPARE(run.result.outcome, ServerDataLoader::Outcome::ReadFailed);
+    QCOMPARE(run.result.failedStep, step);
+    QVERIFY(!run.result.error.description.isEmpty());
+    QVERIFY(!run.events.contains(u"completed"_s));
+    QCOMPARE(run.events.last(), u"exited 0"_s);
+    QCOMPARE(messages.boxTexts(), QStringList { u"当读数据时发生错误."_s });
+
+    // What was read before the failure stays in memory.
+    const Directory &directory = *data.directory();
+    const QList<int> counts {
+        directory.regularMembers()->rowCount() + directory.guestMembers()->rowCount(),
+        directory.regularTree()->tree().groupCount() + directory.guestTree()->tree().groupCount(),
+        directory.regularTree()->tree().membershipCount()
+            + directory.guestTree()->tree().membershipCount(),
+        data.positions()->list().count(),
+        int(data.permissions().tokens().size()),
+        int(data.permissions().voipAccounts().size()),
+        int(data.fileBox().folders().size()),
+        int(data.fileBox().memberRights().size()),
+        data.voipPool().size(),
+        data.notices()->rowCount(),
+    };
+    QCOMPARE(counts, kept);
+    QCOMPARE(data.loadState(), ServerData::LoadState::Partial);
+    QVERIFY(!data.isModified());
+
+    // A save would delete every row that was not read: it is refused and the
+    // database keeps everything.
+    messages.clear();
+    DbSession session(dir.hives(), dir.iniPath(), dir.databasePath(), messages);
+    ServerDataSaver saver(data, session, messages, dir.iniPath(), dir.hives(), dir.programDir());
+    QCOMPARE(saver.save(true).outcome, ServerDataSaver::Outcome::DataError);
+    QCOMPARE(messages.balloonTexts(), QStringList { u"当前编辑的数据发生错误."_s });
+    QCOMPARE(db.count(u"Member"_s), 7);
+}
+
+void TestServerDataLoad::lockedDatabase_data()
+{
+    TestDatabase::addBackendColumn();
+    TestDatabase::addBackendRows();
+}
+
+void TestServerDataLoad::lockedDatabase()
+{
+    DATABASE(db);
+    QVERIFY2(db.execAll(populatedDatabase()), qPrintable(db.errorString()));
+    const bool postgres = backend == TestDatabase::Backend::PostgresOdbc;
+    if (backend == TestDatabase::Backend::SqliteOdbc) {
+        // The SQLite ODBC driver waits for a lock as long as its own Timeout
+        // says (100 s unless the connection string names one).
+        CRegistry key(dir.hives(), RegistryRoot::LocalMachine);
+        QVERIFY(key.createKey(RegistryRoot::LocalMachine, u"SOFTWARE\\Velmar\\Services\\Database"_s));
+        QVERIFY(key.writeString(u"ConnectionString"_s, db.connectionString() + u"Timeout=3000;"_s));
+    }
+    if (postgres) {
+        // The server's setting that keeps a blocked statement from waiting forever.
+        QVERIFY2(db.exec(u"ALTER DATABASE "_s + db.databaseName() + u" SET lock_timeout = '1s'"_s),
+            qPrintable(db.errorString()));
+    }
+
+    {
+        // Another process of the server holds a write transaction: the load's
+        // normalising UPDATE cannot run.
+        DbConnection holder = db.connect();
+        if (postgres) {
+            holder.execute(u"BEGIN"_s);
+            holder.execute(u"LOCK TABLE Member IN ACCESS EXCLUSIVE MODE"_s);
+        } else {
+            holder.execute(u"BEGIN EXCLUSIVE"_s);
+        }
+
+        ServerData data;
+        ScriptedMessageService messages;
+        const ThreadRun run = runReadThread(dir, data, messages);
+        QVERIFY(run.finished);
+        QCOMPARE(run.exitResult, 0);
+        QCOMPARE(run.result.outcome, ServerDataLoader::Outcome::ReadFailed);
+        QCOMPARE(run.result.failedStep, ServerDataLoader::Step::Directory);
+        QCOMPARE(messages.boxTexts(), QStringList { u"当读数据时发生错误."_s });
+        QCOMPARE(data.loadState(), ServerData::LoadState::Partial);
+        holder.execute(u"ROLLBACK"_s);
+    }
+
+    // Once the lock is gone everything is there.
+    ServerData data;
+    ScriptedMessageService messages;
+    const ThreadRun run = runReadThread(dir, data, messages);
+    QCOMPARE(run.exitResult, 1);
+    QCOMPARE(data.directory()->regularMembers()->rowCount(), 5);
+    QCOMPARE(data.notices()->rowCount(), 2);
+}
+
+QTEST_GUILESS_MAIN(TestServerDataLoad)
+#include "tst_serverdata_load.moc"

@@ -1,0 +1,802 @@
+#include "CRegistry.h"
+#include "DbConnection.h"
+#include "DbSession.h"
+#include "Directory.h"
+#include "DirectoryFixture.h"
+#include "GroupTreeModel.h"
+#include "MemberListModel.h"
+#include "NoticeListModel.h"
+#include "PositionListModel.h"
+#include "ProfileFile.h"
+#include "Recordset.h"
+#include "ScriptedMessageService.h"
+#include "ServerData.h"
+#include "ServerDataFixture.h"
+#include "ServerDataSaver.h"
+#include "ServerDataSet.h"
+#include "ServerNotification.h"
+#include "SqlTrace.h"
+#include "TempServerDir.h"
+#include "TestDatabase.h"
+
+#include <memory>
+#include <QHostAddress>
+#include <QNetworkDatagram>
+#include <QRegularExpression>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QTest>
+#include <QUdpSocket>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Listens on the two ports the save notifies (SERIAL: they are fixed).
+class Listeners
+{
+public:
+    bool bind(QString *error)
+    {
+        for (const quint16 port :
+            { ServerNotification::DistributionPort, ServerNotification::ServerPort }) {
+            auto socket = std::make_unique<QUdpSocket>();
+            if (!socket->bind(QHostAddress(QHostAddress::LocalHost), port)) {
+                *error = u"port %1: %2"_s.arg(port).arg(socket->errorString());
+                return false;
+            }
+            m_sockets.push_back(std::move(socket));
+        }
+        return true;
+    }
+
+    // The ports that received a datagram since the last call; every datagram
+    // must be the database-change notification. A datagram to 127.0.0.1 is in
+    // the receiver's queue once the send returned, so nothing is waited for.
+    QStringList drain()
+    {
+        QStringList ports;
+        for (const auto &socket : m_sockets) {
+            while (socket->hasPendingDatagrams()) {
+                const QNetworkDatagram datagram = socket->receiveDatagram();
+                ports << (datagram.data() == ServerNotification::datagram(0x0DAC)
+                        ? QString::number(socket->localPort())
+                        : u"bad datagram"_s);
+            }
+        }
+        return ports;
+    }
+
+private:
+    std::vector<std::unique_ptr<QUdpSocket>> m_sockets;
+};
+
+// One server folder with a database, a loaded working copy and the saver's
+// collaborators.
+class SaveEnv
+{
+public:
+    bool setUp(TestDatabase::Backend backend, const QStringList &statements, QString *error)
+    {
+        db = std::make_unique<TestDatabase>(backend, dir.programDir());
+        if (!db->isValid() || !db->writeConnectionString(dir.hives()) || !db->execAll(statements)) {
+            *error = db->errorString();
+            return false;
+        }
+        ServerDataLoader::Result result;
+        ServerDataSet set = readBack(dir, &result);
+        if (!result.ok()) {
+            *error = result.error.formatted();
+            return false;
+        }
+        data.adopt(std::move(set), ServerData::LoadState::Complete);
+        return listeners.bind(error);
+    }
+
+    void traceTo(const QString &name)
+    {
+        tracePath = dir.filePath(name);
+        trace = std::make_unique<SqlTrace>(tracePath);
+    }
+
+    ServerDataSaver::Result save(bool confirmed)
+    {
+        DbSession session(dir.hives(), dir.iniPath(), dir.databasePath(), messages, trace.get());
+        ServerDataSaver saver(
+            data, session, messages, dir.iniPath(), dir.hives(), dir.programDir());
+        saver.setPause([this](int ms) {
+            pauses << ms;
+            portsAtPause << listeners.drain();
+        });
+        return saver.save(confirmed);
+    }
+
+    bool saveOnClose()
+    {
+        DbSession session(dir.hives(), dir.iniPath(), dir.databasePath(), messages, trace.get());
+        ServerDataSaver saver(
+            data, session, messages, dir.iniPath(), dir.hives(), dir.programDir());
+        saver.setPause([](int) {});
+        return saver.saveOnClose();
+    }
+
+    QString version() const
+    {
+        return ProfileFile(dir.iniPath())
+            .readString(u"GroupInfo"_s, u"Version"_s, u"absent"_s, 128);
+    }
+
+    QStringList statements() const
+    {
+        QStringList out;
+        static const QRegularExpression space(u"\\s+"_s);
+        for (QString line : readTrace(tracePath))
+            out << line.replace(u"\"Group\""_s, u"[Group]"_s).replace(space, u" "_s).trimmed();
+        return out;
+    }
+
+    TempServerDir dir;
+    std::unique_ptr<TestDatabase> db;
+    ScriptedMessageService messages;
+    std::unique_ptr<SqlTrace> trace;
+    QString tracePath;
+    ServerData data;
+    Listeners listeners;
+    QList<int> pauses;
+    QStringList portsAtPause;
+};
+
+// Triggers are set up outside the console's statement checks (an SQLite
+// trigger body holds several statements).
+bool createTrigger(TestDatabase &db, const QString &event, const QString &table,
+    const QString &when, QString *error)
+{
+    if (db.backend() == TestDatabase::Backend::PostgresOdbc) {
+        if (!db.exec(
+                u"CREATE OR REPLACE FUNCTION velmar_poison() RETURNS trigger LANGUAGE plpgsql AS 'BEGIN RAISE EXCEPTION ''poisoned''; END;'"_s)
+            || !db.exec(
+                u"CREATE TRIGGER poison BEFORE %1 ON %2 FOR EACH ROW %3 EXECUTE FUNCTION velmar_poison()"_s
+                    .arg(event, table.toLower(),
+                        when.isEmpty() ? QString() : u"WHEN (NEW.%1)"_s.arg(when.toLower())))) {
+            *error = db.errorString();
+            return false;
+        }
+        return true;
+    }
+    static int serial = 0;
+    const QString name = u"raw-trigger-%1"_s.arg(++serial);
+    bool ok = false;
+    {
+        QSqlDatabase raw = QSqlDatabase::addDatabase(u"QSQLITE"_s, name);
+        raw.setDatabaseName(db.filePath());
+        QSqlQuery query(raw);
+        ok = raw.open()
+            && query.exec(
+                u"CREATE TRIGGER poison BEFORE %1 ON %2 %3 BEGIN SELECT RAISE(ABORT, 'poisoned'); END"_s
+                    .arg(event, table, when.isEmpty() ? QString() : u"WHEN NEW."_s + when));
+        if (!ok)
+            *error = query.lastError().text() + raw.lastError().text();
+    }
+    QSqlDatabase::removeDatabase(name);
+    return ok;
+}
+
+bool dropTrigger(TestDatabase &db, const QString &table)
+{
+    if (db.backend() == TestDatabase::Backend::PostgresOdbc)
+        return db.exec(u"DROP TRIGGER poison ON "_s + table.toLower());
+    return db.exec(u"DROP TRIGGER poison"_s);
+}
+
+enum class Poison {
+    DeletedMemberRows,
+    RegularGroupName,
+    GuestGroupName,
+    RegularMemberName,
+    GuestMemberName,
+    RegularRelations,
+    GuestRelations,
+    MemberLevels,
+    PositionName,
+    AccessTokenRows,
+    VoipId,
+    FolderPath,
+    GroupRights,
+    MemberRights,
+    PoolVoipId,
+};
+
+UserInfo newMember(const QString &login, const QString &name)
+{
+    UserInfo member;
+    member.loginName = login;
+    member.displayName = name;
+    member.password = u"secret"_s;
+    member.id = -1; // the next free id
+    return member;
+}
+
+// The table a trigger poison sits on; empty for poisons in the data.
+QString triggerTable(Poison poison)
+{
+    switch (poison) {
+    case Poison::DeletedMemberRows:
+        return u"LeavedMemo"_s;
+    case Poison::RegularRelations:
+    case Poison::GuestRelations:
+        return u"Relation"_s;
+    case Poison::MemberLevels:
+        return u"Member"_s;
+    case Poison::AccessTokenRows:
+        return u"AccessToken"_s;
+    case Poison::GroupRights:
+        return u"GroupAuthority"_s;
+    case Poison::MemberRights:
+        return u"UserAuthority"_s;
+    default:
+        return {};
+    }
+}
+
+bool applyPoison(SaveEnv &env, Poison poison, QString *error)
+{
+    Directory &directory = *env.data.directory();
+    switch (poison) {
+    case Poison::DeletedMemberRows:
+        // carl (3) is deleted; his memo row cannot be.
+        directory.removeMember(false, directory.regularMembers()->rowOfId(3));
+        return env.db->exec(u"INSERT INTO LeavedMemo (OMemberID) VALUES (3)"_s)
+            && createTrigger(*env.db, u"DELETE"_s, u"LeavedMemo"_s, {}, error);
+    case Poison::RegularGroupName:
+        return directory.addGroup(false, directory.regularTree()->rootIndex(), u"O'Brien"_s)
+            .isValid();
+    case Poison::GuestGroupName:
+        return directory.addGroup(true, directory.guestTree()->rootIndex(), u"O'Brien"_s).isValid();
+    case Poison::RegularMemberName:
+        return directory.addMember(false, newMember(u"oneil"_s, u"O'Neil"_s)) > 0;
+    case Poison::GuestMemberName:
+        return directory.addMember(true, newMember(u"oneil"_s, u"O'Neil"_s)) > 0;
+    case Poison::RegularRelations:
+        return createTrigger(*env.db, u"INSERT"_s, u"Relation"_s, u"IsGuestRelation = 0"_s, error);
+    case Poison::GuestRelations:
+        return createTrigger(*env.db, u"INSERT"_s, u"Relation"_s, u"IsGuestRelation = 1"_s, error);
+    case Poison::MemberLevels:
+        return createTrigger(*env.db, u"UPDATE"_s, u"Member"_s, {}, error);
+    case Poison::PositionName: {
+        PositionListModel &positions = *env.data.positions();
+        return positions.renamePosition(positions.addPosition(), u"it's"_s)
+            == PositionListModel::RenameResult::Renamed;
+    }
+    case Poison::AccessTokenRows:
+        env.data.permissions().setFlag(1, CAccessToken::ChatOn, false);
+        return createTrigger(*env.db, u"INSERT"_s, u"AccessToken"_s, {}, error);
+    case Poison::VoipId:
+        env.data.permissions().editVoipAccount(
+            1, AccessTokenTable::VoipField::Id, u"a'b"_s, &env.data.voipPool());
+        return true;
+    case Poison::FolderPath:
+        env.data.fileBox().addFolder(u"it's\\mine"_s);
+        env.data.setModified();
+        return true;
+    case Poison::GroupRights:
+        return createTrigger(*env.db, u"INSERT"_s, u"GroupAuthority"_s, {}, error);
+    case Poison::MemberRights:
+        return createTrigger(*env.db, u"INSERT"_s, u"UserAuthority"_s, {}, error);
+    case Poison::PoolVoipId:
+        env.data.voipPool().append({ u"p'q"_s, u"pp"_s, 0 });
+        env.data.setModified();
+        return true;
+    }
+    return false;
+}
+
+bool fixPoison(SaveEnv &env, Poison poison)
+{
+    Directory &directory = *env.data.directory();
+    if (!triggerTable(poison).isEmpty())
+        return dropTrigger(*env.db, triggerTable(poison));
+    switch (poison) {
+    case Poison::RegularGroupName:
+    case Poison::GuestGroupName: {
+        GroupTreeModel &tree = *directory.tree(poison == Poison::GuestGroupName);
+        const QModelIndex root = tree.rootIndex();
+        return tree.renameGroup(tree.index(tree.rowCount(root) - 1, 0, root), u"OBrien"_s);
+    }
+    case Poison::RegularMemberName:
+    case Poison::GuestMemberName: {
+        MemberListModel &members = *directory.members(poison == Poison::GuestMemberName);
+        const int row = members.rowOfLoginName(u"oneil"_s);
+        return members.setData(members.index(row, MemberListModel::DisplayNameColumn), u"ONeil"_s);
+    }
+    case Poison::PositionName: {
+        PositionListModel &positions = *env.data.positions();
+        return positions.renamePosition(positions.rowCount() - 1, u"its"_s)
+            == PositionListModel::RenameResult::Renamed;
+    }
+    case Poison::VoipId:
+        env.data.permissions().editVoipAccount(
+            1, AccessTokenTable::VoipField::Id, u"ab"_s, &env.data.voipPool());
+        return true;
+    case Poison::FolderPath:
+        return env.data.fileBox().removeFolder(env.data.fileBox().folderIdByPath(u"it's\\mine"_s));
+    case Poison::PoolVoipId: {
+        VoipAccountPool fixed;
+        for (const VoipAccountPool::Entry &entry : env.data.voipPool().entries())
+            if (entry.voipId != u"p'q"_s)
+                fixed.append(entry);
+        env.data.voipPool() = fixed;
+        return true;
+    }
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(Poison)
+Q_DECLARE_METATYPE(ServerDataSaver::Step)
+
+#define SAVE_ENV(env, statements)                                                                  \
+    QFETCH(TestDatabase::Backend, backend);                                                        \
+    SaveEnv env;                                                                                   \
+    {                                                                                              \
+        QString setUpError;                                                                        \
+        QVERIFY2(env.setUp(backend, statements, &setUpError), qPrintable(setUpError));             \
+    }
+
+// The save command against every backend, with real listeners on the fixed
+// notification ports (SERIAL).
+class TestServerDataSave : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void statementOrder_data() { backends(); }
+    void statementOrder();
+    void refusals_data();
+    void refusals();
+    void versionBump_data();
+    void versionBump();
+    void notifications_data();
+    void notifications();
+    void failingStatement_data();
+    void failingStatement();
+    void noticeDeleteFailure_data() { backends(); }
+    void noticeDeleteFailure();
+    void saveOnClose_data();
+    void saveOnClose();
+    void lockedDatabase_data() { backends(); }
+    void lockedDatabase();
+
+private:
+    static void backends()
+    {
+        TestDatabase::addBackendColumn();
+        TestDatabase::addBackendRows();
+    }
+};
+
+namespace {
+
+QStringList smallDatabase()
+{
+    return {
+        u"INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember) VALUES (1,'anna','Anna','a;b','pw1',0,1,'a@x','139','Road','010','020','1980-01-02',1,0,'hi',0,0)"_s,
+        u"INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember) VALUES (2,'gina','Gina','','pw2',1,0,'','','','','','',0,0,'',0,1)"_s,
+        u"INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember) VALUES (3,'gone','Gone','','pw3',1,0,'','','','','','',0,0,'',2,0)"_s,
+        u"INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup) VALUES (10,'Sales',-1,0,1,0)"_s,
+        u"INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup) VALUES (50,'Forum',-100,0,1,1)"_s,
+        u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES (1,10,1,0,0)"_s,
+        u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES (3,10,1,1,0)"_s,
+        u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES (2,50,1,0,1)"_s,
+        u"INSERT INTO Rank (ORankID, RankName) VALUES (1,'职员')"_s,
+        u"INSERT INTO AccessToken (OMemberID, MessageOn, ChatOn, FileTransferOn, TTSOn, VoiceToPhoneOn, OneToOneCallOn, SMSOn, VoipOn) VALUES (1,1,1,1,1,1,1,1,1)"_s,
+        u"INSERT INTO AccessToken (OMemberID, MessageOn, ChatOn, FileTransferOn, TTSOn, VoiceToPhoneOn, OneToOneCallOn, SMSOn, VoipOn) VALUES (3,1,1,1,1,1,1,1,0)"_s,
+        u"INSERT INTO VoipInfo (OMemberID, ID, Pass) VALUES (1,'v1','p1')"_s,
+        u"INSERT INTO VoipNumberList (VOIP_ID, VOIP_PASS, OMemberID) VALUES ('v1','p1',1)"_s,
+        u"INSERT INTO Folder (OFolderID, FolderPath) VALUES (1,'docs\\\\2007')"_s,
+        u"INSERT INTO GroupAuthority (OFolderID, OGroupID, Authority) VALUES (1,10,'W')"_s,
+        u"INSERT INTO UserAuthority (OFolderID, OMemberID, Authority) VALUES (1,1,'r')"_s,
+        u"INSERT INTO CONTENTS (OCONTENTSID, TITLE, WRITEDATE, OMEMBERID, MEMBERID, MEMBERNAME, CONTENTS, FilePath, FileSessionID, WriteEndDate) VALUES (100,'Old','2007-10-08 12:00:00',1,'anna','Anna','x','','','')"_s,
+    };
+}
+
+} // namespace
+
+void TestServerDataSave::statementOrder()
+{
+    SAVE_ENV(env, smallDatabase());
+    env.traceTo(u"save.sql"_s);
+    // The editing Parts delete member 3 with its permissions and a notice.
+    Directory &directory = *env.data.directory();
+    directory.removeMember(false, directory.regularMembers()->rowOfId(3));
+    env.data.permissions().removeMemberPermissions(3);
+    QCOMPARE(env.data.notices()->deleteRows({ 0 }), 1);
+    QVERIFY(env.data.isModified());
+
+    env.messages.queueAnswer(MessageService::Yes);
+    const ServerDataSaver::Result result = env.save(false);
+    QVERIFY2(result.ok(), qPrintable(result.error.formatted()));
+    QCOMPARE(env.messages.boxTexts(), QStringList { u"确定要保存?"_s });
+    QCOMPARE(env.messages.boxes().constFirst().buttons, MessageService::Buttons::YesNo);
+    QVERIFY(env.messages.balloons().isEmpty());
+
+    const QStringList expected {
+        u"DELETE FROM Relation WHERE OGroupID = 3"_s,
+        u"DELETE FROM VoipInfo WHERE OMemberID = 3"_s,
+        u"DELETE FROM AccessToken WHERE OMemberID = 3"_s,
+        u"DELETE FROM LeavedMemo WHERE OMemberID = 3"_s,
+        u"DELETE FROM MyGroup WHERE OMemberID = 3"_s,
+        u"DELETE FROM MyMember WHERE OMemberID = 3 OR OMemberID_O = 3"_s,
+        u"DELETE FROM Antenna WHERE OMemberID = 3 OR OMemberID_O = 3"_s,
+        u"DELETE FROM [Group] where IsGuestGroup=0"_s,
+        u"INSERT INTO [Group] (OGroupID,GroupName,OGroupID_P,Position,Depth, IsGuestGroup) VALUES ('10' ,'Sales' ,'-1','0','1', 0)"_s,
+        u"DELETE FROM [Group] where IsGuestGroup=1"_s,
+        u"INSERT INTO [Group] (OGroupID,GroupName,OGroupID_P,Position,Depth, IsGuestGroup) VALUES ('50' ,'Forum' ,'-100','0','1', 1)"_s,
+        u"DELETE FROM Member where IsGuestMember=0"_s,
+        u"INSERT INTO Member (OMemberID,MemberID,MemberName, MemberNickname, Passwd,Gender,bPublic,Email,HP,Address,HomePhone,OfficePhone,BirthDay,Description,bSolar,bAdmin, IsGuestMember) VALUES ( '1', 'anna', 'Anna', 'a###VELMAR-SEMICOLON###b', 'pw1', '0', '1', 'a@x', '139', 'Road', '010', '020', '1980-01-02', 'hi', '1', '0', 0 )"_s,
+        u"DELETE FROM Member where IsGuestMember=1"_s,
+        u"INSERT INTO Member (OMemberID,MemberID,MemberName, MemberNickname, Passwd,Gender,bPublic,Email,HP,Address,HomePhone,OfficePhone,BirthDay,Description,bSolar,bAdmin, IsGuestMember) VALUES ( '2', 'gina', 'Gina', '', 'pw2', '1', '0', '', '', '', '', '', '', '', '0', '0', 1 )"_s,
+        u"DELETE FROM Relation where IsGuestRelation=0"_s,
+        u"INSERT INTO Relation (OMemberID,OGroupID,ORankID,Position, IsGuestRelation) VALUES ('1' ,'10' ,'1','0', 0)"_s,
+        u"DELETE FROM Relation where IsGuestRelation=1"_s,
+        u"INSERT INTO Relation (OMemberID,OGroupID,ORankID,Position, IsGuestRelation) VALUES ('2' ,'50' ,'1','0', 1)"_s,
+        u"UPDATE MEMBER SET MemberLevel = 2 where OmemberID = 1"_s,
+        u"UPDATE MEMBER SET MemberLevel = 1 where OmemberID = 2"_s,
+        u"DELETE FROM Rank"_s,
+        u"INSERT INTO Rank (ORankID,RankName) VALUES ('1' ,'职员')"_s,
+        u"DELETE FROM AccessToken"_s,
+        u"INSERT INTO AccessToken (OMemberID, MessageOn, ChatOn, FileTransferOn, TTSOn, VoiceToPhoneOn, OneToOneCallOn, SMSOn, VoipOn) VALUES ( '1','1','1','1','1','1','1','1','1')"_s,
+        u"DELETE FROM VoipInfo"_s,
+        u"INSERT INTO VoipInfo (OMemberID, ID, Pass) VALUES ( '1', 'v1', 'p1')"_s,
+        u"DELETE FROM Folder"_s,
+        u"INSERT INTO Folder (OFolderID,FolderPath) VALUES ('1' ,'docs\\\\2007')"_s,
+        u"DELETE FROM GroupAuthority"_s,
+        u"INSERT INTO GroupAuthority (OFolderID,OGroupID,Authority) VALUES ('1' ,'10' ,'W')"_s,
+        u"DELETE FROM UserAuthority"_s,
+        u"INSERT INTO UserAuthority (OFolderID,OMemberID,Authority) VALUES ('1' ,'1' ,'R')"_s,
+        u"UPDATE VoipNumberList SET OMemberID = 1 WHERE VOIP_ID = 'v1'"_s,
+        u"DELETE FROM CONTENTS where OCONTENTSID=100;"_s,
+    };
+    QCOMPARE(env.statements(), expected);
+
+    QCOMPARE(env.version(), u"0001"_s);
+    QCOMPARE(env.listeners.drain(), QStringList { u"55052"_s });
+    QVERIFY(env.pauses.isEmpty());
+    QVERIFY(!env.data.isModified());
+    QVERIFY(env.data.deletedMemberIds().isEmpty());
+    QCOMPARE(env.db->count(u"CONTENTS"_s), 0);
+    QCOMPARE(env.db->scalar(u"SELECT MemberLevel FROM Member WHERE OMemberID = 2"_s).toInt(), 1);
+    QCOMPARE(dumpDataSet(readBack(env.dir)), dumpServerData(env.data));
+}
+
+void TestServerDataSave::refusals_data()
+{
+    QTest::addColumn<TestDatabase::Backend>("backend");
+    QTest::addColumn<int>("answer"); // to "确定要保存?", 0: confirmed beforehand
+    QTest::addColumn<int>("emptyField"); // -1 none, else the member column emptied
+    QTest::addColumn<bool>("guest");
+    QTest::addColumn<ServerDataSaver::Outcome>("outcome");
+    QTest::addColumn<QString>("balloon");
+    const auto backend = TestDatabase::Backend::SqliteFile;
+    QTest::newRow("declined") << backend << int(MessageService::No) << -1 << false
+                              << ServerDataSaver::Outcome::Declined << QString();
+    QTest::newRow("regular member without password")
+        << backend << int(MessageService::Yes) << int(MemberListModel::PasswordColumn) << false
+        << ServerDataSaver::Outcome::MemberMissing << u"用户ID和密码为空."_s;
+    QTest::newRow("guest member without password")
+        << backend << 0 << int(MemberListModel::PasswordColumn) << true
+        << ServerDataSaver::Outcome::MemberMissing << u"用户ID和密码为空."_s;
+}
+
+void TestServerDataSave::refusals()
+{
+    QFETCH(int, answer);
+    QFETCH(int, emptyField);
+    QFETCH(bool, guest);
+    QFETCH(ServerDataSaver::Outcome, outcome);
+    QFETCH(QString, balloon);
+    SAVE_ENV(env, populatedDatabase());
+    env.traceTo(u"save.sql"_s);
+    const QStringList before = dumpDataSet(readBack(env.dir));
+    env.data.directory()->removeMember(false, 0);
+    if (emptyField >= 0) {
+        MemberListModel &members = *env.data.directory()->members(guest);
+        QVERIFY(members.setData(members.index(members.rowCount() - 1, emptyField), QString()));
+    }
+
+    if (answer != 0)
+        env.messages.queueAnswer(answer);
+    const ServerDataSaver::Result result = env.save(answer == 0);
+    QCOMPARE(result.outcome, outcome);
+    if (outcome == ServerDataSaver::Outcome::MemberMissing) {
+        QCOMPARE(result.memberIsGuest, guest);
+        QCOMPARE(result.memberRow, env.data.directory()->members(guest)->rowCount() - 1);
+    }
+    QCOMPARE(
+        env.messages.balloonTexts(), balloon.isEmpty() ? QStringList() : QStringList { balloon });
+    if (!balloon.isEmpty())
+        QCOMPARE(env.messages.balloons().constFirst().timeoutMs, 3000);
+
+    // Nothing reached the database, the profile or the server.
+    QVERIFY(env.statements().isEmpty() || env.statements().first().startsWith(u"cannot read"_s));
+    QCOMPARE(dumpDataSet(readBack(env.dir)), before);
+    QCOMPARE(env.version(), u"absent"_s);
+    QVERIFY(env.listeners.drain().isEmpty());
+    QVERIFY(env.data.isModified());
+    QCOMPARE(env.data.deletedMemberIds().size(), 1);
+}
+
+void TestServerDataSave::versionBump_data()
+{
+    QTest::addColumn<TestDatabase::Backend>("backend");
+    QTest::addColumn<QString>("stored"); // empty: no value
+    QTest::addColumn<QString>("written");
+    const auto backend = TestDatabase::Backend::SqliteFile;
+    QTest::newRow("absent") << backend << QString() << u"0001"_s;
+    QTest::newRow("0042") << backend << u"0042"_s << u"0043"_s;
+    QTest::newRow("9998") << backend << u"9998"_s << u"9999"_s;
+    QTest::newRow("9999 wraps") << backend << u"9999"_s << u"0001"_s;
+    QTest::newRow("not a number") << backend << u"abc"_s << u"0001"_s;
+    QTest::newRow("leading digits") << backend << u"12abc"_s << u"0013"_s;
+}
+
+void TestServerDataSave::versionBump()
+{
+    QFETCH(QString, stored);
+    QFETCH(QString, written);
+    SAVE_ENV(env, {});
+    QVERIFY(env.dir.writeFile(u"Serverinfo.ini"_s,
+        "[ServerInfo]\r\nDefaultPositionID=1\r\n[GroupInfo]\r\n"
+            + (stored.isEmpty() ? QByteArray() : "Version=" + stored.toUtf8() + "\r\n")
+            + "[Other]\r\nKey=kept\r\n"));
+    const ServerDataSaver::Result result = env.save(true);
+    QVERIFY(result.ok());
+    QCOMPARE(env.version(), written);
+    QCOMPARE(result.version, written.toInt());
+    ProfileFile profile(env.dir.iniPath());
+    QCOMPARE(profile.readString(u"Other"_s, u"Key"_s, {}, 128), u"kept"_s);
+    QCOMPARE(profile.readString(u"ServerInfo"_s, u"DefaultPositionID"_s, {}, 128), u"1"_s);
+}
+
+void TestServerDataSave::notifications_data()
+{
+    QTest::addColumn<TestDatabase::Backend>("backend");
+    QTest::addColumn<QString>("useDist"); // empty: no value
+    QTest::addColumn<QStringList>("atPause");
+    QTest::addColumn<QList<int>>("pauses");
+    const auto backend = TestDatabase::Backend::SqliteFile;
+    QTest::newRow("UseDist absent") << backend << QString() << QStringList() << QList<int>();
+    QTest::newRow("UseDist 0") << backend << u"0"_s << QStringList() << QList<int>();
+    QTest::newRow("UseDist 1") << backend << u"1"_s << QStringList { u"55051"_s }
+                               << QList<int> { 3000 };
+    QTest::newRow("UseDist 2") << backend << u"2"_s << QStringList { u"55051"_s }
+                               << QList<int> { 3000 };
+}
+
+void TestServerDataSave::notifications()
+{
+    QFETCH(QString, useDist);
+    QFETCH(QStringList, atPause);
+    QFETCH(QList<int>, pauses);
+    SAVE_ENV(env, populatedDatabase());
+    if (!useDist.isEmpty())
+        ProfileFile(env.dir.iniPath()).writeString(u"ServerInfo"_s, u"UseDist"_s, useDist);
+    QVERIFY(env.save(true).ok());
+    // 55051 has its datagram before the pause, 55052 only after it.
+    QCOMPARE(env.pauses, pauses);
+    QCOMPARE(env.portsAtPause, atPause);
+    QCOMPARE(env.listeners.drain(), QStringList { u"55052"_s });
+    QVERIFY(env.messages.boxes().isEmpty());
+}
+
+void TestServerDataSave::failingStatement_data()
+{
+    QTest::addColumn<TestDatabase::Backend>("backend");
+    QTest::addColumn<Poison>("poison");
+    QTest::addColumn<ServerDataSaver::Step>("step");
+    using S = ServerDataSaver::Step;
+    const QList<std::tuple<const char *, Poison, S>> poisons {
+        { "deleted member rows", Poison::DeletedMemberRows, S::DeletedMembers },
+        { "regular group name", Poison::RegularGroupName, S::Directory },
+        { "guest group name", Poison::GuestGroupName, S::Directory },
+        { "regular member name", Poison::RegularMemberName, S::Directory },
+        { "guest member name", Poison::GuestMemberName, S::Directory },
+        { "regular relations", Poison::RegularRelations, S::Directory },
+        { "guest relations", Poison::GuestRelations, S::Directory },
+        { "member levels", Poison::MemberLevels, S::Directory },
+        { "position name", Poison::PositionName, S::Positions },
+        { "access tokens", Poison::AccessTokenRows, S::Permissions },
+        { "voip id", Poison::VoipId, S::Permissions },
+        { "folder path", Poison::FolderPath, S::FileBox },
+        { "group rights", Poison::GroupRights, S::FileBox },
+        { "member rights", Poison::MemberRights, S::FileBox },
+        { "pool voip id", Poison::PoolVoipId, S::VoipPool },
+    };
+    for (const TestDatabase::Backend backend : TestDatabase::availableBackends()) {
+        for (const auto &[name, poison, step] : poisons) {
+            QTest::addRow("%s %s", qPrintable(TestDatabase::backendName(backend)), name)
+                << backend << poison << step;
+        }
+    }
+}
+
+void TestServerDataSave::failingStatement()
+{
+    QFETCH(Poison, poison);
+    QFETCH(ServerDataSaver::Step, step);
+    SAVE_ENV(env, populatedDatabase());
+    ProfileFile(env.dir.iniPath()).writeString(u"ServerInfo"_s, u"UseDist"_s, u"1"_s);
+    QString error;
+    QVERIFY2(applyPoison(env, poison, &error), qPrintable(error));
+    env.data.setModified();
+    const QStringList memory = dumpServerData(env.data);
+    const QList<qint32> deleted = env.data.deletedMemberIds();
+
+    const ServerDataSaver::Result failed = env.save(true);
+    QCOMPARE(failed.outcome, ServerDataSaver::Outcome::DatabaseError);
+    QCOMPARE(failed.failedStep, step);
+    QVERIFY(!failed.error.description.isEmpty());
+    QCOMPARE(env.messages.balloonTexts(), QStringList { u"数据库发生错误."_s });
+    QCOMPARE(env.messages.balloons().constFirst().timeoutMs, 3000);
+    QVERIFY(env.messages.boxes().isEmpty());
+    // The pool is written after the version by design; everything before it
+    // leaves the version alone. No notification either way.
+    QCOMPARE(env.version(), step == ServerDataSaver::Step::VoipPool ? u"0001"_s : u"absent"_s);
+    QVERIFY(env.listeners.drain().isEmpty());
+    QVERIFY(env.pauses.isEmpty());
+    // The working copy is as it was, deleted members included, and still modified.
+    QCOMPARE(dumpServerData(env.data), memory);
+    QCOMPARE(env.data.deletedMemberIds(), deleted);
+    QVERIFY(env.data.isModified());
+
+    // With the cause gone the next save rewrites everything.
+    QVERIFY(fixPoison(env, poison));
+    env.messages.clear();
+    const ServerDataSaver::Result saved = env.save(true);
+    QVERIFY2(saved.ok(), qPrintable(saved.error.formatted()));
+    QVERIFY(env.messages.balloons().isEmpty());
+    QCOMPARE(env.version(), step == ServerDataSaver::Step::VoipPool ? u"0002"_s : u"0001"_s);
+    QCOMPARE(env.portsAtPause, QStringList { u"55051"_s });
+    QCOMPARE(env.listeners.drain(), QStringList { u"55052"_s });
+    QVERIFY(!env.data.isModified());
+    QVERIFY(env.data.deletedMemberIds().isEmpty());
+    ServerDataLoader::Result reread;
+    const ServerDataSet database = readBack(env.dir, &reread);
+    QVERIFY(reread.ok());
+    QCOMPARE(dumpDataSet(database), dumpServerData(env.data));
+    if (poison == Poison::DeletedMemberRows)
+        QCOMPARE(env.db->count(u"LeavedMemo"_s), 0);
+}
+
+void TestServerDataSave::noticeDeleteFailure()
+{
+    SAVE_ENV(env, populatedDatabase());
+    QString error;
+    // The second notice cannot be deleted; the first one can.
+    QVERIFY2(createTrigger(*env.db, u"DELETE"_s, u"CONTENTS"_s, {}, &error), qPrintable(error));
+    QVERIFY(dropTrigger(*env.db, u"CONTENTS"_s));
+    if (env.db->backend() == TestDatabase::Backend::PostgresOdbc) {
+        QVERIFY(env.db->exec(
+            u"CREATE TRIGGER poison BEFORE DELETE ON contents FOR EACH ROW WHEN (OLD.ocontentsid = 100) EXECUTE FUNCTION velmar_poison()"_s));
+    } else {
+        const QString name = u"raw-notice"_s;
+        {
+            QSqlDatabase raw = QSqlDatabase::addDatabase(u"QSQLITE"_s, name);
+            raw.setDatabaseName(env.db->filePath());
+            QVERIFY(raw.open());
+            QVERIFY(QSqlQuery(raw).exec(
+                u"CREATE TRIGGER poison BEFORE DELETE ON CONTENTS WHEN OLD.OCONTENTSID = 100 BEGIN SELECT RAISE(ABORT, 'poisoned'); END"_s));
+        }
+        QSqlDatabase::removeDatabase(name);
+    }
+    QCOMPARE(env.data.notices()->deleteRows({ 0, 1 }), 2);
+
+    const ServerDataSaver::Result result = env.save(true);
+    QVERIFY(result.ok());
+    QCOMPARE(result.failedNoticeDeletes, 1);
+    // Reported as the database session reports errors; the save goes on.
+    QCOMPARE(env.messages.boxes().size(), 1);
+    QVERIFY(env.messages.boxTexts().first().startsWith(u"(80004005) Unspecified error\r\n"_s));
+    QCOMPARE(env.db->column(u"SELECT OCONTENTSID FROM CONTENTS"_s), QStringList { u"100"_s });
+    QCOMPARE(env.version(), u"0001"_s);
+    QCOMPARE(env.listeners.drain(), QStringList { u"55052"_s });
+}
+
+void TestServerDataSave::saveOnClose_data()
+{
+    QTest::addColumn<TestDatabase::Backend>("backend");
+    QTest::addColumn<bool>("modified");
+    QTest::addColumn<int>("answer");
+    QTest::addColumn<bool>("breakSave");
+    QTest::addColumn<bool>("closes");
+    QTest::addColumn<bool>("written");
+    const auto b = TestDatabase::Backend::SqliteFile;
+    QTest::newRow("unmodified") << b << false << 0 << false << true << false;
+    QTest::newRow("cancel") << b << true << int(MessageService::Cancel) << false << false << false;
+    QTest::newRow("no") << b << true << int(MessageService::No) << false << true << false;
+    QTest::newRow("yes") << b << true << int(MessageService::Yes) << false << true << true;
+    QTest::newRow("yes, save fails")
+        << b << true << int(MessageService::Yes) << true << false << false;
+}
+
+void TestServerDataSave::saveOnClose()
+{
+    QFETCH(bool, modified);
+    QFETCH(int, answer);
+    QFETCH(bool, breakSave);
+    QFETCH(bool, closes);
+    QFETCH(bool, written);
+    SAVE_ENV(env, populatedDatabase());
+    if (modified)
+        env.data.directory()->addGroup(false, env.data.directory()->regularTree()->rootIndex(),
+            breakSave ? u"O'Brien"_s : u"New"_s);
+    QCOMPARE(env.data.isModified(), modified);
+    if (answer)
+        env.messages.queueAnswer(answer);
+
+    QCOMPARE(env.saveOnClose(), closes);
+    if (modified) {
+        // Asked once, with three buttons; a Yes saves without asking "确定要保存?" again.
+        QCOMPARE(env.messages.boxTexts(), QStringList { u"确定要保存编辑的内容?"_s });
+        QCOMPARE(env.messages.boxes().constFirst().buttons, MessageService::Buttons::YesNoCancel);
+    } else {
+        QVERIFY(env.messages.boxes().isEmpty());
+    }
+    QCOMPARE(env.db->count(u"[Group]"_s, u"GroupName = 'New'"_s), written ? 1 : 0);
+    QCOMPARE(env.version(), written ? u"0001"_s : u"absent"_s);
+    QCOMPARE(env.data.isModified(), modified && !written);
+    QCOMPARE(env.messages.balloonTexts(),
+        breakSave ? QStringList { u"数据库发生错误."_s } : QStringList());
+}
+
+void TestServerDataSave::lockedDatabase()
+{
+    SAVE_ENV(env, populatedDatabase());
+    const bool postgres = backend == TestDatabase::Backend::PostgresOdbc;
+    if (backend == TestDatabase::Backend::SqliteOdbc) {
+        // The driver's own lock wait (100 s unless the string names one).
+        CRegistry key(env.dir.hives(), RegistryRoot::LocalMachine);
+        QVERIFY(
+            key.createKey(RegistryRoot::LocalMachine, u"SOFTWARE\\Velmar\\Services\\Database"_s));
+        QVERIFY(key.writeString(
+            u"ConnectionString"_s, env.db->connectionString() + u"Timeout=3000;"_s));
+    }
+    if (postgres)
+        QVERIFY(env.db->exec(
+            u"ALTER DATABASE "_s + env.db->databaseName() + u" SET lock_timeout = '1s'"_s));
+    env.data.directory()->addGroup(
+        false, env.data.directory()->regularTree()->rootIndex(), u"New"_s);
+    const QStringList memory = dumpServerData(env.data);
+    const QStringList database = dumpDataSet(readBack(env.dir));
+
+    {
+        // A second connection holds a write lock on the database.
+        DbConnection holder = env.db->connect();
+        if (postgres) {
+            holder.execute(u"BEGIN"_s);
+            holder.execute(u"LOCK TABLE [Group] IN ACCESS EXCLUSIVE MODE"_s);
+        } else {
+            holder.execute(u"BEGIN EXCLUSIVE"_s);
+        }
+        const ServerDataSaver::Result failed = env.save(true);
+        QCOMPARE(failed.outcome, ServerDataSaver::Outcome::DatabaseError);
+        QCOMPARE(failed.failedStep, ServerDataSaver::Step::Directory);
+        QCOMPARE(env.messages.balloonTexts(), QStringList { u"数据库发生错误."_s });
+        holder.execute(u"ROLLBACK"_s);
+    }
+    // Nothing was lost on either side.
+    QCOMPARE(dumpServerData(env.data), memory);
+    QCOMPARE(dumpDataSet(readBack(env.dir)), database);
+    QCOMPARE(env.version(), u"absent"_s);
+    QVERIFY(env.listeners.drain().isEmpty());
+    QVERIFY(env.data.isModified());
+
+    QVERIFY(env.save(true).ok());
+    QCOMPARE(dumpDataSet(readBack(env.dir)), memory);
+}
+
+QTEST_GUILESS_MAIN(TestServerDataSave)
+#include "tst_serverdata_save.moc"

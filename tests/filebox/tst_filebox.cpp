@@ -1,0 +1,418 @@
+#include "AuthorityCode.h"
+#include "DbConnection.h"
+#include "FileBoxRights.h"
+#include "SqlTrace.h"
+#include "TempServerDir.h"
+#include "TestDatabase.h"
+
+#include <QFile>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// A connection whose statements are written to a trace file, so that a test
+// sees exactly what the console sent.
+class TracedConnection
+{
+public:
+    TracedConnection(const TestDatabase &db, const QString &tracePath)
+        : m_path(tracePath)
+        , m_trace(tracePath)
+        , m_connection(DbConnection::open(db.connectionString(), &m_trace))
+    { }
+    DbConnection &connection() { return m_connection; }
+    QStringList statements() const
+    {
+        QFile file(m_path);
+        if (!file.open(QIODevice::ReadOnly))
+            return { u"<no trace>"_s };
+        QStringList lines = QString::fromUtf8(file.readAll()).split(u'\n');
+        lines.removeLast();
+        return lines;
+    }
+
+private:
+    QString m_path;
+    SqlTrace m_trace;
+    DbConnection m_connection;
+};
+
+} // namespace
+
+class TestFileBoxRights : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void decode_data();
+    void decode();
+    void encode_data();
+    void encode();
+    void storedPaths_data();
+    void storedPaths();
+    void folderQueries();
+    void iterationWithoutMatchEndsAtOnce();
+    void iterationsVisitMatchesInOrder();
+    void counts();
+    void settingARightTwiceKeepsOneRecord();
+    void removals();
+    void addedFoldersGetFreshIds();
+
+    // Against the databases.
+    void loadDecodesWhatIsStored_data() { backends(); }
+    void loadDecodesWhatIsStored();
+    void saveWritesTheDesignedStatements_data() { backends(); }
+    void saveWritesTheDesignedStatements();
+    void roundTrip_data() { backends(); }
+    void roundTrip();
+    void apostropheInPathStopsTheSave_data() { backends(); }
+    void apostropheInPathStopsTheSave();
+
+private:
+    static void backends()
+    {
+        TestDatabase::addBackendColumn();
+        TestDatabase::addBackendRows();
+    }
+};
+
+void TestFileBoxRights::decode_data()
+{
+    QTest::addColumn<QString>("stored");
+    QTest::addColumn<int>("code");
+    QTest::newRow("W") << u"W"_s << 2;
+    QTest::newRow("w") << u"w"_s << 2;
+    QTest::newRow("R") << u"R"_s << 1;
+    QTest::newRow("r") << u"r"_s << 1;
+    QTest::newRow("X") << u"X"_s << 0;
+    QTest::newRow("empty") << QString() << 0;
+    QTest::newRow("two letters") << u"RW"_s << 0;
+    QTest::newRow("padded") << u"W "_s << 0;
+    QTest::newRow("digit") << u"2"_s << 0;
+    QTest::newRow("chinese") << u"读/写"_s << 0;
+}
+
+void TestFileBoxRights::decode()
+{
+    QFETCH(QString, stored);
+    QFETCH(int, code);
+    QCOMPARE(AuthorityCode::decode(stored), code);
+}
+
+void TestFileBoxRights::encode_data()
+{
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QString>("stored");
+    QTest::addColumn<QString>("shown");
+    QTest::newRow("read/write") << 2 << u"W"_s << u"读/写"_s;
+    QTest::newRow("read-only") << 1 << u"R"_s << u"只读"_s;
+    QTest::newRow("none") << 0 << u"X"_s << QString();
+    QTest::newRow("out of range") << 3 << u"X"_s << QString();
+    QTest::newRow("negative") << -1 << u"X"_s << QString();
+}
+
+void TestFileBoxRights::encode()
+{
+    QFETCH(int, code);
+    QFETCH(QString, stored);
+    QFETCH(QString, shown);
+    QCOMPARE(AuthorityCode::encode(code), stored);
+    QCOMPARE(AuthorityCode::displayText(code), shown);
+}
+
+void TestFileBoxRights::storedPaths_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("stored");
+    QTest::newRow("plain") << u"Share"_s << u"Share"_s;
+    QTest::newRow("nested") << u"Share\\Docs\\2007"_s << u"Share\\\\Docs\\\\2007"_s;
+    QTest::newRow("trailing") << u"Share\\"_s << u"Share\\\\"_s;
+    QTest::newRow("unc") << u"\\\\host\\share"_s << u"\\\\\\\\host\\\\share"_s;
+    QTest::newRow("slashes untouched") << u"a/b"_s << u"a/b"_s;
+}
+
+void TestFileBoxRights::storedPaths()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, stored);
+    QCOMPARE(FileBoxRights::pathToStored(path), stored);
+    QCOMPARE(FileBoxRights::pathFromStored(stored), path);
+}
+
+void TestFileBoxRights::folderQueries()
+{
+    FileBoxRights rights;
+    QVERIFY(rights.addFolder(10, u"Share\\Docs"_s));
+    QVERIFY(rights.addFolder(11, u"Share\\docs"_s));
+    QCOMPARE(rights.folderIdByPath(u"Share\\Docs"_s), 10);
+    QCOMPARE(rights.folderIdByPath(u"Share\\docs"_s), 11);
+    QCOMPARE(rights.folderIdByPath(u"SHARE\\DOCS"_s), -1);
+    QCOMPARE(rights.pathByFolderId(11), u"Share\\docs"_s);
+    QVERIFY(rights.pathByFolderId(12).isEmpty());
+    QVERIFY(!rights.addFolder(10, u"Other"_s));
+    QCOMPARE(rights.folders().size(), 2);
+}
+
+void TestFileBoxRights::iterationWithoutMatchEndsAtOnce()
+{
+    FileBoxRights rights;
+    rights.setGroupRight(1, 10, AuthorityCode::ReadOnly);
+    rights.setMemberRight(5, 10, AuthorityCode::ReadOnly);
+
+    FileBoxRights::Position position;
+    QCOMPARE(rights.nextGroupRightOfFolder(99, position).folderId, -1);
+    // Once at the end it stays there rather than starting over.
+    QCOMPARE(rights.nextGroupRightOfFolder(99, position).folderId, -1);
+    FileBoxRights::Position memberPosition;
+    QCOMPARE(rights.nextMemberRightOfFolder(99, memberPosition).folderId, -1);
+    FileBoxRights::Position groupPosition;
+    QCOMPARE(rights.nextRightOfGroup(2, groupPosition).folderId, -1);
+    FileBoxRights::Position ofMember;
+    QCOMPARE(FileBoxRights().nextRightOfMember(5, ofMember).folderId, -1);
+}
+
+void TestFileBoxRights::iterationsVisitMatchesInOrder()
+{
+    FileBoxRights rights;
+    rights.setGroupRight(1, 10, AuthorityCode::ReadOnly);
+    rights.setGroupRight(2, 20, AuthorityCode::ReadWrite);
+    rights.setGroupRight(3, 10, AuthorityCode::ReadWrite);
+    rights.setGroupRight(1, 30, AuthorityCode::None);
+    rights.setMemberRight(7, 20, AuthorityCode::ReadOnly);
+    rights.setMemberRight(7, 10, AuthorityCode::ReadWrite);
+
+    QList<qint32> groups;
+    FileBoxRights::Position position;
+    for (auto r = rights.nextGroupRightOfFolder(10, position); r.folderId != -1;
+         r = rights.nextGroupRightOfFolder(10, position))
+        groups.append(r.groupId);
+    QCOMPARE(groups, (QList<qint32> { 1, 3 }));
+
+    QList<qint32> folders;
+    position = {};
+    for (auto r = rights.nextRightOfGroup(1, position); r.folderId != -1;
+         r = rights.nextRightOfGroup(1, position))
+        folders.append(r.folderId);
+    QCOMPARE(folders, (QList<qint32> { 10, 30 }));
+
+    folders.clear();
+    position = {};
+    for (auto r = rights.nextRightOfMember(7, position); r.folderId != -1;
+         r = rights.nextRightOfMember(7, position))
+        folders.append(r.folderId);
+    QCOMPARE(folders, (QList<qint32> { 20, 10 }));
+
+    position = {};
+    const tagUserAuthority first = rights.nextMemberRightOfFolder(10, position);
+    QCOMPARE(first, (tagUserAuthority { 10, 7, AuthorityCode::ReadWrite }));
+    QCOMPARE(rights.nextMemberRightOfFolder(10, position).folderId, -1);
+}
+
+void TestFileBoxRights::counts()
+{
+    FileBoxRights rights;
+    rights.setGroupRight(1, 10, AuthorityCode::ReadOnly);
+    rights.setGroupRight(2, 10, AuthorityCode::ReadOnly);
+    rights.setGroupRight(1, 20, AuthorityCode::ReadOnly);
+    rights.setMemberRight(7, 10, AuthorityCode::ReadOnly);
+    QCOMPARE(rights.rightsCountOfFolder(10), 3);
+    QCOMPARE(rights.rightsCountOfFolder(20), 1);
+    QCOMPARE(rights.rightsCountOfFolder(30), 0);
+    QCOMPARE(rights.rightsCountOfGroup(1), 2);
+    QCOMPARE(rights.rightsCountOfGroup(7), 0);
+    QCOMPARE(rights.rightsCountOfMember(7), 1);
+}
+
+void TestFileBoxRights::settingARightTwiceKeepsOneRecord()
+{
+    FileBoxRights rights;
+    QVERIFY(!rights.isModified());
+    QCOMPARE(rights.setMemberRight(7, 10, AuthorityCode::ReadOnly), false);
+    QVERIFY(rights.isModified());
+    QCOMPARE(rights.setMemberRight(7, 10, AuthorityCode::ReadWrite), true);
+    QCOMPARE(
+        rights.memberRights(), (QList<tagUserAuthority> { { 10, 7, AuthorityCode::ReadWrite } }));
+
+    QCOMPARE(rights.setGroupRight(3, 10, AuthorityCode::ReadWrite), false);
+    QCOMPARE(rights.setGroupRight(3, 10, AuthorityCode::None), true);
+    QCOMPARE(rights.groupRights(), (QList<tagGroupAuthority> { { 10, 3, AuthorityCode::None } }));
+}
+
+void TestFileBoxRights::removals()
+{
+    FileBoxRights rights;
+    rights.addFolder(10, u"A"_s);
+    rights.addFolder(20, u"B"_s);
+    rights.setGroupRight(1, 10, AuthorityCode::ReadOnly);
+    rights.setGroupRight(2, 10, AuthorityCode::ReadOnly);
+    rights.setGroupRight(1, 20, AuthorityCode::ReadOnly);
+    rights.setMemberRight(7, 10, AuthorityCode::ReadOnly);
+    rights.setMemberRight(7, 20, AuthorityCode::ReadOnly);
+    rights.setModified(false);
+
+    QCOMPARE(rights.removeRightsOfGroup(1), 2);
+    QVERIFY(rights.isModified());
+    QCOMPARE(
+        rights.groupRights(), (QList<tagGroupAuthority> { { 10, 2, AuthorityCode::ReadOnly } }));
+    QCOMPARE(rights.removeRightsOfGroup(1), 0);
+
+    QVERIFY(rights.removeFolder(10));
+    QCOMPARE(rights.folders(), (QList<tagFolderData> { { 20, u"B"_s } }));
+    QVERIFY(rights.groupRights().isEmpty());
+    QCOMPARE(
+        rights.memberRights(), (QList<tagUserAuthority> { { 20, 7, AuthorityCode::ReadOnly } }));
+    QVERIFY(!rights.removeFolder(10));
+
+    QVERIFY(rights.removeMemberRight(7, 20));
+    QVERIFY(!rights.removeMemberRight(7, 20));
+    QCOMPARE(rights.rightsCountOfMember(7), 0);
+}
+
+void TestFileBoxRights::addedFoldersGetFreshIds()
+{
+    FileBoxRights rights;
+    QCOMPARE(rights.addFolder(u"First"_s), 1);
+    QVERIFY(rights.addFolder(41, u"Loaded"_s));
+    QCOMPARE(rights.addFolder(u"Next"_s), 42);
+    QCOMPARE(rights.folderIdByPath(u"Next"_s), 42);
+}
+
+void TestFileBoxRights::loadDecodesWhatIsStored()
+{
+    QFETCH(TestDatabase::Backend, backend);
+    TempServerDir dir;
+    TestDatabase db(backend, dir.programDir());
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    QVERIFY2(db.execAll({
+                 u"INSERT INTO Folder VALUES (2, 'Share\\\\Docs')"_s,
+                 u"INSERT INTO Folder VALUES (1, 'Root')"_s,
+                 u"INSERT INTO Folder VALUES (3, NULL)"_s,
+                 u"INSERT INTO Folder (FolderPath) VALUES ('nobody''s')"_s,
+                 u"INSERT INTO GroupAuthority VALUES (2, 10, 'w')"_s,
+                 u"INSERT INTO GroupAuthority VALUES (2, 11, 'R')"_s,
+                 u"INSERT INTO GroupAuthority VALUES (1, 10, '')"_s,
+                 u"INSERT INTO GroupAuthority VALUES (1, 12, NULL)"_s,
+                 u"INSERT INTO GroupAuthority VALUES (1, 13, 'Read and write 读写')"_s,
+                 u"INSERT INTO GroupAuthority (OFolderID, Authority) VALUES (1, 'W')"_s,
+                 u"INSERT INTO UserAuthority VALUES (1, 100, 'r')"_s,
+                 u"INSERT INTO UserAuthority VALUES (2, 100, 'W')"_s,
+                 u"INSERT INTO UserAuthority VALUES (2, 100, 'x')"_s,
+             }),
+        qPrintable(db.errorString()));
+
+    TracedConnection traced(db, dir.filePath(u"load.sql"_s));
+    FileBoxRights rights;
+    rights.addFolder(u"stale"_s);
+    rights.load(traced.connection());
+
+    QCOMPARE(traced.statements(),
+        (QStringList { u"SELECT OFolderID,FolderPath FROM Folder"_s,
+            u"SELECT OFolderID,OGroupID,Authority FROM GroupAuthority"_s,
+            u"SELECT OFolderID,OMemberID,Authority FROM UserAuthority"_s }));
+    QVERIFY(!rights.isModified());
+    QCOMPARE(rights.folders(),
+        (QList<tagFolderData> { { 2, u"Share\\Docs"_s }, { 1, u"Root"_s }, { 3, QString() } }));
+    QCOMPARE(rights.groupRights(),
+        (QList<tagGroupAuthority> { { 2, 10, AuthorityCode::ReadWrite },
+            { 2, 11, AuthorityCode::ReadOnly }, { 1, 10, AuthorityCode::None },
+            { 1, 12, AuthorityCode::None }, { 1, 13, AuthorityCode::None } }));
+    // Records stay in load order, duplicates included.
+    QCOMPARE(rights.memberRights(),
+        (QList<tagUserAuthority> { { 1, 100, AuthorityCode::ReadOnly },
+            { 2, 100, AuthorityCode::ReadWrite }, { 2, 100, AuthorityCode::None } }));
+    QCOMPARE(rights.folderIdByPath(u"Share\\Docs"_s), 2);
+}
+
+void TestFileBoxRights::saveWritesTheDesignedStatements()
+{
+    QFETCH(TestDatabase::Backend, backend);
+    TempServerDir dir;
+    TestDatabase db(backend, dir.programDir());
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    QVERIFY(db.execAll({ u"INSERT INTO Folder VALUES (9, 'Old')"_s,
+        u"INSERT INTO GroupAuthority VALUES (9, 1, 'R')"_s,
+        u"INSERT INTO UserAuthority VALUES (9, 1, 'R')"_s }));
+
+    FileBoxRights rights;
+    rights.addFolder(5, u"Share\\Docs"_s);
+    rights.addFolder(-2, u"C:\\"_s);
+    rights.setGroupRight(7, 5, AuthorityCode::ReadWrite);
+    rights.setGroupRight(8, -2, 3);
+    rights.setMemberRight(100, 5, AuthorityCode::ReadOnly);
+    rights.setMemberRight(101, 5, AuthorityCode::None);
+
+    TracedConnection traced(db, dir.filePath(u"save.sql"_s));
+    rights.save(traced.connection());
+    QVERIFY(!rights.isModified());
+    QCOMPARE(traced.statements(),
+        (QStringList {
+            u"DELETE FROM Folder"_s,
+            u"INSERT INTO Folder (OFolderID,FolderPath) VALUES  ('5' ,'Share\\\\Docs')"_s,
+            u"INSERT INTO Folder (OFolderID,FolderPath) VALUES  ('-2' ,'C:\\\\')"_s,
+            u"DELETE FROM GroupAuthority"_s,
+            u"INSERT INTO GroupAuthority (OFolderID,OGroupID,Authority) VALUES  ('5' ,'7' ,'W')"_s,
+            u"INSERT INTO GroupAuthority (OFolderID,OGroupID,Authority) VALUES  ('-2' ,'8' ,'X')"_s,
+            u"DELETE FROM UserAuthority"_s,
+            u"INSERT INTO UserAuthority (OFolderID,OMemberID,Authority) VALUES  ('5' ,'100' ,'R')"_s,
+            u"INSERT INTO UserAuthority (OFolderID,OMemberID,Authority) VALUES  ('5' ,'101' ,'X')"_s,
+        }));
+    // The column holds the doubled form.
+    QCOMPARE(db.column(u"SELECT FolderPath FROM Folder WHERE OFolderID = 5"_s),
+        (QStringList { u"Share\\\\Docs"_s }));
+    QCOMPARE(db.column(u"SELECT Authority FROM UserAuthority ORDER BY OMemberID"_s),
+        (QStringList { u"R"_s, u"X"_s }));
+}
+
+void TestFileBoxRights::roundTrip()
+{
+    QFETCH(TestDatabase::Backend, backend);
+    TempServerDir dir;
+    TestDatabase db(backend, dir.programDir());
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    QVERIFY(db.execAll({ u"INSERT INTO Folder VALUES (1, 'A\\\\B\\\\')"_s,
+        u"INSERT INTO Folder VALUES (2, '共享文件夹')"_s,
+        u"INSERT INTO GroupAuthority VALUES (1, 10, 'w')"_s,
+        u"INSERT INTO GroupAuthority VALUES (2, 10, 'junk')"_s,
+        u"INSERT INTO UserAuthority VALUES (2, 100, 'r')"_s }));
+
+    DbConnection connection = db.connect();
+    FileBoxRights first;
+    first.load(connection);
+    first.save(connection);
+    FileBoxRights second;
+    second.load(connection);
+    QCOMPARE(second.folders(), first.folders());
+    QCOMPARE(second.groupRights(), first.groupRights());
+    QCOMPARE(second.memberRights(), first.memberRights());
+    QCOMPARE(second.pathByFolderId(1), u"A\\B\\"_s);
+    QCOMPARE(db.column(u"SELECT Authority FROM GroupAuthority ORDER BY OFolderID"_s),
+        (QStringList { u"W"_s, u"X"_s }));
+}
+
+void TestFileBoxRights::apostropheInPathStopsTheSave()
+{
+    QFETCH(TestDatabase::Backend, backend);
+    TempServerDir dir;
+    TestDatabase db(backend, dir.programDir());
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    QVERIFY(db.execAll({ u"INSERT INTO Folder VALUES (9, 'Old')"_s,
+        u"INSERT INTO GroupAuthority VALUES (9, 1, 'R')"_s }));
+
+    FileBoxRights rights;
+    rights.addFolder(1, u"First"_s);
+    rights.addFolder(2, u"Bob's"_s);
+    rights.addFolder(3, u"Third"_s);
+    rights.setGroupRight(4, 1, AuthorityCode::ReadWrite);
+
+    DbConnection connection = db.connect();
+    QVERIFY_THROWS_EXCEPTION(DbException, rights.save(connection));
+    QVERIFY(rights.isModified());
+    // No transaction: the delete and the first insert stay, the later tables are untouched.
+    QCOMPARE(db.column(u"SELECT FolderPath FROM Folder"_s), (QStringList { u"First"_s }));
+    QCOMPARE(db.column(u"SELECT OGroupID FROM GroupAuthority"_s), (QStringList { u"1"_s }));
+}
+
+QTEST_GUILESS_MAIN(TestFileBoxRights)
+#include "tst_filebox.moc"

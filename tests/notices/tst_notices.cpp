@@ -1,0 +1,577 @@
+#include "CRegistry.h"
+#include "DbConnection.h"
+#include "DbSession.h"
+#include "NoticeBoard.h"
+#include "NoticeListModel.h"
+#include "NoticeText.h"
+#include "RegistryHives.h"
+#include "ScriptedMessageService.h"
+#include "SqlTrace.h"
+#include "TempServerDir.h"
+#include "TestDatabase.h"
+
+#include <QAbstractItemModelTester>
+#include <QDir>
+#include <QFile>
+#include <QSignalSpy>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// A connection whose statements are written to a trace file, so that a test
+// sees exactly what the console sent.
+class TracedConnection
+{
+public:
+    TracedConnection(const TestDatabase &db, const QString &tracePath)
+        : m_path(tracePath)
+        , m_trace(tracePath)
+        , m_connection(DbConnection::open(db.connectionString(), &m_trace))
+    { }
+    DbConnection &connection() { return m_connection; }
+    QStringList statements() const
+    {
+        QFile file(m_path);
+        if (!file.open(QIODevice::ReadOnly))
+            return { u"<no trace>"_s };
+        QStringList lines = QString::fromUtf8(file.readAll()).split(u'\n');
+        lines.removeLast();
+        return lines;
+    }
+
+private:
+    QString m_path;
+    SqlTrace m_trace;
+    DbConnection m_connection;
+};
+
+// Changes the process's working directory for one test and restores it.
+class WorkingDirectory
+{
+public:
+    explicit WorkingDirectory(const QString &path)
+        : m_previous(QDir::currentPath())
+    {
+        m_changed = QDir::setCurrent(path);
+    }
+    ~WorkingDirectory() { QDir::setCurrent(m_previous); }
+    bool changed() const { return m_changed; }
+
+private:
+    QString m_previous;
+    bool m_changed = false;
+};
+
+bool makeItem(const QString &path, bool asFolder)
+{
+    if (!asFolder) {
+        QFile file(path);
+        return file.open(QIODevice::WriteOnly) && file.write("upload") == 6;
+    }
+    if (!QDir().mkpath(path + u"/inner"_s))
+        return false;
+    QFile file(path + u"/inner/part.bin"_s);
+    return file.open(QIODevice::WriteOnly) && file.write("upload") == 6;
+}
+
+bool setUploadPath(RegistryHives &hives, const QString &path)
+{
+    CRegistry registry(hives, RegistryRoot::LocalMachine);
+    return registry.createKey(
+               RegistryRoot::LocalMachine, u"SOFTWARE\\Velmar\\Services\\SessionFolder"_s)
+        && registry.writeString(u"UploadPath"_s, path);
+}
+
+QString insertNotice(
+    int id, const QString &title, const QString &written, const QString &sessionId = QString())
+{
+    return u"INSERT INTO CONTENTS (OCONTENTSID, TITLE, WRITEDATE, OMEMBERID, MEMBERID, MEMBERNAME, "
+           "CONTENTS, FilePath, FileSessionID, WriteEndDate) VALUES (%1, '%2', '%3', 7, 'kim', "
+           "'Kim', 'text', '', '%4', '')"_s.arg(QString::number(id), title, written, sessionId);
+}
+
+NoticeRecord notice(qint32 id, const QString &title = {})
+{
+    NoticeRecord record;
+    record.id = id;
+    record.title = title.isEmpty() ? u"Notice %1"_s.arg(id) : title;
+    record.writerName = u"Name%1"_s.arg(id);
+    record.writerMemberId = u"user%1"_s.arg(id);
+    record.written = u"2007/10/%1 12:00:00"_s.arg(id, 2, 10, QChar(u'0'));
+    record.endDate = u"2007/12/31"_s;
+    return record;
+}
+
+// Makes the DELETE of one notice fail inside the database, as a lock or a
+// permission would: a trigger that refuses it.
+bool refuseDeletionOf(TestDatabase &db, qint32 noticeId, QString *error)
+{
+    if (db.backend() == TestDatabase::Backend::PostgresOdbc) {
+        const bool ok = db.execAll({
+            u"CREATE FUNCTION refuse_delete() RETURNS trigger AS 'BEGIN RAISE EXCEPTION "
+            "''notice is locked''; END' LANGUAGE plpgsql"_s,
+            u"CREATE TRIGGER refuse_delete BEFORE DELETE ON CONTENTS FOR EACH ROW WHEN "
+            "(OLD.OCONTENTSID = %1) EXECUTE FUNCTION refuse_delete()"_s.arg(noticeId),
+        });
+        *error = db.errorString();
+        return ok;
+    }
+    // The console's connection runs one statement per call, and a trigger body
+    // holds several; it is created over a plain SQLite connection to the file.
+    bool ok = false;
+    {
+        QSqlDatabase raw = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"trigger-setup"_s);
+        raw.setDatabaseName(db.filePath());
+        if (raw.open()) {
+            QSqlQuery query(raw);
+            ok = query.exec(u"CREATE TRIGGER refuse_delete BEFORE DELETE ON CONTENTS WHEN "
+                            "OLD.OCONTENTSID = %1 BEGIN SELECT RAISE(ABORT, 'notice is locked'); "
+                            "END"_s.arg(noticeId));
+            *error = query.lastError().text();
+        } else {
+            *error = raw.lastError().text();
+        }
+        raw.close();
+    }
+    QSqlDatabase::removeDatabase(u"trigger-setup"_s);
+    return ok;
+}
+
+} // namespace
+
+class TestNotices : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    // Text forms.
+    void unescaping_data();
+    void unescaping();
+    void dates_data();
+    void dates();
+    void fileNames_data();
+    void fileNames();
+
+    // The list model.
+    void modelShowsFourColumns();
+    void deletingRowsQueuesThemBottomUp();
+    void reloadDropsPendingDeletions();
+
+    // Uploaded files.
+    void uploadFolder();
+    void removalDeletesTheWorkingDirectoryItem_data();
+    void removalDeletesTheWorkingDirectoryItem();
+    void removalNeedsTheUploadedItem();
+    void removalRefusesNamesOutsideTheWorkingDirectory_data();
+    void removalRefusesNamesOutsideTheWorkingDirectory();
+
+    // Against the databases.
+    void loadBuildsTheRecords_data() { backends(); }
+    void loadBuildsTheRecords();
+    void commitDeletesBottomUp_data() { backends(); }
+    void commitDeletesBottomUp();
+    void failingDeleteDoesNotStopTheOthers_data() { backends(); }
+    void failingDeleteDoesNotStopTheOthers();
+
+private:
+    static void backends()
+    {
+        TestDatabase::addBackendColumn();
+        TestDatabase::addBackendRows();
+    }
+};
+
+void TestNotices::unescaping_data()
+{
+    QTest::addColumn<QString>("stored");
+    QTest::addColumn<QString>("loaded");
+    QTest::addColumn<QString>("panel");
+
+    QTest::newRow("quotation") << u"It###VELMAR-QUOTATION###s"_s << u"It's"_s << u"It's"_s;
+    QTest::newRow("all three")
+        << u"a###VELMAR-SEMICOLON###b###VELMAR-BACKSLASH###c###VELMAR-QUOTATION###"_s
+        << u"a;b\\c'"_s << u"a;b\\c'"_s;
+    QTest::newRow("plain") << u"no markers; here's \\ text"_s << u"no markers; here's \\ text"_s
+                           << u"no markers; here's \\ text"_s;
+    QTest::newRow("empty") << QString() << QString() << QString();
+    // The two orders differ when markers overlap: quotation first on load,
+    // semicolon first in the panel.
+    QTest::newRow("overlapping markers") << u"###VELMAR-QUOTATION###VELMAR-SEMICOLON###"_s
+                                         << u"'VELMAR-SEMICOLON###"_s << u"###VELMAR-QUOTATION;"_s;
+    // A restored backslash is not read again as part of a marker.
+    QTest::newRow("backslash last") << u"###VELMAR-BACKSLASH###VELMAR-QUOTATION###"_s
+                                    << u"###VELMAR-BACKSLASH'"_s << u"###VELMAR-BACKSLASH'"_s;
+}
+
+void TestNotices::unescaping()
+{
+    QFETCH(QString, stored);
+    QFETCH(QString, loaded);
+    QFETCH(QString, panel);
+    QCOMPARE(NoticeText::unescapeStored(stored), loaded);
+    QCOMPARE(NoticeText::unescapeForPanel(stored), panel);
+}
+
+void TestNotices::dates_data()
+{
+    QTest::addColumn<QString>("stored");
+    QTest::addColumn<QString>("shown");
+    QTest::addColumn<bool>("isEndDate");
+
+    QTest::newRow("written") << u"2007-10-08 12:00:00"_s << u"2007/10/08 12:00:00"_s << false;
+    QTest::newRow("written without dashes") << u"20071008"_s << u"20071008"_s << false;
+    QTest::newRow("end date") << u"20071231"_s << u"2007/12/31"_s << true;
+    QTest::newRow("no end date") << QString() << QString() << true;
+    QTest::newRow("year and month") << u"200712"_s << u"2007/12"_s << true;
+    QTest::newRow("five digits") << u"20071"_s << u"2007/1"_s << true;
+    QTest::newRow("year only") << u"2007"_s << u"2007"_s << true;
+    QTest::newRow("one character") << u"7"_s << u"7"_s << true;
+    QTest::newRow("seven digits") << u"2007123"_s << u"2007/12/3"_s << true;
+    QTest::newRow("longer") << u"2007123199"_s << u"2007/12/3199"_s << true;
+}
+
+void TestNotices::dates()
+{
+    QFETCH(QString, stored);
+    QFETCH(QString, shown);
+    QFETCH(bool, isEndDate);
+    QCOMPARE(isEndDate ? NoticeText::endDateForm(stored) : NoticeText::writtenForm(stored), shown);
+}
+
+void TestNotices::fileNames_data()
+{
+    QTest::addColumn<QString>("fileList");
+    QTest::addColumn<QStringList>("names");
+
+    QTest::newRow("none") << QString() << QStringList();
+    QTest::newRow("header only") << u"|2|session"_s << QStringList();
+    QTest::newRow("two files") << u"|2|session|/u/a.doc|a.doc|100|/u/dir\\b.txt|dir\\b.txt|200"_s
+                               << QStringList { u"a.doc"_s, u"dir\\b.txt"_s };
+    QTest::newRow("without leading bar")
+        << u"1|s|p|report.xls|9"_s << QStringList { u"report.xls"_s };
+    QTest::newRow("empty items skipped")
+        << u"||1||s|p|||shown.txt||9|"_s << QStringList { u"shown.txt"_s };
+    QTest::newRow("short last group")
+        << u"|1|s|p|a.txt|1|q|b.txt"_s << QStringList { u"a.txt"_s, u"b.txt"_s };
+    QTest::newRow("group of one") << u"|1|s|p|a.txt|1|q"_s << QStringList { u"a.txt"_s };
+}
+
+void TestNotices::fileNames()
+{
+    QFETCH(QString, fileList);
+    QFETCH(QStringList, names);
+    QCOMPARE(NoticeText::shownFileNames(fileList), names);
+}
+
+void TestNotices::modelShowsFourColumns()
+{
+    NoticeListModel model;
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    QCOMPARE(model.columnCount(), 4);
+    const QStringList titles { u"主题管理"_s, u"发布者"_s, u"发布时间"_s, u"结束时间"_s };
+    const QList<int> widths { 300, 100, 170, 75 };
+    for (int c = 0; c < 4; ++c) {
+        QCOMPARE(model.headerData(c, Qt::Horizontal).toString(), titles.at(c));
+        QCOMPARE(NoticeListModel::initialColumnWidth(c), widths.at(c));
+    }
+
+    NoticeRecord record = notice(4, u"It's here"_s);
+    record.endDate.clear();
+    model.setRecords({ notice(3), record });
+    QCOMPARE(model.rowCount(), 2);
+    QCOMPARE(model.index(1, 0).data().toString(), u"It's here"_s);
+    QCOMPARE(model.index(1, 1).data().toString(), u"Name4(user4)"_s);
+    QCOMPARE(model.index(1, 2).data().toString(), u"2007/10/04 12:00:00"_s);
+    QCOMPARE(model.index(1, 3).data().toString(), QString());
+    QCOMPARE(model.index(0, 3).data().toString(), u"2007/12/31"_s);
+    QCOMPARE(model.index(1, 2).data(NoticeListModel::NoticeIdRole).toInt(), 4);
+    QCOMPARE(model.record(0).id, 3);
+}
+
+void TestNotices::deletingRowsQueuesThemBottomUp()
+{
+    NoticeListModel model;
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    model.setRecords({ notice(10), notice(11), notice(12), notice(13), notice(14), notice(15) });
+
+    int rowsWhenMarked = -1;
+    int marks = 0;
+    connect(&model, &NoticeListModel::documentModified, this, [&] {
+        ++marks;
+        rowsWhenMarked = model.rowCount();
+    });
+
+    QCOMPARE(model.deleteRows({ 2, 5, 2, 9, -1 }), 2);
+    QCOMPARE(marks, 1);
+    QCOMPARE(rowsWhenMarked, 6); // marked before the first row goes
+    QCOMPARE(model.rowCount(), 4);
+    QCOMPARE(model.pendingDeletions().size(), 2);
+    QCOMPARE(model.pendingDeletions().at(0).id, 15);
+    QCOMPARE(model.pendingDeletions().at(1).id, 12);
+    QCOMPARE(model.record(2).id, 13);
+
+    QCOMPARE(model.deleteRows({ 0 }), 1);
+    QCOMPARE(model.pendingDeletions().last().id, 10);
+
+    // Nothing selected: nothing changes, nothing is marked.
+    QCOMPARE(model.deleteRows({}), 0);
+    QCOMPARE(marks, 2);
+}
+
+void TestNotices::reloadDropsPendingDeletions()
+{
+    NoticeListModel model;
+    model.setRecords({ notice(1), notice(2) });
+    model.deleteRows({ 0 });
+    QVERIFY(model.hasPendingDeletions());
+    model.setRecords({ notice(1), notice(2) });
+    QVERIFY(!model.hasPendingDeletions());
+    QCOMPARE(model.rowCount(), 2);
+}
+
+void TestNotices::uploadFolder()
+{
+    TempServerDir dir;
+    const QString fallback = dir.programDir() + u"/VelmarFile2Upload"_s;
+    QCOMPARE(NoticeBoard::uploadFolder(dir.hives(), dir.programDir()), fallback);
+    QCOMPARE(NoticeBoard::uploadFolder(dir.hives(), dir.programDir() + u'/'), fallback);
+
+    QVERIFY(setUploadPath(dir.hives(), QString()));
+    QCOMPARE(NoticeBoard::uploadFolder(dir.hives(), dir.programDir()), fallback);
+
+    QVERIFY(setUploadPath(dir.hives(), u"/srv/velmar/uploads"_s));
+    QCOMPARE(NoticeBoard::uploadFolder(dir.hives(), dir.programDir()), u"/srv/velmar/uploads"_s);
+
+    // A value that does not fit the 200-byte buffer cannot be read: the default.
+    QVERIFY(setUploadPath(dir.hives(), u"/"_s + QString(250, u'u')));
+    QCOMPARE(NoticeBoard::uploadFolder(dir.hives(), dir.programDir()), fallback);
+}
+
+void TestNotices::removalDeletesTheWorkingDirectoryItem_data()
+{
+    QTest::addColumn<bool>("asFolder");
+    QTest::newRow("folder") << true;
+    QTest::newRow("file") << false;
+}
+
+void TestNotices::removalDeletesTheWorkingDirectoryItem()
+{
+    QFETCH(bool, asFolder);
+    QTemporaryDir work;
+    QTemporaryDir uploads;
+    QVERIFY(work.isValid() && uploads.isValid());
+    QVERIFY(makeItem(work.filePath(u"S-100"_s), asFolder));
+    QVERIFY(makeItem(uploads.filePath(u"S-100"_s), asFolder));
+    QVERIFY(makeItem(work.filePath(u"S-101"_s), asFolder));
+
+    WorkingDirectory cwd(work.path());
+    QVERIFY(cwd.changed());
+    QVERIFY(NoticeBoard::removeUploadedFiles(uploads.path(), u"S-100"_s));
+    // The item beside the process goes; the tested one in the upload folder stays.
+    QVERIFY(!QFileInfo::exists(work.filePath(u"S-100"_s)));
+    QVERIFY(QFileInfo::exists(uploads.filePath(u"S-100"_s)));
+    QVERIFY(QFileInfo::exists(work.filePath(u"S-101"_s)));
+}
+
+void TestNotices::removalNeedsTheUploadedItem()
+{
+    QTemporaryDir work;
+    QVERIFY(makeItem(work.filePath(u"S-100"_s), true));
+    WorkingDirectory cwd(work.path());
+
+    // The upload folder has no such item, or does not exist at all: nothing goes.
+    QTemporaryDir uploads;
+    QVERIFY(!NoticeBoard::removeUploadedFiles(uploads.path(), u"S-100"_s));
+    QVERIFY(!NoticeBoard::removeUploadedFiles(uploads.filePath(u"missing"_s), u"S-100"_s));
+    QVERIFY(!NoticeBoard::removeUploadedFiles(uploads.path(), QString()));
+    QVERIFY(QFileInfo::exists(work.filePath(u"S-100/inner/part.bin"_s)));
+
+    // Uploaded, but nothing of that name beside the process: nothing to delete.
+    QVERIFY(makeItem(uploads.filePath(u"S-200"_s), true));
+    QVERIFY(!NoticeBoard::removeUploadedFiles(uploads.path(), u"S-200"_s));
+    QVERIFY(QFileInfo::exists(uploads.filePath(u"S-200"_s)));
+}
+
+void TestNotices::removalRefusesNamesOutsideTheWorkingDirectory_data()
+{
+    QTest::addColumn<QString>("sessionId");
+    QTest::newRow("parent") << u".."_s;
+    QTest::newRow("self") << u"."_s;
+    QTest::newRow("path") << u"sub/S-1"_s;
+    QTest::newRow("backslash path") << u"sub\\S-1"_s;
+    QTest::newRow("absolute") << u"/S-1"_s;
+}
+
+void TestNotices::removalRefusesNamesOutsideTheWorkingDirectory()
+{
+    QFETCH(QString, sessionId);
+    QTemporaryDir root;
+    const QString work = root.filePath(u"work"_s);
+    const QString uploads = root.filePath(u"uploads"_s);
+    QVERIFY(makeItem(work + u"/sub/S-1"_s, true));
+    QVERIFY(makeItem(uploads + u"/sub/S-1"_s, true));
+    QVERIFY(QDir().mkpath(uploads + u"/sub\\S-1"_s));
+    WorkingDirectory cwd(work);
+
+    QVERIFY(!NoticeBoard::removeUploadedFiles(uploads, sessionId));
+    QVERIFY(QFileInfo::exists(work + u"/sub/S-1/inner/part.bin"_s));
+    QVERIFY(QFileInfo::exists(root.path()));
+}
+
+void TestNotices::loadBuildsTheRecords()
+{
+    QFETCH(TestDatabase::Backend, backend);
+    TempServerDir dir;
+    TestDatabase db(backend, dir.programDir());
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    QVERIFY2(db.execAll({
+                 u"INSERT INTO CONTENTS VALUES (1, 'It###VELMAR-QUOTATION###s', "
+                 "'2007-10-08 12:00:00', 7, 'kim', '金', "
+                 "'a###VELMAR-SEMICOLON###b###VELMAR-BACKSLASH###c', "
+                 "'|2|S1|/up/x###VELMAR-QUOTATION###y|x''y|5', 'S1', '20071231')"_s,
+                 u"INSERT INTO CONTENTS VALUES (2, 'Newest', '2007-11-01 09:30:00', 8, 'lee', "
+                 "'Lee', '{\\rtf1 rich}', '', '', '')"_s,
+                 u"INSERT INTO CONTENTS (OCONTENTSID, WRITEDATE) VALUES (3, '2006-01-01')"_s,
+             }),
+        qPrintable(db.errorString()));
+
+    TracedConnection traced(db, dir.filePath(u"load.sql"_s));
+    const QList<NoticeRecord> records = NoticeBoard::load(traced.connection());
+    QCOMPARE(traced.statements(),
+        (QStringList { u"SELECT OCONTENTSID, TITLE, WRITEDATE, OMEMBERID, MEMBERID, "
+                       "MEMBERNAME,            CONTENTS, FilePath, FileSessionID, "
+                       "WriteEndDate \t\tFROM CONTENTS ORDER BY WRITEDATE DESC;"_s }));
+    QCOMPARE(records.size(), 3);
+
+    QCOMPARE(records.at(0).id, 2); // newest first, as the database orders them
+    QVERIFY(NoticeText::isRichText(records.at(0).contents));
+    QVERIFY(records.at(0).endDate.isEmpty());
+
+    const NoticeRecord &first = records.at(1);
+    QCOMPARE(first.id, 1);
+    QCOMPARE(first.title, u"It's"_s);
+    QCOMPARE(first.written, u"2007/10/08 12:00:00"_s);
+    QCOMPARE(first.writerNumber, 7);
+    QCOMPARE(first.writerMemberId, u"kim"_s);
+    QCOMPARE(first.writerName, u"金"_s);
+    QCOMPARE(first.contents, u"a;b\\c"_s);
+    QCOMPARE(first.fileList, u"|2|S1|/up/x'y|x'y|5"_s);
+    QCOMPARE(NoticeText::shownFileNames(first.fileList), QStringList { u"x'y"_s });
+    QCOMPARE(first.fileSessionId, u"S1"_s);
+    QCOMPARE(first.endDate, u"2007/12/31"_s);
+
+    // NULL columns read as empty and zero.
+    NoticeRecord bare;
+    bare.id = 3;
+    bare.written = u"2006/01/01"_s;
+    QCOMPARE(records.at(2), bare);
+
+    NoticeListModel model;
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    model.setRecords(records);
+    QCOMPARE(model.index(1, 1).data().toString(), u"金(kim)"_s);
+    QCOMPARE(model.index(2, 1).data().toString(), u"()"_s);
+}
+
+void TestNotices::commitDeletesBottomUp()
+{
+    QFETCH(TestDatabase::Backend, backend);
+    TempServerDir dir;
+    TestDatabase db(backend, dir.programDir());
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    QStringList inserts;
+    for (int id = 1; id <= 6; ++id)
+        inserts << insertNotice(id * 10, u"N%1"_s.arg(id),
+            u"2007-10-%1"_s.arg(10 - id, 2, 10, QChar(u'0')), id == 5 ? u"S-50"_s : QString());
+    QVERIFY2(db.execAll(inserts), qPrintable(db.errorString()));
+
+    // Row 5's notice has uploaded files; the working directory holds its item.
+    QTemporaryDir work;
+    const QString uploads = dir.filePath(u"VelmarFile2Upload"_s);
+    QVERIFY(makeItem(uploads + u"/S-50"_s, true));
+    QVERIFY(makeItem(work.filePath(u"S-50"_s), true));
+    WorkingDirectory cwd(work.path());
+
+    NoticeListModel model;
+    {
+        DbConnection connection = db.connect();
+        model.setRecords(NoticeBoard::load(connection));
+    }
+    QCOMPARE(model.record(1).id, 20);
+    QCOMPARE(model.record(4).id, 50);
+    QCOMPARE(model.deleteRows({ 1, 4 }), 2);
+
+    TracedConnection traced(db, dir.filePath(u"save.sql"_s));
+    const QList<NoticeBoard::Failure> failures
+        = model.commit(traced.connection(), dir.hives(), dir.programDir());
+    QVERIFY(failures.isEmpty());
+    QCOMPARE(traced.statements(),
+        (QStringList { u"DELETE FROM CONTENTS where OCONTENTSID=50;"_s,
+            u"DELETE FROM CONTENTS where OCONTENTSID=20;"_s }));
+    QVERIFY(!model.hasPendingDeletions());
+    QCOMPARE(db.column(u"SELECT OCONTENTSID FROM CONTENTS ORDER BY OCONTENTSID"_s),
+        (QStringList { u"10"_s, u"30"_s, u"40"_s, u"60"_s }));
+    QVERIFY(!QFileInfo::exists(work.filePath(u"S-50"_s)));
+    QVERIFY(QFileInfo::exists(uploads + u"/S-50"_s));
+}
+
+void TestNotices::failingDeleteDoesNotStopTheOthers()
+{
+    QFETCH(TestDatabase::Backend, backend);
+    TempServerDir dir;
+    TestDatabase db(backend, dir.programDir());
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    QVERIFY(db.execAll({ insertNotice(1, u"A"_s, u"2007-10-03"_s, u"S-1"_s),
+        insertNotice(2, u"B"_s, u"2007-10-02"_s, u"S-2"_s),
+        insertNotice(3, u"C"_s, u"2007-10-01"_s, u"S-3"_s) }));
+    QString error;
+    QVERIFY2(refuseDeletionOf(db, 2, &error), qPrintable(error));
+
+    // The upload folder comes from the registry this time.
+    QTemporaryDir uploads;
+    QTemporaryDir work;
+    QVERIFY(setUploadPath(dir.hives(), uploads.path()));
+    for (const QString &id : { u"S-1"_s, u"S-2"_s, u"S-3"_s }) {
+        QVERIFY(makeItem(uploads.filePath(id), false));
+        QVERIFY(makeItem(work.filePath(id), false));
+    }
+    WorkingDirectory cwd(work.path());
+
+    NoticeListModel model;
+    {
+        DbConnection connection = db.connect();
+        model.setRecords(NoticeBoard::load(connection));
+    }
+    QCOMPARE(model.deleteRows({ 0, 1, 2 }), 3);
+
+    ScriptedMessageService messages;
+    DbSession session(dir.hives(), dir.iniPath(), dir.databasePath(), messages);
+    TracedConnection traced(db, dir.filePath(u"save.sql"_s));
+    const QList<NoticeBoard::Failure> failures
+        = model.commit(traced.connection(), dir.hives(), dir.programDir(), &session);
+    QCOMPARE(traced.statements(),
+        (QStringList { u"DELETE FROM CONTENTS where OCONTENTSID=3;"_s,
+            u"DELETE FROM CONTENTS where OCONTENTSID=2;"_s,
+            u"DELETE FROM CONTENTS where OCONTENTSID=1;"_s }));
+    QCOMPARE(failures.size(), 1);
+    QCOMPARE(failures.at(0).noticeId, 2);
+    QVERIFY2(failures.at(0).error.formatted().contains(u"notice is locked"_s),
+        qPrintable(failures.at(0).error.formatted()));
+    QCOMPARE(session.lastErrorText(), failures.at(0).error.formatted());
+    QVERIFY(messages.boxes().isEmpty()); // reporting is the caller's
+    QVERIFY(!model.hasPendingDeletions());
+    QCOMPARE(db.column(u"SELECT OCONTENTSID FROM CONTENTS"_s), QStringList { u"2"_s });
+    // The refused notice is still in the database, so its files stay.
+    QVERIFY(!QFileInfo::exists(work.filePath(u"S-1"_s)));
+    QVERIFY(QFileInfo::exists(work.filePath(u"S-2"_s)));
+    QVERIFY(!QFileInfo::exists(work.filePath(u"S-3"_s)));
+}
+
+QTEST_GUILESS_MAIN(TestNotices)
+#include "tst_notices.moc"

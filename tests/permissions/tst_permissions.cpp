@@ -1,0 +1,565 @@
+#include "AccessTokenTable.h"
+#include "CAccessToken.h"
+#include "DbConnection.h"
+#include "SqlTrace.h"
+#include "TempServerDir.h"
+#include "TestDatabase.h"
+#include "VoipAccountPool.h"
+
+#include <QFile>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Flags = QList<int>; // the eight flags in table order
+
+Flags flagsOf(const CAccessToken &token)
+{
+    Flags flags;
+    for (int f = 0; f < CAccessToken::FeatureCount; ++f)
+        flags.append(token.rawFlag(CAccessToken::Feature(f)));
+    return flags;
+}
+
+CAccessToken tokenWith(const Flags &flags)
+{
+    CAccessToken token;
+    for (int f = 0; f < CAccessToken::FeatureCount; ++f)
+        token.setFlag(CAccessToken::Feature(f), flags.at(f) != 0);
+    return token;
+}
+
+// A connection whose statements are written to a trace file, so that a test
+// sees exactly what the console sent.
+class TracedConnection
+{
+public:
+    TracedConnection(const TestDatabase &db, const QString &tracePath)
+        : m_path(tracePath)
+        , m_trace(tracePath)
+        , m_connection(DbConnection::open(db.connectionString(), &m_trace))
+    { }
+    DbConnection &connection() { return m_connection; }
+    QStringList statements() const
+    {
+        QFile file(m_path);
+        if (!file.open(QIODevice::ReadOnly))
+            return { u"<no trace>"_s };
+        QStringList lines = QString::fromUtf8(file.readAll()).split(u'\n');
+        lines.removeLast();
+        return lines;
+    }
+
+private:
+    QString m_path;
+    SqlTrace m_trace;
+    DbConnection m_connection;
+};
+
+const QString SelectTokens
+    = u"SELECT \t\t\t\tOMemberID, MessageOn, ChatOn, FileTransferOn, TTSOn, "
+      "VoiceToPhoneOn, OneToOneCallOn, SMSOn, VoipOn \t\t\tFROM AccessToken"_s;
+const QString SelectAccounts
+    = u"SELECT\t\t\t\t\t\t\t\t\t\t\t\t\t\t\tOMemberID, ID, Pass\t\t\t\t\t\t\t\t\tFROM VoipInfo"_s;
+
+QString insertToken(int id, const Flags &f)
+{
+    QString values = u"'%1'"_s.arg(id);
+    for (int flag : f)
+        values += u",'%1'"_s.arg(flag);
+    return u"INSERT INTO AccessToken \t\t\t\t(OMemberID, MessageOn, ChatOn, FileTransferOn, TTSOn, "
+           "VoiceToPhoneOn, OneToOneCallOn, SMSOn, VoipOn) \t\t\tVALUES \t\t\t\t( "_s
+        + values + u") "_s;
+}
+
+QString insertAccount(int id, const QString &voipId, const QString &password)
+{
+    return u"INSERT INTO VoipInfo \t\t\t\t(OMemberID, ID, Pass) \t\t\tVALUES \t\t\t\t( '"_s
+        + QString::number(id) + u"', '"_s + voipId + u"', '"_s + password + u"') "_s;
+}
+
+const Flags Defaults { 1, 1, 1, 1, 1, 1, 1, 0 };
+const Flags AllOn { 1, 1, 1, 1, 1, 1, 1, 1 };
+
+} // namespace
+
+class TestPermissions : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    // Records and rules.
+    void flagRule_data();
+    void flagRule();
+    void defaultRecordsDoNotMarkModified();
+    void addMember_data();
+    void addMember();
+    void removalsMarkModified();
+    void checkAllTouchesOnlyTheGivenMembers();
+    void voipEditMovesThePoolAccount();
+    void poolOperations();
+
+    // Against the databases.
+    void loadReadsBothTables_data() { backends(); }
+    void loadReadsBothTables();
+    void saveWithoutChangeSendsNothing_data() { backends(); }
+    void saveWithoutChangeSendsNothing();
+    void memberWithoutRowIsWrittenAfterAChange_data() { backends(); }
+    void memberWithoutRowIsWrittenAfterAChange();
+    void quoteInVoipAccountBreaksItsStatement_data();
+    void quoteInVoipAccountBreaksItsStatement();
+    void deletedMembersLeaveTheTables_data() { backends(); }
+    void deletedMembersLeaveTheTables();
+    void roundTrip_data() { backends(); }
+    void roundTrip();
+    void poolLoad_data() { backends(); }
+    void poolLoad();
+    void poolSaveUpdatesExistingRowsOnly_data() { backends(); }
+    void poolSaveUpdatesExistingRowsOnly();
+    void quoteInPoolIdBreaksItsUpdate_data() { backends(); }
+    void quoteInPoolIdBreaksItsUpdate();
+
+private:
+    static void backends()
+    {
+        TestDatabase::addBackendColumn();
+        TestDatabase::addBackendRows();
+    }
+};
+
+void TestPermissions::flagRule_data()
+{
+    QTest::addColumn<Flags>("before");
+    QTest::addColumn<int>("feature");
+    QTest::addColumn<bool>("on");
+    QTest::addColumn<Flags>("after");
+
+    QTest::newRow("messages off clears file transfer")
+        << AllOn << int(CAccessToken::MessageOn) << false << Flags { 0, 1, 0, 1, 1, 1, 1, 1 };
+    QTest::newRow("messages on leaves file transfer off") << Flags { 0, 0, 0, 0, 0, 0, 0,
+        0 } << int(CAccessToken::MessageOn) << true << Flags { 1, 0, 0, 0, 0, 0, 0, 0 };
+    QTest::newRow("file transfer on sets messages")
+        << Flags { 0, 0, 0, 0, 0, 0, 0, 0 } << int(CAccessToken::FileTransferOn) << true
+        << Flags { 1, 0, 1, 0, 0, 0, 0, 0 };
+    QTest::newRow("file transfer off leaves messages on")
+        << AllOn << int(CAccessToken::FileTransferOn) << false << Flags { 1, 1, 0, 1, 1, 1, 1, 1 };
+    QTest::newRow("chat alone") << AllOn << int(CAccessToken::ChatOn) << false
+                                << Flags { 1, 0, 1, 1, 1, 1, 1, 1 };
+    QTest::newRow("voip alone") << Flags { 0, 0, 0, 0, 0, 0, 0, 0 } << int(CAccessToken::VoipOn)
+                                << true << Flags { 0, 0, 0, 0, 0, 0, 0, 1 };
+    QTest::newRow("sms alone") << AllOn << int(CAccessToken::SMSOn) << false
+                               << Flags { 1, 1, 1, 1, 1, 1, 0, 1 };
+}
+
+void TestPermissions::flagRule()
+{
+    QFETCH(Flags, before);
+    QFETCH(int, feature);
+    QFETCH(bool, on);
+    QFETCH(Flags, after);
+
+    AccessTokenTable table;
+    table.ensureToken(7) = tokenWith(before);
+    table.setFlag(7, CAccessToken::Feature(feature), on);
+    QCOMPARE(flagsOf(*table.token(7)), after);
+    QVERIFY(table.isModified());
+}
+
+void TestPermissions::defaultRecordsDoNotMarkModified()
+{
+    AccessTokenTable table;
+    table.ensureRecords(5);
+    QVERIFY(!table.isModified());
+    QCOMPARE(flagsOf(*table.token(5)), Defaults);
+    QCOMPARE(*table.voipAccount(5), VoipAccount());
+
+    // Existing records are left as they are.
+    table.setFlag(5, CAccessToken::VoipOn, true);
+    table.editVoipAccount(5, AccessTokenTable::VoipField::Id, u"8001"_s);
+    table.setModified(false);
+    table.ensureRecords(5);
+    QCOMPARE(flagsOf(*table.token(5)), AllOn);
+    QCOMPARE(table.voipAccount(5)->id, u"8001"_s);
+    QVERIFY(!table.isModified());
+}
+
+void TestPermissions::addMember_data()
+{
+    QTest::addColumn<QString>("voipId");
+    QTest::addColumn<int>("voipOn");
+    QTest::newRow("with account") << u"8001"_s << 1;
+    QTest::newRow("without account") << QString() << 0;
+}
+
+void TestPermissions::addMember()
+{
+    QFETCH(QString, voipId);
+    QFETCH(int, voipOn);
+
+    AccessTokenTable table;
+    table.addMember(12, voipId, u"secret"_s);
+    QCOMPARE(flagsOf(*table.token(12)), (Flags { 1, 1, 1, 1, 1, 1, 1, voipOn }));
+    QCOMPARE(*table.voipAccount(12), (VoipAccount { voipId, u"secret"_s }));
+    QVERIFY(table.isModified());
+}
+
+void TestPermissions::removalsMarkModified()
+{
+    AccessTokenTable table;
+    table.addMember(1, u"8001"_s, u"p"_s);
+    table.setModified(false);
+
+    table.removeMemberPermissions(1);
+    QVERIFY(table.isModified());
+    QVERIFY(!table.token(1));
+    QVERIFY(table.voipAccount(1));
+
+    table.setModified(false);
+    table.removeMemberVoipAccount(1);
+    QVERIFY(table.isModified());
+    QVERIFY(!table.voipAccount(1));
+
+    // Deleting a member that had no records still means the tables must be rewritten.
+    table.setModified(false);
+    table.removeMemberPermissions(99);
+    QVERIFY(table.isModified());
+}
+
+void TestPermissions::checkAllTouchesOnlyTheGivenMembers()
+{
+    AccessTokenTable table;
+    for (qint32 id : { 1, 2, 3 }) {
+        table.ensureRecords(id);
+        table.setFlag(id, CAccessToken::MessageOn, false);
+    }
+    table.setModified(false);
+
+    table.setFlagForMembers({ 1, 3 }, CAccessToken::FileTransferOn, true);
+    QVERIFY(table.isModified());
+    QVERIFY(table.token(1)->flag(CAccessToken::FileTransferOn));
+    QVERIFY(table.token(1)->flag(CAccessToken::MessageOn));
+    QVERIFY(table.token(3)->flag(CAccessToken::MessageOn));
+    QVERIFY(!table.token(2)->flag(CAccessToken::FileTransferOn));
+    QVERIFY(!table.token(2)->flag(CAccessToken::MessageOn));
+
+    table.setModified(false);
+    table.setFlagForMembers({}, CAccessToken::ChatOn, false);
+    QVERIFY(!table.isModified());
+}
+
+void TestPermissions::voipEditMovesThePoolAccount()
+{
+    VoipAccountPool pool;
+    pool.append({ u"8001"_s, u"a"_s, 5 });
+    pool.append({ u"8002"_s, u"b"_s, 0 });
+    pool.append({ u"8003"_s, u"c"_s, 9 });
+
+    AccessTokenTable table;
+    table.addMember(5, u"8001"_s, u"a"_s);
+    table.setModified(false);
+
+    table.editVoipAccount(5, AccessTokenTable::VoipField::Id, u"8002"_s, &pool);
+    QVERIFY(table.isModified());
+    QCOMPARE(table.voipAccount(5)->id, u"8002"_s);
+    QCOMPARE(pool.entries().at(0).memberId, 0);
+    QCOMPARE(pool.entries().at(1).memberId, 5);
+    QCOMPARE(pool.entries().at(2).memberId, 9);
+
+    // The password edit re-applies the id it has: the member keeps 8002.
+    table.editVoipAccount(5, AccessTokenTable::VoipField::Password, u"new"_s, &pool);
+    QCOMPARE(*table.voipAccount(5), (VoipAccount { u"8002"_s, u"new"_s }));
+    QCOMPARE(pool.entries().at(1).memberId, 5);
+
+    // An id that is not in the pool only releases what the member held.
+    table.editVoipAccount(5, AccessTokenTable::VoipField::Id, u"private-line"_s, &pool);
+    QCOMPARE(pool.entries().at(1).memberId, 0);
+    QCOMPARE(pool.firstFree(), 0);
+}
+
+void TestPermissions::poolOperations()
+{
+    VoipAccountPool pool;
+    QCOMPARE(pool.firstFree(), -1);
+    QVERIFY(!pool.assignFirstFree(1));
+
+    pool.append({ u"8001"_s, u"a"_s, 3 });
+    pool.append({ u"8002"_s, u"b"_s, 0 });
+    pool.append({ u"8003"_s, u"c"_s, 0 });
+    QCOMPARE(pool.firstFree(), 1);
+    const VoipAccountPool::Entry *taken = pool.assignFirstFree(4);
+    QVERIFY(taken);
+    QCOMPARE(taken->voipId, u"8002"_s);
+    QCOMPARE(pool.firstFree(), 2);
+
+    QVERIFY(pool.assign(2, 3));
+    QCOMPARE(pool.releaseMember(3), 2);
+    QCOMPARE(pool.entries().at(0).memberId, 0);
+    QCOMPARE(pool.entries().at(2).memberId, 0);
+    QCOMPARE(pool.entries().at(1).memberId, 4);
+    QVERIFY(!pool.assign(3, 1));
+    QVERIFY(!pool.assign(-1, 1));
+    QCOMPARE(pool.indexOfVoipId(u"8003"_s), 2);
+    QCOMPARE(pool.indexOfVoipId(u"8004"_s), -1);
+}
+
+void TestPermissions::loadReadsBothTables()
+{
+    QFETCH(TestDatabase::Backend, backend);
+    TempServerDir dir;
+    TestDatabase db(backend, dir.programDir());
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    QVERIFY2(db.execAll({
+                 u"INSERT INTO AccessToken VALUES (3, 1, 1, 1, 1, 1, 1, 1, 1)"_s,
+                 u"INSERT INTO AccessToken VALUES (1, 0, 1, 0, 1, 0, 1, 0, 1)"_s,
+                 // Any non-zero value is on; a later row for the same member wins.
+                 u"INSERT INTO AccessToken VALUES (2, 1, 1, 1, 1, 1, 1, 1, 1)"_s,
+                 u"INSERT INTO AccessToken VALUES (2, 5, 0, -1, 0, 0, 0, 0, 2)"_s,
+                 // NULL flags are off; a row naming no member is not the console's.
+                 u"INSERT INTO AccessToken (OMemberID, MessageOn) VALUES (4, 1)"_s,
+                 u"INSERT INTO AccessToken (MessageOn) VALUES (1)"_s,
+                 u"INSERT INTO VoipInfo VALUES (3, '8003', 'pw3')"_s,
+                 u"INSERT INTO VoipInfo VALUES (1, NULL, NULL)"_s,
+                 u"INSERT INTO VoipInfo VALUES (3, '8033', 'pw33')"_s,
+             }),
+        qPrintable(db.errorString()));
+
+    TracedConnection traced(db, dir.filePath(u"trace.sql"_s));
+    AccessTokenTable table;
+    table.addMember(77, u"stale"_s, u"x"_s); // a load replaces everything
+    table.load(traced.connection());
+
+    QCOMPARE(traced.statements(), (QStringList { SelectTokens, SelectAccounts }));
+    QVERIFY(!table.isModified());
+    QCOMPARE(table.tokens().size(), size_t(4));
+    QCOMPARE(flagsOf(*table.token(1)), (Flags { 0, 1, 0, 1, 0, 1, 0, 1 }));
+    QCOMPARE(flagsOf(*table.token(2)), (Flags { 1, 0, 1, 0, 0, 0, 0, 1 }));
+    QCOMPARE(flagsOf(*table.token(3)), AllOn);
+    QCOMPARE(flagsOf(*table.token(4)), (Flags { 1, 0, 0, 0, 0, 0, 0, 0 }));
+    QCOMPARE(table.voipAccounts().size(), size_t(2));
+    QCOMPARE(*table.voipAccount(3), (VoipAccount { u"8033"_s, u"pw33"_s }));
+    QCOMPARE(*table.voipAccount(1), VoipAccount());
+}
+
+void TestPermissions::saveWithoutChangeSendsNothing()
+{
+    QFETCH(TestDatabase::Backend, backend);
+    TempServerDir dir;
+    TestDatabase db(backend, dir.programDir());
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    QVERIFY(db.exec(u"INSERT INTO AccessToken VALUES (1, 1, 1, 1, 1, 1, 1, 1, 1)"_s));
+
+    AccessTokenTable table;
+    {
+        TracedConnection traced(db, dir.filePath(u"load.sql"_s));
+        table.load(traced.connection());
+    }
+    table.ensureRecords(1);
+    table.ensureRecords(2); // shown without records: defaults, still no change
+
+    TracedConnection traced(db, dir.filePath(u"save.sql"_s));
+    table.save(traced.connection());
+    QCOMPARE(traced.statements(), QStringList());
+    QCOMPARE(db.count(u"AccessToken"_s), qint64(1));
+}
+
+void TestPermissions::memberWithoutRowIsWrittenAfterAChange()
+{
+    QFETCH(TestDatabase::Backend, backend);
+    TempServerDir dir;
+    TestDatabase db(backend, dir.programDir());
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    QVERIFY(db.execAll({ u"INSERT INTO AccessToken VALUES (9, 1, 1, 1, 1, 1, 1, 1, 1)"_s,
+        u"INSERT INTO VoipInfo VALUES (9, '8009', 'p9')"_s }));
+
+    AccessTokenTable table;
+    {
+        DbConnection connection = db.connect();
+        table.load(connection);
+    }
+    table.ensureRecords(5); // a member shown without any row
+    table.setFlag(10, CAccessToken::MessageOn, false);
+
+    TracedConnection traced(db, dir.filePath(u"save.sql"_s));
+    table.save(traced.connection());
+    QVERIFY(!table.isModified());
+    QCOMPARE(traced.statements(),
+        (QStringList {
+            u"DELETE FROM AccessToken"_s,
+            insertToken(5, Defaults),
+            insertToken(9, AllOn),
+            insertToken(10, { 0, 1, 0, 1, 1, 1, 1, 0 }),
+            u"DELETE FROM VoipInfo"_s,
+            insertAccount(5, {}, {}),
+            insertAccount(9, u"8009"_s, u"p9"_s),
+        }));
+
+    AccessTokenTable reread;
+    {
+        DbConnection connection = db.connect();
+        reread.load(connection);
+    }
+    QCOMPARE(flagsOf(*reread.token(5)), Defaults);
+    QCOMPARE(*reread.voipAccount(5), VoipAccount());
+}
+
+void TestPermissions::quoteInVoipAccountBreaksItsStatement_data()
+{
+    QTest::addColumn<TestDatabase::Backend>("backend");
+    QTest::addColumn<QString>("voipId");
+    QTest::addColumn<QString>("password");
+    for (TestDatabase::Backend backend : TestDatabase::availableBackends()) {
+        const QByteArray name = TestDatabase::backendName(backend).toUtf8();
+        QTest::newRow((name + " id").constData()) << backend << u"80'01"_s << u"pw"_s;
+        QTest::newRow((name + " password").constData()) << backend << u"8001"_s << u"p'w"_s;
+    }
+}
+
+void TestPermissions::quoteInVoipAccountBreaksItsStatement()
+{
+    QFETCH(TestDatabase::Backend, backend);
+    QFETCH(QString, voipId);
+    QFETCH(QString, password);
+    TempServerDir dir;
+    TestDatabase db(backend, dir.programDir());
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    QVERIFY(db.exec(u"INSERT INTO VoipInfo VALUES (1, '7001', 'old')"_s));
+
+    AccessTokenTable table;
+    table.addMember(1, u"7001"_s, u"old"_s);
+    table.addMember(2, voipId, password);
+    table.addMember(3, u"7003"_s, u"p3"_s);
+
+    TracedConnection traced(db, dir.filePath(u"save.sql"_s));
+    QVERIFY_THROWS_EXCEPTION(DbException, table.save(traced.connection()));
+    // The text went out as it stands, and nothing after it ran.
+    QCOMPARE(traced.statements().last(), insertAccount(2, voipId, password));
+    QVERIFY(table.isModified());
+    QCOMPARE(db.count(u"AccessToken"_s), qint64(3));
+    QCOMPARE(db.column(u"SELECT ID FROM VoipInfo"_s), (QStringList { u"7001"_s }));
+}
+
+void TestPermissions::deletedMembersLeaveTheTables()
+{
+    QFETCH(TestDatabase::Backend, backend);
+    TempServerDir dir;
+    TestDatabase db(backend, dir.programDir());
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    QVERIFY(db.execAll({
+        u"INSERT INTO AccessToken VALUES (1, 1, 1, 1, 1, 1, 1, 1, 1)"_s,
+        u"INSERT INTO AccessToken VALUES (2, 1, 1, 1, 1, 1, 1, 1, 0)"_s,
+        u"INSERT INTO VoipInfo VALUES (1, '8001', 'a')"_s,
+        u"INSERT INTO VoipInfo VALUES (2, '', '')"_s,
+    }));
+
+    AccessTokenTable table;
+    {
+        DbConnection connection = db.connect();
+        table.load(connection);
+    }
+    table.removeMemberPermissions(1);
+    table.removeMemberVoipAccount(1);
+    DbConnection connection = db.connect();
+    table.save(connection);
+
+    QCOMPARE(db.column(u"SELECT OMemberID FROM AccessToken"_s), (QStringList { u"2"_s }));
+    QCOMPARE(db.column(u"SELECT OMemberID FROM VoipInfo"_s), (QStringList { u"2"_s }));
+}
+
+void TestPermissions::roundTrip()
+{
+    QFETCH(TestDatabase::Backend, backend);
+    TempServerDir dir;
+    TestDatabase db(backend, dir.programDir());
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+
+    AccessTokenTable table;
+    table.addMember(-3, u"8001"_s, u"密码"_s);
+    table.addMember(2147483647, {}, u"semi;colon"_s);
+    table.addMember(40, u"back\\slash"_s, {});
+    table.setFlag(40, CAccessToken::TTSOn, false);
+    table.setFlag(40, CAccessToken::OneToOneCallOn, false);
+    DbConnection connection = db.connect();
+    table.save(connection);
+
+    AccessTokenTable reread;
+    reread.load(connection);
+    QCOMPARE(reread.tokens(), table.tokens());
+    QCOMPARE(reread.voipAccounts(), table.voipAccounts());
+}
+
+void TestPermissions::poolLoad()
+{
+    QFETCH(TestDatabase::Backend, backend);
+    TempServerDir dir;
+    TestDatabase db(backend, dir.programDir());
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    QVERIFY(db.execAll({
+        u"INSERT INTO VoipNumberList VALUES ('8001', 'a', 0)"_s,
+        u"INSERT INTO VoipNumberList VALUES ('8002', 'b', 7)"_s,
+        u"INSERT INTO VoipNumberList VALUES ('8003', NULL, NULL)"_s,
+    }));
+
+    TracedConnection traced(db, dir.filePath(u"load.sql"_s));
+    VoipAccountPool pool;
+    pool.append({ u"stale"_s, {}, 0 });
+    int counted = -1;
+    pool.load(traced.connection(), [&counted](int count) { counted = count; });
+
+    QCOMPARE(traced.statements(),
+        (QStringList { u"SELECT COUNT(*) FROM VoipNumberList"_s,
+            u"SELECT VOIP_ID, VOIP_PASS, OMemberID FROM VoipNumberList"_s }));
+    QCOMPARE(counted, 3);
+    QCOMPARE(pool.entries(),
+        (QList<VoipAccountPool::Entry> {
+            { u"8001"_s, u"a"_s, 0 }, { u"8002"_s, u"b"_s, 7 }, { u"8003"_s, {}, 0 } }));
+}
+
+void TestPermissions::poolSaveUpdatesExistingRowsOnly()
+{
+    QFETCH(TestDatabase::Backend, backend);
+    TempServerDir dir;
+    TestDatabase db(backend, dir.programDir());
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    QVERIFY(db.execAll({
+        u"INSERT INTO VoipNumberList VALUES ('8001', 'a', 0)"_s,
+        u"INSERT INTO VoipNumberList VALUES ('8002', 'b', 7)"_s,
+    }));
+
+    VoipAccountPool pool;
+    {
+        DbConnection connection = db.connect();
+        pool.load(connection);
+    }
+    pool.releaseMember(7);
+    pool.assignFirstFree(12);
+    pool.append({ u"9999"_s, u"z"_s, 3 }); // not a row of the table
+
+    TracedConnection traced(db, dir.filePath(u"save.sql"_s));
+    pool.save(traced.connection());
+    QCOMPARE(traced.statements(),
+        (QStringList { u"UPDATE VoipNumberList SET OMemberID = 12 WHERE VOIP_ID = '8001'"_s,
+            u"UPDATE VoipNumberList SET OMemberID = 0 WHERE VOIP_ID = '8002'"_s,
+            u"UPDATE VoipNumberList SET OMemberID = 3 WHERE VOIP_ID = '9999'"_s }));
+    QCOMPARE(
+        db.rows(u"SELECT VOIP_ID, OMemberID FROM VoipNumberList ORDER BY VOIP_ID"_s).size(), 2);
+    QCOMPARE(db.column(u"SELECT OMemberID FROM VoipNumberList ORDER BY VOIP_ID"_s),
+        (QStringList { u"12"_s, u"0"_s }));
+}
+
+void TestPermissions::quoteInPoolIdBreaksItsUpdate()
+{
+    QFETCH(TestDatabase::Backend, backend);
+    TempServerDir dir;
+    TestDatabase db(backend, dir.programDir());
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+
+    VoipAccountPool pool;
+    pool.append({ u"80'01"_s, u"a"_s, 5 });
+    DbConnection connection = db.connect();
+    QVERIFY_THROWS_EXCEPTION(DbException, pool.save(connection));
+}
+
+QTEST_GUILESS_MAIN(TestPermissions)
+#include "tst_permissions.moc"

@@ -1,0 +1,41 @@
+#include "ServerDataCounts.h"
+
+#include "Directory.h"
+#include "NoticeListModel.h"
+#include "PositionListModel.h"
+#include "ServerData.h"
+
+using namespace Qt::StringLiterals;
+
+QJsonObject ServerDataCounts::of(const ServerData &data)
+{
+    const Directory &directory = *data.directory();
+    const int regularMembers = directory.regularMembers()->rowCount();
+    const int guestMembers = directory.guestMembers()->rowCount();
+    int freeAccounts = 0;
+    for (const VoipAccountPool::Entry &entry : data.voipPool().entries())
+        freeAccounts += entry.isFree() ? 1 : 0;
+
+    return QJsonObject {
+        { u"members"_s,
+            QJsonObject { { u"regular"_s, regularMembers }, { u"guest"_s, guestMembers },
+                { u"total"_s, regularMembers + guestMembers },
+                { u"index"_s, int(directory.memberIndex().size()) } } },
+        { u"groups"_s,
+            QJsonObject { { u"regular"_s, directory.regularTree()->tree().groupCount() },
+                { u"guest"_s, directory.guestTree()->tree().groupCount() } } },
+        { u"memberships"_s,
+            QJsonObject { { u"regular"_s, directory.regularTree()->tree().membershipCount() },
+                { u"guest"_s, directory.guestTree()->tree().membershipCount() } } },
+        { u"positions"_s, data.positions()->list().count() },
+        { u"defaultPosition"_s, data.positions()->list().defaultId },
+        { u"accessTokens"_s, int(data.permissions().tokens().size()) },
+        { u"voipAccounts"_s, int(data.permissions().voipAccounts().size()) },
+        { u"pool"_s,
+            QJsonObject { { u"total"_s, data.voipPool().size() }, { u"free"_s, freeAccounts } } },
+        { u"folders"_s, int(data.fileBox().folders().size()) },
+        { u"groupRights"_s, int(data.fileBox().groupRights().size()) },
+        { u"memberRights"_s, int(data.fileBox().memberRights().size()) },
+        { u"notices"_s, data.notices()->rowCount() },
+    };
+}
