@@ -34,10 +34,11 @@ DbError errorFrom(const QSqlError &error, const QString &source)
     throw DbException(DbError { DbError::Unspecified, source, description });
 }
 
-// QODBC puts "DSN=" before a string that names neither DRIVER= nor SERVER=, and
-// "FILEDSN=" before one that mentions ".dsn"; for a DSN string that would double
-// the key. Handing it the string with its DSN pair moved to the front and that
-// key left out makes unixODBC see the pairs as they stand.
+// QODBC puts "DSN=" before a string that names neither "DRIVER=" nor "SERVER="
+// (literally), and "FILEDSN=" before one that mentions ".dsn"; that would break
+// a data source string or a "Driver = {...}" string. The driver key is respelt,
+// and a DSN pair is moved to the front with its key left out, so that unixODBC
+// sees the pairs as they stand.
 QString qodbcDatabaseName(const QString &connectionString)
 {
     if (connectionString.contains(u".dsn"_s, Qt::CaseInsensitive)) {
@@ -49,8 +50,16 @@ QString qodbcDatabaseName(const QString &connectionString)
     if (connectionString.contains(u"DRIVER="_s, Qt::CaseInsensitive)
         || connectionString.contains(u"SERVER="_s, Qt::CaseInsensitive))
         return connectionString;
-    static const QRegularExpression dsnPair(u"(^|;)\\s*DSN\\s*=([^;]*)(;|$)"_s,
-                                            QRegularExpression::CaseInsensitiveOption);
+    // "Driver = {...}" names a driver too; QODBC recognises only "DRIVER=".
+    static const QRegularExpression spacedDriverKey(
+        u"(^|;)\\s*DRIVER\\s*="_s, QRegularExpression::CaseInsensitiveOption);
+    if (connectionString.contains(spacedDriverKey)) {
+        QString normalised = connectionString;
+        normalised.replace(spacedDriverKey, u"\\1DRIVER="_s);
+        return normalised;
+    }
+    static const QRegularExpression dsnPair(
+        u"(^|;)\\s*DSN\\s*=([^;]*)(;|$)"_s, QRegularExpression::CaseInsensitiveOption);
     const QRegularExpressionMatch match = dsnPair.match(connectionString);
     if (!match.hasMatch())
         return connectionString;

@@ -13,17 +13,17 @@ Directory::Directory(QObject *parent)
     m_guestTree->setMemberIndex(&m_index);
     for (MemberListModel *model : { m_regularMembers, m_guestMembers }) {
         connect(model, &QAbstractItemModel::dataChanged, this,
-                [this, model](const QModelIndex &topLeft, const QModelIndex &bottomRight) {
-                    onMembersChanged(model, topLeft, bottomRight);
-                });
+            [this, model](const QModelIndex &topLeft, const QModelIndex &bottomRight) {
+                onMembersChanged(model, topLeft, bottomRight);
+            });
     }
     for (GroupTreeModel *model : { m_regularTree, m_guestTree }) {
         connect(model, &QAbstractItemModel::dataChanged, this,
-                [this](const QModelIndex &, const QModelIndex &, const QList<int> &roles) {
-                    // Label refreshes after member edits are no edits of the tree.
-                    if (roles.contains(Qt::EditRole) || roles.contains(GroupTreeModel::RankIdRole))
-                        Q_EMIT edited();
-                });
+            [this](const QModelIndex &, const QModelIndex &, const QList<int> &roles) {
+                // Label refreshes after member edits are no edits of the tree.
+                if (roles.contains(Qt::EditRole) || roles.contains(GroupTreeModel::RankIdRole))
+                    Q_EMIT edited();
+            });
     }
     // Rows added, removed or moved directly on a model (drops, moves) are edits too.
     for (QAbstractItemModel *model : std::initializer_list<QAbstractItemModel *> {
@@ -62,7 +62,7 @@ DirectoryData Directory::toData() const
 DirectoryContent Directory::content() const
 {
     return { m_regularMembers->members(), m_guestMembers->members(), m_regularTree->tree(),
-             m_guestTree->tree() };
+        m_guestTree->tree() };
 }
 
 const UserInfo *Directory::findMember(qint32 id) const
@@ -153,8 +153,8 @@ QModelIndex Directory::addGroup(bool guest, const QModelIndex &parent, const QSt
     return added;
 }
 
-QModelIndex Directory::addMembership(bool guest, const QModelIndex &group, qint32 memberId,
-                                     qint32 rankId)
+QModelIndex Directory::addMembership(
+    bool guest, const QModelIndex &group, qint32 memberId, qint32 rankId)
 {
     const QModelIndex added = tree(guest)->addMembership(group, memberId, rankId);
     if (added.isValid())
@@ -180,8 +180,8 @@ void Directory::markSaved()
     m_deletedLoginNames.clear();
 }
 
-void Directory::onMembersChanged(MemberListModel *model, const QModelIndex &topLeft,
-                                 const QModelIndex &bottomRight)
+void Directory::onMembersChanged(
+    MemberListModel *model, const QModelIndex &topLeft, const QModelIndex &bottomRight)
 {
     // Display names and the like feed the dialogs that name members by id.
     for (int row = topLeft.row(); row <= bottomRight.row(); ++row)

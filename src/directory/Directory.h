@@ -65,8 +65,7 @@ public:
     // Adds a group named name under parent with the next group id.
     QModelIndex addGroup(bool guest, const QModelIndex &parent, const QString &name);
     // Places a member under a group (skipped when already directly there).
-    QModelIndex addMembership(bool guest, const QModelIndex &group, qint32 memberId,
-                              qint32 rankId);
+    QModelIndex addMembership(bool guest, const QModelIndex &group, qint32 memberId, qint32 rankId);
     // Removes a group (with sub-groups and memberships) or a membership.
     bool removeNode(bool guest, const QModelIndex &node);
 
@@ -82,8 +81,8 @@ Q_SIGNALS:
 
 private:
     void noteGroupId(qint32 id);
-    void onMembersChanged(MemberListModel *model, const QModelIndex &topLeft,
-                          const QModelIndex &bottomRight);
+    void onMembersChanged(
+        MemberListModel *model, const QModelIndex &topLeft, const QModelIndex &bottomRight);
 
     MemberListModel *m_regularMembers;
     MemberListModel *m_guestMembers;

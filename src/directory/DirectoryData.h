@@ -11,7 +11,7 @@ struct DirectoryData
 {
     MemberIndex memberIndex;
     MemberList regularMembers; // IsGuestMember 0 (and anything but 1), in load order
-    MemberList guestMembers;   // IsGuestMember 1, in load order
+    MemberList guestMembers; // IsGuestMember 1, in load order
     DirectoryTree regularTree { DirectoryTree::Kind::Regular };
     DirectoryTree guestTree { DirectoryTree::Kind::Guest };
     // The largest group id ever inserted into either tree (0 while none).

@@ -6,11 +6,10 @@
 #include "Recordset.h"
 #include "SqlTemplate.h"
 
-#include <QHash>
-#include <QSet>
-
 #include <algorithm>
 #include <deque>
+#include <QHash>
+#include <QSet>
 
 using namespace Qt::StringLiterals;
 
@@ -19,7 +18,9 @@ namespace {
 class Progress
 {
 public:
-    explicit Progress(LoadProgress *sink) : m_sink(sink) { }
+    explicit Progress(LoadProgress *sink)
+        : m_sink(sink)
+    { }
     void start(const QString &text)
     {
         if (m_sink)
@@ -91,7 +92,7 @@ void readMembers(DbConnection &connection, DirectoryData &data, Progress &progre
               memberLevel = columnOf(set, u"MemberLevel"),
               isGuestMember = columnOf(set, u"IsGuestMember");
     QSet<qint32> flaggedRegular; // ids read from a row with IsGuestMember 0
-    QList<qint32> nullFlagRows;  // rows of regularMembers read with a NULL flag
+    QList<qint32> nullFlagRows; // rows of regularMembers read with a NULL flag
     while (!set.isEOF()) {
         UserInfo member;
         member.loginName = set.textField(memberId);
@@ -166,8 +167,7 @@ public:
         : m_data(data)
         , m_tree(tree)
         , m_unknownParent(unknownParent)
-    {
-    }
+    { }
     GroupReader(const GroupReader &) = delete;
     GroupReader &operator=(const GroupReader &) = delete;
     ~GroupReader() { placeWaiting(); }
@@ -184,8 +184,7 @@ public:
         }
         while (!set.isEOF()) {
             Pending group { intOrZero(set, idColumn), set.textField(nameColumn),
-                            intOrZero(set, positionColumn), intOrZero(set, parentColumn),
-                            m_nextSeq++ };
+                intOrZero(set, positionColumn), intOrZero(set, parentColumn), m_nextSeq++ };
             if (DirectoryNode *parent = m_tree.findGroup(group.parentId))
                 place(parent, std::move(group));
             else
@@ -253,8 +252,8 @@ private:
             auto list = m_waiting.find(parentId);
             if (list == m_waiting.end())
                 continue;
-            auto found = std::find_if(list->begin(), list->end(),
-                                      [seq](const Pending &p) { return p.seq == seq; });
+            auto found = std::find_if(
+                list->begin(), list->end(), [seq](const Pending &p) { return p.seq == seq; });
             if (found == list->end())
                 continue;
             Pending group = std::move(*found);
@@ -277,8 +276,8 @@ private:
     int m_nextSeq = 0;
 };
 
-void readRelations(DbConnection &connection, DirectoryTree &tree, const SqlTemplate &query,
-                   Progress &progress)
+void readRelations(
+    DbConnection &connection, DirectoryTree &tree, const SqlTemplate &query, Progress &progress)
 {
     // Indexed groups in the order they were first indexed, that is as the
     // group queries returned them.
@@ -297,7 +296,7 @@ void readRelations(DbConnection &connection, DirectoryTree &tree, const SqlTempl
             // its id) so that the save writes it back; a second membership of
             // the same member directly under the same group is dropped.
             tree.addMembership(group, intOrZero(set, memberColumn), intOrZero(set, rankColumn),
-                               intOrZero(set, positionColumn));
+                intOrZero(set, positionColumn));
             progress.advance();
             set.moveNext();
         }
@@ -327,15 +326,13 @@ void DirectoryLoader::load(DbConnection &connection, DirectoryData &data, LoadPr
     progress.range(readCount(connection, u"SELECT COUNT(*) FROM [Group]"_s));
     {
         GroupReader regular(data, data.regularTree, data.regularGroupsWithUnknownParent);
-        regular.read(
-            connection,
+        regular.read(connection,
             u"SELECT OGroupID,GroupName,Position,OGroupID_P FROM [Group]  where isGuestGroup = 0 OR isGuestGroup IS NULL ORDER BY Depth, Position"_s,
             progress);
     }
     {
         GroupReader guest(data, data.guestTree, data.guestGroupsWithUnknownParent);
-        guest.read(
-            connection,
+        guest.read(connection,
             u"SELECT OGroupID,GroupName,Position,OGroupID_P FROM [Group]  where isGuestGroup=1 ORDER BY Depth,Position"_s,
             progress);
     }
@@ -345,9 +342,11 @@ void DirectoryLoader::load(DbConnection &connection, DirectoryData &data, LoadPr
     connection.execute(
         u"Update Relation Set IsGuestRelation = 0 WHERE IsGuestRelation <> 0 AND IsGuestRelation <> 1"_s);
     static const SqlTemplate regularRelations(
-        u"SELECT OMemberID,ORankID,Position FROM Relation WHERE OGroupID=%d and OMemberID is not null  and IsGuestRelation=0");
+        u"SELECT OMemberID,ORankID,Position FROM Relation WHERE OGroupID=%d and OMemberID is not "
+        u"null  and IsGuestRelation=0");
     static const SqlTemplate guestRelations(
-        u"SELECT OMemberID,ORankID,Position FROM Relation WHERE OGroupID=%d and OMemberID is not null  and IsGuestRelation=1");
+        u"SELECT OMemberID,ORankID,Position FROM Relation WHERE OGroupID=%d and OMemberID is not "
+        u"null  and IsGuestRelation=1");
     readRelations(connection, data.regularTree, regularRelations, progress);
     readRelations(connection, data.guestTree, guestRelations, progress);
 }

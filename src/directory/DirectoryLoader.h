@@ -13,6 +13,6 @@ class DirectoryLoader
 public:
     // Fills data (cleared first). Raises DbException at the first failing
     // statement or field; whatever was read before stays in data.
-    static void load(DbConnection &connection, DirectoryData &data,
-                     LoadProgress *progress = nullptr);
+    static void load(
+        DbConnection &connection, DirectoryData &data, LoadProgress *progress = nullptr);
 };

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <QString>
-
 #include <memory>
+#include <QString>
 #include <vector>
 
 // A node of a group tree: the root (standing for parent id -1 or -100), a
@@ -14,7 +13,9 @@ class DirectoryNode
 public:
     enum class Kind : quint8 { Root, Group, Membership };
 
-    explicit DirectoryNode(Kind kind) : m_kind(kind) { }
+    explicit DirectoryNode(Kind kind)
+        : m_kind(kind)
+    { }
     DirectoryNode(const DirectoryNode &) = delete;
     DirectoryNode &operator=(const DirectoryNode &) = delete;
 

@@ -27,7 +27,7 @@ DirectoryTree &DirectoryTree::operator=(const DirectoryTree &other)
     // Copies iteratively so that a deep tree cannot exhaust the stack.
     QHash<const DirectoryNode *, DirectoryNode *> copies;
     std::vector<std::pair<const DirectoryNode *, DirectoryNode *>> pending { { other.root(),
-                                                                              m_root.get() } };
+        m_root.get() } };
     while (!pending.empty()) {
         auto [from, to] = pending.back();
         pending.pop_back();
@@ -133,8 +133,8 @@ void DirectoryTree::attach(std::unique_ptr<DirectoryNode> node, DirectoryNode *p
     }
 }
 
-DirectoryNode *DirectoryTree::addGroup(DirectoryNode *parent, qint32 id, const QString &name,
-                                       qint32 position, int row)
+DirectoryNode *DirectoryTree::addGroup(
+    DirectoryNode *parent, qint32 id, const QString &name, qint32 position, int row)
 {
     if (!parent || !parent->isContainer())
         return nullptr;
@@ -150,8 +150,8 @@ DirectoryNode *DirectoryTree::addGroup(DirectoryNode *parent, qint32 id, const Q
     return raw;
 }
 
-DirectoryNode *DirectoryTree::addMembership(DirectoryNode *group, qint32 memberId, qint32 rankId,
-                                            qint32 position, int row)
+DirectoryNode *DirectoryTree::addMembership(
+    DirectoryNode *group, qint32 memberId, qint32 rankId, qint32 position, int row)
 {
     if (!group || !group->isContainer())
         return nullptr;
@@ -168,8 +168,8 @@ DirectoryNode *DirectoryTree::addMembership(DirectoryNode *group, qint32 memberI
     return raw;
 }
 
-DirectoryNode *DirectoryTree::findMembership(qint32 memberId, const DirectoryNode *start,
-                                             bool recursive) const
+DirectoryNode *DirectoryTree::findMembership(
+    qint32 memberId, const DirectoryNode *start, bool recursive) const
 {
     if (!start)
         start = m_root.get();
@@ -257,8 +257,8 @@ std::unique_ptr<DirectoryNode> DirectoryTree::take(DirectoryNode *node)
     return taken;
 }
 
-DirectoryNode *DirectoryTree::insert(std::unique_ptr<DirectoryNode> node, DirectoryNode *newParent,
-                                     int row)
+DirectoryNode *DirectoryTree::insert(
+    std::unique_ptr<DirectoryNode> node, DirectoryNode *newParent, int row)
 {
     if (!node || !newParent || !newParent->isContainer() || node->isRoot())
         return nullptr;

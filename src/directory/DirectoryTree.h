@@ -2,13 +2,12 @@
 
 #include "DirectoryNode.h"
 
+#include <functional>
+#include <memory>
 #include <QHash>
 #include <QList>
 #include <QSet>
 #include <QString>
-
-#include <functional>
-#include <memory>
 
 // One group tree (regular or guest) as plain data: the root, the groups with
 // their memberships, and the index from group id to node. Copyable (deep) and
@@ -47,24 +46,24 @@ public:
     int membershipCount() const { return m_membershipCount; }
 
     // Appends (row -1) or inserts a group under a root or group node and indexes it.
-    DirectoryNode *addGroup(DirectoryNode *parent, qint32 id, const QString &name,
-                            qint32 position = 0, int row = -1);
+    DirectoryNode *addGroup(
+        DirectoryNode *parent, qint32 id, const QString &name, qint32 position = 0, int row = -1);
     // A member stands at most once directly under a group: returns nullptr and
     // changes nothing when it already does.
-    DirectoryNode *addMembership(DirectoryNode *group, qint32 memberId, qint32 rankId,
-                                 qint32 position = 0, int row = -1);
+    DirectoryNode *addMembership(
+        DirectoryNode *group, qint32 memberId, qint32 rankId, qint32 position = 0, int row = -1);
     // The first membership of the member below start (the root when null), in
     // child order and, when recursive, depth-first into sub-groups.
-    DirectoryNode *findMembership(qint32 memberId, const DirectoryNode *start = nullptr,
-                                  bool recursive = true) const;
+    DirectoryNode *findMembership(
+        qint32 memberId, const DirectoryNode *start = nullptr, bool recursive = true) const;
     bool hasMembership(qint32 memberId) const { return findMembership(memberId) != nullptr; }
 
     // Detaches a node (never the root) with its subtree; its groups leave the index.
     std::unique_ptr<DirectoryNode> take(DirectoryNode *node);
     // Re-attaches a detached subtree under newParent at row (-1: last) and
     // indexes its groups again.
-    DirectoryNode *insert(std::unique_ptr<DirectoryNode> node, DirectoryNode *newParent,
-                          int row = -1);
+    DirectoryNode *insert(
+        std::unique_ptr<DirectoryNode> node, DirectoryNode *newParent, int row = -1);
     // Moves a node with its subtree under newParent (a root or group node not
     // inside the node itself) at row (-1: last; the row counts after the node
     // is taken out). The node keeps its record. Returns false when refused.
@@ -77,7 +76,8 @@ public:
     static int depth(const DirectoryNode *node);
 
     // Pre-order walk of every group (parents before children) with its depth.
-    void forEachGroup(const std::function<void(const DirectoryNode *group, int depth)> &visit) const;
+    void forEachGroup(
+        const std::function<void(const DirectoryNode *group, int depth)> &visit) const;
     // Every membership in tree order (pre-order, children in display order).
     void forEachMembership(const std::function<void(const DirectoryNode *membership)> &visit) const;
 

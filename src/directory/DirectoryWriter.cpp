@@ -7,7 +7,6 @@
 #include "SqlTemplate.h"
 
 #include <QHash>
-
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -23,8 +22,7 @@ namespace {
 // group or a membership is its place among the siblings of its own kind, and
 // a group's Depth its level below the root (1 at the top): both come from the
 // tree as it stands, so moves made while editing are what gets saved.
-template<typename Visit>
-void walkContainers(const DirectoryTree &tree, Visit visit)
+template<typename Visit> void walkContainers(const DirectoryTree &tree, Visit visit)
 {
     std::vector<std::pair<const DirectoryNode *, int>> pending { { tree.root(), 0 } };
     while (!pending.empty()) {
@@ -49,8 +47,7 @@ void writeGroups(DbConnection &connection, const DirectoryTree &tree, const SqlT
             if (!group->isGroup())
                 continue;
             connection.execute(insert.format({ qint64(group->id), QStringView(group->name),
-                                               qint64(container->id), position++,
-                                               qint64(depth + 1) }));
+                qint64(container->id), position++, qint64(depth + 1) }));
         }
     });
 }
@@ -59,12 +56,12 @@ void writeMembers(DbConnection &connection, const MemberList &members, const Sql
 {
     for (const UserInfo &m : members) {
         const QString nickname = EscapeMarkers::escape(m.nickname);
-        connection.execute(insert.format(
-            { qint64(m.id), QStringView(m.loginName), QStringView(m.displayName),
-              QStringView(nickname), QStringView(m.password), qint64(m.gender), qint64(m.bPublic),
-              QStringView(m.email), QStringView(m.mobile), QStringView(m.address),
-              QStringView(m.homePhone), QStringView(m.officePhone), QStringView(m.birthday),
-              QStringView(m.description), qint64(m.bSolar), qint64(m.bAdmin) }));
+        connection.execute(
+            insert.format({ qint64(m.id), QStringView(m.loginName), QStringView(m.displayName),
+                QStringView(nickname), QStringView(m.password), qint64(m.gender), qint64(m.bPublic),
+                QStringView(m.email), QStringView(m.mobile), QStringView(m.address),
+                QStringView(m.homePhone), QStringView(m.officePhone), QStringView(m.birthday),
+                QStringView(m.description), qint64(m.bSolar), qint64(m.bAdmin) }));
     }
 }
 
@@ -80,7 +77,7 @@ struct Placement
 };
 
 void writeRelations(DbConnection &connection, const DirectoryTree &tree, const SqlTemplate &insert,
-                    Placement &placement)
+    Placement &placement)
 {
     const quint8 bit = tree.isGuest() ? Placement::Guest : Placement::Regular;
     std::vector<qint32> &order = tree.isGuest() ? placement.guestOrder : placement.regularOrder;
@@ -91,7 +88,7 @@ void writeRelations(DbConnection &connection, const DirectoryTree &tree, const S
             if (!membership->isMembership())
                 continue;
             connection.execute(insert.format({ qint64(membership->id), qint64(container->id),
-                                               qint64(membership->rankId), position++ }));
+                qint64(membership->rankId), position++ }));
             quint8 &trees = placement.trees[membership->id];
             if (!(trees & bit)) {
                 trees |= bit;
@@ -114,7 +111,8 @@ void DirectoryWriter::writeDeletedMembers(DbConnection &connection, const QList<
     static const SqlTemplate myGroup(u"DELETE FROM MyGroup WHERE OMemberID = %d ");
     static const SqlTemplate myMember(
         u"DELETE FROM MyMember WHERE OMemberID = %d OR OMemberID_O = %d ");
-    static const SqlTemplate antenna(u"DELETE FROM Antenna WHERE OMemberID = %d OR OMemberID_O = %d ");
+    static const SqlTemplate antenna(
+        u"DELETE FROM Antenna WHERE OMemberID = %d OR OMemberID_O = %d ");
     for (const qint32 id : deletedIds) {
         connection.execute(relation.format({ qint64(id) }));
         connection.execute(voipInfo.format({ qint64(id) }));
@@ -129,17 +127,27 @@ void DirectoryWriter::writeDeletedMembers(DbConnection &connection, const QList<
 void DirectoryWriter::writeDirectory(DbConnection &connection, const DirectoryContent &content)
 {
     static const SqlTemplate regularGroup(
-        u"INSERT INTO [Group] (OGroupID,GroupName,OGroupID_P,Position,Depth, IsGuestGroup) VALUES  ('%d' ,'%s' ,'%d','%d','%d', 0)");
+        u"INSERT INTO [Group] (OGroupID,GroupName,OGroupID_P,Position,Depth, IsGuestGroup) VALUES  "
+        u"('%d' ,'%s' ,'%d','%d','%d', 0)");
     static const SqlTemplate guestGroup(
-        u"INSERT INTO [Group] (OGroupID,GroupName,OGroupID_P,Position,Depth, IsGuestGroup) VALUES  ('%d' ,'%s' ,'%d','%d','%d', 1)");
+        u"INSERT INTO [Group] (OGroupID,GroupName,OGroupID_P,Position,Depth, IsGuestGroup) VALUES  "
+        u"('%d' ,'%s' ,'%d','%d','%d', 1)");
     static const SqlTemplate regularMember(
-        u"INSERT INTO Member (OMemberID,MemberID,MemberName, MemberNickname, Passwd,Gender,bPublic,Email,HP,Address,HomePhone,OfficePhone,BirthDay,Description,bSolar,bAdmin, IsGuestMember) VALUES  ( '%d', '%s', '%s', '%s', '%s', '%d', '%d', '%s', '%s', '%s', '%s', '%s', '%s', '%s', '%d', '%d', 0 )");
+        u"INSERT INTO Member (OMemberID,MemberID,MemberName, MemberNickname, "
+        u"Passwd,Gender,bPublic,Email,HP,Address,HomePhone,OfficePhone,BirthDay,Description,bSolar,"
+        u"bAdmin, IsGuestMember) VALUES  ( '%d', '%s', '%s', '%s', '%s', '%d', '%d', '%s', '%s', "
+        u"'%s', '%s', '%s', '%s', '%s', '%d', '%d', 0 )");
     static const SqlTemplate guestMember(
-        u"INSERT INTO Member (OMemberID,MemberID,MemberName, MemberNickname, Passwd,Gender,bPublic,Email,HP,Address,HomePhone,OfficePhone,BirthDay,Description,bSolar,bAdmin, IsGuestMember) VALUES  ( '%d', '%s', '%s', '%s', '%s', '%d', '%d', '%s', '%s', '%s', '%s', '%s', '%s', '%s', '%d', '%d', 1 )");
+        u"INSERT INTO Member (OMemberID,MemberID,MemberName, MemberNickname, "
+        u"Passwd,Gender,bPublic,Email,HP,Address,HomePhone,OfficePhone,BirthDay,Description,bSolar,"
+        u"bAdmin, IsGuestMember) VALUES  ( '%d', '%s', '%s', '%s', '%s', '%d', '%d', '%s', '%s', "
+        u"'%s', '%s', '%s', '%s', '%s', '%d', '%d', 1 )");
     static const SqlTemplate regularRelation(
-        u"INSERT INTO Relation (OMemberID,OGroupID,ORankID,Position, IsGuestRelation) VALUES  ('%d' ,'%d' ,'%d','%d', 0)");
+        u"INSERT INTO Relation (OMemberID,OGroupID,ORankID,Position, IsGuestRelation) VALUES  "
+        u"('%d' ,'%d' ,'%d','%d', 0)");
     static const SqlTemplate guestRelation(
-        u"INSERT INTO Relation (OMemberID,OGroupID,ORankID,Position, IsGuestRelation) VALUES  ('%d' ,'%d' ,'%d','%d', 1)");
+        u"INSERT INTO Relation (OMemberID,OGroupID,ORankID,Position, IsGuestRelation) VALUES  "
+        u"('%d' ,'%d' ,'%d','%d', 1)");
     static const SqlTemplate level1(
         u"UPDATE MEMBER SET MemberLevel = 1 \t\t\t\t\t\t\twhere OmemberID = %d");
     static const SqlTemplate level2(

@@ -7,8 +7,7 @@ using namespace Qt::StringLiterals;
 GroupTreeModel::GroupTreeModel(DirectoryTree::Kind kind, QObject *parent)
     : QAbstractItemModel(parent)
     , m_tree(kind)
-{
-}
+{ }
 
 void GroupTreeModel::setTree(DirectoryTree tree)
 {
@@ -36,7 +35,7 @@ void GroupTreeModel::refreshMemberLabels()
         if (container->childCount() > 0) {
             const QModelIndex parent = indexForNode(container);
             Q_EMIT dataChanged(index(0, 0, parent), index(container->childCount() - 1, 0, parent),
-                               { Qt::DisplayRole, MaleRole, RankNameRole });
+                { Qt::DisplayRole, MaleRole, RankNameRole });
         }
     };
     refresh(m_tree.root());
@@ -72,8 +71,8 @@ QModelIndex GroupTreeModel::findGroup(qint32 groupId) const
     return indexForNode(m_tree.findGroup(groupId));
 }
 
-QModelIndex GroupTreeModel::findMembership(qint32 memberId, const QModelIndex &start,
-                                           bool recursive) const
+QModelIndex GroupTreeModel::findMembership(
+    qint32 memberId, const QModelIndex &start, bool recursive) const
 {
     return indexForNode(m_tree.findMembership(memberId, nodeForIndex(start), recursive));
 }
@@ -86,8 +85,8 @@ const UserInfo *GroupTreeModel::memberOf(const DirectoryNode *membership) const
     return it == m_memberIndex->cend() ? nullptr : &it.value();
 }
 
-QModelIndex GroupTreeModel::addGroup(const QModelIndex &parent, qint32 id, const QString &name,
-                                     qint32 position)
+QModelIndex GroupTreeModel::addGroup(
+    const QModelIndex &parent, qint32 id, const QString &name, qint32 position)
 {
     DirectoryNode *container = nodeForIndex(parent);
     if (!container || !container->isContainer())
@@ -99,8 +98,8 @@ QModelIndex GroupTreeModel::addGroup(const QModelIndex &parent, qint32 id, const
     return indexForNode(node);
 }
 
-QModelIndex GroupTreeModel::addMembership(const QModelIndex &group, qint32 memberId,
-                                          qint32 rankId, qint32 position, int row)
+QModelIndex GroupTreeModel::addMembership(
+    const QModelIndex &group, qint32 memberId, qint32 rankId, qint32 position, int row)
 {
     DirectoryNode *container = nodeForIndex(group);
     if (!container || !container->isContainer()

@@ -17,12 +17,12 @@ class GroupTreeModel : public QAbstractItemModel
 public:
     enum Role {
         NodeKindRole = Qt::UserRole + 1, // int of DirectoryNode::Kind
-        GroupIdRole,                     // containers: the group id (root: its marker)
-        MemberIdRole,                    // memberships: the member id
-        RankIdRole,                      // memberships: the position id, -1 = none
-        RankNameRole,                    // memberships: the position name (needs setPositions)
-        PositionRole,                    // the stored order value
-        MaleRole,                        // memberships: the member's gender flag
+        GroupIdRole, // containers: the group id (root: its marker)
+        MemberIdRole, // memberships: the member id
+        RankIdRole, // memberships: the position id, -1 = none
+        RankNameRole, // memberships: the position name (needs setPositions)
+        PositionRole, // the stored order value
+        MaleRole, // memberships: the member's gender flag
     };
 
     explicit GroupTreeModel(DirectoryTree::Kind kind, QObject *parent = nullptr);
@@ -42,17 +42,17 @@ public:
     QModelIndex indexForNode(const DirectoryNode *node) const;
     QModelIndex rootIndex() const;
     QModelIndex findGroup(qint32 groupId) const;
-    QModelIndex findMembership(qint32 memberId, const QModelIndex &start = {},
-                               bool recursive = true) const;
+    QModelIndex findMembership(
+        qint32 memberId, const QModelIndex &start = {}, bool recursive = true) const;
 
     // Appends a group under a root or group index. Returns its index, invalid
     // when parent is a membership.
-    QModelIndex addGroup(const QModelIndex &parent, qint32 id, const QString &name,
-                         qint32 position = 0);
+    QModelIndex addGroup(
+        const QModelIndex &parent, qint32 id, const QString &name, qint32 position = 0);
     // Inserts a membership under a group (row -1: last). Invalid index when the
     // member already stands directly under the group or group is no container.
     QModelIndex addMembership(const QModelIndex &group, qint32 memberId, qint32 rankId,
-                              qint32 position = 0, int row = -1);
+        qint32 position = 0, int row = -1);
     // Removes a group (with everything below it) or a membership. The member
     // ids of the removed memberships are appended to removedMembers when given.
     bool removeNode(const QModelIndex &index, QList<qint32> *removedMembers = nullptr);

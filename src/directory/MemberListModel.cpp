@@ -55,8 +55,7 @@ qint32 *flagField(UserInfo &member, int column)
 MemberListModel::MemberListModel(bool guest, QObject *parent)
     : QAbstractTableModel(parent)
     , m_guest(guest)
-{
-}
+{ }
 
 void MemberListModel::setMembers(MemberList members)
 {
@@ -177,8 +176,21 @@ QVariant MemberListModel::data(const QModelIndex &index, int role) const
 QVariant MemberListModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
     static const char16_t *const titles[ColumnCount] = {
-        u"用户ID", u"姓名", u"呢称",     u"密码",     u"性别",     u"权限",     u"邮箱",    u"手机",
-        u"办公电话", u"地址", u"电话号码", u"出生年月", u"自我介绍", u"是否阳历", u"公开信息",
+        u"用户ID",
+        u"姓名",
+        u"呢称",
+        u"密码",
+        u"性别",
+        u"权限",
+        u"邮箱",
+        u"手机",
+        u"办公电话",
+        u"地址",
+        u"电话号码",
+        u"出生年月",
+        u"自我介绍",
+        u"是否阳历",
+        u"公开信息",
     };
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section < 0
         || section >= ColumnCount)

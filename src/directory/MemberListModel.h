@@ -15,27 +15,27 @@ class MemberListModel : public QAbstractTableModel
 public:
     // The grid's columns, in screen order.
     enum Column {
-        LoginNameColumn,   // 用户ID
+        LoginNameColumn, // 用户ID
         DisplayNameColumn, // 姓名
-        NicknameColumn,    // 呢称 (unescaped)
-        PasswordColumn,    // 密码
-        GenderColumn,      // 性别: 男生 / 女生
-        AdminColumn,       // 权限: 是 / 否
-        EmailColumn,       // 邮箱
-        MobileColumn,      // 手机
+        NicknameColumn, // 呢称 (unescaped)
+        PasswordColumn, // 密码
+        GenderColumn, // 性别: 男生 / 女生
+        AdminColumn, // 权限: 是 / 否
+        EmailColumn, // 邮箱
+        MobileColumn, // 手机
         OfficePhoneColumn, // 办公电话
-        AddressColumn,     // 地址
-        HomePhoneColumn,   // 电话号码
-        BirthdayColumn,    // 出生年月 (the stored text)
+        AddressColumn, // 地址
+        HomePhoneColumn, // 电话号码
+        BirthdayColumn, // 出生年月 (the stored text)
         DescriptionColumn, // 自我介绍
-        SolarColumn,       // 是否阳历: 阳历 / 阴历
-        PublicColumn,      // 公开信息: 公开 / 保密
+        SolarColumn, // 是否阳历: 阳历 / 阴历
+        PublicColumn, // 公开信息: 公开 / 保密
         ColumnCount
     };
 
     enum Role {
         MemberIdRole = Qt::UserRole + 1, // qint32 OMemberID of the row
-        UserInfoRole,                    // the whole record (QVariant of UserInfo)
+        UserInfoRole, // the whole record (QVariant of UserInfo)
     };
 
     explicit MemberListModel(bool guest, QObject *parent = nullptr);
@@ -62,8 +62,8 @@ public:
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
-    QVariant headerData(int section, Qt::Orientation orientation,
-                        int role = Qt::DisplayRole) const override;
+    QVariant headerData(
+        int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
     Qt::ItemFlags flags(const QModelIndex &index) const override;
     // EditRole: text columns take text; the four choice columns take the flag
     // (bool/int) or one of their two choice texts. The login name of an

@@ -10,7 +10,7 @@ class ProfileFile;
 struct Position
 {
     qint32 id = 0; // ORankID
-    QString name;  // RankName
+    QString name; // RankName
     friend bool operator==(const Position &, const Position &) = default;
 };
 

@@ -2,8 +2,7 @@
 
 PositionListModel::PositionListModel(QObject *parent)
     : QAbstractListModel(parent)
-{
-}
+{ }
 
 void PositionListModel::setList(PositionList list)
 {

@@ -13,7 +13,7 @@ class PositionListModel : public QAbstractListModel
 public:
     enum Role {
         PositionIdRole = Qt::UserRole + 1, // qint32 ORankID
-        IsDefaultRole,                     // bool: the default position (shown bold)
+        IsDefaultRole, // bool: the default position (shown bold)
     };
 
     enum class RemoveResult { Removed, PermanentDefault, LastPosition, NoSuchRow };

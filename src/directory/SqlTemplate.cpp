@@ -1,8 +1,7 @@
 #include "SqlTemplate.h"
 
-#include <QtGlobal>
-
 #include <algorithm>
+#include <QtGlobal>
 
 namespace {
 
@@ -46,7 +45,7 @@ QString SqlTemplate::format(std::initializer_list<Value> values) const
 {
     if (qsizetype(values.size()) != m_pieces.size() - 1)
         qFatal("SqlTemplate: %d values for %d placeholders", int(values.size()),
-               int(m_pieces.size() - 1));
+            int(m_pieces.size() - 1));
     qsizetype length = m_literalLength;
     for (const Value &value : values)
         length += std::holds_alternative<QStringView>(value) ? std::get<QStringView>(value).size()

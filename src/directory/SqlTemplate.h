@@ -1,10 +1,9 @@
 #pragma once
 
+#include <initializer_list>
 #include <QList>
 #include <QString>
 #include <QStringView>
-
-#include <initializer_list>
 #include <variant>
 
 // A statement text with printf-style "%d" and "%s" placeholders, split once so

@@ -10,11 +10,11 @@
 // the database (see EscapeMarkers).
 struct UserInfo
 {
-    QString loginName;   // MemberID
+    QString loginName; // MemberID
     QString displayName; // MemberName
-    QString nickname;    // MemberNickname, unescaped
-    QString password;    // Passwd
-    qint32 gender = 0;   // non-zero: male
+    QString nickname; // MemberNickname, unescaped
+    QString password; // Passwd
+    qint32 gender = 0; // non-zero: male
     qint32 bPublic = 0;
     QString email;
     QString mobile; // HP
@@ -26,7 +26,7 @@ struct UserInfo
     qint32 id = 0; // OMemberID
     QString officePhone;
     QString description;
-    qint32 level = 0;   // MemberLevel as read; the save derives it anew
+    qint32 level = 0; // MemberLevel as read; the save derives it anew
     qint32 isGuest = 0; // 1 for a member of the guest list
 
     bool isMale() const { return gender != 0; }

@@ -144,6 +144,8 @@ void TstDbConnection::schemaHasEveryTableAndColumn()
 
         DbConnection connection = db.connect();
         QCOMPARE(connection.source(), sourceFor(backend));
+        QCOMPARE(connection.dialect(),
+            backend == Backend::PostgresOdbc ? SqlDialect::PostgreSql : SqlDialect::Sqlite);
         for (const auto &[table, columns] : schemaColumns()) {
             Recordset set;
             try {

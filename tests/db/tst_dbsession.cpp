@@ -11,6 +11,7 @@
 #include "TestDatabase.h"
 
 #include <QFile>
+#include <QLibrary>
 #include <QSqlDatabase>
 #include <QTemporaryDir>
 #include <QTest>
@@ -68,7 +69,7 @@ private Q_SLOTS:
     void remoteAddressDisablesTheConsole();
     void missingConnectionStringFallsBackToLocalDatabase();
     void connectionStringFromMachineHive();
-    void dataSourceName();
+    void odbcStringsAsTheyStand();
     void openFailureShowsOneBox_data();
     void openFailureShowsOneBox();
     void readTextField_data();
@@ -372,22 +373,31 @@ void TstDbSession::initTestCase()
     QFile ini(m_odbcFolder.filePath(u"odbc.ini"_s));
     QVERIFY(ini.open(QIODevice::WriteOnly));
     ini.write("[velmar-test-dsn]\nDriver=SQLite3\nDatabase="
-              + m_odbcFolder.filePath(u"dsn.db"_s).toUtf8() + "\n");
+        + m_odbcFolder.filePath(u"dsn.db"_s).toUtf8() + "\n");
     ini.close();
     qputenv("ODBCINI", QFile::encodeName(ini.fileName()));
+
+    // The SQLite ODBC driver loads and unloads libodbcinst to read a data
+    // source; what that library caches would then count as leaked under
+    // LeakSanitizer. Kept loaded, it stays reachable.
+    QLibrary odbcinst(u"odbcinst"_s, 2);
+    odbcinst.setLoadHints(QLibrary::PreventUnloadHint);
+    odbcinst.load();
 }
 
-void TstDbSession::dataSourceName()
+void TstDbSession::odbcStringsAsTheyStand()
 {
-    // A string that names a data source and no driver reaches unixODBC as it stands.
+    // Strings that name a data source instead of a driver, or spell the keys
+    // their own way, reach unixODBC as they stand.
     TestDatabase db(TestDatabase::Backend::SqliteOdbc, m_odbcFolder.path(), u"dsn.db"_s);
     QVERIFY2(db.isValid(), qPrintable(db.errorString()));
     QVERIFY(db.exec(u"INSERT INTO Rank (ORankID,RankName) VALUES  ('1' ,'a')"_s));
     for (const QString &string : { u"DSN=velmar-test-dsn;"_s, u" dsn=velmar-test-dsn"_s,
-                                   u"UID=;DSN=velmar-test-dsn;PWD=;"_s, u"UID=x;DSN=velmar-test-dsn"_s }) {
+             u"Driver =SQLite3;Database=%1;"_s.arg(db.filePath()),
+             u"UID=;DSN=velmar-test-dsn;PWD=;"_s, u"UID=x;DSN=velmar-test-dsn"_s }) {
         try {
             DbConnection connection = DbConnection::open(string);
-            QCOMPARE(connection.source(), u"QODBC"_s);
+            QVERIFY(connection.source().startsWith(u"QODBC"_s));
             QCOMPARE(connection.dialect(), SqlDialect::Sqlite);
             QCOMPARE(connection.execute(u"SELECT RankName FROM Rank "_s).textField(0), u"a"_s);
         } catch (const DbException &e) {

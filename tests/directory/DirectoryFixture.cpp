@@ -9,10 +9,10 @@ QStringList dumpMembers(const MemberList &members, const QString &list)
     QStringList out;
     for (const UserInfo &m : members) {
         out << QStringList({ list, QString::number(m.id), m.loginName, m.displayName, m.nickname,
-                             m.password, QString::number(m.gender), QString::number(m.bPublic),
-                             m.email, m.mobile, m.homePhone, m.address, m.birthday,
-                                   QString::number(m.bSolar), QString::number(m.bAdmin),
-                             m.officePhone, m.description, QString::number(m.isGuest) })
+                               m.password, QString::number(m.gender), QString::number(m.bPublic),
+                               m.email, m.mobile, m.homePhone, m.address, m.birthday,
+                               QString::number(m.bSolar), QString::number(m.bAdmin), m.officePhone,
+                               m.description, QString::number(m.isGuest) })
                    .join(u'|');
     }
     return out;
@@ -20,8 +20,8 @@ QStringList dumpMembers(const MemberList &members, const QString &list)
 
 namespace {
 
-void dumpTree(const DirectoryTree &tree, const QString &name, QStringList &groups,
-              QStringList &relations)
+void dumpTree(
+    const DirectoryTree &tree, const QString &name, QStringList &groups, QStringList &relations)
 {
     tree.forEachGroup([&](const DirectoryNode *group, int depth) {
         groups << u"%1 depth %2 parent %3 group %4 %5"_s.arg(name)

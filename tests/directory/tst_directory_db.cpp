@@ -8,20 +8,19 @@
 #include "TempServerDir.h"
 #include "TestDatabase.h"
 
-#include <QTest>
-
 #include <algorithm>
+#include <QTest>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString memberInsert =
-    u"INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember) VALUES "_s;
-const QString groupInsert =
-    u"INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup) VALUES "_s;
-const QString relationInsert =
-    u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES "_s;
+const QString memberInsert
+    = u"INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember) VALUES "_s;
+const QString groupInsert
+    = u"INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup) VALUES "_s;
+const QString relationInsert
+    = u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES "_s;
 
 // A database with the anomalies the load has to live with.
 QStringList anomalousDirectory()
@@ -103,9 +102,12 @@ QStringList table(TestDatabase &db, const QString &sql)
 
 QStringList wholeDirectory(TestDatabase &db)
 {
-    return table(db, u"SELECT OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup FROM [Group] ORDER BY IsGuestGroup, OGroupID"_s)
-        + table(db, u"SELECT OMemberID, MemberID, MemberName, MemberNickname, Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember FROM Member ORDER BY IsGuestMember, OMemberID, MemberID"_s)
-        + table(db, u"SELECT OMemberID, OGroupID, ORankID, Position, IsGuestRelation FROM Relation ORDER BY IsGuestRelation, OGroupID, Position, OMemberID"_s);
+    return table(db,
+               u"SELECT OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup FROM [Group] ORDER BY IsGuestGroup, OGroupID"_s)
+        + table(db,
+            u"SELECT OMemberID, MemberID, MemberName, MemberNickname, Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember FROM Member ORDER BY IsGuestMember, OMemberID, MemberID"_s)
+        + table(db,
+            u"SELECT OMemberID, OGroupID, ORankID, Position, IsGuestRelation FROM Relation ORDER BY IsGuestRelation, OGroupID, Position, OMemberID"_s);
 }
 
 DirectoryData load(TestDatabase &db)
@@ -135,9 +137,9 @@ QStringList normalisedTrace(const QString &path)
 } // namespace
 
 #define DATABASE(db)                                                                               \
-    QFETCH(TestDatabase::Backend, backend);                                                       \
+    QFETCH(TestDatabase::Backend, backend);                                                        \
     TempServerDir dir;                                                                             \
-    TestDatabase db(backend, dir.programDir());                                                   \
+    TestDatabase db(backend, dir.programDir());                                                    \
     QVERIFY2(db.isValid(), qPrintable(db.errorString()))
 
 class TestDirectoryDb : public QObject
@@ -185,8 +187,8 @@ void TestDirectoryDb::emptyDatabase()
     DbConnection connection = db.connect();
     DirectoryLoader::load(connection, data, &progress);
     QCOMPARE(progress.calls,
-             QStringList({ u"text 读取用户信息."_s, u"range 0"_s, u"text 读群组信息."_s,
-                           u"range 0"_s, u"text 添加群组."_s, u"range 0"_s }));
+        QStringList({ u"text 读取用户信息."_s, u"range 0"_s, u"text 读群组信息."_s, u"range 0"_s,
+            u"text 添加群组."_s, u"range 0"_s }));
     QVERIFY(data.memberIndex.isEmpty());
     QVERIFY(data.regularMembers.isEmpty() && data.guestMembers.isEmpty());
     QCOMPARE(data.regularTree.root()->childCount(), 0);
@@ -212,15 +214,15 @@ void TestDirectoryDb::loadAnomalies()
     QStringList regular = dumpMembers(data.regularMembers, u"regular"_s);
     regular.sort(); // PostgreSQL may return an updated row elsewhere
     QCOMPARE(regular,
-             QStringList({
-                 u"regular|1|anna2|Anna Again||pw1b|1|0||||||0|0|||0"_s,
-                 u"regular|1|anna|Anna|it's|pw1|1|1|anna@x.cn|139|010-1|Road 1|1980-01-02|1|0|010-2|hello|0"_s,
-                 u"regular|2|five|Five||pw2|0|0||||||0|0|||0"_s,
-                 // NULL text reads as empty, NULL numbers as 0 (NULL IsGuestMember: regular).
-                 u"regular|4|nulls||||0|0||||||0|0|||0"_s,
-             }));
+        QStringList({
+            u"regular|1|anna2|Anna Again||pw1b|1|0||||||0|0|||0"_s,
+            u"regular|1|anna|Anna|it's|pw1|1|1|anna@x.cn|139|010-1|Road 1|1980-01-02|1|0|010-2|hello|0"_s,
+            u"regular|2|five|Five||pw2|0|0||||||0|0|||0"_s,
+            // NULL text reads as empty, NULL numbers as 0 (NULL IsGuestMember: regular).
+            u"regular|4|nulls||||0|0||||||0|0|||0"_s,
+        }));
     QCOMPARE(dumpMembers(data.guestMembers, u"guest"_s),
-             QStringList({ u"guest|3|gina|Gina||pw3|0|1||||||1|1|||1"_s }));
+        QStringList({ u"guest|3|gina|Gina||pw3|0|1||||||1|1|||1"_s }));
     // Both rows of id 1 are listed; the index keeps the later one.
     QCOMPARE(data.memberIndex.value(1).loginName, u"anna2"_s);
     QCOMPARE(data.memberIndex.size(), 4);
@@ -231,24 +233,24 @@ void TestDirectoryDb::loadAnomalies()
     const QStringList dump = dumpDirectory(data);
     const QStringList groupsAndRelations = dump.mid(5);
     QCOMPARE(groupsAndRelations,
-             QStringList({
-                 u"regular depth 1 parent -1 group 10 Sales"_s,
-                 u"regular depth 2 parent 10 group 11 East"_s,
-                 u"regular depth 1 parent -1 group 14 Late parent"_s,
-                 u"regular depth 2 parent 14 group 13 Early child"_s,
-                 u"regular depth 1 parent -1 group 12 Orphan"_s,
-                 u"guest depth 1 parent -100 group 50 Forum"_s,
-                 u"guest depth 1 parent -100 group 51 Lost guest"_s,
-                 // Sorted by the stored order; NULL rank reads as 0; the NULL
-                 // member, the repeated row and the unknown group's row are not
-                 // loaded; an unknown member's membership is kept.
-                 u"regular group 11 member 4 rank 1"_s,
-                 u"regular group 10 member 2 rank 0"_s,
-                 u"regular group 10 member 1 rank 5"_s,
-                 u"regular group 12 member 777 rank 1"_s,
-                 u"guest group 50 member 3 rank 1"_s,
-                 u"guest group 50 member 1 rank 2"_s,
-             }));
+        QStringList({
+            u"regular depth 1 parent -1 group 10 Sales"_s,
+            u"regular depth 2 parent 10 group 11 East"_s,
+            u"regular depth 1 parent -1 group 14 Late parent"_s,
+            u"regular depth 2 parent 14 group 13 Early child"_s,
+            u"regular depth 1 parent -1 group 12 Orphan"_s,
+            u"guest depth 1 parent -100 group 50 Forum"_s,
+            u"guest depth 1 parent -100 group 51 Lost guest"_s,
+            // Sorted by the stored order; NULL rank reads as 0; the NULL
+            // member, the repeated row and the unknown group's row are not
+            // loaded; an unknown member's membership is kept.
+            u"regular group 11 member 4 rank 1"_s,
+            u"regular group 10 member 2 rank 0"_s,
+            u"regular group 10 member 1 rank 5"_s,
+            u"regular group 12 member 777 rank 1"_s,
+            u"guest group 50 member 3 rank 1"_s,
+            u"guest group 50 member 1 rank 2"_s,
+        }));
     QCOMPARE(data.regularGroupsWithUnknownParent, QList<qint32>({ 12 }));
     QCOMPARE(data.guestGroupsWithUnknownParent, QList<qint32>({ 51 }));
     QCOMPARE(data.groupCounter, 51);
@@ -256,11 +258,10 @@ void TestDirectoryDb::loadAnomalies()
     QCOMPARE(data.regularTree.findMembership(1)->position, 2);
 
     QCOMPARE(progress.calls,
-             QStringList({ u"text 读取用户信息."_s, u"range 5"_s, u"position"_s,
-                           u"text 读群组信息."_s, u"range 7"_s, u"position"_s,
-                           u"text 添加群组."_s, u"range 9"_s, u"position"_s }));
+        QStringList({ u"text 读取用户信息."_s, u"range 5"_s, u"position"_s, u"text 读群组信息."_s,
+            u"range 7"_s, u"position"_s, u"text 添加群组."_s, u"range 9"_s, u"position"_s }));
     QCOMPARE(progress.positions,
-             QList<int>({ 1, 2, 3, 4, 5, 1, 2, 3, 4, 5, 6, 7, 1, 2, 3, 4, 5, 6, 7 }));
+        QList<int>({ 1, 2, 3, 4, 5, 1, 2, 3, 4, 5, 6, 7, 1, 2, 3, 4, 5, 6, 7 }));
 }
 
 void TestDirectoryDb::nullFlagLeftoversAreReadOnce()
@@ -277,13 +278,11 @@ void TestDirectoryDb::nullFlagLeftoversAreReadOnce()
                  groupInsert + u"(21,'Sub',20,0,2,0)"_s,
                  relationInsert + u"(5,20,1,0,0)"_s,
              }),
-             qPrintable(db.errorString()));
+        qPrintable(db.errorString()));
     const DirectoryData first = load(db);
     const QStringList expected { u"regular|5|new|||x|0|0||||||0|0|||0"_s,
-                                 u"regular|6|keep|||x|0|0||||||0|0|||0"_s,
-                                 u"regular depth 1 parent -1 group 20 HQ new"_s,
-                                 u"regular depth 2 parent 20 group 21 Sub"_s,
-                                 u"regular group 20 member 5 rank 1"_s };
+        u"regular|6|keep|||x|0|0||||||0|0|||0"_s, u"regular depth 1 parent -1 group 20 HQ new"_s,
+        u"regular depth 2 parent 20 group 21 Sub"_s, u"regular group 20 member 5 rank 1"_s };
     QCOMPARE(dumpDirectory(first), expected);
     QCOMPARE(first.memberIndex.value(5).loginName, u"new"_s);
 
@@ -320,27 +319,26 @@ void TestDirectoryDb::writeLevelsAndEscapes()
     DATABASE(db);
     // Rows the write must replace, and a member of each partition to drop.
     QVERIFY(db.execAll({ memberInsert + u"(9,'old','','','x',0,0,'','','','','','',0,0,'',3,0)"_s,
-                         memberInsert + u"(8,'oldg','','','x',0,0,'','','','','','',0,0,'',1,1)"_s,
-                         groupInsert + u"(90,'Old',-1,0,1,0)"_s,
-                         relationInsert + u"(9,90,1,0,0)"_s }));
+        memberInsert + u"(8,'oldg','','','x',0,0,'','','','','','',0,0,'',1,1)"_s,
+        groupInsert + u"(90,'Old',-1,0,1,0)"_s, relationInsert + u"(9,90,1,0,0)"_s }));
     write(db, smallDirectory());
     QCOMPARE(wholeDirectory(db),
-             QStringList({
-                 u"10|Sales|-1|0|1|0"_s,
-                 u"11|East|10|0|2|0"_s,
-                 u"20|HQ|-1|1|1|0"_s,
-                 u"50|Forum|-100|0|1|1"_s,
-                 u"1|anna|50%d %s|it###VELMAR-QUOTATION###s###VELMAR-SEMICOLON###a###VELMAR-BACKSLASH###b|pw|1|0|||||||0|0||2|0"_s,
-                 // In no group: inserted without a level.
-                 u"2|bert|||pw|1|0|||||||0|0||NULL|0"_s,
-                 // A guest member placed in both trees: level 3.
-                 u"3|gina|||pw|1|0|||||||0|0||3|1"_s,
-                 u"4|gus|||pw|1|0|||||||0|0||1|1"_s,
-                 u"3|10|-1|0|0"_s,
-                 u"1|11|2|0|0"_s,
-                 u"3|50|-1|0|1"_s,
-                 u"4|50|-1|1|1"_s,
-             }));
+        QStringList({
+            u"10|Sales|-1|0|1|0"_s,
+            u"11|East|10|0|2|0"_s,
+            u"20|HQ|-1|1|1|0"_s,
+            u"50|Forum|-100|0|1|1"_s,
+            u"1|anna|50%d %s|it###VELMAR-QUOTATION###s###VELMAR-SEMICOLON###a###VELMAR-BACKSLASH###b|pw|1|0|||||||0|0||2|0"_s,
+            // In no group: inserted without a level.
+            u"2|bert|||pw|1|0|||||||0|0||NULL|0"_s,
+            // A guest member placed in both trees: level 3.
+            u"3|gina|||pw|1|0|||||||0|0||3|1"_s,
+            u"4|gus|||pw|1|0|||||||0|0||1|1"_s,
+            u"3|10|-1|0|0"_s,
+            u"1|11|2|0|0"_s,
+            u"3|50|-1|0|1"_s,
+            u"4|50|-1|1|1"_s,
+        }));
 }
 
 void TestDirectoryDb::statementStream()
@@ -354,47 +352,50 @@ void TestDirectoryDb::statementStream()
         DirectoryWriter::writeDeletedMembers(connection, { 8 });
         DirectoryWriter::writeDirectory(connection, DirectoryContent::of(smallDirectory()));
     }
-    const QString groupRow = u"INSERT INTO [Group] (OGroupID,GroupName,OGroupID_P,Position,Depth, IsGuestGroup) VALUES  "_s;
-    const QString memberRow = u"INSERT INTO Member (OMemberID,MemberID,MemberName, MemberNickname, Passwd,Gender,bPublic,Email,HP,Address,HomePhone,OfficePhone,BirthDay,Description,bSolar,bAdmin, IsGuestMember) VALUES  "_s;
-    const QString relationRow = u"INSERT INTO Relation (OMemberID,OGroupID,ORankID,Position, IsGuestRelation) VALUES  "_s;
+    const QString groupRow
+        = u"INSERT INTO [Group] (OGroupID,GroupName,OGroupID_P,Position,Depth, IsGuestGroup) VALUES  "_s;
+    const QString memberRow
+        = u"INSERT INTO Member (OMemberID,MemberID,MemberName, MemberNickname, Passwd,Gender,bPublic,Email,HP,Address,HomePhone,OfficePhone,BirthDay,Description,bSolar,bAdmin, IsGuestMember) VALUES  "_s;
+    const QString relationRow
+        = u"INSERT INTO Relation (OMemberID,OGroupID,ORankID,Position, IsGuestRelation) VALUES  "_s;
     QCOMPARE(normalisedTrace(tracePath),
-             QStringList({
-                 u"DELETE FROM Relation WHERE OGroupID = 8 "_s,
-                 u"DELETE FROM VoipInfo WHERE OMemberID = 8"_s,
-                 u"DELETE FROM AccessToken WHERE OMemberID = 8"_s,
-                 u"DELETE FROM LeavedMemo WHERE OMemberID = 8"_s,
-                 u"DELETE FROM MyGroup WHERE OMemberID = 8 "_s,
-                 u"DELETE FROM MyMember WHERE OMemberID = 8 OR OMemberID_O = 8 "_s,
-                 u"DELETE FROM Antenna WHERE OMemberID = 8 OR OMemberID_O = 8 "_s,
-                 u"DELETE FROM [Group] where IsGuestGroup=0"_s,
-                 // Each group's sub-groups together, parents before children.
-                 groupRow + u"('10' ,'Sales' ,'-1','0','1', 0)"_s,
-                 groupRow + u"('20' ,'HQ' ,'-1','1','1', 0)"_s,
-                 groupRow + u"('11' ,'East' ,'10','0','2', 0)"_s,
-                 u"DELETE FROM [Group] where IsGuestGroup=1"_s,
-                 groupRow + u"('50' ,'Forum' ,'-100','0','1', 1)"_s,
-                 u"DELETE FROM Member where IsGuestMember=0"_s,
-                 memberRow
-                     + u"( '1', 'anna', '50%d %s', 'it###VELMAR-QUOTATION###s###VELMAR-SEMICOLON###a###VELMAR-BACKSLASH###b', 'pw', '1', '0', '', '', '', '', '', '', '', '0', '0', 0 )"_s,
-                 memberRow
-                     + u"( '2', 'bert', '', '', 'pw', '1', '0', '', '', '', '', '', '', '', '0', '0', 0 )"_s,
-                 u"DELETE FROM Member where IsGuestMember=1"_s,
-                 memberRow
-                     + u"( '3', 'gina', '', '', 'pw', '1', '0', '', '', '', '', '', '', '', '0', '0', 1 )"_s,
-                 memberRow
-                     + u"( '4', 'gus', '', '', 'pw', '1', '0', '', '', '', '', '', '', '', '0', '0', 1 )"_s,
-                 u"DELETE FROM Relation where IsGuestRelation=0"_s,
-                 // Each group's memberships together, parents before children.
-                 relationRow + u"('3' ,'10' ,'-1','0', 0)"_s,
-                 relationRow + u"('1' ,'11' ,'2','0', 0)"_s,
-                 u"DELETE FROM Relation where IsGuestRelation=1"_s,
-                 relationRow + u"('3' ,'50' ,'-1','0', 1)"_s,
-                 relationRow + u"('4' ,'50' ,'-1','1', 1)"_s,
-                 // Regular members in the order met, then guest-only ones.
-                 u"UPDATE MEMBER SET MemberLevel = 3 \t\t\t\t\t\t\twhere OmemberID = 3"_s,
-                 u"UPDATE MEMBER SET MemberLevel = 2 \t\t\t\t\t\t\twhere OmemberID = 1"_s,
-                 u"UPDATE MEMBER SET MemberLevel = 1 \t\t\t\t\t\t\twhere OmemberID = 4"_s,
-             }));
+        QStringList({
+            u"DELETE FROM Relation WHERE OGroupID = 8 "_s,
+            u"DELETE FROM VoipInfo WHERE OMemberID = 8"_s,
+            u"DELETE FROM AccessToken WHERE OMemberID = 8"_s,
+            u"DELETE FROM LeavedMemo WHERE OMemberID = 8"_s,
+            u"DELETE FROM MyGroup WHERE OMemberID = 8 "_s,
+            u"DELETE FROM MyMember WHERE OMemberID = 8 OR OMemberID_O = 8 "_s,
+            u"DELETE FROM Antenna WHERE OMemberID = 8 OR OMemberID_O = 8 "_s,
+            u"DELETE FROM [Group] where IsGuestGroup=0"_s,
+            // Each group's sub-groups together, parents before children.
+            groupRow + u"('10' ,'Sales' ,'-1','0','1', 0)"_s,
+            groupRow + u"('20' ,'HQ' ,'-1','1','1', 0)"_s,
+            groupRow + u"('11' ,'East' ,'10','0','2', 0)"_s,
+            u"DELETE FROM [Group] where IsGuestGroup=1"_s,
+            groupRow + u"('50' ,'Forum' ,'-100','0','1', 1)"_s,
+            u"DELETE FROM Member where IsGuestMember=0"_s,
+            memberRow
+                + u"( '1', 'anna', '50%d %s', 'it###VELMAR-QUOTATION###s###VELMAR-SEMICOLON###a###VELMAR-BACKSLASH###b', 'pw', '1', '0', '', '', '', '', '', '', '', '0', '0', 0 )"_s,
+            memberRow
+                + u"( '2', 'bert', '', '', 'pw', '1', '0', '', '', '', '', '', '', '', '0', '0', 0 )"_s,
+            u"DELETE FROM Member where IsGuestMember=1"_s,
+            memberRow
+                + u"( '3', 'gina', '', '', 'pw', '1', '0', '', '', '', '', '', '', '', '0', '0', 1 )"_s,
+            memberRow
+                + u"( '4', 'gus', '', '', 'pw', '1', '0', '', '', '', '', '', '', '', '0', '0', 1 )"_s,
+            u"DELETE FROM Relation where IsGuestRelation=0"_s,
+            // Each group's memberships together, parents before children.
+            relationRow + u"('3' ,'10' ,'-1','0', 0)"_s,
+            relationRow + u"('1' ,'11' ,'2','0', 0)"_s,
+            u"DELETE FROM Relation where IsGuestRelation=1"_s,
+            relationRow + u"('3' ,'50' ,'-1','0', 1)"_s,
+            relationRow + u"('4' ,'50' ,'-1','1', 1)"_s,
+            // Regular members in the order met, then guest-only ones.
+            u"UPDATE MEMBER SET MemberLevel = 3 \t\t\t\t\t\t\twhere OmemberID = 3"_s,
+            u"UPDATE MEMBER SET MemberLevel = 2 \t\t\t\t\t\t\twhere OmemberID = 1"_s,
+            u"UPDATE MEMBER SET MemberLevel = 1 \t\t\t\t\t\t\twhere OmemberID = 4"_s,
+        }));
 
     const QString loadTracePath = dir.filePath(u"load.sql"_s);
     {
@@ -404,21 +405,21 @@ void TestDirectoryDb::statementStream()
         DirectoryLoader::load(connection, data);
     }
     QCOMPARE(normalisedTrace(loadTracePath),
-             QStringList({
-                 u"SELECT COUNT(*) FROM Member"_s,
-                 u"Update Member Set IsGuestMember = 0 WHERE IsGuestMember <> 0 AND IsGuestMember <> 1"_s,
-                 u"SELECT MemberID,MemberName,MemberNickname,Passwd,Gender,bPublic,Email,HP,Homephone,Address,HomePhone,BirthDay,bSolar,bAdmin,OMemberID,Officephone,Description, MemberLevel, IsGuestMember FROM Member"_s,
-                 u"SELECT COUNT(*) FROM [Group]"_s,
-                 u"SELECT OGroupID,GroupName,Position,OGroupID_P FROM [Group]  where isGuestGroup = 0 OR isGuestGroup IS NULL ORDER BY Depth, Position"_s,
-                 u"SELECT OGroupID,GroupName,Position,OGroupID_P FROM [Group]  where isGuestGroup=1 ORDER BY Depth,Position"_s,
-                 u"SELECT COUNT(*) FROM Relation"_s,
-                 u"Update Relation Set IsGuestRelation = 0 WHERE IsGuestRelation <> 0 AND IsGuestRelation <> 1"_s,
-                 // Groups in the order they were read: by depth, then position.
-                 u"SELECT OMemberID,ORankID,Position FROM Relation WHERE OGroupID=10 and OMemberID is not null  and IsGuestRelation=0"_s,
-                 u"SELECT OMemberID,ORankID,Position FROM Relation WHERE OGroupID=20 and OMemberID is not null  and IsGuestRelation=0"_s,
-                 u"SELECT OMemberID,ORankID,Position FROM Relation WHERE OGroupID=11 and OMemberID is not null  and IsGuestRelation=0"_s,
-                 u"SELECT OMemberID,ORankID,Position FROM Relation WHERE OGroupID=50 and OMemberID is not null  and IsGuestRelation=1"_s,
-             }));
+        QStringList({
+            u"SELECT COUNT(*) FROM Member"_s,
+            u"Update Member Set IsGuestMember = 0 WHERE IsGuestMember <> 0 AND IsGuestMember <> 1"_s,
+            u"SELECT MemberID,MemberName,MemberNickname,Passwd,Gender,bPublic,Email,HP,Homephone,Address,HomePhone,BirthDay,bSolar,bAdmin,OMemberID,Officephone,Description, MemberLevel, IsGuestMember FROM Member"_s,
+            u"SELECT COUNT(*) FROM [Group]"_s,
+            u"SELECT OGroupID,GroupName,Position,OGroupID_P FROM [Group]  where isGuestGroup = 0 OR isGuestGroup IS NULL ORDER BY Depth, Position"_s,
+            u"SELECT OGroupID,GroupName,Position,OGroupID_P FROM [Group]  where isGuestGroup=1 ORDER BY Depth,Position"_s,
+            u"SELECT COUNT(*) FROM Relation"_s,
+            u"Update Relation Set IsGuestRelation = 0 WHERE IsGuestRelation <> 0 AND IsGuestRelation <> 1"_s,
+            // Groups in the order they were read: by depth, then position.
+            u"SELECT OMemberID,ORankID,Position FROM Relation WHERE OGroupID=10 and OMemberID is not null  and IsGuestRelation=0"_s,
+            u"SELECT OMemberID,ORankID,Position FROM Relation WHERE OGroupID=20 and OMemberID is not null  and IsGuestRelation=0"_s,
+            u"SELECT OMemberID,ORankID,Position FROM Relation WHERE OGroupID=11 and OMemberID is not null  and IsGuestRelation=0"_s,
+            u"SELECT OMemberID,ORankID,Position FROM Relation WHERE OGroupID=50 and OMemberID is not null  and IsGuestRelation=1"_s,
+        }));
 }
 
 void TestDirectoryDb::roundTrip()
@@ -439,7 +440,7 @@ void TestDirectoryDb::roundTrip()
     // Hand-built content survives the trip as well (without the foreign NULL
     // rows, which no designed statement removes).
     QVERIFY(db.execAll({ u"DELETE FROM Member WHERE IsGuestMember IS NULL"_s,
-                         u"DELETE FROM [Group] WHERE IsGuestGroup IS NULL"_s }));
+        u"DELETE FROM [Group] WHERE IsGuestGroup IS NULL"_s }));
     const DirectoryData small = smallDirectory();
     write(db, small);
     QCOMPARE(dumpDirectory(load(db)), dumpDirectory(small));
@@ -465,7 +466,7 @@ void TestDirectoryDb::quoteInGroupNameAbortsTheWrite()
     }
     // The regular group before it was written, and nothing after it ran.
     QCOMPARE(db.column(u"SELECT GroupName FROM [Group] WHERE IsGuestGroup = 0 ORDER BY OGroupID"_s),
-             QStringList({ u"Sales"_s }));
+        QStringList({ u"Sales"_s }));
     QCOMPARE(db.count(u"[Group]"_s, u"IsGuestGroup = 1"_s), 1);
     QCOMPARE(db.count(u"Member"_s), members);
 }
@@ -474,8 +475,8 @@ void TestDirectoryDb::interruptedWriteIsRepairedByTheNextOne()
 {
     DATABASE(db);
     write(db, smallDirectory());
-    const QStringList oldRelations =
-        table(db, u"SELECT OMemberID, OGroupID FROM Relation ORDER BY OMemberID, OGroupID"_s);
+    const QStringList oldRelations
+        = table(db, u"SELECT OMemberID, OGroupID FROM Relation ORDER BY OMemberID, OGroupID"_s);
 
     // Edits, one of which poisons the first row of the guest member partition.
     DirectoryData edited = smallDirectory();
@@ -484,11 +485,11 @@ void TestDirectoryDb::interruptedWriteIsRepairedByTheNextOne()
     edited.guestMembers[0].displayName = u"O'Hara"_s;
     QVERIFY_THROWS_EXCEPTION(DbException, write(db, edited));
     QCOMPARE(db.scalar(u"SELECT GroupName FROM [Group] WHERE OGroupID = 10"_s).toString(),
-             u"Sales & Service"_s);
+        u"Sales & Service"_s);
     QCOMPARE(db.count(u"Member"_s, u"IsGuestMember = 0"_s), 2);
     QCOMPARE(db.count(u"Member"_s, u"IsGuestMember = 1"_s), 0);
     QCOMPARE(table(db, u"SELECT OMemberID, OGroupID FROM Relation ORDER BY OMemberID, OGroupID"_s),
-             oldRelations);
+        oldRelations);
 
     // The memory still holds everything: writing again makes the database equal to it.
     edited.guestMembers[0].displayName = u"O Hara"_s;
@@ -500,17 +501,18 @@ void TestDirectoryDb::interruptedWriteIsRepairedByTheNextOne()
 void TestDirectoryDb::deletedMembers()
 {
     DATABASE(db);
-    QVERIFY2(db.execAll({
-                 u"INSERT INTO VoipInfo (OMemberID, ID, Pass) VALUES (5, 'v5', 'p'), (6, 'v6', 'p')"_s,
-                 u"INSERT INTO AccessToken (OMemberID, MessageOn) VALUES (5, 1), (6, 1)"_s,
-                 u"INSERT INTO LeavedMemo (OMemberID) VALUES (5), (6)"_s,
-                 u"INSERT INTO MyGroup (OMemberID) VALUES (5), (6)"_s,
-                 u"INSERT INTO MyMember (OMemberID, OMemberID_O) VALUES (5, 6), (6, 5), (6, 7)"_s,
-                 u"INSERT INTO Antenna (OMemberID, OMemberID_O) VALUES (5, 6), (6, 5), (6, 7)"_s,
-                 relationInsert + u"(5, 10, 1, 0, 0)"_s,
-                 relationInsert + u"(6, 5, 1, 0, 0)"_s,
-             }),
-             qPrintable(db.errorString()));
+    QVERIFY2(
+        db.execAll({
+            u"INSERT INTO VoipInfo (OMemberID, ID, Pass) VALUES (5, 'v5', 'p'), (6, 'v6', 'p')"_s,
+            u"INSERT INTO AccessToken (OMemberID, MessageOn) VALUES (5, 1), (6, 1)"_s,
+            u"INSERT INTO LeavedMemo (OMemberID) VALUES (5), (6)"_s,
+            u"INSERT INTO MyGroup (OMemberID) VALUES (5), (6)"_s,
+            u"INSERT INTO MyMember (OMemberID, OMemberID_O) VALUES (5, 6), (6, 5), (6, 7)"_s,
+            u"INSERT INTO Antenna (OMemberID, OMemberID_O) VALUES (5, 6), (6, 5), (6, 7)"_s,
+            relationInsert + u"(5, 10, 1, 0, 0)"_s,
+            relationInsert + u"(6, 5, 1, 0, 0)"_s,
+        }),
+        qPrintable(db.errorString()));
     {
         DbConnection connection = db.connect();
         DirectoryWriter::writeDeletedMembers(connection, { 5 });
@@ -519,7 +521,8 @@ void TestDirectoryDb::deletedMembers()
     QCOMPARE(db.column(u"SELECT OMemberID FROM AccessToken"_s), QStringList({ u"6"_s }));
     QCOMPARE(db.column(u"SELECT OMemberID FROM LeavedMemo"_s), QStringList({ u"6"_s }));
     QCOMPARE(db.column(u"SELECT OMemberID FROM MyGroup"_s), QStringList({ u"6"_s }));
-    QCOMPARE(table(db, u"SELECT OMemberID, OMemberID_O FROM MyMember"_s), QStringList({ u"6|7"_s }));
+    QCOMPARE(
+        table(db, u"SELECT OMemberID, OMemberID_O FROM MyMember"_s), QStringList({ u"6|7"_s }));
     QCOMPARE(table(db, u"SELECT OMemberID, OMemberID_O FROM Antenna"_s), QStringList({ u"6|7"_s }));
     // The Relation statement goes by the group column: member 5's own row stays
     // (the relation partitions are rewritten anyway), group 5's goes.
@@ -530,8 +533,8 @@ void TestDirectoryDb::positions()
 {
     DATABASE(db);
     QVERIFY(db.execAll({ u"INSERT INTO Rank (ORankID, RankName) VALUES (3, '主任')"_s,
-                         u"INSERT INTO Rank (ORankID, RankName) VALUES (1, '职员')"_s,
-                         u"INSERT INTO Rank (ORankID, RankName) VALUES (2, NULL)"_s }));
+        u"INSERT INTO Rank (ORankID, RankName) VALUES (1, '职员')"_s,
+        u"INSERT INTO Rank (ORankID, RankName) VALUES (2, NULL)"_s }));
     PositionList list;
     list.defaultId = 3;
     {
@@ -539,7 +542,8 @@ void TestDirectoryDb::positions()
         list.load(connection);
     }
     // In the order the rows arrive, not sorted; the default is kept.
-    QCOMPARE(list.positions, QList<Position>({ { 3, u"主任"_s }, { 1, u"职员"_s }, { 2, QString() } }));
+    QCOMPARE(
+        list.positions, QList<Position>({ { 3, u"主任"_s }, { 1, u"职员"_s }, { 2, QString() } }));
     QCOMPARE(list.defaultId, 3);
 
     list.positions[2].name = u"100% 经理"_s;
@@ -564,8 +568,8 @@ void TestDirectoryDb::positions()
         QVERIFY_THROWS_EXCEPTION(DbException, list.save(connection));
     }
     QCOMPARE(readTrace(tracePath),
-             QStringList({ u"DELETE FROM Rank"_s,
-                           u"INSERT INTO Rank (ORankID,RankName) VALUES  ('3' ,'O'Neil')"_s }));
+        QStringList({ u"DELETE FROM Rank"_s,
+            u"INSERT INTO Rank (ORankID,RankName) VALUES  ('3' ,'O'Neil')"_s }));
 }
 
 QTEST_GUILESS_MAIN(TestDirectoryDb)

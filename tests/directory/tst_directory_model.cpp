@@ -5,11 +5,10 @@
 #include "MemberListModel.h"
 #include "SqlTemplate.h"
 
+#include <limits>
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
 #include <QTest>
-
-#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -114,7 +113,7 @@ void TestDirectoryModel::sqlTemplateKeepsPercentInValues()
     const SqlTemplate insert(u"INSERT INTO T VALUES  ('%d' ,'%s')");
     QCOMPARE(insert.placeholderCount(), 2);
     QCOMPARE(insert.format({ qint64(-2147483648LL), QStringView(u"100%d %s") }),
-             u"INSERT INTO T VALUES  ('-2147483648' ,'100%d %s')"_s);
+        u"INSERT INTO T VALUES  ('-2147483648' ,'100%d %s')"_s);
     const SqlTemplate plain(u"DELETE FROM Rank");
     QCOMPARE(plain.format({}), u"DELETE FROM Rank"_s);
 }
@@ -143,13 +142,14 @@ void TestDirectoryModel::treeMoveKeepsRecordsAndRefusesCycles()
     DirectoryNode *sales = tree.findGroup(10);
     DirectoryNode *east = tree.findGroup(11);
     DirectoryNode *staff = tree.findGroup(20);
-    QVERIFY(!tree.move(sales, east));  // into its own subtree
+    QVERIFY(!tree.move(sales, east)); // into its own subtree
     QVERIFY(!tree.move(tree.root(), staff));
     // m1 already stands directly under Staff.
     QVERIFY(!tree.move(tree.findMembership(1, east, false), staff));
     QVERIFY(tree.move(sales, staff, 0));
-    QCOMPARE(shape(tree), QStringList({ u"  G20 Staff"_s, u"    G10 Sales"_s, u"      G11 East"_s,
-                                        u"        M1 r-1"_s, u"      M2 r3"_s, u"    M1 r4"_s }));
+    QCOMPARE(shape(tree),
+        QStringList({ u"  G20 Staff"_s, u"    G10 Sales"_s, u"      G11 East"_s,
+            u"        M1 r-1"_s, u"      M2 r3"_s, u"    M1 r4"_s }));
     QCOMPARE(tree.findGroup(11), east);
     QCOMPARE(DirectoryTree::depth(east), 3);
     // Within the same parent: the row counts after the node is taken out.
@@ -317,7 +317,7 @@ void TestDirectoryModel::memberModel()
     QCOMPARE(model.index(0, MemberListModel::HomePhoneColumn).data().toString(), u"220"_s);
     QCOMPARE(model.index(1, 0).data(MemberListModel::MemberIdRole).toInt(), 2);
     QCOMPARE(model.index(0, 3).data(MemberListModel::UserInfoRole).value<UserInfo>().nickname,
-             u"it's me"_s);
+        u"it's me"_s);
 
     // The first row of a doubled id; lookups follow removals and appends.
     QCOMPARE(model.rowOfId(1), 0);
@@ -406,8 +406,8 @@ void TestDirectoryModel::directoryGroupCounter()
     data.groupCounter = 20;
     directory.adopt(std::move(data));
     QSignalSpy edited(&directory, &Directory::edited);
-    const QModelIndex added = directory.addGroup(true, directory.guestTree()->rootIndex(),
-                                                 u"新 类别"_s);
+    const QModelIndex added
+        = directory.addGroup(true, directory.guestTree()->rootIndex(), u"新 类别"_s);
     QCOMPARE(added.data(GroupTreeModel::GroupIdRole).toInt(), 21);
     QCOMPARE(directory.groupCounter(), 21);
     QVERIFY(edited.count() >= 1);
@@ -433,10 +433,10 @@ void TestDirectoryModel::directoryRemoveMember()
     data.guestTree.addMembership(guestGroup, 1, -1);
     data.guestTree.addMembership(guestGroup, 3, -1);
     directory.adopt(std::move(data));
-    QAbstractItemModelTester t1(directory.regularTree(),
-                                QAbstractItemModelTester::FailureReportingMode::QtTest);
-    QAbstractItemModelTester t2(directory.guestTree(),
-                                QAbstractItemModelTester::FailureReportingMode::QtTest);
+    QAbstractItemModelTester t1(
+        directory.regularTree(), QAbstractItemModelTester::FailureReportingMode::QtTest);
+    QAbstractItemModelTester t2(
+        directory.guestTree(), QAbstractItemModelTester::FailureReportingMode::QtTest);
     QSignalSpy unplaced(&directory, &Directory::memberUnplaced);
 
     // A regular member leaves both trees.
@@ -463,7 +463,8 @@ void TestDirectoryModel::directoryRemoveGroupUnplacesMembers()
     directory.adopt(std::move(data));
     QSignalSpy placed(&directory, &Directory::memberPlaced);
     QSignalSpy unplaced(&directory, &Directory::memberUnplaced);
-    QVERIFY(!directory.addMembership(false, directory.regularTree()->findGroup(10), 2, 1).isValid());
+    QVERIFY(
+        !directory.addMembership(false, directory.regularTree()->findGroup(10), 2, 1).isValid());
     QCOMPARE(placed.count(), 0);
     QVERIFY(directory.addMembership(false, directory.regularTree()->findGroup(11), 2, 1).isValid());
     QCOMPARE(placed.count(), 1);

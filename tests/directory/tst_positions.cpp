@@ -97,7 +97,8 @@ void TestPositions::defaultFromProfile_data()
     QTest::newRow("empty") << QByteArray("[ServerInfo]\r\nDefaultPositionID=\r\n") << -1;
     QTest::newRow("zero") << QByteArray("[ServerInfo]\r\nDefaultPositionID=0\r\n") << -1;
     QTest::newRow("set") << QByteArray("[serverinfo]\r\ndefaultpositionid=7\r\n") << 7;
-    QTest::newRow("trailing text") << QByteArray("[ServerInfo]\r\nDefaultPositionID=12ab\r\n") << 12;
+    QTest::newRow("trailing text")
+        << QByteArray("[ServerInfo]\r\nDefaultPositionID=12ab\r\n") << 12;
 }
 
 void TestPositions::defaultFromProfile()

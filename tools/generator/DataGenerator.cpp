@@ -207,7 +207,7 @@ void DataGenerator::makeGroupTree(GeneratedData &data, bool guest, qint32 firstI
     const qint32 rootId = guest ? -100 : -1;
     std::vector<std::pair<int, int>> stack; // node, position
     for (int i = int(topLevel.size()) - 1; i >= 0; --i)
-        stack.emplace_back(topLevel[size_t(i)], i + 1);
+        stack.emplace_back(topLevel[size_t(i)], i);
     while (!stack.empty()) {
         const auto [index, position] = stack.back();
         stack.pop_back();
@@ -221,7 +221,7 @@ void DataGenerator::makeGroupTree(GeneratedData &data, bool guest, qint32 firstI
         group.guest = guest;
         data.groups.push_back(group);
         for (int i = int(node.children.size()) - 1; i >= 0; --i)
-            stack.emplace_back(node.children[size_t(i)], i + 1);
+            stack.emplace_back(node.children[size_t(i)], i);
     }
 }
 
@@ -328,8 +328,7 @@ GenMember DataGenerator::makeMember(qint32 id, bool guest)
             + u"号"_s;
         if (rng.percent(40))
             m.address += QChar(u'A' + int(rng.below(4))) + u"座"_s
-                + QString::number(rng.range(2, 28)) + digits(rng, 2)
-                + u"室"_s;
+                + QString::number(rng.range(2, 28)) + digits(rng, 2) + u"室"_s;
     }
     if (rng.percent(40))
         m.homePhone = area + u'-' + QString::number(rng.range(2, 8)) + digits(rng, 7);
@@ -438,7 +437,7 @@ void DataGenerator::makeRelations(GeneratedData &data)
             r.member = member.id;
             r.group = group;
             r.rank = pickRank(rng, data);
-            r.position = ++nextPosition[group];
+            r.position = nextPosition[group]++;
             r.guest = guestTree;
             data.relations.push_back(r);
             return true;

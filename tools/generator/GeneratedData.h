@@ -36,7 +36,7 @@ struct GenGroup
     qint32 id = 0;
     QString name;
     qint32 parent = -1; // -1 or -100 for a top-level group
-    int position = 0;
+    int position = 0; // among the siblings, from 0 as the console saves it
     int depth = 1;
     bool guest = false;
 };
@@ -46,7 +46,7 @@ struct GenRelation
     qint32 member = 0;
     qint32 group = 0;
     qint32 rank = 1; // -1: no position
-    int position = 0;
+    int position = 0; // within the group, from 0
     bool guest = false;
 };
 

@@ -55,6 +55,9 @@ CREATE TABLE Relation (
 CREATE INDEX IX_Relation_OGroupID ON Relation (OGroupID);
 CREATE INDEX IX_Relation_IsGuestRelation ON Relation (IsGuestRelation);
 CREATE INDEX IX_Relation_OMemberID ON Relation (OMemberID);
+-- The per-group relation query of the load names the group and the partition;
+-- without this index SQLite searches by the partition alone (half the table per group).
+CREATE INDEX IX_Relation_OGroupID_IsGuestRelation ON Relation (OGroupID, IsGuestRelation);
 
 CREATE TABLE Rank (
     ORankID integer,
