@@ -20,9 +20,3 @@ if(VELMAR_WERROR)
     target_compile_options(velmar_options INTERFACE -Werror)
 endif()
 
-# Folders are added while they are being written; one without a CMakeLists.txt yet is skipped.
-macro(velmar_add_folder dir)
-    if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${dir}/CMakeLists.txt)
-        add_subdirectory(${dir})
-    endif()
-endmacro()

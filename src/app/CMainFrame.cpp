@@ -5,9 +5,16 @@
 #include "CAdmSetupPasswordDlg.h"
 #include "CMainFormView.h"
 #include "CommandIds.h"
+#include "CProgressDlg.h"
+#include "CReadDBThread.h"
 #include "CRegistry.h"
 #include "CVelmarManagerDoc.h"
+#include "Directory.h"
+#include "GroupTreeModel.h"
+#include "MemberListModel.h"
 #include "OutlookBar.h"
+#include "ServerData.h"
+#include "ServerDataSaver.h"
 #include "ViewIds.h"
 
 #include <QAction>
@@ -15,6 +22,7 @@
 #include <QCloseEvent>
 #include <QDir>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QMenuBar>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -330,11 +338,72 @@ void CMainFrame::updateTitle()
     // "[*]" marks unsaved changes in the title bar.
     setWindowTitle(CVelmarManagerDoc::windowTitle() + u"[*]"_s);
     setWindowModified(m_document->isModified());
+
+    m_serverData = new ServerData(this);
+    connect(
+        m_serverData, &ServerData::modifiedChanged, m_document, &CVelmarManagerDoc::setModified);
+    if (m_context.loadServerData)
+        connect(this, &CMainFrame::startupReady, this, &CMainFrame::startLoading);
+    if (QAction *save = commandAction(CommandId::Save)) {
+        connect(save, &QAction::triggered, this, &CMainFrame::saveDocument);
+    }
 }
 
 bool CMainFrame::queryClose()
 {
-    return true;
+    if (!m_loadComplete)
+        return true;
+    return ServerDataSaver(*m_serverData, m_session, m_context.messages, m_profilePath,
+        m_context.hives, m_programDirectory)
+        .saveOnClose();
+}
+
+void CMainFrame::startLoading()
+{
+    auto *progress = new CProgressDlg(this);
+    auto *reader = new CReadDBThread(m_context.hives, m_profilePath, m_accessDatabasePath,
+        m_context.messages, *m_serverData, m_context.sqlTrace, this);
+    connect(reader, &CReadDBThread::progressText, progress, &CProgressDlg::setText);
+    connect(reader, &CReadDBThread::progressRange, progress, &CProgressDlg::setRange);
+    connect(reader, &CReadDBThread::progressPosition, progress, &CProgressDlg::setPosition);
+    connect(reader, &CReadDBThread::loadCompleted, this, [this] {
+        m_loadComplete = true;
+        if (QAction *save = commandAction(CommandId::Save))
+            save->setEnabled(true);
+        showDirectoryCounts();
+    });
+    connect(reader, &CReadDBThread::workerExited, this, [progress, reader](int) {
+        progress->close();
+        progress->deleteLater();
+        reader->deleteLater();
+        QGuiApplication::restoreOverrideCursor();
+    });
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    progress->show();
+    reader->start();
+}
+
+void CMainFrame::showDirectoryCounts()
+{
+    const Directory *directory = m_serverData->directory();
+    const auto &regular = directory->regularTree()->tree();
+    const auto &guest = directory->guestTree()->tree();
+    const qint64 members
+        = directory->regularMembers()->rowCount() + directory->members(true)->rowCount();
+    m_dashboard->setDirectoryCounts({
+        { u"成员"_s, members },
+        { u"群组"_s, qint64(regular.groupCount()) + guest.groupCount() },
+        { u"所属关系"_s, qint64(regular.membershipCount()) + guest.membershipCount() },
+    });
+}
+
+void CMainFrame::saveDocument()
+{
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    ServerDataSaver(*m_serverData, m_session, m_context.messages, m_profilePath, m_context.hives,
+        m_programDirectory)
+        .save(false);
+    QGuiApplication::restoreOverrideCursor();
 }
 
 void CMainFrame::closeEvent(QCloseEvent *event)

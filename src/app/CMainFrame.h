@@ -4,6 +4,8 @@
 #include "DbSession.h"
 #include "MainFrameContext.h"
 
+class ServerData;
+
 #include <QHash>
 #include <QMainWindow>
 
@@ -99,6 +101,15 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
+    // Reads the server data on a worker with the progress dialog shown; the
+    // dashboard gets the counts once the data is in memory.
+    void startLoading();
+    void showDirectoryCounts();
+    // Command 32781.
+    void saveDocument();
+
+    ServerData *m_serverData = nullptr;
+    bool m_loadComplete = false;
     void readBalloonHelp();
     void prepareDatabaseSettings();
     void createCommands();

@@ -17,4 +17,7 @@ struct MainFrameContext
     MessageService &messages;
     std::function<QDateTime()> clock = [] { return QDateTime::currentDateTime(); };
     SqlTrace *sqlTrace = nullptr;
+    // Read the server data once the administrator is let in. Tests of the
+    // frame's own behaviour turn it off; the loading itself is tested headless.
+    bool loadServerData = true;
 };

@@ -56,8 +56,10 @@ bool registryKeyExists(RegistryHives &hives, RegistryRoot root, const QString &k
 
 MainFrameContext FrameFixture::context()
 {
-    return MainFrameContext { dir.programDir(), dir.hives(), messages, [this] { return now; },
+    MainFrameContext context { dir.programDir(), dir.hives(), messages, [this] { return now; },
         nullptr };
+    context.loadServerData = false;
+    return context;
 }
 
 CMainFrame &FrameFixture::makeFrame()
