@@ -132,11 +132,11 @@ int QtMessageService::showMessageHere(const Box &box)
 
     QHash<QAbstractButton *, int> results;
     QPushButton *escapeButton = nullptr;
-    for (const ButtonSpec &spec : std::as_const(specs)) {
-        QPushButton *button = messageBox.addButton(spec.caption, spec.role);
-        button->setObjectName(u"button%1"_s.arg(spec.result));
-        results.insert(button, spec.result);
-        if (spec.result == Cancel || (box.buttons == Buttons::Ok))
+    for (const ButtonSpec &choice : std::as_const(specs)) {
+        QPushButton *button = messageBox.addButton(choice.caption, choice.role);
+        button->setObjectName(u"button%1"_s.arg(choice.result));
+        results.insert(button, choice.result);
+        if (choice.result == Cancel || (box.buttons == Buttons::Ok))
             escapeButton = button;
     }
     messageBox.setDefaultButton(qobject_cast<QPushButton *>(results.key(specs.first().result)));
