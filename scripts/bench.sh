@@ -149,5 +149,5 @@ if [ -n "$differs" ]; then
 else
   echo "round trip: every table holds the rows it held before"
 fi
-echo "(save = the whole 'velmarctl resave' run, which loads before it saves; 2 cores, $(nproc) online, load average $(cut -d' ' -f1-3 /proc/loadavg))"
+echo "(save = the whole 'velmarctl resave' run, which loads before it saves; $(nproc) cores, load average $(cut -d' ' -f1-3 /proc/loadavg))"
 exit $status
