@@ -4,42 +4,14 @@
 #include "SqlTrace.h"
 #include "TempServerDir.h"
 #include "TestDatabase.h"
+#include "TracedConnection.h"
 
 #include <QFile>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-// A connection whose statements are written to a trace file, so that a test
-// sees exactly what the console sent.
-class TracedConnection
-{
-public:
-    TracedConnection(const TestDatabase &db, const QString &tracePath)
-        : m_path(tracePath)
-        , m_trace(tracePath)
-        , m_connection(DbConnection::open(db.connectionString(), &m_trace))
-    { }
-    DbConnection &connection() { return m_connection; }
-    QStringList statements() const
-    {
-        QFile file(m_path);
-        if (!file.open(QIODevice::ReadOnly))
-            return { u"<no trace>"_s };
-        QStringList lines = QString::fromUtf8(file.readAll()).split(u'\n');
-        lines.removeLast();
-        return lines;
-    }
-
-private:
-    QString m_path;
-    SqlTrace m_trace;
-    DbConnection m_connection;
-};
-
-} // namespace
+namespace { } // namespace
 
 class TestFileBoxRights : public QObject
 {
