@@ -8,7 +8,7 @@ packages=(
   qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite libqt6sql6-odbc
   libgl-dev
   unixodbc odbcinst odbc-postgresql libsqliteodbc
-  sqlite3 postgresql time
+  sqlite3 libsqlite3-dev postgresql time
   xvfb xauth fonts-wqy-microhei
 )
 

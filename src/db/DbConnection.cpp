@@ -3,6 +3,7 @@
 #include "ConnectionString.h"
 #include "DbConnectionPrivate.h"
 #include "Recordset.h"
+#include "SqliteStatement.h"
 #include "SqlTrace.h"
 
 #include <QFileInfo>
@@ -10,6 +11,7 @@
 #include <QSqlDriver>
 #include <QSqlError>
 #include <QUrl>
+#include <sqlite3.h>
 
 using namespace Qt::StringLiterals;
 
@@ -144,6 +146,18 @@ bool mayReturnRows(QStringView sql)
     return false;
 }
 
+// The handle under a QSQLITE connection. Debian's Qt SQLite driver uses the
+// system's libsqlite3, the library this code links, so the handle can be used
+// here; a driver that kept its own copy of SQLite would hand out no handle of
+// this type name, and its connections keep running through QSqlQuery.
+sqlite3 *sqliteHandle(const QSqlDatabase &db)
+{
+    const QVariant handle = db.driver()->handle();
+    if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0)
+        return nullptr;
+    return *static_cast<sqlite3 *const *>(handle.constData());
+}
+
 } // namespace
 
 DbConnection::DbConnection() = default;
@@ -201,6 +215,7 @@ DbConnection DbConnection::open(const QString &connectionString, SqlTrace *trace
         runSetupStatement(*p, u"PRAGMA schema_version"_s);
         runSetupStatement(*p, u"PRAGMA journal_mode = WAL"_s);
         runSetupStatement(*p, u"PRAGMA synchronous = NORMAL"_s);
+        p->sqlite = sqliteHandle(p->db);
     }
     if (!SqlStatementText::acceptsBrackets(p->dialect)) {
         p->rewriteBrackets = true;
@@ -238,6 +253,9 @@ Recordset DbConnection::execute(const QString &sql)
     if (d->trace)
         d->trace->record(text);
 
+    if (d->sqlite)
+        return executeOnSqlite(text);
+
     if (mayReturnRows(text)) {
         QSqlQuery query(d->db);
         query.setForwardOnly(true);
@@ -257,4 +275,18 @@ Recordset DbConnection::execute(const QString &sql)
     Recordset rows(d, std::move(query));
     d->command.reset();
     return rows;
+}
+
+Recordset DbConnection::executeOnSqlite(const QString &text)
+{
+    SqliteStatement statement;
+    if (!statement.prepare(d->sqlite, text))
+        raise(d->source, statement.errorText());
+    if (statement.isEmpty())
+        return Recordset();
+    if (statement.columnCount() > 0)
+        return Recordset(d, std::move(statement));
+    if (statement.step() == SqliteStatement::Step::Error)
+        raise(d->source, statement.errorText());
+    return Recordset();
 }

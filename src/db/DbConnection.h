@@ -37,6 +37,7 @@ public:
 
 private:
     explicit DbConnection(std::shared_ptr<DbConnectionPrivate> d);
+    Recordset executeOnSqlite(const QString &text);
     std::shared_ptr<DbConnectionPrivate> d;
     friend class Recordset;
 };

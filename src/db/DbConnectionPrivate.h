@@ -9,6 +9,7 @@
 #include <QString>
 
 class SqlTrace;
+struct sqlite3;
 
 // What a connection handle shares: one QSqlDatabase connection under a name of
 // its own, removed when the last handle and the last record set let go of it.
@@ -30,5 +31,8 @@ struct DbConnectionPrivate
     bool rewriteBrackets = false;
     std::function<QString(const QString &)> quoteName;
     SqlTrace *trace = nullptr;
+    // The Qt SQLite driver's own handle, when the connection is an SQLite
+    // file: statements then run on it directly (see SqliteStatement).
+    sqlite3 *sqlite = nullptr;
     std::optional<QSqlQuery> command;
 };

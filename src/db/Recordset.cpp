@@ -2,6 +2,7 @@
 
 #include "DbConnectionPrivate.h"
 #include "DbError.h"
+#include "SqliteStatement.h"
 
 #include <cmath>
 #include <limits>
@@ -15,8 +16,14 @@ struct RecordsetPrivate
 {
     // Declared first so that it is released last: the query needs the connection.
     std::shared_ptr<DbConnectionPrivate> connection;
+    // Rows come either from a Qt query or, on an SQLite file, straight from
+    // the statement on the driver's handle.
     QSqlQuery query;
-    QSqlRecord record;
+    SqliteStatement native;
+    bool isNative = false;
+    // Copied out of the record once: QSqlRecord::fieldName copies a whole
+    // QSqlField on every call, and the loads look fields up by name per row.
+    QStringList names;
     bool eof = true;
 };
 
@@ -29,6 +36,8 @@ namespace {
 
 void raiseFetchError(const RecordsetPrivate &p)
 {
+    if (p.isNative)
+        raise(p.connection->source, p.native.errorText());
     const QSqlError error = p.query.lastError();
     if (error.type() == QSqlError::NoError)
         return;
@@ -109,10 +118,51 @@ Recordset::Recordset(std::shared_ptr<DbConnectionPrivate> connection, QSqlQuery 
 {
     d->connection = std::move(connection);
     d->query = std::move(query);
-    d->record = d->query.record();
+    const QSqlRecord record = d->query.record();
+    d->names.reserve(record.count());
+    for (int i = 0; i < record.count(); ++i)
+        d->names.append(record.fieldName(i));
+    fetch();
+}
+
+Recordset::Recordset(std::shared_ptr<DbConnectionPrivate> connection, SqliteStatement &&statement)
+    : d(std::make_unique<RecordsetPrivate>())
+{
+    d->connection = std::move(connection);
+    d->native = std::move(statement);
+    d->isNative = true;
+    const int columns = d->native.columnCount();
+    d->names.reserve(columns);
+    for (int i = 0; i < columns; ++i)
+        d->names.append(d->native.columnName(i));
+    fetch();
+}
+
+void Recordset::fetch()
+{
+    if (d->isNative) {
+        const SqliteStatement::Step result = d->native.step();
+        d->eof = result != SqliteStatement::Step::Row;
+        if (result == SqliteStatement::Step::Error)
+            raiseFetchError(*d);
+        return;
+    }
     d->eof = !d->query.next();
     if (d->eof)
         raiseFetchError(*d);
+}
+
+void Recordset::checkReadable(int index) const
+{
+    if (!d)
+        raise(QString(), u"Operation is not allowed when the object is closed."_s);
+    if (d->eof)
+        raise(d->connection->source,
+            u"Either BOF or EOF is True, or the current record has been deleted."_s);
+    if (index < 0 || index >= d->names.size())
+        raise(d->connection->source,
+            u"Item cannot be found in the collection corresponding to the requested name or ordinal (%1)."_s
+                .arg(index));
 }
 
 bool Recordset::isEOF() const
@@ -127,9 +177,7 @@ void Recordset::moveNext()
     if (d->eof)
         raise(d->connection->source,
             u"Either BOF or EOF is True, or the current record has been deleted."_s);
-    d->eof = !d->query.next();
-    if (d->eof)
-        raiseFetchError(*d);
+    fetch();
 }
 
 int Recordset::state() const
@@ -144,62 +192,64 @@ void Recordset::close()
 
 int Recordset::fieldCount() const
 {
-    return d ? d->record.count() : 0;
+    return d ? int(d->names.size()) : 0;
 }
 
 QString Recordset::fieldName(int index) const
 {
-    return d ? d->record.fieldName(index) : QString();
+    return d ? d->names.value(index) : QString();
 }
 
-QVariant Recordset::value(int index) const
-{
-    if (!d)
-        raise(QString(), u"Operation is not allowed when the object is closed."_s);
-    if (d->eof)
-        raise(d->connection->source,
-            u"Either BOF or EOF is True, or the current record has been deleted."_s);
-    if (index < 0 || index >= d->record.count())
-        raise(d->connection->source,
-            u"Item cannot be found in the collection corresponding to the requested name or ordinal (%1)."_s
-                .arg(index));
-    QVariant result = d->query.value(index);
-    if (d->query.lastError().type() != QSqlError::NoError)
-        raiseFetchError(*d);
-    return result;
-}
-
-QVariant Recordset::value(const QString &name) const
+int Recordset::fieldIndex(QStringView name) const
 {
     if (!d)
         raise(QString(), u"Operation is not allowed when the object is closed."_s);
     // The first column of that name wins (the member load names HomePhone twice).
-    for (int i = 0; i < d->record.count(); ++i) {
-        if (d->record.fieldName(i).compare(name, Qt::CaseInsensitive) == 0)
-            return value(i);
+    for (qsizetype i = 0; i < d->names.size(); ++i) {
+        if (d->names.at(i).compare(name, Qt::CaseInsensitive) == 0)
+            return int(i);
     }
     raise(d->connection->source,
         u"Item cannot be found in the collection corresponding to the requested name or ordinal (%1)."_s
             .arg(name));
 }
 
+QVariant Recordset::value(int index) const
+{
+    checkReadable(index);
+    if (d->isNative)
+        return d->native.value(index);
+    QVariant result = d->query.value(index);
+    // A failed read comes back invalid; NULL comes back valid but null.
+    if (!result.isValid())
+        raiseFetchError(*d);
+    return result;
+}
+
+QVariant Recordset::value(const QString &name) const
+{
+    return value(fieldIndex(name));
+}
+
 qint32 Recordset::intField(int index) const
 {
-    const QVariant v = value(index);
-    if (v.isNull())
-        raise(d->connection->source,
-            u"Type mismatch: column %1 is NULL, not a number."_s.arg(d->record.fieldName(index)));
-    const std::optional<qint32> number = toInt32(v);
-    if (!number)
-        raise(d->connection->source,
-            u"Type mismatch: column %1 holds '%2', not a 32-bit number."_s.arg(
-                d->record.fieldName(index), v.toString()));
-    return *number;
+    return toNumber(index, d ? d->names.value(index) : QString());
 }
 
 qint32 Recordset::intField(const QString &name) const
 {
-    const QVariant v = value(name);
+    return toNumber(fieldIndex(name), name);
+}
+
+qint32 Recordset::toNumber(int index, const QString &name) const
+{
+    checkReadable(index);
+    qint64 wide = 0;
+    if (d->isNative && d->native.integerValue(index, &wide)) {
+        if (const std::optional<qint32> number = fromWide(wide))
+            return *number;
+    }
+    const QVariant v = value(index);
     if (v.isNull())
         raise(
             d->connection->source, u"Type mismatch: column %1 is NULL, not a number."_s.arg(name));
@@ -212,22 +262,30 @@ qint32 Recordset::intField(const QString &name) const
 
 QString Recordset::textField(const QString &name) const
 {
-    const QVariant v = value(name);
-    return v.isNull() ? QString() : v.toString();
+    return textField(fieldIndex(name));
 }
 
 QString Recordset::textField(int index) const
 {
+    checkReadable(index);
+    if (d->isNative) {
+        QString text;
+        if (d->native.textValue(index, &text))
+            return text;
+    }
     const QVariant v = value(index);
     return v.isNull() ? QString() : v.toString();
 }
 
 bool Recordset::isNull(const QString &name) const
 {
-    return value(name).isNull();
+    return isNull(fieldIndex(name));
 }
 
 bool Recordset::isNull(int index) const
 {
+    checkReadable(index);
+    if (d->isNative)
+        return d->native.isNull(index);
     return value(index).isNull();
 }

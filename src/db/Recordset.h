@@ -8,6 +8,7 @@ struct RecordsetPrivate;
 struct DbConnectionPrivate;
 class DbConnection;
 class QSqlQuery;
+class SqliteStatement;
 
 // A forward-only record set. Field lookup by name ignores case (PostgreSQL
 // returns lower-case column names). Field access on a closed set or past the
@@ -46,11 +47,19 @@ public:
     QVariant value(const QString &name) const;
     QVariant value(int index) const;
     int fieldCount() const;
+    // The position of the first column of that name, for reading many rows
+    // by position; raises DbException when there is none.
+    int fieldIndex(QStringView name) const;
     // The column's name as the database reports it (lower case on PostgreSQL).
     QString fieldName(int index) const;
 
 private:
     friend class DbConnection;
     Recordset(std::shared_ptr<DbConnectionPrivate> connection, QSqlQuery &&query);
+    Recordset(std::shared_ptr<DbConnectionPrivate> connection, SqliteStatement &&statement);
+    // Steps to the next row; raises DbException when reading fails.
+    void fetch();
+    void checkReadable(int index) const;
+    qint32 toNumber(int index, const QString &name) const;
     std::unique_ptr<RecordsetPrivate> d;
 };

@@ -44,18 +44,6 @@ private:
     int m_done = 0;
 };
 
-// Column positions looked up once per record set rather than by name per row.
-int columnOf(const Recordset &set, QStringView name)
-{
-    for (int i = 0; i < set.fieldCount(); ++i) {
-        if (set.fieldName(i).compare(name, Qt::CaseInsensitive) == 0)
-            return i;
-    }
-    // Let the record set report the missing column in its own words.
-    (void)set.value(name.toString());
-    return -1;
-}
-
 // Integer columns may be NULL (no NOT NULL anywhere); they read as 0. Text
 // that is no number still fails, so that nothing is saved over it.
 qint32 intOrZero(const Recordset &set, int column)
@@ -80,17 +68,17 @@ void readMembers(DbConnection &connection, DirectoryData &data, Progress &progre
         return;
     }
     // HomePhone is named twice (also as Homephone): the first column serves.
-    const int memberId = columnOf(set, u"MemberID"), memberName = columnOf(set, u"MemberName"),
-              nickname = columnOf(set, u"MemberNickname"), passwd = columnOf(set, u"Passwd"),
-              gender = columnOf(set, u"Gender"), bPublic = columnOf(set, u"bPublic"),
-              email = columnOf(set, u"Email"), hp = columnOf(set, u"HP"),
-              homePhone = columnOf(set, u"HomePhone"), address = columnOf(set, u"Address"),
-              birthDay = columnOf(set, u"BirthDay"), bSolar = columnOf(set, u"bSolar"),
-              bAdmin = columnOf(set, u"bAdmin"), oMemberId = columnOf(set, u"OMemberID"),
-              officePhone = columnOf(set, u"Officephone"),
-              description = columnOf(set, u"Description"),
-              memberLevel = columnOf(set, u"MemberLevel"),
-              isGuestMember = columnOf(set, u"IsGuestMember");
+    const int memberId = set.fieldIndex(u"MemberID"), memberName = set.fieldIndex(u"MemberName"),
+              nickname = set.fieldIndex(u"MemberNickname"), passwd = set.fieldIndex(u"Passwd"),
+              gender = set.fieldIndex(u"Gender"), bPublic = set.fieldIndex(u"bPublic"),
+              email = set.fieldIndex(u"Email"), hp = set.fieldIndex(u"HP"),
+              homePhone = set.fieldIndex(u"HomePhone"), address = set.fieldIndex(u"Address"),
+              birthDay = set.fieldIndex(u"BirthDay"), bSolar = set.fieldIndex(u"bSolar"),
+              bAdmin = set.fieldIndex(u"bAdmin"), oMemberId = set.fieldIndex(u"OMemberID"),
+              officePhone = set.fieldIndex(u"Officephone"),
+              description = set.fieldIndex(u"Description"),
+              memberLevel = set.fieldIndex(u"MemberLevel"),
+              isGuestMember = set.fieldIndex(u"IsGuestMember");
     QSet<qint32> flaggedRegular; // ids read from a row with IsGuestMember 0
     QList<qint32> nullFlagRows; // rows of regularMembers read with a NULL flag
     while (!set.isEOF()) {
@@ -177,10 +165,10 @@ public:
         Recordset set = connection.execute(sql);
         int idColumn = -1, nameColumn = -1, positionColumn = -1, parentColumn = -1;
         if (!set.isEOF()) {
-            idColumn = columnOf(set, u"OGroupID");
-            nameColumn = columnOf(set, u"GroupName");
-            positionColumn = columnOf(set, u"Position");
-            parentColumn = columnOf(set, u"OGroupID_P");
+            idColumn = set.fieldIndex(u"OGroupID");
+            nameColumn = set.fieldIndex(u"GroupName");
+            positionColumn = set.fieldIndex(u"Position");
+            parentColumn = set.fieldIndex(u"OGroupID_P");
         }
         while (!set.isEOF()) {
             Pending group { intOrZero(set, idColumn), set.textField(nameColumn),
@@ -287,9 +275,9 @@ void readRelations(
         Recordset set = connection.execute(query.format({ qint64(groupId) }));
         int memberColumn = -1, rankColumn = -1, positionColumn = -1;
         if (!set.isEOF()) {
-            memberColumn = columnOf(set, u"OMemberID");
-            rankColumn = columnOf(set, u"ORankID");
-            positionColumn = columnOf(set, u"Position");
+            memberColumn = set.fieldIndex(u"OMemberID");
+            rankColumn = set.fieldIndex(u"ORankID");
+            positionColumn = set.fieldIndex(u"Position");
         }
         while (!set.isEOF()) {
             // A membership of a member missing from Member is kept (shown by

@@ -4,6 +4,8 @@
 #include "Recordset.h"
 #include "VoipAccountPool.h"
 
+#include <array>
+
 using namespace Qt::StringLiterals;
 
 QString AccessTokenTable::selectTokensStatement()
@@ -42,29 +44,43 @@ void AccessTokenTable::load(DbConnection &connection)
     clear();
 
     Recordset tokens = connection.execute(selectTokensStatement());
-    while (!tokens.isEOF()) {
-        // A row that names no member belongs to nobody the console can show;
-        // it is left out (and so not written back).
-        if (!tokens.isNull(u"OMemberID"_s)) {
-            CAccessToken token;
-            for (int f = 0; f < CAccessToken::FeatureCount; ++f) {
-                const QString column = CAccessToken::columnName(CAccessToken::Feature(f));
-                token.setFlag(CAccessToken::Feature(f),
-                    !tokens.isNull(column) && tokens.intField(column) != 0);
+    if (!tokens.isEOF()) {
+        // Columns by position: 100,000 rows of nine columns each.
+        const int memberColumn = tokens.fieldIndex(u"OMemberID");
+        std::array<int, CAccessToken::FeatureCount> featureColumns {};
+        for (int f = 0; f < CAccessToken::FeatureCount; ++f)
+            featureColumns[f]
+                = tokens.fieldIndex(CAccessToken::columnName(CAccessToken::Feature(f)));
+        while (!tokens.isEOF()) {
+            // A row that names no member belongs to nobody the console can show;
+            // it is left out (and so not written back).
+            if (!tokens.isNull(memberColumn)) {
+                CAccessToken token;
+                for (int f = 0; f < CAccessToken::FeatureCount; ++f) {
+                    const int column = featureColumns[f];
+                    token.setFlag(CAccessToken::Feature(f),
+                        !tokens.isNull(column) && tokens.intField(column) != 0);
+                }
+                m_tokens.insert_or_assign(tokens.intField(memberColumn), token);
             }
-            m_tokens.insert_or_assign(tokens.intField(u"OMemberID"_s), token);
+            tokens.moveNext();
         }
-        tokens.moveNext();
     }
     tokens.close();
 
     Recordset accounts = connection.execute(selectAccountsStatement());
-    while (!accounts.isEOF()) {
-        if (!accounts.isNull(u"OMemberID"_s)) {
-            VoipAccount account { accounts.textField(u"ID"_s), accounts.textField(u"Pass"_s) };
-            m_accounts.insert_or_assign(accounts.intField(u"OMemberID"_s), account);
+    if (!accounts.isEOF()) {
+        const int memberColumn = accounts.fieldIndex(u"OMemberID");
+        const int idColumn = accounts.fieldIndex(u"ID");
+        const int passColumn = accounts.fieldIndex(u"Pass");
+        while (!accounts.isEOF()) {
+            if (!accounts.isNull(memberColumn)) {
+                VoipAccount account { accounts.textField(idColumn),
+                    accounts.textField(passColumn) };
+                m_accounts.insert_or_assign(accounts.intField(memberColumn), account);
+            }
+            accounts.moveNext();
         }
-        accounts.moveNext();
     }
     accounts.close();
     m_modified = false;

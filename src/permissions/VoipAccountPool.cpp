@@ -24,14 +24,19 @@ void VoipAccountPool::load(DbConnection &connection, const std::function<void(in
     Recordset set
         = connection.execute(u"SELECT VOIP_ID, VOIP_PASS, OMemberID FROM VoipNumberList"_s);
     m_entries.reserve(rows);
-    while (!set.isEOF()) {
-        Entry entry;
-        entry.voipId = set.textField(u"VOIP_ID"_s);
-        entry.voipPassword = set.textField(u"VOIP_PASS"_s);
-        // An account nobody was ever given may carry NULL; it is free.
-        entry.memberId = set.isNull(u"OMemberID"_s) ? 0 : set.intField(u"OMemberID"_s);
-        m_entries.append(entry);
-        set.moveNext();
+    if (!set.isEOF()) {
+        const int idColumn = set.fieldIndex(u"VOIP_ID");
+        const int passColumn = set.fieldIndex(u"VOIP_PASS");
+        const int memberColumn = set.fieldIndex(u"OMemberID");
+        while (!set.isEOF()) {
+            Entry entry;
+            entry.voipId = set.textField(idColumn);
+            entry.voipPassword = set.textField(passColumn);
+            // An account nobody was ever given may carry NULL; it is free.
+            entry.memberId = set.isNull(memberColumn) ? 0 : set.intField(memberColumn);
+            m_entries.append(entry);
+            set.moveNext();
+        }
     }
     set.close();
 }

@@ -6,6 +6,7 @@
 
 #include <QFile>
 #include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QThread>
@@ -120,6 +121,8 @@ private Q_SLOTS:
     void connectionPerThread_data() { addBackends(); }
     void connectionPerThread();
     void emptyHandle();
+    void sqliteFileReadsAsQtDriver();
+    void sqliteStepFailures();
 
 private:
     static void addBackends()
@@ -701,4 +704,87 @@ void TstDbConnection::emptyHandle()
 }
 
 QTEST_GUILESS_MAIN(TstDbConnection)
+// On an SQLite file the record set reads the driver's statement itself; every
+// storage class must come out as Qt's own SQLite driver gives it.
+void TstDbConnection::sqliteFileReadsAsQtDriver()
+{
+    TestDatabase db(Backend::SqliteFile, m_folder.path());
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    const QString sql = u"SELECT 7, -9000000000, 2.5, 'Zhang 张伟', '', x'00ff41', NULL, '12'"_s;
+    QList<QVariant> expected;
+    {
+        QSqlDatabase qt = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"reference"_s);
+        qt.setDatabaseName(db.filePath());
+        QVERIFY(qt.open());
+        QSqlQuery query(qt);
+        QVERIFY(query.exec(sql) && query.next());
+        for (int i = 0; i < 8; ++i)
+            expected.append(query.value(i));
+    }
+    QSqlDatabase::removeDatabase(u"reference"_s);
+
+    try {
+        DbConnection c = db.connect();
+        Recordset set = c.execute(sql);
+        QCOMPARE(set.fieldCount(), 8);
+        QCOMPARE(set.fieldName(3), u"'Zhang 张伟'"_s);
+        for (int i = 0; i < 8; ++i) {
+            const QVariant value = set.value(i);
+            QCOMPARE(value.metaType(), expected.at(i).metaType());
+            QCOMPARE(value.isNull(), expected.at(i).isNull());
+            QCOMPARE(value, expected.at(i));
+            QCOMPARE(set.isNull(i), i == 6);
+        }
+        QCOMPARE(set.intField(0), 7);
+        QVERIFY_THROWS_EXCEPTION(DbException, set.intField(1)); // beyond 32 bits
+        QCOMPARE(set.intField(2), 2); // halves go to the even neighbour
+        QCOMPARE(set.textField(3), u"Zhang 张伟"_s);
+        QVERIFY(set.textField(4).isEmpty());
+        QCOMPARE(set.textField(6), QString());
+        QVERIFY_THROWS_EXCEPTION(DbException, set.intField(6));
+        QCOMPARE(set.intField(7), 12);
+        QCOMPARE(set.textField(0), u"7"_s);
+    } catch (const DbException &e) {
+        QFAIL(e.what());
+    }
+}
+
+// A statement can fail while stepping, before the first row or between rows;
+// both surface as DbException with SQLite's message, and the connection goes on.
+void TstDbConnection::sqliteStepFailures()
+{
+    TestDatabase db(Backend::SqliteFile, m_folder.path());
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    DbConnection c = db.connect();
+    try {
+        c.execute(u"SELECT abs(-9223372036854775807 - 1)"_s);
+        QFAIL("the overflow was not reported");
+    } catch (const DbException &e) {
+        QCOMPARE(e.error().source, u"QSQLITE"_s);
+        QVERIFY2(e.error().description.contains(u"overflow"_s), qPrintable(e.error().description));
+    }
+    try {
+        Recordset set = c.execute(
+            u"SELECT abs(v) FROM (SELECT 1 AS v UNION ALL SELECT -9223372036854775807 - 1)"_s);
+        QCOMPARE(set.intField(0), 1);
+        try {
+            set.moveNext();
+            QFAIL("the overflow on the second row was not reported");
+        } catch (const DbException &e) {
+            QVERIFY2(
+                e.error().description.contains(u"overflow"_s), qPrintable(e.error().description));
+        }
+        QVERIFY(set.isEOF());
+        // Reading on while the first set is still open, and writing beside it.
+        Recordset ranks = c.execute(u"SELECT COUNT(*) FROM Rank"_s);
+        c.execute(u"INSERT INTO Rank (ORankID,RankName) VALUES ('1','a')"_s);
+        QCOMPARE(ranks.intField(0), 0);
+        QCOMPARE(c.execute(u"SELECT COUNT(*) FROM Rank"_s).intField(0), 1);
+        // Text of comments only runs nothing.
+        QCOMPARE(c.execute(u"-- nothing"_s).state(), int(Recordset::Closed));
+    } catch (const DbException &e) {
+        QFAIL(e.what());
+    }
+}
+
 #include "tst_dbconnection.moc"
