@@ -1,77 +1,48 @@
-// Turns an SQL trace of the console (one statement per line, line breaks
-// inside a statement written as the two characters \n and \r, as SqlTrace
-// writes them) into input for the sqlite3 shell: the same statements in the
-// same order, each ending in ';', under the journal settings the console's
-// connections use. The shell run is the reference the benchmark compares the
-// console with. SqlTrace leaves other backslashes as they are, so they pass
-// through unchanged here.
+// Turns an SQL trace of the console (one statement per line, as SqlTrace
+// writes it) into input for the sqlite3 shell: the same statements in the
+// same order, each ending in ';', after the settings the console's SQLite
+// connections run. The shell run is the reference the benchmark compares the
+// console with.
+
+#include "DbConnection.h"
+#include "SqlTrace.h"
 
 #include <cstdio>
-#include <iostream>
-#include <string>
+#include <QFile>
 
-namespace {
-
-std::string decode(const std::string &line)
-{
-    std::string out;
-    out.reserve(line.size());
-    for (size_t i = 0; i < line.size(); ++i) {
-        if (line[i] == '\\' && i + 1 < line.size()) {
-            const char next = line[i + 1];
-            if (next == 'n' || next == 'r') {
-                out += next == 'n' ? '\n' : '\r';
-                ++i;
-                continue;
-            }
-        }
-        out += line[i];
-    }
-    return out;
-}
-
-bool endsWithSemicolon(const std::string &statement)
-{
-    const size_t last = statement.find_last_not_of(" \t\r\n");
-    return last != std::string::npos && statement[last] == ';';
-}
-
-} // namespace
+using namespace Qt::StringLiterals;
 
 int main(int argc, char *argv[])
 {
-    if (argc != 2 || std::string(argv[1]) == "--help") {
+    if (argc != 2 || qstrcmp(argv[1], "--help") == 0) {
         std::fprintf(stderr, "usage: %s TRACE > shell-input.sql\n", argv[0]);
         return 2;
     }
-    FILE *in = std::fopen(argv[1], "rb");
-    if (!in) {
-        std::perror(argv[1]);
+    QString error;
+    const QStringList statements
+        = SqlTrace::readStatements(QString::fromLocal8Bit(argv[1]), &error);
+    if (!error.isEmpty()) {
+        std::fprintf(stderr, "%s: %s\n", argv[1], qPrintable(error));
         return 1;
     }
-    std::ios::sync_with_stdio(false);
-    std::cout << "PRAGMA journal_mode=WAL;\nPRAGMA synchronous=NORMAL;\n";
-    std::string line;
-    long statements = 0;
-    for (int c; (c = std::fgetc(in)) != EOF;) {
-        if (c != '\n') {
-            line += char(c);
-            continue;
+    QFile out;
+    if (!out.open(stdout, QIODevice::WriteOnly))
+        return 1;
+    QByteArray text;
+    for (const QString &setting : DbConnection::sqliteSettings())
+        text += setting.toUtf8() + ";\n";
+    for (const QString &statement : statements) {
+        text += statement.toUtf8();
+        // The notice deletion ends in ';' already.
+        text += statement.trimmed().endsWith(u';') ? "\n" : ";\n";
+        if (text.size() > (1 << 20)) {
+            out.write(text);
+            text.clear();
         }
-        if (line.find_first_not_of(" \t\r") != std::string::npos) {
-            const std::string statement = decode(line);
-            std::cout << statement << (endsWithSemicolon(statement) ? "\n" : ";\n");
-            ++statements;
-        }
-        line.clear();
     }
-    if (line.find_first_not_of(" \t\r") != std::string::npos) {
-        const std::string statement = decode(line);
-        std::cout << statement << (endsWithSemicolon(statement) ? "\n" : ";\n");
-        ++statements;
-    }
-    std::fclose(in);
-    std::cout.flush();
-    std::fprintf(stderr, "%ld statements\n", statements);
-    return std::cout ? 0 : 1;
+    out.write(text);
+    if (!out.flush())
+        return 1;
+    std::fprintf(stderr, "%lld statements\n", static_cast<long long>(statements.size()));
+    return 0;
 }

@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
 # Load and save benchmark of the console's database code at 100,000 members.
 #
-#   scripts/bench.sh [--check] [--keep] [--build-dir DIR] [--work-dir DIR] [--seed N]
+#   scripts/bench.sh [--check] [--keep] [--runs N] [--build-dir DIR] [--work-dir DIR] [--seed N]
 #
-# Generates the bench preset (velmar-gen --preset bench), runs
-# `velmarctl load` and `velmarctl resave` on it with an SQL trace, then runs
-# the statements of each trace through the sqlite3 shell on a fresh copy of the
-# same database (WAL, synchronous=NORMAL, one autocommit statement at a time,
-# as the console runs them) and prints both side by side with the targets.
+# Generates the bench preset (velmar-gen --preset bench), records the
+# statements of `velmarctl load` and `velmarctl resave` with an SQL trace,
+# then times N runs (3 by default) of each, alternating with the sqlite3 shell
+# running the same statements on a fresh copy of the same database (under the
+# connection settings the console uses: WAL, synchronous=NORMAL, one autocommit
+# statement at a time) and prints the medians side by side with the targets.
 # Wall time and peak resident memory come from /usr/bin/time.
 #
 # --check exits with status 1 when a target is missed; --keep leaves the work
@@ -20,6 +21,7 @@ keep=0
 build=""
 work=""
 seed=20071008
+runs=3
 while [ $# -gt 0 ]; do
   case "$1" in
     --check) check=1 ;;
@@ -27,7 +29,8 @@ while [ $# -gt 0 ]; do
     --build-dir) build=$2; shift ;;
     --work-dir) work=$2; shift ;;
     --seed) seed=$2; shift ;;
-    -h|--help) sed -n '2,15p' "$0"; exit 0 ;;
+    --runs) runs=$2; shift ;;
+    -h|--help) sed -n '2,16p' "$0"; exit 0 ;;
     *) echo "bench.sh: unknown argument $1" >&2; exit 2 ;;
   esac
   shift
@@ -85,30 +88,51 @@ sed -n 's/^/  /;3p' "$work/gen.out"
 cp "$db" "$work/pristine.mdb"
 
 common=(--server-dir "$server" --registry-dir "$server/registry")
-echo "velmarctl load ..."
-res=$(measure "$work/load.out" "$work/load.err" "$ctl" load "${common[@]}" --sql-trace "$work/load.sql")
-read -r load_s load_kb <<<"$res"
-echo "velmarctl resave ..."
-res=$(measure "$work/save.out" "$work/save.err" "$ctl" resave "${common[@]}" --sql-trace "$work/save.sql")
-read -r save_s save_kb <<<"$res"
-
-# The reference: the same statements through the sqlite3 shell, each phase
-# on a fresh copy of the database as generated.
-shell_run() {
-  local phase=$1
-  "$conv" "$work/$phase.sql" >"$work/$phase.shell.sql" 2>"$work/$phase.count"
-  rm -f "$work/ref.mdb" "$work/ref.mdb-wal" "$work/ref.mdb-shm"
-  cp "$work/pristine.mdb" "$work/ref.mdb"
-  # SELECT results go nowhere: the console reads them into memory, the shell
-  # would only print them.
-  tolerant=1 measure /dev/null "$work/$phase.shell.err" sqlite3 "$work/ref.mdb" ".read $work/$phase.shell.sql"
+# Every run starts from the database as generated, without a WAL left behind.
+reset_db() {
+  rm -f "$1" "$1-wal" "$1-shm"
+  cp "$work/pristine.mdb" "$1"
 }
-echo "sqlite3 shell, load statements ..."
-res=$(shell_run load)
-read -r ref_load_s ref_load_kb <<<"$res"
-echo "sqlite3 shell, save statements ..."
-res=$(shell_run save)
-read -r ref_save_s ref_save_kb <<<"$res"
+
+# The statement streams come from traced runs that are not timed: the trace
+# is flushed after every statement and would weigh on our side only.
+echo "velmarctl load and resave with --sql-trace (statement streams, not timed) ..."
+reset_db "$db"
+"$ctl" load "${common[@]}" --sql-trace "$work/load.sql" >"$work/load.out" 2>"$work/load.err"
+reset_db "$db"
+"$ctl" resave "${common[@]}" --sql-trace "$work/save.sql" >"$work/save.out" 2>"$work/save.err"
+for phase in load save; do
+  "$conv" "$work/$phase.sql" >"$work/$phase.shell.sql" 2>"$work/$phase.count"
+done
+
+# The reference: the same statements through the sqlite3 shell on a fresh
+# copy of the database. SELECT results go nowhere: the console reads them
+# into memory, the shell would only print them. Ours and the shell's runs
+# alternate so that both see the same machine.
+ours_load=(); ours_save=(); ref_load=(); ref_save=()
+load_kb=0; save_kb=0; ref_load_kb=0; ref_save_kb=0
+maxkb() { [ "$1" -gt "$2" ] && echo "$1" || echo "$2"; }
+for run in $(seq 1 "$runs"); do
+  echo "run $run of $runs ..."
+  reset_db "$db"
+  res=$(measure /dev/null "$work/load.err" "$ctl" load "${common[@]}")
+  read -r t kb <<<"$res"
+  ours_load+=("$t"); load_kb=$(maxkb "$kb" "$load_kb")
+  reset_db "$work/ref.mdb"
+  read -r t kb <<<"$(tolerant=1 measure /dev/null "$work/load.shell.err" sqlite3 "$work/ref.mdb" ".read $work/load.shell.sql")"
+  ref_load+=("$t"); ref_load_kb=$(maxkb "$kb" "$ref_load_kb")
+  reset_db "$db"
+  res=$(measure /dev/null "$work/save.err" "$ctl" resave "${common[@]}")
+  read -r t kb <<<"$res"
+  ours_save+=("$t"); save_kb=$(maxkb "$kb" "$save_kb")
+  reset_db "$work/ref.mdb"
+  read -r t kb <<<"$(tolerant=1 measure /dev/null "$work/save.shell.err" sqlite3 "$work/ref.mdb" ".read $work/save.shell.sql")"
+  ref_save+=("$t"); ref_save_kb=$(maxkb "$kb" "$ref_save_kb")
+done
+median() { printf '%s\n' "$@" | sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
+load_s=$(median "${ours_load[@]}"); save_s=$(median "${ours_save[@]}")
+ref_load_s=$(median "${ref_load[@]}"); ref_save_s=$(median "${ref_save[@]}")
+echo "seconds per run: load ${ours_load[*]} (shell ${ref_load[*]}); save ${ours_save[*]} (shell ${ref_save[*]})"
 
 # Round trip: after load and resave the tables hold the rows they held (a
 # lower-case "w" right is saved back as "W", as designed).

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <QString>
+#include <QStringList>
 
 class Recordset;
 class SqlTrace;
@@ -24,6 +25,9 @@ public:
 
     // Opens connectionString (see ConnectionTarget); raises DbException.
     static DbConnection open(const QString &connectionString, SqlTrace *trace = nullptr);
+
+    // What every connection to an SQLite database runs after opening it.
+    static QStringList sqliteSettings();
 
     bool isNull() const { return !d; }
     // "QSQLITE", "QODBC: PostgreSQL Unicode", ...

@@ -1,6 +1,7 @@
 #include "SqlTrace.h"
 
 #include <QMutexLocker>
+#include <QStringTokenizer>
 
 using namespace Qt::StringLiterals;
 
@@ -25,7 +26,10 @@ QString SqlTrace::errorString() const
 
 void SqlTrace::record(const QString &statement)
 {
+    // Backslashes are doubled first: file-box paths are full of them, and a
+    // folder named "\new" must not read back as a line break.
     QString line = statement;
+    line.replace(u'\\', u"\\\\"_s);
     line.replace(u'\r', u"\\r"_s);
     line.replace(u'\n', u"\\n"_s);
     line.append(u'\n');
@@ -38,4 +42,38 @@ void SqlTrace::record(const QString &statement)
     // Flushed per statement: the trace is read when something went wrong,
     // and then the last statements matter most.
     m_file.flush();
+}
+
+QString SqlTrace::decode(QStringView line)
+{
+    QString statement;
+    statement.reserve(line.size());
+    for (qsizetype i = 0; i < line.size(); ++i) {
+        const QChar c = line.at(i);
+        if (c == u'\\' && i + 1 < line.size()) {
+            const QChar next = line.at(i + 1);
+            if (next == u'n' || next == u'r' || next == u'\\') {
+                statement.append(next == u'n' ? u'\n' : next == u'r' ? u'\r' : u'\\');
+                ++i;
+                continue;
+            }
+        }
+        statement.append(c);
+    }
+    return statement;
+}
+
+QStringList SqlTrace::readStatements(const QString &path, QString *errorString)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        if (errorString)
+            *errorString = file.errorString();
+        return {};
+    }
+    QStringList statements;
+    const QString text = QString::fromUtf8(file.readAll());
+    for (const QStringView line : QStringTokenizer(text, u'\n', Qt::SkipEmptyParts))
+        statements.append(decode(line));
+    return statements;
 }

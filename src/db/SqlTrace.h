@@ -3,10 +3,12 @@
 #include <QFile>
 #include <QMutex>
 #include <QString>
+#include <QStringList>
 
-// Writes every statement executed, one per line, in order (line breaks inside
-// a statement are written as the two characters "\n"). Shared by all
-// connections of one process; thread-safe.
+// Writes every statement executed, one per line, in order. Inside a statement
+// a backslash is written as "\\", a line feed as "\n" and a carriage return
+// as "\r", so that every line reads back to exactly one statement. Shared by
+// all connections of one process; thread-safe.
 class SqlTrace
 {
 public:
@@ -14,6 +16,11 @@ public:
     bool isOpen() const;
     QString errorString() const;
     void record(const QString &statement);
+
+    // One line of a trace back to the statement it was written for.
+    static QString decode(QStringView line);
+    // The statements of a trace file, in order; empty when it cannot be read.
+    static QStringList readStatements(const QString &path, QString *errorString = nullptr);
 
 private:
     mutable QMutex m_mutex;

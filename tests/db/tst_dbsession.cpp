@@ -568,6 +568,8 @@ void TstDbSession::traceRecordsEveryStatementInOrder()
                 u"UPDATE MEMBER SET MemberLevel = 1 \t\t\t\t\t\t\twhere OmemberID = 5"_s);
             connection.execute(
                 u"INSERT INTO Rank (ORankID,RankName) VALUES  ('1' ,'line1\r\nline2\nline3')"_s);
+            connection.execute(
+                u"INSERT INTO Folder (OFolderID,FolderPath) VALUES ('1','D:\\\\new\\rights\\')"_s);
             try {
                 connection.execute(
                     u"INSERT INTO Rank (ORankID,RankName) VALUES  ('2' ,'x'); DELETE FROM Rank; --')"_s);
@@ -587,6 +589,7 @@ void TstDbSession::traceRecordsEveryStatementInOrder()
                 .arg(group),
             u"UPDATE MEMBER SET MemberLevel = 1 \t\t\t\t\t\t\twhere OmemberID = 5"_s,
             u"INSERT INTO Rank (ORankID,RankName) VALUES  ('1' ,'line1\\r\\nline2\\nline3')"_s,
+            u"INSERT INTO Folder (OFolderID,FolderPath) VALUES ('1','D:\\\\\\\\new\\\\rights\\\\')"_s,
             // The refused text never ran; the failing one did.
             u"SELECT NoSuchColumn FROM Rank"_s,
             u"SELECT COUNT(*) FROM %1"_s.arg(group),

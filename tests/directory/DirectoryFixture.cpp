@@ -1,5 +1,7 @@
 #include "DirectoryFixture.h"
 
+#include "SqlTrace.h"
+
 #include <QFile>
 
 using namespace Qt::StringLiterals;
@@ -59,11 +61,9 @@ QStringList dumpDirectory(const DirectoryData &data)
 
 QStringList readTrace(const QString &path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return { u"cannot read the trace "_s + path };
-    QStringList lines = QString::fromUtf8(file.readAll()).split(u'\n');
-    if (!lines.isEmpty() && lines.last().isEmpty())
-        lines.removeLast();
-    return lines;
+    QString error;
+    const QStringList statements = SqlTrace::readStatements(path, &error);
+    if (!error.isEmpty())
+        return { u"cannot read the trace "_s + path + u": "_s + error };
+    return statements;
 }

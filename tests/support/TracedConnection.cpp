@@ -14,10 +14,9 @@ TracedConnection::TracedConnection(const TestDatabase &db, const QString &traceP
 
 QStringList TracedConnection::statements() const
 {
-    QFile file(m_path);
-    if (!file.open(QIODevice::ReadOnly))
+    QString error;
+    const QStringList statements = SqlTrace::readStatements(m_path, &error);
+    if (!error.isEmpty())
         return { u"<no trace>"_s };
-    QStringList lines = QString::fromUtf8(file.readAll()).split(u'\n');
-    lines.removeLast();
-    return lines;
+    return statements;
 }

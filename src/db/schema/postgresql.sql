@@ -31,7 +31,6 @@ CREATE TABLE Member (
     IsGuestMember integer
 );
 CREATE INDEX IX_Member_OMemberID ON Member (OMemberID);
-CREATE INDEX IX_Member_IsGuestMember ON Member (IsGuestMember);
 
 CREATE TABLE "Group" (
     OGroupID integer,
@@ -43,7 +42,6 @@ CREATE TABLE "Group" (
 );
 CREATE INDEX IX_Group_OGroupID ON "Group" (OGroupID);
 CREATE INDEX IX_Group_OGroupID_P ON "Group" (OGroupID_P);
-CREATE INDEX IX_Group_IsGuestGroup ON "Group" (IsGuestGroup);
 
 CREATE TABLE Relation (
     OMemberID integer,
@@ -52,11 +50,11 @@ CREATE TABLE Relation (
     Position integer,
     IsGuestRelation integer
 );
-CREATE INDEX IX_Relation_OGroupID ON Relation (OGroupID);
-CREATE INDEX IX_Relation_IsGuestRelation ON Relation (IsGuestRelation);
 CREATE INDEX IX_Relation_OMemberID ON Relation (OMemberID);
--- The per-group relation query of the load names the group and the partition;
--- without this index SQLite searches by the partition alone (half the table per group).
+-- The per-group relation query of the load names the group and the partition.
+-- No index leads with a partition flag alone: the planner would take it for
+-- the per-group query (half the table per group), and every inserted row
+-- would write one more index page in a save that commits row by row.
 CREATE INDEX IX_Relation_OGroupID_IsGuestRelation ON Relation (OGroupID, IsGuestRelation);
 
 CREATE TABLE Rank (
