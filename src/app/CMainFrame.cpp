@@ -90,6 +90,7 @@ CMainFrame::CMainFrame(const MainFrameContext &context, QWidget *parent)
     statusBar()->setObjectName(u"statusBar"_s);
     statusBar()->showMessage(u"就绪"_s);
     createCentralArea();
+    connectServerData();
 
     connect(m_document, &CVelmarManagerDoc::modifiedChanged, this, &CMainFrame::updateTitle);
     updateTitle();
@@ -338,15 +339,18 @@ void CMainFrame::updateTitle()
     // "[*]" marks unsaved changes in the title bar.
     setWindowTitle(CVelmarManagerDoc::windowTitle() + u"[*]"_s);
     setWindowModified(m_document->isModified());
+}
 
+void CMainFrame::connectServerData()
+{
+    // Made once: every view edits this one working copy, and the save and the
+    // close question read it.
     m_serverData = new ServerData(this);
     connect(
         m_serverData, &ServerData::modifiedChanged, m_document, &CVelmarManagerDoc::setModified);
     if (m_context.loadServerData)
         connect(this, &CMainFrame::startupReady, this, &CMainFrame::startLoading);
-    if (QAction *save = commandAction(CommandId::Save)) {
-        connect(save, &QAction::triggered, this, &CMainFrame::saveDocument);
-    }
+    connect(commandAction(CommandId::Save), &QAction::triggered, this, &CMainFrame::saveDocument);
 }
 
 bool CMainFrame::queryClose()

@@ -60,6 +60,9 @@ public:
     // shows the database layer's one message box and gives an empty handle.
     DbConnection OpenDBConnection();
 
+    // The working copy of the server data that the views edit and the save writes.
+    ServerData *serverData() const { return m_serverData; }
+
     CMainFormView *dashboard() const { return m_dashboard; }
     OutlookBar *outlookBar() const { return m_outlookBar; }
     QToolBar *mainToolBar() const { return m_toolBar; }
@@ -77,8 +80,8 @@ public:
     // Shows the view in the pane; false when there is no such view.
     bool showView(int viewId);
 
-    // Asked before the window closes; false keeps it open. Nothing is edited
-    // yet, so it agrees; the save-on-close question goes here.
+    // Asked before the window closes; false keeps it open. After a complete
+    // load an edited working copy brings the save-on-close question.
     virtual bool queryClose();
 
     // True once the password gate of the first paint has been passed.
@@ -101,6 +104,7 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
+    void connectServerData();
     // Reads the server data on a worker with the progress dialog shown; the
     // dashboard gets the counts once the data is in memory.
     void startLoading();

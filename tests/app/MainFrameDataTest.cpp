@@ -1,0 +1,435 @@
+// The main frame with the server's data: the load it starts once the
+// administrator is in (worker, progress dialog, dashboard counts), the save
+// command and the save question when the window closes, on a server folder
+// with a real SQLite database. The save notifies 127.0.0.1:55051/55052, which
+// these tests listen on, so they run alone (SERIAL).
+
+#include "AppTestSupport.h"
+#include "CMainFormView.h"
+#include "CMainFrame.h"
+#include "CommandIds.h"
+#include "CProgressDlg.h"
+#include "CReadDBThread.h"
+#include "CVelmarManagerDoc.h"
+#include "Directory.h"
+#include "GroupTreeModel.h"
+#include "ProfileFile.h"
+#include "ServerData.h"
+#include "ServerDataFixture.h"
+#include "ServerDataSaver.h"
+#include "ServerDataSet.h"
+#include "ServerNotification.h"
+#include "TestDatabase.h"
+
+#include <memory>
+#include <QAction>
+#include <QApplication>
+#include <QCursor>
+#include <QFile>
+#include <QFormLayout>
+#include <QGuiApplication>
+#include <QHostAddress>
+#include <QLabel>
+#include <QNetworkDatagram>
+#include <QPointer>
+#include <QTest>
+#include <QUdpSocket>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// A ceiling for the worker, generous for sanitizer builds; nothing is timed.
+constexpr int LoadTimeoutMs = 60000;
+
+// Listens on the two ports the save notifies.
+class Listeners
+{
+public:
+    bool bind(QString *error)
+    {
+        for (const quint16 port :
+            { ServerNotification::DistributionPort, ServerNotification::ServerPort }) {
+            auto socket = std::make_unique<QUdpSocket>();
+            if (!socket->bind(QHostAddress(QHostAddress::LocalHost), port)) {
+                *error = u"port %1: %2"_s.arg(port).arg(socket->errorString());
+                return false;
+            }
+            m_sockets.push_back(std::move(socket));
+        }
+        return true;
+    }
+
+    // The ports that received a datagram since the last call ("bad datagram"
+    // for anything but the database-change notification). A datagram to
+    // 127.0.0.1 is queued at the receiver once its send returned.
+    QStringList drain()
+    {
+        QStringList ports;
+        for (const auto &socket : m_sockets) {
+            while (socket->hasPendingDatagrams()) {
+                const QNetworkDatagram datagram = socket->receiveDatagram();
+                ports << (datagram.data()
+                            == ServerNotification::datagram(ServerNotification::DatabaseChanged)
+                        ? QString::number(socket->localPort())
+                        : u"bad datagram"_s);
+            }
+        }
+        return ports;
+    }
+
+private:
+    std::vector<std::unique_ptr<QUdpSocket>> m_sockets;
+};
+
+// What the load looked like right after it started: seen from a handler of
+// startupReady connected after the frame's own.
+struct LoadStart
+{
+    bool started = false;
+    QPointer<CProgressDlg> dialog;
+    bool dialogVisible = false;
+    bool dialogModal = true;
+    QString dialogTitle;
+    bool waitCursor = false;
+    bool saveEnabled = true;
+};
+
+// A server folder (with or without a database), a frame that loads its data
+// and listeners on the notification ports.
+class DataFrame
+{
+public:
+    // The SQLite file backend is enough here: the load and the save themselves
+    // run on every backend in the directory tests.
+    bool createDatabase(const QStringList &statements, QString *error)
+    {
+        db = std::make_unique<TestDatabase>(TestDatabase::Backend::SqliteFile, f.dir.programDir());
+        if (!db->isValid() || !db->writeConnectionString(f.dir.hives())
+            || !db->execAll(statements)) {
+            *error = db->errorString();
+            return false;
+        }
+        return true;
+    }
+
+    CMainFrame &start()
+    {
+        MainFrameContext context = f.context();
+        context.loadServerData = true;
+        f.frame = std::make_unique<CMainFrame>(context);
+        CMainFrame *frame = f.frame.get();
+        QObject::connect(frame, &CMainFrame::startupReady, frame, [this, frame] {
+            load.started = true;
+            load.dialog = frame->findChild<CProgressDlg *>();
+            if (load.dialog) {
+                load.dialogVisible = load.dialog->isVisible();
+                load.dialogModal = load.dialog->isModal();
+                load.dialogTitle = load.dialog->windowTitle();
+            }
+            const QCursor *cursor = QGuiApplication::overrideCursor();
+            load.waitCursor = cursor && cursor->shape() == Qt::WaitCursor;
+            load.saveEnabled = frame->commandAction(CommandId::Save)->isEnabled();
+        });
+        frame->show();
+        return *frame;
+    }
+
+    // True once the worker's run is over: its progress dialog is gone.
+    bool loadEnded() const { return load.started && !load.dialog; }
+
+    QString version() const
+    {
+        return ProfileFile(f.dir.iniPath())
+            .readString(u"GroupInfo"_s, u"Version"_s, u"absent"_s, 128);
+    }
+
+    QStringList databaseDump() { return dumpDataSet(readBack(f.dir)); }
+
+    FrameFixture f;
+    std::unique_ptr<TestDatabase> db;
+    Listeners listeners;
+    LoadStart load;
+};
+
+#define DATA_FRAME(env)                                                                            \
+    DataFrame env;                                                                                 \
+    do {                                                                                           \
+        QString bindError;                                                                         \
+        QVERIFY2(env.listeners.bind(&bindError), qPrintable(bindError));                           \
+    } while (false)
+
+#define WAIT_FOR_LOAD(env)                                                                         \
+    do {                                                                                           \
+        QTRY_VERIFY_WITH_TIMEOUT(env.loadEnded(), LoadTimeoutMs);                                  \
+        QVERIFY2(env.load.dialogVisible, "no progress dialog was shown while loading");            \
+    } while (false)
+
+// The dashboard's directory rows as "caption value".
+QStringList directoryRows(const CMainFrame &frame)
+{
+    QStringList rows;
+    for (int i = 0;; ++i) {
+        auto *value = frame.dashboard()->findChild<QLabel *>(u"directoryValue%1"_s.arg(i));
+        if (!value)
+            break;
+        auto *form = qobject_cast<QFormLayout *>(value->parentWidget()->layout());
+        auto *caption = form ? qobject_cast<QLabel *>(form->labelForField(value)) : nullptr;
+        rows << (caption ? caption->text() : u"?"_s) + u' ' + value->text();
+    }
+    return rows;
+}
+
+void addGroup(CMainFrame &frame, const QString &name)
+{
+    Directory *directory = frame.serverData()->directory();
+    directory->addGroup(false, directory->regularTree()->rootIndex(), name);
+}
+
+} // namespace
+
+class MainFrameDataTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void loadFillsDashboard_data();
+    void loadFillsDashboard();
+    void saveCommand_data();
+    void saveCommand();
+    void closeAfterLoad_data();
+    void closeAfterLoad();
+    void closeAfterFailedLoad_data();
+    void closeAfterFailedLoad();
+};
+
+void MainFrameDataTest::loadFillsDashboard_data()
+{
+    QTest::addColumn<QStringList>("statements");
+    QTest::newRow("populated") << populatedDatabase();
+    QTest::newRow("empty database") << QStringList();
+}
+
+void MainFrameDataTest::loadFillsDashboard()
+{
+    QFETCH(QStringList, statements);
+    DATA_FRAME(env);
+    QString error;
+    QVERIFY2(env.createDatabase(statements, &error), qPrintable(error));
+    // What the dashboard has to show, counted in the database itself (a
+    // relation without a member places nobody).
+    const qint64 members = env.db->count(u"Member"_s);
+    const qint64 groups = env.db->count(u"[Group]"_s);
+    const qint64 memberships = env.db->count(u"Relation"_s, u"OMemberID IS NOT NULL"_s);
+    if (!statements.isEmpty())
+        QCOMPARE(QList<qint64>({ members, groups, memberships }), QList<qint64>({ 7, 5, 6 }));
+
+    CMainFrame &frame = env.start();
+    QCOMPARE(directoryRows(frame), QStringList({ u"成员: —"_s, u"群组: —"_s }));
+    WAIT_FOR_LOAD(env);
+    QVERIFY(!env.load.dialogModal);
+    QCOMPARE(env.load.dialogTitle, u"打开数据库."_s);
+    QVERIFY(env.load.waitCursor);
+    QVERIFY(!env.load.saveEnabled);
+
+    QCOMPARE(directoryRows(frame),
+        QStringList({ u"成员: %1"_s.arg(members), u"群组: %1"_s.arg(groups),
+            u"所属关系: %1"_s.arg(memberships) }));
+    QVERIFY(!QGuiApplication::overrideCursor());
+    QVERIFY(frame.commandAction(CommandId::Save)->isEnabled());
+    QCOMPARE(frame.serverData()->loadState(), ServerData::LoadState::Complete);
+    // The working copy is what the database holds, and nothing is edited yet.
+    QCOMPARE(dumpServerData(*frame.serverData()), env.databaseDump());
+    QVERIFY(!frame.isWindowModified());
+    QVERIFY(env.f.messages.boxes().isEmpty());
+    QVERIFY(env.listeners.drain().isEmpty());
+}
+
+void MainFrameDataTest::saveCommand_data()
+{
+    QTest::addColumn<QString>("useDist"); // null: not in Serverinfo.ini
+    QTest::addColumn<int>("answer"); // to "确定要保存?"
+    QTest::addColumn<QStringList>("ports");
+    QTest::newRow("yes") << QString() << int(MessageService::Yes) << QStringList { u"55052"_s };
+    QTest::newRow("yes, distributed servers")
+        << u"1"_s << int(MessageService::Yes) << QStringList { u"55051"_s, u"55052"_s };
+    QTest::newRow("no") << u"1"_s << int(MessageService::No) << QStringList();
+}
+
+void MainFrameDataTest::saveCommand()
+{
+    QFETCH(QString, useDist);
+    QFETCH(int, answer);
+    QFETCH(QStringList, ports);
+    const bool saves = answer == MessageService::Yes;
+    DATA_FRAME(env);
+    QString error;
+    QVERIFY2(env.createDatabase(populatedDatabase(), &error), qPrintable(error));
+    if (!useDist.isNull())
+        QVERIFY(
+            ProfileFile(env.f.dir.iniPath()).writeString(u"ServerInfo"_s, u"UseDist"_s, useDist));
+    CMainFrame &frame = env.start();
+    WAIT_FOR_LOAD(env);
+
+    addGroup(frame, u"Support"_s);
+    QVERIFY(frame.isWindowModified());
+    const QStringList before = env.databaseDump();
+    const QStringList edited = dumpServerData(*frame.serverData());
+    QVERIFY(before != edited);
+
+    // The shortcut of the menu command, as the administrator saves.
+    QVERIFY(showActive(&frame));
+    env.f.messages.queueAnswer(answer);
+    QTest::keyClick(&frame, Qt::Key_S, Qt::ControlModifier);
+
+    QCOMPARE(env.f.messages.boxTexts(), QStringList { ServerDataSaver::confirmText() });
+    QCOMPARE(env.f.messages.boxes().constFirst().buttons, MessageService::Buttons::YesNo);
+    QVERIFY(env.f.messages.balloons().isEmpty());
+    QCOMPARE(env.listeners.drain(), ports);
+    QVERIFY(!QGuiApplication::overrideCursor());
+    QCOMPARE(env.databaseDump(), saves ? edited : before);
+    QCOMPARE(env.db->count(u"[Group]"_s, u"GroupName = 'Support'"_s), saves ? 1 : 0);
+    QCOMPARE(env.version(), saves ? u"0001"_s : u"absent"_s);
+    QCOMPARE(frame.isWindowModified(), !saves);
+    QCOMPARE(frame.serverData()->isModified(), !saves);
+
+    // The next save asks again and bumps the version again.
+    if (saves) {
+        env.f.messages.clear();
+        frame.commandAction(CommandId::Save)->trigger();
+        QCOMPARE(env.f.messages.boxTexts(), QStringList { ServerDataSaver::confirmText() });
+        QCOMPARE(env.version(), u"0002"_s);
+        QCOMPARE(env.listeners.drain(), ports);
+    }
+}
+
+void MainFrameDataTest::closeAfterLoad_data()
+{
+    QTest::addColumn<QString>("newGroup"); // null: nothing edited
+    QTest::addColumn<int>("answer"); // to "确定要保存编辑的内容?"
+    QTest::addColumn<bool>("closes");
+    QTest::addColumn<bool>("written");
+    QTest::newRow("not edited") << QString() << 0 << true << false;
+    QTest::newRow("cancel") << u"Support"_s << int(MessageService::Cancel) << false << false;
+    QTest::newRow("no") << u"Support"_s << int(MessageService::No) << true << false;
+    QTest::newRow("yes") << u"Support"_s << int(MessageService::Yes) << true << true;
+    // A quote in a group name breaks its INSERT: the save fails part-way.
+    QTest::newRow("yes, save fails") << u"O'Brien"_s << int(MessageService::Yes) << false << false;
+}
+
+void MainFrameDataTest::closeAfterLoad()
+{
+    QFETCH(QString, newGroup);
+    QFETCH(int, answer);
+    QFETCH(bool, closes);
+    QFETCH(bool, written);
+    const bool edited = !newGroup.isNull();
+    const bool saveFails = edited && answer == MessageService::Yes && !written;
+    DATA_FRAME(env);
+    QString error;
+    QVERIFY2(env.createDatabase(populatedDatabase(), &error), qPrintable(error));
+    CMainFrame &frame = env.start();
+    WAIT_FOR_LOAD(env);
+    if (edited)
+        addGroup(frame, newGroup);
+    const QStringList before = env.databaseDump();
+    const QStringList memory = dumpServerData(*frame.serverData());
+    if (answer)
+        env.f.messages.queueAnswer(answer);
+
+    frame.commandAction(CommandId::Exit)->trigger();
+
+    QCOMPARE(frame.isVisible(), !closes);
+    if (edited) {
+        // Asked once with three buttons; a Yes saves without asking "确定要保存?".
+        QCOMPARE(env.f.messages.boxTexts(), QStringList { ServerDataSaver::closeQuestionText() });
+        QCOMPARE(env.f.messages.boxes().constFirst().buttons, MessageService::Buttons::YesNoCancel);
+    } else {
+        QVERIFY(env.f.messages.boxes().isEmpty());
+    }
+    QCOMPARE(env.version(), written ? u"0001"_s : u"absent"_s);
+    QCOMPARE(env.listeners.drain(), written ? QStringList { u"55052"_s } : QStringList());
+    if (!saveFails)
+        QCOMPARE(env.databaseDump(), written ? memory : before);
+    QCOMPARE(env.f.messages.balloonTexts(),
+        saveFails ? QStringList { ServerDataSaver::databaseErrorText() } : QStringList());
+    // What was not saved stays in memory, still to be saved.
+    QCOMPARE(dumpServerData(*frame.serverData()), memory);
+    QCOMPARE(frame.isWindowModified(), edited && !written);
+}
+
+void MainFrameDataTest::closeAfterFailedLoad_data()
+{
+    QTest::addColumn<QByteArray>("fileContents"); // empty: see "schema"
+    QTest::addColumn<bool>("schema"); // a real database whose notice table is missing
+    QTest::addColumn<QString>("failure");
+    QTest::newRow("no database") << QByteArray() << false << CReadDBThread::openFailedText();
+    QTest::newRow("not a database")
+        << QByteArray("this is not an SQLite file, it is text\n").repeated(40) << false
+        << CReadDBThread::openFailedText();
+    QTest::newRow("read fails part-way") << QByteArray() << true << CReadDBThread::readFailedText();
+}
+
+void MainFrameDataTest::closeAfterFailedLoad()
+{
+    QFETCH(QByteArray, fileContents);
+    QFETCH(bool, schema);
+    QFETCH(QString, failure);
+    DATA_FRAME(env);
+    if (!fileContents.isEmpty())
+        QVERIFY(env.f.dir.writeFile(u"VelmarDB.mdb"_s, fileContents));
+    if (schema) {
+        QString error;
+        QVERIFY2(env.createDatabase(populatedDatabase(), &error), qPrintable(error));
+        // The notices are read last: everything before them is in memory.
+        QVERIFY2(env.db->exec(u"DROP TABLE CONTENTS"_s), qPrintable(env.db->errorString()));
+    }
+
+    CMainFrame &frame = env.start();
+    WAIT_FOR_LOAD(env);
+    QVERIFY(!QGuiApplication::overrideCursor());
+    QVERIFY(!env.f.messages.boxTexts().isEmpty());
+    QCOMPARE(env.f.messages.boxTexts().constLast(), failure);
+    QCOMPARE(directoryRows(frame), QStringList({ u"成员: —"_s, u"群组: —"_s }));
+    QVERIFY(!frame.commandAction(CommandId::Save)->isEnabled());
+    QCOMPARE(frame.serverData()->loadState(),
+        schema ? ServerData::LoadState::Partial : ServerData::LoadState::NotLoaded);
+
+    // Even an edit of what a failed load left is not offered for saving: the
+    // save rewrites whole tables and would delete every row that was not read.
+    addGroup(frame, u"Support"_s);
+    QVERIFY(frame.isWindowModified());
+    const int boxes = int(env.f.messages.boxes().size());
+    const QList<QVariantList> groupRows = schema
+        ? env.db->rows(u"SELECT OGroupID, GroupName FROM [Group] ORDER BY OGroupID"_s)
+        : QList<QVariantList>();
+
+    QVERIFY(showActive(&frame));
+    QTest::keyClick(&frame, Qt::Key_S, Qt::ControlModifier);
+    frame.commandAction(CommandId::Exit)->trigger();
+
+    QVERIFY(!frame.isVisible());
+    QCOMPARE(env.f.messages.boxes().size(), boxes);
+    QVERIFY(env.f.messages.balloons().isEmpty());
+    QCOMPARE(env.version(), u"absent"_s);
+    QVERIFY(env.listeners.drain().isEmpty());
+    if (schema)
+        QCOMPARE(env.db->rows(u"SELECT OGroupID, GroupName FROM [Group] ORDER BY OGroupID"_s),
+            groupRows);
+    else if (fileContents.isEmpty())
+        QVERIFY(!QFile::exists(env.f.dir.databasePath()));
+    else
+        QCOMPARE(env.f.dir.readFile(u"VelmarDB.mdb"_s), fileContents);
+}
+
+int main(int argc, char **argv)
+{
+    // The digests are taken over GBK bytes, the system code page by default.
+    qunsetenv("VELMAR_CODEPAGE");
+    QApplication app(argc, argv);
+    QTEST_SET_MAIN_SOURCE_PATH
+    MainFrameDataTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "MainFrameDataTest.moc"
