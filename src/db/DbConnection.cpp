@@ -171,6 +171,11 @@ DbConnection::DbConnection(std::shared_ptr<DbConnectionPrivate> d)
 
 DbConnection DbConnection::open(const QString &connectionString, SqlTrace *trace)
 {
+    // SQLite's allocation statistics take a process-wide mutex on every
+    // malloc and free; nothing here reads them. This must happen before the
+    // first connection initialises SQLite, and later calls change nothing.
+    static const bool statisticsOff = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0) == SQLITE_OK;
+    Q_UNUSED(statisticsOff);
     const ConnectionTarget target = connectionTargetFor(connectionString);
     auto p = std::make_shared<DbConnectionPrivate>();
     p->trace = trace;
