@@ -13,6 +13,7 @@
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
 #include "GroupTreeModel.h"
+#include "NotificationListeners.h"
 #include "ProfileFile.h"
 #include "ServerData.h"
 #include "ServerDataFixture.h"
@@ -28,12 +29,9 @@
 #include <QFile>
 #include <QFormLayout>
 #include <QGuiApplication>
-#include <QHostAddress>
 #include <QLabel>
-#include <QNetworkDatagram>
 #include <QPointer>
 #include <QTest>
-#include <QUdpSocket>
 
 using namespace Qt::StringLiterals;
 
@@ -41,46 +39,6 @@ namespace {
 
 // A ceiling for the worker, generous for sanitizer builds; nothing is timed.
 constexpr int LoadTimeoutMs = 60000;
-
-// Listens on the two ports the save notifies.
-class Listeners
-{
-public:
-    bool bind(QString *error)
-    {
-        for (const quint16 port :
-            { ServerNotification::DistributionPort, ServerNotification::ServerPort }) {
-            auto socket = std::make_unique<QUdpSocket>();
-            if (!socket->bind(QHostAddress(QHostAddress::LocalHost), port)) {
-                *error = u"port %1: %2"_s.arg(port).arg(socket->errorString());
-                return false;
-            }
-            m_sockets.push_back(std::move(socket));
-        }
-        return true;
-    }
-
-    // The ports that received a datagram since the last call ("bad datagram"
-    // for anything but the database-change notification). A datagram to
-    // 127.0.0.1 is queued at the receiver once its send returned.
-    QStringList drain()
-    {
-        QStringList ports;
-        for (const auto &socket : m_sockets) {
-            while (socket->hasPendingDatagrams()) {
-                const QNetworkDatagram datagram = socket->receiveDatagram();
-                ports << (datagram.data()
-                            == ServerNotification::datagram(ServerNotification::DatabaseChanged)
-                        ? QString::number(socket->localPort())
-                        : u"bad datagram"_s);
-            }
-        }
-        return ports;
-    }
-
-private:
-    std::vector<std::unique_ptr<QUdpSocket>> m_sockets;
-};
 
 // What the load looked like right after it started: seen from a handler of
 // startupReady connected after the frame's own.
@@ -148,7 +106,7 @@ public:
 
     FrameFixture f;
     std::unique_ptr<TestDatabase> db;
-    Listeners listeners;
+    NotificationListeners listeners;
     LoadStart load;
 };
 

@@ -6,6 +6,7 @@
 #include "GroupTreeModel.h"
 #include "MemberListModel.h"
 #include "NoticeListModel.h"
+#include "NotificationListeners.h"
 #include "PositionListModel.h"
 #include "ProfileFile.h"
 #include "Recordset.h"
@@ -20,57 +21,15 @@
 #include "TestDatabase.h"
 
 #include <memory>
-#include <QHostAddress>
-#include <QNetworkDatagram>
 #include <QRegularExpression>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QTest>
-#include <QUdpSocket>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-// Listens on the two ports the save notifies (SERIAL: they are fixed).
-class Listeners
-{
-public:
-    bool bind(QString *error)
-    {
-        for (const quint16 port :
-            { ServerNotification::DistributionPort, ServerNotification::ServerPort }) {
-            auto socket = std::make_unique<QUdpSocket>();
-            if (!socket->bind(QHostAddress(QHostAddress::LocalHost), port)) {
-                *error = u"port %1: %2"_s.arg(port).arg(socket->errorString());
-                return false;
-            }
-            m_sockets.push_back(std::move(socket));
-        }
-        return true;
-    }
-
-    // The ports that received a datagram since the last call; every datagram
-    // must be the database-change notification. A datagram to 127.0.0.1 is in
-    // the receiver's queue once the send returned, so nothing is waited for.
-    QStringList drain()
-    {
-        QStringList ports;
-        for (const auto &socket : m_sockets) {
-            while (socket->hasPendingDatagrams()) {
-                const QNetworkDatagram datagram = socket->receiveDatagram();
-                ports << (datagram.data() == ServerNotification::datagram(0x0DAC)
-                        ? QString::number(socket->localPort())
-                        : u"bad datagram"_s);
-            }
-        }
-        return ports;
-    }
-
-private:
-    std::vector<std::unique_ptr<QUdpSocket>> m_sockets;
-};
 
 // One server folder with a database, a loaded working copy and the saver's
 // collaborators.
@@ -142,7 +101,7 @@ public:
     std::unique_ptr<SqlTrace> trace;
     QString tracePath;
     ServerData data;
-    Listeners listeners;
+    NotificationListeners listeners;
     QList<int> pauses;
     QStringList portsAtPause;
 };

@@ -1,0 +1,41 @@
+#include "NotificationListeners.h"
+
+#include "ServerNotification.h"
+
+#include <QHostAddress>
+#include <QNetworkDatagram>
+#include <QUdpSocket>
+
+using namespace Qt::StringLiterals;
+
+NotificationListeners::NotificationListeners() = default;
+NotificationListeners::~NotificationListeners() = default;
+
+bool NotificationListeners::bind(QString *error)
+{
+    for (const quint16 port :
+        { ServerNotification::DistributionPort, ServerNotification::ServerPort }) {
+        auto socket = std::make_unique<QUdpSocket>();
+        if (!socket->bind(QHostAddress(QHostAddress::LocalHost), port)) {
+            *error = u"port %1: %2"_s.arg(port).arg(socket->errorString());
+            return false;
+        }
+        m_sockets.push_back(std::move(socket));
+    }
+    return true;
+}
+
+QStringList NotificationListeners::drain()
+{
+    QStringList ports;
+    for (const auto &socket : m_sockets) {
+        while (socket->hasPendingDatagrams()) {
+            const QNetworkDatagram datagram = socket->receiveDatagram();
+            ports << (datagram.data()
+                        == ServerNotification::datagram(ServerNotification::DatabaseChanged)
+                    ? QString::number(socket->localPort())
+                    : u"bad datagram"_s);
+        }
+    }
+    return ports;
+}
