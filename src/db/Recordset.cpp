@@ -233,30 +233,52 @@ QVariant Recordset::value(const QString &name) const
 
 qint32 Recordset::intField(int index) const
 {
-    return toNumber(index, d ? d->names.value(index) : QString());
+    return toNumber(index, nullptr, nullptr);
 }
 
 qint32 Recordset::intField(const QString &name) const
 {
-    return toNumber(fieldIndex(name), name);
+    return toNumber(fieldIndex(name), &name, nullptr);
 }
 
-qint32 Recordset::toNumber(int index, const QString &name) const
+qint32 Recordset::intField(int index, qint32 valueForNull) const
+{
+    return toNumber(index, nullptr, &valueForNull);
+}
+
+qint32 Recordset::toNumber(int index, const QString *columnName, const qint32 *valueForNull) const
 {
     checkReadable(index);
-    qint64 wide = 0;
-    if (d->isNative && d->native.integerValue(index, &wide)) {
-        if (const std::optional<qint32> number = fromWide(wide))
-            return *number;
+    if (d->isNative) {
+        // One look at the storage class serves the usual cases.
+        switch (d->native.type(index)) {
+        case SqliteStatement::Type::Integer:
+            if (const std::optional<qint32> number = fromWide(d->native.integer(index)))
+                return *number;
+            break;
+        case SqliteStatement::Type::Null:
+            if (valueForNull)
+                return *valueForNull;
+            break;
+        default:
+            break;
+        }
     }
+    // The name is looked up for the message only: copying it per row cost
+    // more than reading the value.
+    const auto name = [&] { return columnName ? *columnName : d->names.value(index); };
     const QVariant v = value(index);
-    if (v.isNull())
-        raise(
-            d->connection->source, u"Type mismatch: column %1 is NULL, not a number."_s.arg(name));
+    if (v.isNull()) {
+        if (valueForNull)
+            return *valueForNull;
+        raise(d->connection->source,
+            u"Type mismatch: column %1 is NULL, not a number."_s.arg(name()));
+    }
     const std::optional<qint32> number = toInt32(v);
     if (!number)
         raise(d->connection->source,
-            u"Type mismatch: column %1 holds '%2', not a 32-bit number."_s.arg(name, v.toString()));
+            u"Type mismatch: column %1 holds '%2', not a 32-bit number."_s.arg(
+                name(), v.toString()));
     return *number;
 }
 
@@ -269,9 +291,14 @@ QString Recordset::textField(int index) const
 {
     checkReadable(index);
     if (d->isNative) {
-        QString text;
-        if (d->native.textValue(index, &text))
-            return text;
+        switch (d->native.type(index)) {
+        case SqliteStatement::Type::Text:
+            return d->native.text(index);
+        case SqliteStatement::Type::Null:
+            return QString();
+        default:
+            break;
+        }
     }
     const QVariant v = value(index);
     return v.isNull() ? QString() : v.toString();
@@ -286,6 +313,6 @@ bool Recordset::isNull(int index) const
 {
     checkReadable(index);
     if (d->isNative)
-        return d->native.isNull(index);
+        return d->native.type(index) == SqliteStatement::Type::Null;
     return value(index).isNull();
 }

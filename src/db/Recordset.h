@@ -37,6 +37,8 @@ public:
     // reads as a number); NULL and other text raise DbException.
     qint32 intField(const QString &name) const;
     qint32 intField(int index) const;
+    // As above, with NULL read as valueForNull (columns without NOT NULL).
+    qint32 intField(int index, qint32 valueForNull) const;
     // Raises DbException; NULL reads as empty.
     QString textField(const QString &name) const;
     QString textField(int index) const;
@@ -60,6 +62,6 @@ private:
     // Steps to the next row; raises DbException when reading fails.
     void fetch();
     void checkReadable(int index) const;
-    qint32 toNumber(int index, const QString &name) const;
+    qint32 toNumber(int index, const QString *columnName, const qint32 *valueForNull) const;
     std::unique_ptr<RecordsetPrivate> d;
 };

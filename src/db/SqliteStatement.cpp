@@ -3,6 +3,12 @@
 #include <sqlite3.h>
 #include <utility>
 
+static_assert(int(SqliteStatement::Type::Integer) == SQLITE_INTEGER
+    && int(SqliteStatement::Type::Float) == SQLITE_FLOAT
+    && int(SqliteStatement::Type::Text) == SQLITE_TEXT
+    && int(SqliteStatement::Type::Blob) == SQLITE_BLOB
+    && int(SqliteStatement::Type::Null) == SQLITE_NULL);
+
 SqliteStatement::~SqliteStatement()
 {
     sqlite3_finalize(m_statement);
@@ -61,27 +67,21 @@ QString SqliteStatement::columnName(int column) const
     return QString::fromUtf8(sqlite3_column_name(m_statement, column));
 }
 
-bool SqliteStatement::isNull(int column) const
+SqliteStatement::Type SqliteStatement::type(int column) const
 {
-    return sqlite3_column_type(m_statement, column) == SQLITE_NULL;
+    return Type(sqlite3_column_type(m_statement, column));
 }
 
-bool SqliteStatement::integerValue(int column, qint64 *value) const
+qint64 SqliteStatement::integer(int column) const
 {
-    if (sqlite3_column_type(m_statement, column) != SQLITE_INTEGER)
-        return false;
-    *value = sqlite3_column_int64(m_statement, column);
-    return true;
+    return sqlite3_column_int64(m_statement, column);
 }
 
-bool SqliteStatement::textValue(int column, QString *text) const
+QString SqliteStatement::text(int column) const
 {
-    if (sqlite3_column_type(m_statement, column) != SQLITE_TEXT)
-        return false;
     // Text first, then its length: the order SQLite documents as safe.
     const auto *bytes = reinterpret_cast<const char *>(sqlite3_column_text(m_statement, column));
-    *text = QString::fromUtf8(bytes, sqlite3_column_bytes(m_statement, column));
-    return true;
+    return QString::fromUtf8(bytes, sqlite3_column_bytes(m_statement, column));
 }
 
 QVariant SqliteStatement::value(int column) const
@@ -91,11 +91,8 @@ QVariant SqliteStatement::value(int column) const
         return QVariant(qlonglong(sqlite3_column_int64(m_statement, column)));
     case SQLITE_FLOAT:
         return QVariant(sqlite3_column_double(m_statement, column));
-    case SQLITE_TEXT: {
-        QString text;
-        textValue(column, &text);
-        return QVariant(text);
-    }
+    case SQLITE_TEXT:
+        return QVariant(text(column));
     case SQLITE_BLOB: {
         const auto *bytes = static_cast<const char *>(sqlite3_column_blob(m_statement, column));
         return QVariant(QByteArray(bytes, sqlite3_column_bytes(m_statement, column)));

@@ -16,6 +16,8 @@ class SqliteStatement
 {
 public:
     enum class Step { Row, Done, Error };
+    // SQLite's storage classes, with its numbering.
+    enum class Type { Integer = 1, Float = 2, Text = 3, Blob = 4, Null = 5 };
 
     SqliteStatement() = default;
     ~SqliteStatement();
@@ -35,11 +37,12 @@ public:
 
     int columnCount() const;
     QString columnName(int column) const;
-    bool isNull(int column) const;
-    // True with the value when the column holds an INTEGER.
-    bool integerValue(int column, qint64 *value) const;
-    // True with the text when the column holds TEXT.
-    bool textValue(int column, QString *text) const;
+    // The storage class of the column's value in the current row.
+    Type type(int column) const;
+    // The value read as the type gives it; for a column of another type
+    // SQLite converts.
+    qint64 integer(int column) const;
+    QString text(int column) const;
     QVariant value(int column) const;
 
 private:

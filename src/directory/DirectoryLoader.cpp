@@ -48,7 +48,7 @@ private:
 // that is no number still fails, so that nothing is saved over it.
 qint32 intOrZero(const Recordset &set, int column)
 {
-    return set.isNull(column) ? 0 : set.intField(column);
+    return set.intField(column, 0);
 }
 
 int readCount(DbConnection &connection, const QString &sql)

@@ -77,35 +77,47 @@ void FileBoxRights::load(DbConnection &connection)
     // are left out; a NULL path or authority reads as empty.
 
     Recordset folders = connection.execute(u"SELECT OFolderID,FolderPath FROM Folder"_s);
-    while (!folders.isEOF()) {
-        if (!folders.isNull(u"OFolderID"_s)) {
-            m_folders.append({ folders.intField(u"OFolderID"_s),
-                pathFromStored(folders.textField(u"FolderPath"_s)) });
+    if (!folders.isEOF()) {
+        const int folder = folders.fieldIndex(u"OFolderID");
+        const int path = folders.fieldIndex(u"FolderPath");
+        while (!folders.isEOF()) {
+            if (!folders.isNull(folder))
+                m_folders.append(
+                    { folders.intField(folder), pathFromStored(folders.textField(path)) });
+            folders.moveNext();
         }
-        folders.moveNext();
     }
     folders.close();
 
     Recordset groups
         = connection.execute(u"SELECT OFolderID,OGroupID,Authority FROM GroupAuthority"_s);
-    while (!groups.isEOF()) {
-        if (!groups.isNull(u"OFolderID"_s) && !groups.isNull(u"OGroupID"_s)) {
-            m_groupRights.append({ groups.intField(u"OFolderID"_s), groups.intField(u"OGroupID"_s),
-                AuthorityCode::decode(groups.textField(u"Authority"_s)) });
+    if (!groups.isEOF()) {
+        const int folder = groups.fieldIndex(u"OFolderID");
+        const int group = groups.fieldIndex(u"OGroupID");
+        const int authority = groups.fieldIndex(u"Authority");
+        while (!groups.isEOF()) {
+            if (!groups.isNull(folder) && !groups.isNull(group)) {
+                m_groupRights.append({ groups.intField(folder), groups.intField(group),
+                    AuthorityCode::decode(groups.textField(authority)) });
+            }
+            groups.moveNext();
         }
-        groups.moveNext();
     }
     groups.close();
 
     Recordset members
         = connection.execute(u"SELECT OFolderID,OMemberID,Authority FROM UserAuthority"_s);
-    while (!members.isEOF()) {
-        if (!members.isNull(u"OFolderID"_s) && !members.isNull(u"OMemberID"_s)) {
-            m_memberRights.append(
-                { members.intField(u"OFolderID"_s), members.intField(u"OMemberID"_s),
-                    AuthorityCode::decode(members.textField(u"Authority"_s)) });
+    if (!members.isEOF()) {
+        const int folder = members.fieldIndex(u"OFolderID");
+        const int member = members.fieldIndex(u"OMemberID");
+        const int authority = members.fieldIndex(u"Authority");
+        while (!members.isEOF()) {
+            if (!members.isNull(folder) && !members.isNull(member)) {
+                m_memberRights.append({ members.intField(folder), members.intField(member),
+                    AuthorityCode::decode(members.textField(authority)) });
+            }
+            members.moveNext();
         }
-        members.moveNext();
     }
     members.close();
     m_modified = false;

@@ -47,15 +47,18 @@ QList<NoticeRecord> NoticeBoard::load(DbConnection &connection)
 {
     QList<NoticeRecord> records;
     Recordset set = connection.execute(selectStatement());
+    if (set.isEOF())
+        return records;
+    const int id = set.fieldIndex(u"OCONTENTSID"), title = set.fieldIndex(u"TITLE"),
+              written = set.fieldIndex(u"WRITEDATE"), writer = set.fieldIndex(u"OMEMBERID"),
+              writerId = set.fieldIndex(u"MEMBERID"), writerName = set.fieldIndex(u"MEMBERNAME"),
+              contents = set.fieldIndex(u"CONTENTS"), files = set.fieldIndex(u"FilePath"),
+              session = set.fieldIndex(u"FileSessionID"), endDate = set.fieldIndex(u"WriteEndDate");
     while (!set.isEOF()) {
-        const auto number = [&set](const QString &column) {
-            return set.isNull(column) ? 0 : set.intField(column);
-        };
-        records.append(fromStored(number(u"OCONTENTSID"_s), set.textField(u"TITLE"_s),
-            set.textField(u"WRITEDATE"_s), number(u"OMEMBERID"_s), set.textField(u"MEMBERID"_s),
-            set.textField(u"MEMBERNAME"_s), set.textField(u"CONTENTS"_s),
-            set.textField(u"FilePath"_s), set.textField(u"FileSessionID"_s),
-            set.textField(u"WriteEndDate"_s)));
+        records.append(fromStored(set.intField(id, 0), set.textField(title), set.textField(written),
+            set.intField(writer, 0), set.textField(writerId), set.textField(writerName),
+            set.textField(contents), set.textField(files), set.textField(session),
+            set.textField(endDate)));
         set.moveNext();
     }
     set.close();

@@ -58,8 +58,7 @@ void AccessTokenTable::load(DbConnection &connection)
                 CAccessToken token;
                 for (int f = 0; f < CAccessToken::FeatureCount; ++f) {
                     const int column = featureColumns[f];
-                    token.setFlag(CAccessToken::Feature(f),
-                        !tokens.isNull(column) && tokens.intField(column) != 0);
+                    token.setFlag(CAccessToken::Feature(f), tokens.intField(column, 0) != 0);
                 }
                 m_tokens.insert_or_assign(tokens.intField(memberColumn), token);
             }

@@ -33,7 +33,7 @@ void VoipAccountPool::load(DbConnection &connection, const std::function<void(in
             entry.voipId = set.textField(idColumn);
             entry.voipPassword = set.textField(passColumn);
             // An account nobody was ever given may carry NULL; it is free.
-            entry.memberId = set.isNull(memberColumn) ? 0 : set.intField(memberColumn);
+            entry.memberId = set.intField(memberColumn, 0);
             m_entries.append(entry);
             set.moveNext();
         }

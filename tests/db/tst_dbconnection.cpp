@@ -436,7 +436,8 @@ void TstDbConnection::intConversion()
         QVERIFY2(
             db.execAll({ u"INSERT INTO VoipInfo (OMemberID, ID, Pass) VALUES (-2147483648, ' 42 ', '2147483647')"_s,
                 u"INSERT INTO UserAuthority (OFolderID, OMemberID, Authority) VALUES (1, 2, '2147483648')"_s,
-                u"INSERT INTO GroupAuthority (OFolderID, OGroupID, Authority) VALUES (1, 2, 'rw')"_s }),
+                u"INSERT INTO GroupAuthority (OFolderID, OGroupID, Authority) VALUES (1, 2, 'rw')"_s,
+                u"INSERT INTO Rank (ORankID,RankName) VALUES (NULL, 'rw')"_s }),
             qPrintable(db.errorString()));
         DbConnection c = db.connect();
         Recordset voip = c.execute(u"SELECT OMemberID, ID, Pass FROM VoipInfo"_s);
@@ -456,6 +457,13 @@ void TstDbConnection::intConversion()
             QVERIFY(e.error().description.contains(u"rw"_s));
         }
         QCOMPARE(letters.textField(0), u"rw"_s);
+
+        // A value for NULL serves NULL only: text that is no number stays an error.
+        Recordset ranks = c.execute(u"SELECT ORankID, RankName FROM Rank"_s);
+        QCOMPARE(ranks.intField(0, -7), -7);
+        QVERIFY_THROWS_EXCEPTION(DbException, ranks.intField(0));
+        QVERIFY_THROWS_EXCEPTION(DbException, ranks.intField(1, 0));
+        QCOMPARE(voip.intField(0, 5), std::numeric_limits<qint32>::min());
     } catch (const DbException &e) {
         QFAIL(e.what());
     }
