@@ -91,12 +91,6 @@ qint32 DirectoryTree::rootId() const
 
 void DirectoryTree::clear()
 {
-    // The lookup tables go before the nodes: freed after 200,000 small nodes,
-    // each of their blocks merged with freed neighbours and made the allocator
-    // sweep all its small free blocks again.
-    m_index.clear();
-    m_indexOrder.clear();
-    m_placed.clear();
     std::vector<std::unique_ptr<DirectoryNode>> doomed;
     doomed.swap(m_root->m_children);
     while (!doomed.empty()) {
@@ -105,6 +99,9 @@ void DirectoryTree::clear()
         for (auto &child : node->m_children)
             doomed.push_back(std::move(child));
     }
+    m_index.clear();
+    m_indexOrder.clear();
+    m_placed.clear();
     m_membershipCount = 0;
 }
 
