@@ -2,6 +2,30 @@
 
 #include <algorithm>
 
+namespace {
+
+// Visits every node below start in display order, a group before what it
+// holds, with its depth (1 for start's children); stops when visit returns
+// false. Iterative, so that a deep tree cannot exhaust the stack.
+template<typename Visit> void walkBelow(const DirectoryNode *start, Visit visit)
+{
+    std::vector<std::pair<const DirectoryNode *, int>> stack { { start, 0 } };
+    while (!stack.empty()) {
+        auto &[node, next] = stack.back();
+        if (next == node->childCount()) {
+            stack.pop_back();
+            continue;
+        }
+        const DirectoryNode *child = node->child(next++);
+        if (!visit(child, int(stack.size())))
+            return;
+        if (child->isContainer())
+            stack.emplace_back(child, 0);
+    }
+}
+
+} // namespace
+
 DirectoryTree::DirectoryTree(Kind kind)
     : m_kind(kind)
     , m_root(std::make_unique<DirectoryNode>(DirectoryNode::Kind::Root))
@@ -184,22 +208,13 @@ DirectoryNode *DirectoryTree::findMembership(
     }
     // Depth-first in child order: a membership found at some level is returned
     // before anything inside a later sibling group.
-    std::vector<std::pair<const DirectoryNode *, size_t>> stack { { start, 0 } };
-    while (!stack.empty()) {
-        auto &[node, next] = stack.back();
-        if (next == node->m_children.size()) {
-            stack.pop_back();
-            continue;
-        }
-        const DirectoryNode *child = node->m_children[next++].get();
-        if (child->isMembership()) {
-            if (child->id == memberId)
-                return const_cast<DirectoryNode *>(child);
-        } else {
-            stack.emplace_back(child, 0);
-        }
-    }
-    return nullptr;
+    const DirectoryNode *found = nullptr;
+    walkBelow(start, [&](const DirectoryNode *child, int) {
+        if (child->isMembership() && child->id == memberId)
+            found = child;
+        return !found;
+    });
+    return const_cast<DirectoryNode *>(found);
 }
 
 void DirectoryTree::indexSubtree(DirectoryNode *top)
@@ -309,35 +324,19 @@ int DirectoryTree::depth(const DirectoryNode *node)
 void DirectoryTree::forEachGroup(
     const std::function<void(const DirectoryNode *group, int depth)> &visit) const
 {
-    std::vector<std::pair<const DirectoryNode *, size_t>> stack { { m_root.get(), 0 } };
-    while (!stack.empty()) {
-        auto &[node, next] = stack.back();
-        if (next == node->m_children.size()) {
-            stack.pop_back();
-            continue;
-        }
-        const DirectoryNode *child = node->m_children[next++].get();
-        if (child->isGroup()) {
-            visit(child, int(stack.size()));
-            stack.emplace_back(child, 0);
-        }
-    }
+    walkBelow(m_root.get(), [&](const DirectoryNode *child, int depth) {
+        if (child->isGroup())
+            visit(child, depth);
+        return true;
+    });
 }
 
 void DirectoryTree::forEachMembership(
     const std::function<void(const DirectoryNode *membership)> &visit) const
 {
-    std::vector<std::pair<const DirectoryNode *, size_t>> stack { { m_root.get(), 0 } };
-    while (!stack.empty()) {
-        auto &[node, next] = stack.back();
-        if (next == node->m_children.size()) {
-            stack.pop_back();
-            continue;
-        }
-        const DirectoryNode *child = node->m_children[next++].get();
+    walkBelow(m_root.get(), [&](const DirectoryNode *child, int) {
         if (child->isMembership())
             visit(child);
-        else
-            stack.emplace_back(child, 0);
-    }
+        return true;
+    });
 }

@@ -96,40 +96,35 @@ class TstDbConnection : public QObject
 private Q_SLOTS:
     void init();
 
-    void schemaHasEveryTableAndColumn_data() { addBackends(); }
+    void schemaHasEveryTableAndColumn_data() { TestDatabase::addBackends(); }
     void schemaHasEveryTableAndColumn();
-    void schemaIndexesServePerRowStatements_data() { addBackends(); }
+    void schemaIndexesServePerRowStatements_data() { TestDatabase::addBackends(); }
     void schemaIndexesServePerRowStatements();
-    void designedStatementsRun_data() { addBackends(); }
+    void designedStatementsRun_data() { TestDatabase::addBackends(); }
     void designedStatementsRun();
-    void recordReading_data() { addBackends(); }
+    void recordReading_data() { TestDatabase::addBackends(); }
     void recordReading();
-    void intConversion_data() { addBackends(); }
+    void intConversion_data() { TestDatabase::addBackends(); }
     void intConversion();
-    void fieldAccessErrors_data() { addBackends(); }
+    void fieldAccessErrors_data() { TestDatabase::addBackends(); }
     void fieldAccessErrors();
-    void failingStatementRaises_data() { addBackends(); }
+    void failingStatementRaises_data() { TestDatabase::addBackends(); }
     void failingStatementRaises();
-    void oneStatementPerExecution_data() { addBackends(); }
+    void oneStatementPerExecution_data() { TestDatabase::addBackends(); }
     void oneStatementPerExecution();
-    void statementsTakeEffectOneByOne_data() { addBackends(); }
+    void statementsTakeEffectOneByOne_data() { TestDatabase::addBackends(); }
     void statementsTakeEffectOneByOne();
     void sqliteSettings_data();
     void sqliteSettings();
-    void connectionReleasedWithLastHandle_data() { addBackends(); }
+    void connectionReleasedWithLastHandle_data() { TestDatabase::addBackends(); }
     void connectionReleasedWithLastHandle();
-    void connectionPerThread_data() { addBackends(); }
+    void connectionPerThread_data() { TestDatabase::addBackends(); }
     void connectionPerThread();
     void emptyHandle();
     void sqliteFileReadsAsQtDriver();
     void sqliteStepFailures();
 
 private:
-    static void addBackends()
-    {
-        TestDatabase::addBackendColumn();
-        TestDatabase::addBackendRows();
-    }
     QTemporaryDir m_folder;
 };
 

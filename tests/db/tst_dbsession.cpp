@@ -476,8 +476,7 @@ void TstDbSession::openFailureShowsOneBox()
 
 void TstDbSession::readTextField_data()
 {
-    TestDatabase::addBackendColumn();
-    TestDatabase::addBackendRows();
+    TestDatabase::addBackends();
 }
 
 void TstDbSession::readTextField()
@@ -544,8 +543,7 @@ void TstDbSession::readTextField()
 
 void TstDbSession::traceRecordsEveryStatementInOrder_data()
 {
-    TestDatabase::addBackendColumn();
-    TestDatabase::addBackendRows();
+    TestDatabase::addBackends();
 }
 
 void TstDbSession::traceRecordsEveryStatementInOrder()

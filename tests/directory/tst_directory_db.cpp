@@ -136,51 +136,38 @@ QStringList normalisedTrace(const QString &path)
 
 } // namespace
 
-#define DATABASE(db)                                                                               \
-    QFETCH(TestDatabase::Backend, backend);                                                        \
-    TempServerDir dir;                                                                             \
-    TestDatabase db(backend, dir.programDir());                                                    \
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()))
-
 class TestDirectoryDb : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void emptyDatabase_data() { backends(); }
+    void emptyDatabase_data() { TestDatabase::addBackends(); }
     void emptyDatabase();
-    void loadAnomalies_data() { backends(); }
+    void loadAnomalies_data() { TestDatabase::addBackends(); }
     void loadAnomalies();
-    void nullFlagLeftoversAreReadOnce_data() { backends(); }
+    void nullFlagLeftoversAreReadOnce_data() { TestDatabase::addBackends(); }
     void nullFlagLeftoversAreReadOnce();
-    void loadFailureKeepsWhatWasRead_data() { backends(); }
+    void loadFailureKeepsWhatWasRead_data() { TestDatabase::addBackends(); }
     void loadFailureKeepsWhatWasRead();
-    void writeLevelsAndEscapes_data() { backends(); }
+    void writeLevelsAndEscapes_data() { TestDatabase::addBackends(); }
     void writeLevelsAndEscapes();
-    void statementStream_data() { backends(); }
+    void statementStream_data() { TestDatabase::addBackends(); }
     void statementStream();
-    void roundTrip_data() { backends(); }
+    void roundTrip_data() { TestDatabase::addBackends(); }
     void roundTrip();
-    void quoteInGroupNameAbortsTheWrite_data() { backends(); }
+    void quoteInGroupNameAbortsTheWrite_data() { TestDatabase::addBackends(); }
     void quoteInGroupNameAbortsTheWrite();
-    void interruptedWriteIsRepairedByTheNextOne_data() { backends(); }
+    void interruptedWriteIsRepairedByTheNextOne_data() { TestDatabase::addBackends(); }
     void interruptedWriteIsRepairedByTheNextOne();
-    void deletedMembers_data() { backends(); }
+    void deletedMembers_data() { TestDatabase::addBackends(); }
     void deletedMembers();
-    void positions_data() { backends(); }
+    void positions_data() { TestDatabase::addBackends(); }
     void positions();
-
-private:
-    static void backends()
-    {
-        TestDatabase::addBackendColumn();
-        TestDatabase::addBackendRows();
-    }
 };
 
 void TestDirectoryDb::emptyDatabase()
 {
-    DATABASE(db);
+    VELMAR_BACKEND_DATABASE(db);
     DirectoryData data;
     data.groupCounter = 99; // left from an earlier load
     RecordingProgress progress;
@@ -198,7 +185,7 @@ void TestDirectoryDb::emptyDatabase()
 
 void TestDirectoryDb::loadAnomalies()
 {
-    DATABASE(db);
+    VELMAR_BACKEND_DATABASE(db);
     QVERIFY2(db.execAll(anomalousDirectory()), qPrintable(db.errorString()));
     DirectoryData data;
     RecordingProgress progress;
@@ -266,7 +253,7 @@ void TestDirectoryDb::loadAnomalies()
 
 void TestDirectoryDb::nullFlagLeftoversAreReadOnce()
 {
-    DATABASE(db);
+    VELMAR_BACKEND_DATABASE(db);
     // What a save leaves behind when a row's partition flag was NULL: the
     // designed DELETE cannot reach that row, so the written row joins it.
     QVERIFY2(db.execAll({
@@ -302,7 +289,7 @@ void TestDirectoryDb::nullFlagLeftoversAreReadOnce()
 
 void TestDirectoryDb::loadFailureKeepsWhatWasRead()
 {
-    DATABASE(db);
+    VELMAR_BACKEND_DATABASE(db);
     QVERIFY2(db.execAll(anomalousDirectory()), qPrintable(db.errorString()));
     QVERIFY2(db.exec(u"DROP TABLE Relation"_s), qPrintable(db.errorString()));
     DirectoryData data;
@@ -316,7 +303,7 @@ void TestDirectoryDb::loadFailureKeepsWhatWasRead()
 
 void TestDirectoryDb::writeLevelsAndEscapes()
 {
-    DATABASE(db);
+    VELMAR_BACKEND_DATABASE(db);
     // Rows the write must replace, and a member of each partition to drop.
     QVERIFY(db.execAll({ memberInsert + u"(9,'old','','','x',0,0,'','','','','','',0,0,'',3,0)"_s,
         memberInsert + u"(8,'oldg','','','x',0,0,'','','','','','',0,0,'',1,1)"_s,
@@ -343,7 +330,7 @@ void TestDirectoryDb::writeLevelsAndEscapes()
 
 void TestDirectoryDb::statementStream()
 {
-    DATABASE(db);
+    VELMAR_BACKEND_DATABASE(db);
     const QString tracePath = dir.filePath(u"trace.sql"_s);
     {
         SqlTrace trace(tracePath);
@@ -424,7 +411,7 @@ void TestDirectoryDb::statementStream()
 
 void TestDirectoryDb::roundTrip()
 {
-    DATABASE(db);
+    VELMAR_BACKEND_DATABASE(db);
     QVERIFY2(db.execAll(anomalousDirectory()), qPrintable(db.errorString()));
     const DirectoryData first = load(db);
     write(db, first);
@@ -448,7 +435,7 @@ void TestDirectoryDb::roundTrip()
 
 void TestDirectoryDb::quoteInGroupNameAbortsTheWrite()
 {
-    DATABASE(db);
+    VELMAR_BACKEND_DATABASE(db);
     const DirectoryData before = smallDirectory();
     write(db, before);
     const qint64 members = db.count(u"Member"_s);
@@ -473,7 +460,7 @@ void TestDirectoryDb::quoteInGroupNameAbortsTheWrite()
 
 void TestDirectoryDb::interruptedWriteIsRepairedByTheNextOne()
 {
-    DATABASE(db);
+    VELMAR_BACKEND_DATABASE(db);
     write(db, smallDirectory());
     const QStringList oldRelations
         = table(db, u"SELECT OMemberID, OGroupID FROM Relation ORDER BY OMemberID, OGroupID"_s);
@@ -500,7 +487,7 @@ void TestDirectoryDb::interruptedWriteIsRepairedByTheNextOne()
 
 void TestDirectoryDb::deletedMembers()
 {
-    DATABASE(db);
+    VELMAR_BACKEND_DATABASE(db);
     QVERIFY2(
         db.execAll({
             u"INSERT INTO VoipInfo (OMemberID, ID, Pass) VALUES (5, 'v5', 'p'), (6, 'v6', 'p')"_s,
@@ -531,7 +518,7 @@ void TestDirectoryDb::deletedMembers()
 
 void TestDirectoryDb::positions()
 {
-    DATABASE(db);
+    VELMAR_BACKEND_DATABASE(db);
     QVERIFY(db.execAll({ u"INSERT INTO Rank (ORankID, RankName) VALUES (3, '主任')"_s,
         u"INSERT INTO Rank (ORankID, RankName) VALUES (1, '职员')"_s,
         u"INSERT INTO Rank (ORankID, RankName) VALUES (2, NULL)"_s }));

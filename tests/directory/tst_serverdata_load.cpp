@@ -8,8 +8,8 @@
 #include "MemberListModel.h"
 #include "NoticeListModel.h"
 #include "PositionListModel.h"
-#include "Recordset.h"
 #include "ProfileFile.h"
+#include "Recordset.h"
 #include "ScriptedMessageService.h"
 #include "ServerData.h"
 #include "ServerDataFixture.h"
@@ -28,11 +28,7 @@ using namespace Qt::StringLiterals;
 Q_DECLARE_METATYPE(ServerDataLoader::Step)
 
 #define DATABASE(db)                                                                               \
-    QFETCH(TestDatabase::Backend, backend);                                                        \
-    TempServerDir dir;                                                                             \
-    QVERIFY(dir.isValid());                                                                        \
-    TestDatabase db(backend, dir.programDir());                                                    \
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()));                                          \
+    VELMAR_BACKEND_DATABASE(db);                                                                   \
     QVERIFY(db.writeConnectionString(dir.hives()))
 
 namespace {
@@ -54,9 +50,9 @@ class TestServerDataLoad : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void fullLoad_data() { TestDatabase::addBackendColumn(), TestDatabase::addBackendRows(); }
+    void fullLoad_data() { TestDatabase::addBackends(); }
     void fullLoad();
-    void emptyDatabase_data() { TestDatabase::addBackendColumn(), TestDatabase::addBackendRows(); }
+    void emptyDatabase_data() { TestDatabase::addBackends(); }
     void emptyDatabase();
     void openFailure_data();
     void openFailure();
@@ -330,8 +326,7 @@ void TestServerDataLoad::readFailure()
 
 void TestServerDataLoad::lockedDatabase_data()
 {
-    TestDatabase::addBackendColumn();
-    TestDatabase::addBackendRows();
+    TestDatabase::addBackends();
 }
 
 void TestServerDataLoad::lockedDatabase()
@@ -343,7 +338,8 @@ void TestServerDataLoad::lockedDatabase()
         // The SQLite ODBC driver waits for a lock as long as its own Timeout
         // says (100 s unless the connection string names one).
         CRegistry key(dir.hives(), RegistryRoot::LocalMachine);
-        QVERIFY(key.createKey(RegistryRoot::LocalMachine, u"SOFTWARE\\Velmar\\Services\\Database"_s));
+        QVERIFY(
+            key.createKey(RegistryRoot::LocalMachine, u"SOFTWARE\\Velmar\\Services\\Database"_s));
         QVERIFY(key.writeString(u"ConnectionString"_s, db.connectionString() + u"Timeout=3000;"_s));
     }
     if (postgres) {

@@ -312,7 +312,7 @@ class TestServerDataSave : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void statementOrder_data() { backends(); }
+    void statementOrder_data() { TestDatabase::addBackends(); }
     void statementOrder();
     void refusals_data();
     void refusals();
@@ -322,19 +322,12 @@ private Q_SLOTS:
     void notifications();
     void failingStatement_data();
     void failingStatement();
-    void noticeDeleteFailure_data() { backends(); }
+    void noticeDeleteFailure_data() { TestDatabase::addBackends(); }
     void noticeDeleteFailure();
     void saveOnClose_data();
     void saveOnClose();
-    void lockedDatabase_data() { backends(); }
+    void lockedDatabase_data() { TestDatabase::addBackends(); }
     void lockedDatabase();
-
-private:
-    static void backends()
-    {
-        TestDatabase::addBackendColumn();
-        TestDatabase::addBackendRows();
-    }
 };
 
 namespace {

@@ -174,16 +174,12 @@ void TestVelmarCtl::loadFailures()
 
 void TestVelmarCtl::resave_data()
 {
-    TestDatabase::addBackendColumn();
-    TestDatabase::addBackendRows();
+    TestDatabase::addBackends();
 }
 
 void TestVelmarCtl::resave()
 {
-    QFETCH(TestDatabase::Backend, backend);
-    TempServerDir dir;
-    TestDatabase db(backend, dir.programDir());
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    VELMAR_BACKEND_DATABASE(db);
     QVERIFY(db.writeConnectionString(dir.hives()));
     QVERIFY2(db.execAll(populatedDatabase()), qPrintable(db.errorString()));
     ProfileFile(dir.iniPath()).writeString(u"GroupInfo"_s, u"Version"_s, u"0041"_s);

@@ -33,21 +33,14 @@ private Q_SLOTS:
     void addedFoldersGetFreshIds();
 
     // Against the databases.
-    void loadDecodesWhatIsStored_data() { backends(); }
+    void loadDecodesWhatIsStored_data() { TestDatabase::addBackends(); }
     void loadDecodesWhatIsStored();
-    void saveWritesTheDesignedStatements_data() { backends(); }
+    void saveWritesTheDesignedStatements_data() { TestDatabase::addBackends(); }
     void saveWritesTheDesignedStatements();
-    void roundTrip_data() { backends(); }
+    void roundTrip_data() { TestDatabase::addBackends(); }
     void roundTrip();
-    void apostropheInPathStopsTheSave_data() { backends(); }
+    void apostropheInPathStopsTheSave_data() { TestDatabase::addBackends(); }
     void apostropheInPathStopsTheSave();
-
-private:
-    static void backends()
-    {
-        TestDatabase::addBackendColumn();
-        TestDatabase::addBackendRows();
-    }
 };
 
 void TestFileBoxRights::decode_data()
@@ -253,10 +246,7 @@ void TestFileBoxRights::addedFoldersGetFreshIds()
 
 void TestFileBoxRights::loadDecodesWhatIsStored()
 {
-    QFETCH(TestDatabase::Backend, backend);
-    TempServerDir dir;
-    TestDatabase db(backend, dir.programDir());
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    VELMAR_BACKEND_DATABASE(db);
     QVERIFY2(db.execAll({
                  u"INSERT INTO Folder VALUES (2, 'Share\\\\Docs')"_s,
                  u"INSERT INTO Folder VALUES (1, 'Root')"_s,
@@ -299,10 +289,7 @@ void TestFileBoxRights::loadDecodesWhatIsStored()
 
 void TestFileBoxRights::saveWritesTheDesignedStatements()
 {
-    QFETCH(TestDatabase::Backend, backend);
-    TempServerDir dir;
-    TestDatabase db(backend, dir.programDir());
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    VELMAR_BACKEND_DATABASE(db);
     QVERIFY(db.execAll({ u"INSERT INTO Folder VALUES (9, 'Old')"_s,
         u"INSERT INTO GroupAuthority VALUES (9, 1, 'R')"_s,
         u"INSERT INTO UserAuthority VALUES (9, 1, 'R')"_s }));
@@ -339,10 +326,7 @@ void TestFileBoxRights::saveWritesTheDesignedStatements()
 
 void TestFileBoxRights::roundTrip()
 {
-    QFETCH(TestDatabase::Backend, backend);
-    TempServerDir dir;
-    TestDatabase db(backend, dir.programDir());
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    VELMAR_BACKEND_DATABASE(db);
     QVERIFY(db.execAll({ u"INSERT INTO Folder VALUES (1, 'A\\\\B\\\\')"_s,
         u"INSERT INTO Folder VALUES (2, '共享文件夹')"_s,
         u"INSERT INTO GroupAuthority VALUES (1, 10, 'w')"_s,
@@ -365,10 +349,7 @@ void TestFileBoxRights::roundTrip()
 
 void TestFileBoxRights::apostropheInPathStopsTheSave()
 {
-    QFETCH(TestDatabase::Backend, backend);
-    TempServerDir dir;
-    TestDatabase db(backend, dir.programDir());
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    VELMAR_BACKEND_DATABASE(db);
     QVERIFY(db.execAll({ u"INSERT INTO Folder VALUES (9, 'Old')"_s,
         u"INSERT INTO GroupAuthority VALUES (9, 1, 'R')"_s }));
 

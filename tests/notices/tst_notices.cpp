@@ -146,19 +146,12 @@ private Q_SLOTS:
     void removalRefusesNamesOutsideTheWorkingDirectory();
 
     // Against the databases.
-    void loadBuildsTheRecords_data() { backends(); }
+    void loadBuildsTheRecords_data() { TestDatabase::addBackends(); }
     void loadBuildsTheRecords();
-    void commitDeletesBottomUp_data() { backends(); }
+    void commitDeletesBottomUp_data() { TestDatabase::addBackends(); }
     void commitDeletesBottomUp();
-    void failingDeleteDoesNotStopTheOthers_data() { backends(); }
+    void failingDeleteDoesNotStopTheOthers_data() { TestDatabase::addBackends(); }
     void failingDeleteDoesNotStopTheOthers();
-
-private:
-    static void backends()
-    {
-        TestDatabase::addBackendColumn();
-        TestDatabase::addBackendRows();
-    }
 };
 
 void TestNotices::unescaping_data()
@@ -400,10 +393,7 @@ void TestNotices::removalRefusesNamesOutsideTheWorkingDirectory()
 
 void TestNotices::loadBuildsTheRecords()
 {
-    QFETCH(TestDatabase::Backend, backend);
-    TempServerDir dir;
-    TestDatabase db(backend, dir.programDir());
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    VELMAR_BACKEND_DATABASE(db);
     QVERIFY2(db.execAll({
                  u"INSERT INTO CONTENTS VALUES (1, 'It###VELMAR-QUOTATION###s', "
                  "'2007-10-08 12:00:00', 7, 'kim', '金', "
@@ -455,10 +445,7 @@ void TestNotices::loadBuildsTheRecords()
 
 void TestNotices::commitDeletesBottomUp()
 {
-    QFETCH(TestDatabase::Backend, backend);
-    TempServerDir dir;
-    TestDatabase db(backend, dir.programDir());
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    VELMAR_BACKEND_DATABASE(db);
     QStringList inserts;
     for (int id = 1; id <= 6; ++id)
         inserts << insertNotice(id * 10, u"N%1"_s.arg(id),
@@ -497,10 +484,7 @@ void TestNotices::commitDeletesBottomUp()
 
 void TestNotices::failingDeleteDoesNotStopTheOthers()
 {
-    QFETCH(TestDatabase::Backend, backend);
-    TempServerDir dir;
-    TestDatabase db(backend, dir.programDir());
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    VELMAR_BACKEND_DATABASE(db);
     QVERIFY(db.execAll({ insertNotice(1, u"A"_s, u"2007-10-03"_s, u"S-1"_s),
         insertNotice(2, u"B"_s, u"2007-10-02"_s, u"S-2"_s),
         insertNotice(3, u"C"_s, u"2007-10-01"_s, u"S-3"_s) }));

@@ -76,31 +76,24 @@ private Q_SLOTS:
     void poolOperations();
 
     // Against the databases.
-    void loadReadsBothTables_data() { backends(); }
+    void loadReadsBothTables_data() { TestDatabase::addBackends(); }
     void loadReadsBothTables();
-    void saveWithoutChangeSendsNothing_data() { backends(); }
+    void saveWithoutChangeSendsNothing_data() { TestDatabase::addBackends(); }
     void saveWithoutChangeSendsNothing();
-    void memberWithoutRowIsWrittenAfterAChange_data() { backends(); }
+    void memberWithoutRowIsWrittenAfterAChange_data() { TestDatabase::addBackends(); }
     void memberWithoutRowIsWrittenAfterAChange();
     void quoteInVoipAccountBreaksItsStatement_data();
     void quoteInVoipAccountBreaksItsStatement();
-    void deletedMembersLeaveTheTables_data() { backends(); }
+    void deletedMembersLeaveTheTables_data() { TestDatabase::addBackends(); }
     void deletedMembersLeaveTheTables();
-    void roundTrip_data() { backends(); }
+    void roundTrip_data() { TestDatabase::addBackends(); }
     void roundTrip();
-    void poolLoad_data() { backends(); }
+    void poolLoad_data() { TestDatabase::addBackends(); }
     void poolLoad();
-    void poolSaveUpdatesExistingRowsOnly_data() { backends(); }
+    void poolSaveUpdatesExistingRowsOnly_data() { TestDatabase::addBackends(); }
     void poolSaveUpdatesExistingRowsOnly();
-    void quoteInPoolIdBreaksItsUpdate_data() { backends(); }
+    void quoteInPoolIdBreaksItsUpdate_data() { TestDatabase::addBackends(); }
     void quoteInPoolIdBreaksItsUpdate();
-
-private:
-    static void backends()
-    {
-        TestDatabase::addBackendColumn();
-        TestDatabase::addBackendRows();
-    }
 };
 
 void TestPermissions::flagRule_data()
@@ -280,10 +273,7 @@ void TestPermissions::poolOperations()
 
 void TestPermissions::loadReadsBothTables()
 {
-    QFETCH(TestDatabase::Backend, backend);
-    TempServerDir dir;
-    TestDatabase db(backend, dir.programDir());
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    VELMAR_BACKEND_DATABASE(db);
     QVERIFY2(db.execAll({
                  u"INSERT INTO AccessToken VALUES (3, 1, 1, 1, 1, 1, 1, 1, 1)"_s,
                  u"INSERT INTO AccessToken VALUES (1, 0, 1, 0, 1, 0, 1, 0, 1)"_s,
@@ -318,10 +308,7 @@ void TestPermissions::loadReadsBothTables()
 
 void TestPermissions::saveWithoutChangeSendsNothing()
 {
-    QFETCH(TestDatabase::Backend, backend);
-    TempServerDir dir;
-    TestDatabase db(backend, dir.programDir());
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    VELMAR_BACKEND_DATABASE(db);
     QVERIFY(db.exec(u"INSERT INTO AccessToken VALUES (1, 1, 1, 1, 1, 1, 1, 1, 1)"_s));
 
     AccessTokenTable table;
@@ -340,10 +327,7 @@ void TestPermissions::saveWithoutChangeSendsNothing()
 
 void TestPermissions::memberWithoutRowIsWrittenAfterAChange()
 {
-    QFETCH(TestDatabase::Backend, backend);
-    TempServerDir dir;
-    TestDatabase db(backend, dir.programDir());
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    VELMAR_BACKEND_DATABASE(db);
     QVERIFY(db.execAll({ u"INSERT INTO AccessToken VALUES (9, 1, 1, 1, 1, 1, 1, 1, 1)"_s,
         u"INSERT INTO VoipInfo VALUES (9, '8009', 'p9')"_s }));
 
@@ -416,10 +400,7 @@ void TestPermissions::quoteInVoipAccountBreaksItsStatement()
 
 void TestPermissions::deletedMembersLeaveTheTables()
 {
-    QFETCH(TestDatabase::Backend, backend);
-    TempServerDir dir;
-    TestDatabase db(backend, dir.programDir());
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    VELMAR_BACKEND_DATABASE(db);
     QVERIFY(db.execAll({
         u"INSERT INTO AccessToken VALUES (1, 1, 1, 1, 1, 1, 1, 1, 1)"_s,
         u"INSERT INTO AccessToken VALUES (2, 1, 1, 1, 1, 1, 1, 1, 0)"_s,
@@ -443,10 +424,7 @@ void TestPermissions::deletedMembersLeaveTheTables()
 
 void TestPermissions::roundTrip()
 {
-    QFETCH(TestDatabase::Backend, backend);
-    TempServerDir dir;
-    TestDatabase db(backend, dir.programDir());
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    VELMAR_BACKEND_DATABASE(db);
 
     AccessTokenTable table;
     table.addMember(-3, u"8001"_s, u"密码"_s);
@@ -465,10 +443,7 @@ void TestPermissions::roundTrip()
 
 void TestPermissions::poolLoad()
 {
-    QFETCH(TestDatabase::Backend, backend);
-    TempServerDir dir;
-    TestDatabase db(backend, dir.programDir());
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    VELMAR_BACKEND_DATABASE(db);
     QVERIFY(db.execAll({
         u"INSERT INTO VoipNumberList VALUES ('8001', 'a', 0)"_s,
         u"INSERT INTO VoipNumberList VALUES ('8002', 'b', 7)"_s,
@@ -492,10 +467,7 @@ void TestPermissions::poolLoad()
 
 void TestPermissions::poolSaveUpdatesExistingRowsOnly()
 {
-    QFETCH(TestDatabase::Backend, backend);
-    TempServerDir dir;
-    TestDatabase db(backend, dir.programDir());
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    VELMAR_BACKEND_DATABASE(db);
     QVERIFY(db.execAll({
         u"INSERT INTO VoipNumberList VALUES ('8001', 'a', 0)"_s,
         u"INSERT INTO VoipNumberList VALUES ('8002', 'b', 7)"_s,
@@ -524,10 +496,7 @@ void TestPermissions::poolSaveUpdatesExistingRowsOnly()
 
 void TestPermissions::quoteInPoolIdBreaksItsUpdate()
 {
-    QFETCH(TestDatabase::Backend, backend);
-    TempServerDir dir;
-    TestDatabase db(backend, dir.programDir());
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    VELMAR_BACKEND_DATABASE(db);
 
     VoipAccountPool pool;
     pool.append({ u"80'01"_s, u"a"_s, 5 });

@@ -1,9 +1,8 @@
 #pragma once
 
+#include <memory>
 #include <QString>
 #include <QTemporaryDir>
-
-#include <memory>
 
 class RegistryHives;
 
@@ -17,9 +16,9 @@ public:
 
     bool isValid() const;
     QString root() const;
-    QString programDir() const;  // <root>/server
+    QString programDir() const; // <root>/server
     QString registryDir() const; // <root>/registry
-    QString iniPath() const;     // <programDir>/Serverinfo.ini
+    QString iniPath() const; // <programDir>/Serverinfo.ini
     QString databasePath() const; // <programDir>/VelmarDB.mdb
     QString filePath(const QString &relative) const; // inside programDir
 

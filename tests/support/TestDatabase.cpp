@@ -58,13 +58,9 @@ QString TestDatabase::backendName(Backend backend)
     return {};
 }
 
-void TestDatabase::addBackendColumn()
+void TestDatabase::addBackends()
 {
     QTest::addColumn<TestDatabase::Backend>("backend");
-}
-
-void TestDatabase::addBackendRows()
-{
     QList<Backend> backends = availableBackends();
     if (!backends.contains(Backend::PostgresOdbc)) {
         if (postgresRequired()) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DbConnection.h"
+#include "TempServerDir.h"
 
 #include <QList>
 #include <QMetaType>
@@ -15,7 +16,7 @@ class RegistryHives;
 // SQLite ODBC driver, and PostgreSQL through psqlODBC (a server started by
 // scripts/pg-test-server.sh, found through VELMAR_TEST_PG_PORT).
 //
-//   void tst::load_data() { TestDatabase::addBackendColumn(); TestDatabase::addBackendRows(); }
+//   void tst::load_data() { TestDatabase::addBackends(); }
 //   void tst::load()
 //   {
 //       QFETCH(TestDatabase::Backend, backend);
@@ -43,8 +44,7 @@ public:
     // Data-driven tests: the column "backend" (TestDatabase::Backend) and one row
     // per available backend. When PostgreSQL is required but not there, its row
     // is added anyway and creating its database fails with the reason.
-    static void addBackendColumn();
-    static void addBackendRows();
+    static void addBackends();
 
     // The connection string of a PostgreSQL database on the test server.
     static QString postgresConnectionString(const QString &databaseName);
@@ -109,3 +109,12 @@ private:
 };
 
 Q_DECLARE_METATYPE(TestDatabase::Backend)
+
+// Opens a data-driven test over addBackends(): `backend` from the row, a
+// temporary server folder `dir` and the row's database `name` in it; the test
+// stops when the database cannot be made.
+#define VELMAR_BACKEND_DATABASE(name)                                                              \
+    QFETCH(TestDatabase::Backend, backend);                                                        \
+    TempServerDir dir;                                                                             \
+    TestDatabase name(backend, dir.programDir());                                                  \
+    QVERIFY2(name.isValid(), qPrintable(name.errorString()))
