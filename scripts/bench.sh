@@ -112,21 +112,21 @@ done
 ours_load=(); ours_save=(); ref_load=(); ref_save=()
 load_kb=0; save_kb=0; ref_load_kb=0; ref_save_kb=0
 maxkb() { [ "$1" -gt "$2" ] && echo "$1" || echo "$2"; }
+# ours PHASE COMMAND and shell PHASE: one run on a fresh database; "seconds peak-KB".
+ours() { reset_db "$db"; measure /dev/null "$work/$1.err" "$ctl" "$2" "${common[@]}"; }
+shell() {
+  reset_db "$work/ref.mdb"
+  tolerant=1 measure /dev/null "$work/$1.shell.err" sqlite3 "$work/ref.mdb" ".read $work/$1.shell.sql"
+}
 for run in $(seq 1 "$runs"); do
   echo "run $run of $runs ..."
-  reset_db "$db"
-  res=$(measure /dev/null "$work/load.err" "$ctl" load "${common[@]}")
-  read -r t kb <<<"$res"
+  res=$(ours load load); read -r t kb <<<"$res"
   ours_load+=("$t"); load_kb=$(maxkb "$kb" "$load_kb")
-  reset_db "$work/ref.mdb"
-  read -r t kb <<<"$(tolerant=1 measure /dev/null "$work/load.shell.err" sqlite3 "$work/ref.mdb" ".read $work/load.shell.sql")"
+  res=$(shell load); read -r t kb <<<"$res"
   ref_load+=("$t"); ref_load_kb=$(maxkb "$kb" "$ref_load_kb")
-  reset_db "$db"
-  res=$(measure /dev/null "$work/save.err" "$ctl" resave "${common[@]}")
-  read -r t kb <<<"$res"
+  res=$(ours save resave); read -r t kb <<<"$res"
   ours_save+=("$t"); save_kb=$(maxkb "$kb" "$save_kb")
-  reset_db "$work/ref.mdb"
-  read -r t kb <<<"$(tolerant=1 measure /dev/null "$work/save.shell.err" sqlite3 "$work/ref.mdb" ".read $work/save.shell.sql")"
+  res=$(shell save); read -r t kb <<<"$res"
   ref_save+=("$t"); ref_save_kb=$(maxkb "$kb" "$ref_save_kb")
 done
 median() { printf '%s\n' "$@" | sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
