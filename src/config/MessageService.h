@@ -35,6 +35,13 @@ public:
         QRect cell;                // area inside the anchor (a grid cell), empty for the whole widget
     };
 
+    // The answer that goes ahead: Yes for a question, OK otherwise. What the
+    // services without a person in front of them give.
+    static constexpr int affirmative(Buttons buttons)
+    {
+        return buttons == Buttons::YesNo || buttons == Buttons::YesNoCancel ? Yes : Ok;
+    }
+
     virtual ~MessageService() = default;
     virtual int showMessage(const Box &box) = 0;
     virtual void showBalloon(const Balloon &balloon) = 0;

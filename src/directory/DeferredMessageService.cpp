@@ -3,15 +3,7 @@
 int DeferredMessageService::showMessage(const Box &box)
 {
     m_items.append(box);
-    switch (box.buttons) {
-    case Buttons::YesNo:
-    case Buttons::YesNoCancel:
-        return Yes;
-    case Buttons::Ok:
-    case Buttons::OkCancel:
-        break;
-    }
-    return Ok;
+    return affirmative(box.buttons);
 }
 
 void DeferredMessageService::showBalloon(const Balloon &balloon)

@@ -9,15 +9,7 @@ int ScriptedMessageService::showMessage(const Box &box)
     m_boxes.append(box);
     if (!m_answers.isEmpty())
         return m_answers.takeFirst();
-    switch (box.buttons) {
-    case Buttons::YesNo:
-    case Buttons::YesNoCancel:
-        return Yes;
-    case Buttons::Ok:
-    case Buttons::OkCancel:
-        break;
-    }
-    return Ok;
+    return affirmative(box.buttons);
 }
 
 void ScriptedMessageService::showBalloon(const Balloon &balloon)

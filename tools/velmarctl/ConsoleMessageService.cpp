@@ -18,15 +18,7 @@ void ConsoleMessageService::print(const QString &text)
 int ConsoleMessageService::showMessage(const Box &box)
 {
     print(box.title.isEmpty() ? box.text : box.title + u": "_s + box.text);
-    switch (box.buttons) {
-    case Buttons::YesNo:
-    case Buttons::YesNoCancel:
-        return Yes;
-    case Buttons::Ok:
-    case Buttons::OkCancel:
-        break;
-    }
-    return Ok;
+    return affirmative(box.buttons);
 }
 
 void ConsoleMessageService::showBalloon(const Balloon &balloon)
