@@ -117,7 +117,7 @@ bool CRegistry::writeString(const QString &name, const QString &value)
     return m_lastResult == RegistryStatus::Success;
 }
 
-bool CRegistry::readNumber(const QString &name, qint32 &value)
+bool CRegistry::queryStored(const QString &name, RegistryHive::Value *stored)
 {
     m_lastType = RegistryType::None;
     m_lastSize = 0;
@@ -125,12 +125,19 @@ bool CRegistry::readNumber(const QString &name, qint32 &value)
         m_lastResult = RegistryStatus::InvalidHandle;
         return false;
     }
-    RegistryHive::Value stored;
-    m_lastResult = m_hive->queryValue(m_openPath, name, &stored);
+    m_lastResult = m_hive->queryValue(m_openPath, name, stored);
     if (m_lastResult != RegistryStatus::Success)
         return false;
-    m_lastType = stored.type;
-    m_lastSize = storedSize(stored, m_codePage);
+    m_lastType = stored->type;
+    m_lastSize = storedSize(*stored, m_codePage);
+    return true;
+}
+
+bool CRegistry::readNumber(const QString &name, qint32 &value)
+{
+    RegistryHive::Value stored;
+    if (!queryStored(name, &stored))
+        return false;
     if (stored.type != RegistryType::DWord) {
         m_lastResult = wrongTypeStatus(m_lastSize, 4);
         return false;
@@ -141,18 +148,9 @@ bool CRegistry::readNumber(const QString &name, qint32 &value)
 
 bool CRegistry::readString(const QString &name, QString &value)
 {
-    m_lastType = RegistryType::None;
-    m_lastSize = 0;
-    if (!m_hive) {
-        m_lastResult = RegistryStatus::InvalidHandle;
-        return false;
-    }
     RegistryHive::Value stored;
-    m_lastResult = m_hive->queryValue(m_openPath, name, &stored);
-    if (m_lastResult != RegistryStatus::Success)
+    if (!queryStored(name, &stored))
         return false;
-    m_lastType = stored.type;
-    m_lastSize = storedSize(stored, m_codePage);
     if (!isText(stored.type)) {
         m_lastResult = wrongTypeStatus(m_lastSize, ReadBufferSize);
         return false;

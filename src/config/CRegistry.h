@@ -1,11 +1,11 @@
 #pragma once
 
 #include "CodePage.h"
+#include "RegistryHive.h"
 #include "RegistryTypes.h"
 
 #include <QString>
 
-class RegistryHive;
 class RegistryHives;
 
 // The registry wrapper most settings go through. Every operation returns true on
@@ -46,6 +46,10 @@ public:
     static constexpr int ReadBufferSize = 200;
 
 private:
+    // Reads the value and records its type and size; false (with the result
+    // set) when there is no open key or no such value.
+    bool queryStored(const QString &name, RegistryHive::Value *stored);
+
     RegistryHives &m_hives;
     CodePage m_codePage;
     qint32 m_lastResult = RegistryStatus::Success;
