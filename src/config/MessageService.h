@@ -32,7 +32,7 @@ public:
         Icon icon = Icon::Exclamation;
         int timeoutMs = 3000;
         QObject *anchor = nullptr; // widget the tip points at; nullptr: the main window
-        QRect cell;                // area inside the anchor (a grid cell), empty for the whole widget
+        QRect cell; // area inside the anchor (a grid cell), empty for the whole widget
     };
 
     // The answer that goes ahead: Yes for a question, OK otherwise. What the
