@@ -52,26 +52,6 @@ const QList<QPair<QString, QStringList>> &schemaColumns()
     return tables;
 }
 
-QString memberInsert(int id, const QString &login, const QString &name, int guest)
-{
-    return u"INSERT INTO Member (OMemberID,MemberID,MemberName, MemberNickname, Passwd,Gender,bPublic,Email,HP,Address,HomePhone,OfficePhone,BirthDay,Description,bSolar,bAdmin, IsGuestMember) VALUES  ( '%1', '%2', '%3', '%4', '%5', '%6', '%7', '%8', '%9', '%10', '%11', '%12', '%13', '%14', '%15', '%16', %17 )"_s
-        .arg(QString::number(id), login, name, u"nick###VELMAR-SEMICOLON###"_s, u"pw"_s,
-            QString::number(1), QString::number(1), u"a@b.cn"_s, u"13800000000"_s)
-        .arg(u"路 1 号"_s, u"010-1"_s, u"021-2"_s, u"1980-01-02"_s, u"说明"_s, QString::number(1),
-            QString::number(0), QString::number(guest));
-}
-
-QString groupInsert(int id, const QString &name, int parent, int position, int depth, int guest)
-{
-    return u"INSERT INTO [Group] (OGroupID,GroupName,OGroupID_P,Position,Depth, IsGuestGroup) VALUES  ('%1' ,'%2' ,'%3','%4','%5', %6)"_s
-        .arg(id)
-        .arg(name)
-        .arg(parent)
-        .arg(position)
-        .arg(depth)
-        .arg(guest);
-}
-
 QString sourceFor(Backend backend)
 {
     switch (backend) {
@@ -100,8 +80,6 @@ private Q_SLOTS:
     void schemaHasEveryTableAndColumn();
     void schemaIndexesServePerRowStatements_data() { TestDatabase::addBackends(); }
     void schemaIndexesServePerRowStatements();
-    void designedStatementsRun_data() { TestDatabase::addBackends(); }
-    void designedStatementsRun();
     void recordReading_data() { TestDatabase::addBackends(); }
     void recordReading();
     void intConversion_data() { TestDatabase::addBackends(); }
@@ -247,135 +225,6 @@ void TstDbConnection::schemaIndexesServePerRowStatements()
             const QString detail = row.constLast().toString();
             QVERIFY2(!detail.startsWith(u"SCAN"_s), qPrintable(statement + u" => "_s + detail));
         }
-    }
-}
-
-void TstDbConnection::designedStatementsRun()
-{
-    try {
-        QFETCH(Backend, backend);
-        TestDatabase db(backend, m_folder.path());
-        QVERIFY2(db.isValid(), qPrintable(db.errorString()));
-        DbConnection c = db.connect();
-
-        // The save of the groups, with the quoted integers and [Group] as written.
-        c.execute(u"DELETE FROM [Group] where IsGuestGroup=0"_s);
-        c.execute(groupInsert(1, u"总部"_s, -1, 0, 1, 0));
-        c.execute(groupInsert(2, u"研发部"_s, 1, 0, 2, 0));
-        c.execute(u"DELETE FROM [Group] where IsGuestGroup=1"_s);
-        c.execute(groupInsert(100, u"访客"_s, -100, 0, 1, 1));
-        c.execute(
-            u"INSERT INTO [Group] (OGroupID,GroupName,OGroupID_P,Position,Depth) VALUES ('%1', '%2','%3','%4','%5') "_s
-                .arg(3)
-                .arg(u"无标记"_s)
-                .arg(1)
-                .arg(1)
-                .arg(2));
-        c.execute(
-            u"INSERT INTO [Group] (OGroupID,GroupName,OGroupID_P,Position,Depth, IsGuestGroup) VALUES ('%1', '%2-Guest','%3','%4','%5', '1') "_s
-                .arg(101)
-                .arg(u"总部"_s)
-                .arg(-100)
-                .arg(1)
-                .arg(1));
-
-        // The members; the insert names no MemberLevel, which stays NULL until the level update.
-        c.execute(u"DELETE FROM Member where IsGuestMember=0"_s);
-        c.execute(memberInsert(10, u"zhang"_s, u"张三"_s, 0));
-        c.execute(memberInsert(11, u"li"_s, u"李四"_s, 0));
-        c.execute(u"DELETE FROM Member where IsGuestMember=1"_s);
-        c.execute(memberInsert(12, u"guest"_s, u"访客一"_s, 1));
-        c.execute(u"UPDATE MEMBER SET MemberLevel = 2 \t\t\t\t\t\t\twhere OmemberID = 10"_s);
-
-        c.execute(u"DELETE FROM Relation where IsGuestRelation=0"_s);
-        c.execute(
-            u"INSERT INTO Relation (OMemberID,OGroupID,ORankID,Position, IsGuestRelation) VALUES  ('%1' ,'%2' ,'%3','%4', 0)"_s
-                .arg(10)
-                .arg(2)
-                .arg(1)
-                .arg(0));
-        c.execute(
-            u"INSERT INTO Relation (OMemberID,OGroupID,ORankID,Position, IsGuestRelation) VALUES  ('%1' ,'%2' ,'%3','%4', 0)"_s
-                .arg(11)
-                .arg(2)
-                .arg(1)
-                .arg(1));
-        c.execute(
-            u"INSERT INTO AccessToken \t\t\t\t\t\t\t(OMemberID, MessageOn, ChatOn, FileTransferOn, TTSOn, VoiceToPhoneOn, OneToOneCallOn, SMSOn, VoipOn) \t\t\t\t\t\tVALUES \t\t\t\t\t\t\t( %1, 1, 1, 1, 1, 1, 1, 1, 1) "_s
-                .arg(10));
-        c.execute(
-            u"INSERT INTO VoipNumberList \t\t\t\t\t\t(VOIP_ID, VOIP_PASS, OMemberID) \t\t\t\t\tVALUES \t\t\t\t\t\t( '%1', '%2', 0) "_s
-                .arg(u"8001"_s, u"p1"_s));
-        c.execute(u"UPDATE VoipNumberList SET OMemberID = %1 WHERE VOIP_ID = '%2'"_s.arg(10).arg(
-            u"8001"_s));
-
-        // The load, with PostgreSQL's lower-case names found by the console's spelling.
-        QCOMPARE(c.execute(u"SELECT COUNT(*) FROM [Group]"_s).intField(0), 5);
-        Recordset groups = c.execute(
-            u"SELECT OGroupID,GroupName,Position,OGroupID_P FROM [Group]  where isGuestGroup = 0 OR isGuestGroup IS NULL ORDER BY Depth, Position"_s);
-        QStringList regular;
-        for (; !groups.isEOF(); groups.moveNext())
-            regular.append(u"%1:%2:%3"_s.arg(groups.intField(u"OGroupID"_s))
-                               .arg(groups.textField(u"GroupName"_s))
-                               .arg(groups.intField(u"OGroupID_P"_s)));
-        QCOMPARE(regular, QStringList({ u"1:总部:-1"_s, u"2:研发部:1"_s, u"3:无标记:1"_s }));
-        Recordset guests = c.execute(
-            u"SELECT OGroupID,GroupName,Position,OGroupID_P FROM [Group]  where isGuestGroup=1 ORDER BY Depth,Position"_s);
-        QStringList guestNames;
-        for (; !guests.isEOF(); guests.moveNext())
-            guestNames.append(guests.textField(u"groupname"_s));
-        QCOMPARE(guestNames, QStringList({ u"访客"_s, u"总部-Guest"_s }));
-
-        Recordset members = c.execute(
-            u"SELECT MemberID,MemberName,MemberNickname,Passwd,Gender,bPublic,Email,HP,Homephone,Address,HomePhone,BirthDay,bSolar,bAdmin,OMemberID,Officephone,Description, MemberLevel, IsGuestMember FROM Member"_s);
-        QMap<int, QStringList> byId;
-        for (; !members.isEOF(); members.moveNext()) {
-            byId.insert(members.intField(u"OMemberID"_s),
-                { members.textField(u"MemberName"_s), members.textField(u"Homephone"_s),
-                    members.textField(u"Officephone"_s), members.textField(u"MemberNickname"_s),
-                    members.isNull(u"MemberLevel"_s)
-                        ? u"NULL"_s
-                        : QString::number(members.intField(u"MemberLevel"_s)),
-                    QString::number(members.intField(u"IsGuestMember"_s)),
-                    QString::number(members.intField(u"Gender"_s)) });
-        }
-        QCOMPARE(byId.value(10),
-            QStringList({ u"张三"_s, u"010-1"_s, u"021-2"_s, u"nick###VELMAR-SEMICOLON###"_s,
-                u"2"_s, u"0"_s, u"1"_s }));
-        QCOMPARE(byId.value(11).at(4), u"NULL"_s);
-        QCOMPARE(byId.value(12).at(5), u"1"_s);
-
-        Recordset relations = c.execute(
-            u"SELECT OMemberID,ORankID,Position FROM Relation WHERE OGroupID=%1 and OMemberID is not null  and IsGuestRelation=0"_s
-                .arg(2));
-        QList<int> inGroup;
-        for (; !relations.isEOF(); relations.moveNext())
-            inGroup.append(relations.intField(u"omemberid"_s));
-        std::sort(inGroup.begin(), inGroup.end());
-        QCOMPARE(inGroup, QList<int>({ 10, 11 }));
-        QCOMPARE(
-            db.scalar(u"SELECT OMemberID FROM VoipNumberList WHERE VOIP_ID = '8001'"_s).toInt(),
-            10);
-
-        // The load's normalisation and the guest-tree clean-up.
-        c.execute(
-            u"INSERT INTO Member (OMemberID, MemberID, IsGuestMember) VALUES ('13', 'odd', '5')"_s);
-        c.execute(
-            u"Update Member Set IsGuestMember = 0 WHERE IsGuestMember <> 0 AND IsGuestMember <> 1"_s);
-        QCOMPARE(db.scalar(u"SELECT IsGuestMember FROM Member WHERE OMemberID = 13"_s).toInt(), 0);
-        c.execute(u"DELETE FROM [Group] WHERE OGroupID_P = -100 "_s);
-        QCOMPARE(db.count(u"[Group]"_s), 3);
-
-        // Member deletion, the Relation statement filtering by group as it reads.
-        c.execute(u"DELETE FROM Relation WHERE OGroupID = %1 "_s.arg(2));
-        c.execute(u"DELETE FROM MyMember WHERE OMemberID = %1 OR OMemberID_O = %1 "_s.arg(10));
-        c.execute(u"DELETE FROM [Group] where IsGuestGroup=0"_s);
-        QCOMPARE(db.count(u"Relation"_s), 0);
-        QCOMPARE(db.count(u"[Group]"_s), 1); // the group with NULL IsGuestGroup stays
-        if (backend != Backend::PostgresOdbc)
-            QCOMPARE(db.scalar(u"SELECT typeof(OGroupID) FROM [Group]"_s).toString(), u"integer"_s);
-    } catch (const DbException &e) {
-        QFAIL(e.what());
     }
 }
 
