@@ -13,6 +13,7 @@
 #include "GroupTreeModel.h"
 #include "MemberListModel.h"
 #include "OutlookBar.h"
+#include "SaveRecovery.h"
 #include "ServerData.h"
 #include "ServerDataSaver.h"
 #include "ViewIds.h"
@@ -364,6 +365,16 @@ bool CMainFrame::queryClose()
 
 void CMainFrame::startLoading()
 {
+    // A save that was cut short left its journal: it is finished (or
+    // dropped, or the console quits) before anything reads the database,
+    // which may hold emptied partitions.
+    SaveRecovery recovery(m_session, m_context.messages, m_profilePath);
+    if (recovery.runInteractive() == SaveRecovery::Decision::Quit) {
+        QMetaObject::invokeMethod(
+            this, [this] { close(); }, Qt::QueuedConnection);
+        return;
+    }
+
     auto *progress = new CProgressDlg(this);
     auto *reader = new CReadDBThread(m_context.hives, m_profilePath, m_accessDatabasePath,
         m_context.messages, *m_serverData, m_context.sqlTrace, this);

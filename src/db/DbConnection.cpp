@@ -226,6 +226,15 @@ DbConnection DbConnection::open(const QString &connectionString, SqlTrace *trace
     return DbConnection(std::move(p));
 }
 
+DbConnection DbConnection::recorder(SqlDialect dialect, std::function<void(const QString &)> sink)
+{
+    auto p = std::make_shared<DbConnectionPrivate>();
+    p->source = u"recorder"_s;
+    p->dialect = dialect;
+    p->recorder = std::move(sink);
+    return DbConnection(std::move(p));
+}
+
 QStringList DbConnection::sqliteSettings()
 {
     return {
@@ -260,6 +269,10 @@ Recordset DbConnection::execute(const QString &sql)
 {
     if (!d)
         throw DbException(DbError { DbError::InvalidPointer, {}, {} });
+    if (d->recorder) {
+        d->recorder(sql);
+        return Recordset();
+    }
     if (QStringView(sql).trimmed().isEmpty())
         raise(d->source, u"The statement is empty."_s);
     if (SqlStatementText::hasSecondStatement(sql, d->dialect))

@@ -3,6 +3,7 @@
 #include "DbError.h"
 #include "SqlStatementText.h"
 
+#include <functional>
 #include <memory>
 #include <QString>
 #include <QStringList>
@@ -25,6 +26,11 @@ public:
 
     // Opens connectionString (see ConnectionTarget); raises DbException.
     static DbConnection open(const QString &connectionString, SqlTrace *trace = nullptr);
+
+    // A handle that runs nothing: every statement given to execute() goes to
+    // sink as written and gives an empty record set. The save uses it to put
+    // the statements it is about to send into its journal first.
+    static DbConnection recorder(SqlDialect dialect, std::function<void(const QString &)> sink);
 
     // What every connection to an SQLite database runs after opening it.
     static QStringList sqliteSettings();

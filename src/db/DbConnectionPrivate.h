@@ -34,5 +34,7 @@ struct DbConnectionPrivate
     // The Qt SQLite driver's own handle, when the connection is an SQLite
     // file: statements then run on it directly (see SqliteStatement).
     sqlite3 *sqlite = nullptr;
+    // Set on a recording handle (DbConnection::recorder), which has no database.
+    std::function<void(const QString &)> recorder;
     std::optional<QSqlQuery> command;
 };

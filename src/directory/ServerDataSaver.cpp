@@ -8,9 +8,12 @@
 #include "NoticeListModel.h"
 #include "PositionListModel.h"
 #include "ProfileFile.h"
+#include "SaveJournal.h"
 #include "ServerData.h"
 #include "ServerNotifier.h"
 
+#include <QDir>
+#include <QElapsedTimer>
 #include <QThread>
 
 using namespace Qt::StringLiterals;
@@ -89,11 +92,104 @@ void ServerDataSaver::balloon(const QString &text)
 int ServerDataSaver::bumpVersion(const QString &profilePath)
 {
     ProfileFile profile(profilePath);
-    int version = profile.readInt(u"GroupInfo"_s, u"Version"_s, 0) + 1;
-    if (version > 9999)
-        version = 1;
+    const int version = nextVersion(profilePath);
     profile.writeString(u"GroupInfo"_s, u"Version"_s, QString::asprintf("%04d", version));
     return version;
+}
+
+int ServerDataSaver::nextVersion(const QString &profilePath)
+{
+    const int version = ProfileFile(profilePath).readInt(u"GroupInfo"_s, u"Version"_s, 0) + 1;
+    return version > 9999 ? 1 : version;
+}
+
+QString ServerDataSaver::journalErrorText(const QString &path, const QString &why)
+{
+    return u"无法写入保存记录文件 %1:\r\n%2\r\n数据库没有被修改。"_s.arg(
+        QDir::toNativeSeparators(path), why);
+}
+
+QString ServerDataSaver::stepName(Step step)
+{
+    switch (step) {
+    case Step::None:
+        return {};
+    case Step::DeletedMembers:
+        return u"DeletedMembers"_s;
+    case Step::Directory:
+        return u"Directory"_s;
+    case Step::Positions:
+        return u"Positions"_s;
+    case Step::Permissions:
+        return u"Permissions"_s;
+    case Step::FileBox:
+        return u"FileBox"_s;
+    case Step::VoipPool:
+        return u"VoipPool"_s;
+    case Step::Notices:
+        return u"Notices"_s;
+    }
+    return {};
+}
+
+ServerDataSaver::Step ServerDataSaver::stepNamed(QStringView name)
+{
+    for (const Step step : { Step::DeletedMembers, Step::Directory, Step::Positions,
+             Step::Permissions, Step::FileBox, Step::VoipPool, Step::Notices }) {
+        if (name == stepName(step))
+            return step;
+    }
+    return Step::None;
+}
+
+QString ServerDataSaver::journalPath() const
+{
+    return SaveJournal::pathFor(m_profilePath);
+}
+
+SaveJournal ServerDataSaver::buildJournal(SqlDialect dialect, int version) const
+{
+    SaveJournal journal;
+    journal.setConnectionString(m_session.connectionString());
+    if (ProfileFile(m_profilePath).readInt(u"ServerInfo"_s, u"UseDist"_s, 0) != 0)
+        journal.setNotifyPorts(
+            { ServerNotification::DistributionPort, ServerNotification::ServerPort });
+    else
+        journal.setNotifyPorts({ ServerNotification::ServerPort });
+
+    // The data sets write themselves as they always do, into a handle that
+    // only records: the journal holds exactly the statements they send.
+    DbConnection recorder = DbConnection::recorder(
+        dialect, [&journal](const QString &sql) { journal.addStatement(sql); });
+    const Directory &directory = *m_data.directory();
+    journal.addStep(stepName(Step::DeletedMembers));
+    DirectoryWriter::writeDeletedMembers(recorder, directory.deletedMemberIds());
+    journal.addStep(stepName(Step::Directory));
+    DirectoryWriter::writeDirectory(recorder, directory.content());
+    journal.addStep(stepName(Step::Positions));
+    m_data.positions()->list().save(recorder);
+    journal.addStep(stepName(Step::Permissions));
+    m_data.permissions().save(recorder);
+    journal.addStep(stepName(Step::FileBox));
+    m_data.fileBox().save(recorder);
+    // The new value, not "+1": finishing the save twice bumps it once.
+    journal.addProfileWrite(u"GroupInfo"_s, u"Version"_s, QString::asprintf("%04d", version));
+    journal.addStep(stepName(Step::VoipPool));
+    m_data.voipPool().save(recorder);
+
+    journal.addStep(stepName(Step::Notices));
+    const QString uploadFolder = NoticeBoard::uploadFolder(m_hives, m_programDir);
+    for (const NoticeRecord &record : m_data.notices()->pendingDeletions()) {
+        const QString target = NoticeBoard::uploadedItemTarget(record.fileSessionId);
+        journal.addNoticeDelete(record.id, NoticeBoard::deleteStatement(record.id),
+            target.isEmpty() ? QString() : uploadFolder + u'/' + record.fileSessionId, target);
+    }
+    return journal;
+}
+
+void ServerDataSaver::setCheckpoint(SaveJournalRunner::Checkpoint checkpoint)
+{
+    m_checkpoint = std::move(checkpoint);
 }
 
 ServerDataSaver::Result ServerDataSaver::save(bool confirmed)
@@ -123,57 +219,84 @@ ServerDataSaver::Result ServerDataSaver::save(bool confirmed)
         return result;
     }
 
-    // An empty handle (failed open, remote DBAddr) fails at its first use.
     DbConnection connection = m_session.OpenDBConnection();
-    Step step = Step::DeletedMembers;
-    try {
-        DirectoryWriter::writeDeletedMembers(connection, directory.deletedMemberIds());
-
-        step = Step::Directory;
-        DirectoryWriter::writeDirectory(connection, directory.content());
-
-        step = Step::Positions;
-        m_data.positions()->list().save(connection);
-
-        step = Step::Permissions;
-        m_data.permissions().save(connection);
-
-        step = Step::FileBox;
-        m_data.fileBox().save(connection);
-
-        result.version = bumpVersion(m_profilePath);
-
-        step = Step::VoipPool;
-        m_data.voipPool().save(connection);
-    } catch (const DbException &e) {
-        m_session.recordError(e.error());
+    if (connection.isNull()) {
+        // A failed open (already reported) or a remote DBAddr: the first
+        // statement would fail on the empty handle, so nothing is journalled.
+        const DbError error { DbError::InvalidPointer, {}, {} };
+        m_session.recordError(error);
         balloon(databaseErrorText());
         result.outcome = Outcome::DatabaseError;
-        result.failedStep = step;
-        result.error = e.error();
+        result.failedStep = Step::DeletedMembers;
+        result.error = error;
         return result;
     }
 
-    // A failing DELETE of one notice does not stop the others; each failure
-    // is reported as the database session reports errors.
-    const QList<NoticeBoard::Failure> noticeFailures
-        = m_data.notices()->commit(connection, m_hives, m_programDir, &m_session);
-    for (const NoticeBoard::Failure &failure : noticeFailures) {
+    result.problems = SavePreflight::check(m_data, connection.dialect());
+    if (!result.problems.isEmpty()) {
+        MessageService::Box box;
+        box.text = SavePreflight::refusalText(result.problems);
+        box.buttons = MessageService::Buttons::Ok;
+        box.icon = MessageService::Icon::Exclamation;
+        m_messages.showMessage(box);
+        result.outcome = Outcome::UnsafeText;
+        return result;
+    }
+
+    QElapsedTimer timer;
+    timer.start();
+    const int version = nextVersion(m_profilePath);
+    const SaveJournal journal = buildJournal(connection.dialect(), version);
+    const QString path = journalPath();
+    QString why;
+    if (!journal.write(path, &why)) {
+        result.journalError = why;
+        MessageService::Box box;
+        box.text = journalErrorText(path, why);
+        box.buttons = MessageService::Buttons::Ok;
+        box.icon = MessageService::Icon::Exclamation;
+        m_messages.showMessage(box);
+        result.outcome = Outcome::JournalError;
+        return result;
+    }
+    result.journalNs = timer.nsecsElapsed();
+    result.statements = journal.statementCount();
+
+    timer.restart();
+    SaveJournalRunner runner(m_profilePath, m_messages);
+    runner.setPause(m_pause);
+    runner.setCheckpoint(m_checkpoint);
+    const SaveJournalRunner::Result run = runner.run(journal, connection);
+    result.runNs = timer.nsecsElapsed();
+    if (!run.ok) {
+        // The journal stays: saving again replaces it, and a console closed
+        // without saving finishes it at the next start.
+        m_session.recordError(run.error);
+        balloon(databaseErrorText());
+        result.outcome = Outcome::DatabaseError;
+        result.failedStep = stepNamed(run.failedStep);
+        result.failedStatement = run.failedStatement;
+        result.error = run.error;
+        return result;
+    }
+    result.version = version;
+
+    // Each failed notice deletion is reported as the database session
+    // reports errors; the others went ahead.
+    for (const NoticeBoard::Failure &failure : run.noticeFailures) {
+        m_session.recordError(failure.error);
         MessageService::Box box;
         box.text = failure.error.formatted();
         box.title = failure.error.systemMessage();
         box.buttons = MessageService::Buttons::Ok;
         m_messages.showMessage(box);
     }
-    result.failedNoticeDeletes = int(noticeFailures.size());
+    result.failedNoticeDeletes = int(run.noticeFailures.size());
+    m_data.notices()->clearPendingDeletions();
     connection = DbConnection();
 
-    ServerNotifier notifier(m_messages);
-    if (ProfileFile(m_profilePath).readInt(u"ServerInfo"_s, u"UseDist"_s, 0) != 0) {
-        notifier.notify(ServerNotification::DistributionPort);
-        m_pause(NotificationPauseMs);
-    }
-    notifier.notify(ServerNotification::ServerPort);
+    runner.notify(journal);
+    SaveJournal::remove(path);
 
     m_data.markSaved();
     return result;

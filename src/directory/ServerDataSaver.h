@@ -1,6 +1,8 @@
 #pragma once
 
 #include "DbError.h"
+#include "SaveJournalRunner.h"
+#include "SavePreflight.h"
 
 #include <functional>
 #include <QString>
@@ -10,12 +12,21 @@ class MessageService;
 class RegistryHives;
 class ServerData;
 
+class SaveJournal;
+
 // The console's save command: writes the whole working copy back to the
 // server database on the user-interface thread, in the designed order, bumps
 // the organisation version and notifies the server processes. There is no
 // transaction: a failing statement stops the save where it is, the working
 // copy stays as it is (deleted members included) and stays modified, so that
 // saving again rewrites everything.
+//
+// Because a save cut short leaves emptied partitions behind, the save first
+// checks every text it inserts (SavePreflight), then writes everything it is
+// about to do into a journal beside the server information file, and only
+// then runs that journal. The journal goes when the save has notified the
+// server; a journal left behind (a crash, a kill, a failing statement) is
+// finished by recovery before anything reads the database again.
 class ServerDataSaver
 {
 public:
@@ -24,7 +35,9 @@ public:
         Declined, // "确定要保存?" answered No
         DataError, // no complete working copy to save
         MemberMissing, // a member without login name or password
-        DatabaseError, // a statement failed
+        DatabaseError, // a statement failed (the journal stays)
+        UnsafeText, // texts that would break their statements: nothing written
+        JournalError, // the journal could not be written: nothing written
     };
     // The step a database failure happened in.
     enum class Step {
@@ -35,6 +48,7 @@ public:
         Permissions,
         FileBox,
         VoipPool,
+        Notices,
     };
 
     struct Result
@@ -49,6 +63,15 @@ public:
         int version = 0;
         // Saved: the notices whose DELETE failed (they stay in the database).
         int failedNoticeDeletes = 0;
+        // UnsafeText: every offending text.
+        QList<SavePreflight::Problem> problems;
+        // DatabaseError: the failing statement as written; JournalError: why.
+        QString failedStatement;
+        QString journalError;
+        // Phases in nanoseconds: building and writing the journal, running it.
+        qint64 journalNs = 0;
+        qint64 runNs = 0;
+        qsizetype statements = 0;
         bool ok() const { return outcome == Outcome::Saved; }
     };
 
@@ -64,6 +87,8 @@ public:
     // How the pause between the two notifications is spent (a blocking sleep
     // of the user-interface thread by default, as the save does not repaint).
     void setPause(Pause pause);
+    // Where a run can be watched from (see SaveJournalRunner).
+    void setCheckpoint(SaveJournalRunner::Checkpoint checkpoint);
 
     Result save(bool confirmed);
 
@@ -74,12 +99,23 @@ public:
     // "GroupInfo" "Version" + 1, 1 after 9999, written "%04d". Returns the
     // new value.
     static int bumpVersion(const QString &profilePath);
+    // The value bumpVersion would write, without writing it.
+    static int nextVersion(const QString &profilePath);
+
+    // The journal of the save the working copy would run now: the statements
+    // in order, the version to write, the notices' items and the ports.
+    SaveJournal buildJournal(SqlDialect dialect, int version) const;
+    QString journalPath() const;
+
+    static Step stepNamed(QStringView name);
+    static QString stepName(Step step);
 
     static QString confirmText(); // "确定要保存?"
     static QString closeQuestionText(); // "确定要保存编辑的内容?"
     static QString dataErrorText(); // "当前编辑的数据发生错误."
     static QString memberErrorText(); // "用户ID和密码为空."
     static QString databaseErrorText(); // "数据库发生错误."
+    static QString journalErrorText(const QString &path, const QString &why);
 
 private:
     void balloon(const QString &text);
@@ -91,4 +127,5 @@ private:
     RegistryHives &m_hives;
     QString m_programDir;
     Pause m_pause;
+    SaveJournalRunner::Checkpoint m_checkpoint;
 };

@@ -123,7 +123,7 @@ void FileBoxRights::load(DbConnection &connection)
     m_modified = false;
 }
 
-void FileBoxRights::save(DbConnection &connection)
+void FileBoxRights::save(DbConnection &connection) const
 {
     connection.execute(u"DELETE FROM Folder"_s);
     for (const tagFolderData &folder : std::as_const(m_folders))
@@ -134,7 +134,6 @@ void FileBoxRights::save(DbConnection &connection)
     connection.execute(u"DELETE FROM UserAuthority"_s);
     for (const tagUserAuthority &right : std::as_const(m_memberRights))
         connection.execute(insertMemberRightStatement(right));
-    m_modified = false;
 }
 
 void FileBoxRights::clear()

@@ -33,8 +33,8 @@ public:
     // Empties and rewrites Folder, GroupAuthority and UserAuthority in that
     // order (paths with backslashes doubled, authorities as letters). Raises
     // DbException at the first failing statement; statements already run stay
-    // in effect. Clears the modified flag on success.
-    void save(DbConnection &connection);
+    // in effect. The modified flag is the whole save's to clear.
+    void save(DbConnection &connection) const;
 
     void clear();
     bool isModified() const { return m_modified; }

@@ -86,26 +86,32 @@ QString NoticeBoard::uploadFolder(RegistryHives &hives, const QString &programDi
     return folder;
 }
 
-bool NoticeBoard::removeUploadedFiles(const QString &uploadFolder, const QString &sessionId)
+QString NoticeBoard::uploadedItemTarget(const QString &sessionId)
 {
-    if (sessionId.isEmpty())
-        return false;
     // The id names the item in the working directory; anything that is not a
     // single plain name could reach outside it, so it is never acted on.
-    if (sessionId == u"."_s || sessionId == u".."_s || sessionId.contains(u'/')
-        || sessionId.contains(u'\\') || sessionId.contains(QChar(0)))
-        return false;
-    if (!QFileInfo::exists(uploadFolder + u'/' + sessionId))
-        return false;
-
+    if (sessionId.isEmpty() || sessionId == u"."_s || sessionId == u".."_s
+        || sessionId.contains(u'/') || sessionId.contains(u'\\') || sessionId.contains(QChar(0)))
+        return {};
     // The upload folder is where the test looks, but the item removed is the
     // one named by the bare id relative to the working directory; the server
     // side relies on exactly this pair of paths.
-    const QString target = QDir::current().filePath(sessionId);
+    return QDir::current().absoluteFilePath(sessionId);
+}
+
+bool NoticeBoard::removeUploadedItem(const QString &testPath, const QString &target)
+{
+    if (target.isEmpty() || !QFileInfo::exists(testPath))
+        return false;
     const QFileInfo info(target);
     if (info.isSymLink() || !info.isDir())
         return QFile::remove(target);
     return QDir(target).removeRecursively();
+}
+
+bool NoticeBoard::removeUploadedFiles(const QString &uploadFolder, const QString &sessionId)
+{
+    return removeUploadedItem(uploadFolder + u'/' + sessionId, uploadedItemTarget(sessionId));
 }
 
 QList<NoticeBoard::Failure> NoticeBoard::deleteNotices(DbConnection &connection,

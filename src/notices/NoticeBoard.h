@@ -52,6 +52,11 @@ public:
     // not a single plain name ("..", "a/b", ...). Returns whether an item was
     // deleted.
     static bool removeUploadedFiles(const QString &uploadFolder, const QString &sessionId);
+    // The two halves of removeUploadedFiles, for a save that fixes the paths
+    // when it starts and removes the item later: the item a session id names
+    // ("" when the id is not a plain name), and its removal when testPath exists.
+    static QString uploadedItemTarget(const QString &sessionId);
+    static bool removeUploadedItem(const QString &testPath, const QString &target);
 
     static QString selectStatement();
     static QString deleteStatement(qint32 noticeId);

@@ -46,6 +46,9 @@ public:
     int deleteRows(QList<int> rows);
     const QList<NoticeRecord> &pendingDeletions() const { return m_pending; }
     bool hasPendingDeletions() const { return !m_pending.isEmpty(); }
+    // After a save has deleted them (or tried to: a failed DELETE is not
+    // retried by the next save, as the notice is gone from the list).
+    void clearPendingDeletions() { m_pending.clear(); }
 
     // Deletes the pending notices from the database with their uploaded files
     // (NoticeBoard::deleteNotices) and empties the pending list. Returns the

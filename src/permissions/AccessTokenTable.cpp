@@ -85,7 +85,7 @@ void AccessTokenTable::load(DbConnection &connection)
     m_modified = false;
 }
 
-void AccessTokenTable::save(DbConnection &connection)
+void AccessTokenTable::save(DbConnection &connection) const
 {
     if (!m_modified)
         return;
@@ -95,7 +95,6 @@ void AccessTokenTable::save(DbConnection &connection)
     connection.execute(u"DELETE FROM VoipInfo"_s);
     for (const auto &[memberId, account] : m_accounts)
         connection.execute(insertAccountStatement(memberId, account));
-    m_modified = false;
 }
 
 void AccessTokenTable::clear()

@@ -28,11 +28,12 @@ public:
     // DbException; on failure the table keeps what was read so far.
     void load(DbConnection &connection);
 
-    // Rewrites AccessToken and VoipInfo whole when the modified flag is set and
-    // clears it afterwards; issues no statement at all otherwise. Raises
-    // DbException at the first failing statement, leaving the flag set so that
-    // saving again rewrites everything.
-    void save(DbConnection &connection);
+    // Rewrites AccessToken and VoipInfo whole when the modified flag is set;
+    // issues no statement at all otherwise. Raises DbException at the first
+    // failing statement. The flag is the whole save's to clear (the save
+    // records its statements before it runs them), so saving again after a
+    // failure rewrites everything.
+    void save(DbConnection &connection) const;
 
     void clear();
     bool isModified() const { return m_modified; }

@@ -10,8 +10,12 @@
 #include "ServerData.h"
 #include "ServerDataSet.h"
 #include "TempServerDir.h"
+#include "TestDatabase.h"
 
 #include <QEventLoop>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
 #include <QTimer>
 
 using namespace Qt::StringLiterals;
@@ -168,4 +172,47 @@ ServerDataSet readBack(TempServerDir &dir, ServerDataLoader::Result *result)
     if (result)
         *result = r;
     return data;
+}
+
+// Triggers are set up outside the console's statement checks (an SQLite
+// trigger body holds several statements).
+bool createPoisonTrigger(TestDatabase &db, const QString &event, const QString &table,
+    const QString &when, QString *error)
+{
+    if (db.backend() == TestDatabase::Backend::PostgresOdbc) {
+        if (!db.exec(
+                u"CREATE OR REPLACE FUNCTION velmar_poison() RETURNS trigger LANGUAGE plpgsql AS 'BEGIN RAISE EXCEPTION ''poisoned''; END;'"_s)
+            || !db.exec(
+                u"CREATE TRIGGER poison BEFORE %1 ON %2 FOR EACH ROW %3 EXECUTE FUNCTION velmar_poison()"_s
+                    .arg(event, table.startsWith(u'"') ? table : table.toLower(),
+                        when.isEmpty() ? QString() : u"WHEN (NEW.%1)"_s.arg(when.toLower())))) {
+            *error = db.errorString();
+            return false;
+        }
+        return true;
+    }
+    static int serial = 0;
+    const QString name = u"raw-trigger-%1"_s.arg(++serial);
+    bool ok = false;
+    {
+        QSqlDatabase raw = QSqlDatabase::addDatabase(u"QSQLITE"_s, name);
+        raw.setDatabaseName(db.filePath());
+        QSqlQuery query(raw);
+        ok = raw.open()
+            && query.exec(
+                u"CREATE TRIGGER poison BEFORE %1 ON %2 %3 BEGIN SELECT RAISE(ABORT, 'poisoned'); END"_s
+                    .arg(event, table, when.isEmpty() ? QString() : u"WHEN NEW."_s + when));
+        if (!ok)
+            *error = query.lastError().text() + raw.lastError().text();
+    }
+    QSqlDatabase::removeDatabase(name);
+    return ok;
+}
+
+bool dropPoisonTrigger(TestDatabase &db, const QString &table)
+{
+    if (db.backend() == TestDatabase::Backend::PostgresOdbc)
+        return db.exec(
+            u"DROP TRIGGER poison ON "_s + (table.startsWith(u'"') ? table : table.toLower()));
+    return db.exec(u"DROP TRIGGER poison"_s);
 }

@@ -52,3 +52,13 @@ ThreadRun runReadThread(
 
 // Reads the database again into a fresh data set (ServerDataLoader, no thread).
 ServerDataSet readBack(TempServerDir &dir, ServerDataLoader::Result *result = nullptr);
+
+// A trigger named "poison" that makes every `event` ("INSERT", "UPDATE",
+// "DELETE") on table fail, limited to the rows where NEW.`when` holds when
+// when is given; table is written as the database knows it ("\"Group\""
+// for the group table). It stands in for any statement failure (a lock, a
+// constraint, a full disk). Set up outside the console's statement checks:
+// an SQLite trigger body holds several statements.
+bool createPoisonTrigger(TestDatabase &db, const QString &event, const QString &table,
+    const QString &when, QString *error);
+bool dropPoisonTrigger(TestDatabase &db, const QString &table);

@@ -10,6 +10,8 @@
 #include "PositionListModel.h"
 #include "ProfileFile.h"
 #include "Recordset.h"
+#include "SaveJournal.h"
+#include "SavePreflight.h"
 #include "ScriptedMessageService.h"
 #include "ServerData.h"
 #include "ServerDataFixture.h"
@@ -26,6 +28,7 @@
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QTest>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -80,6 +83,8 @@ public:
         return saver.saveOnClose();
     }
 
+    QString journalPath() const { return SaveJournal::pathFor(dir.iniPath()); }
+
     QString version() const
     {
         return ProfileFile(dir.iniPath())
@@ -105,48 +110,6 @@ public:
     QList<int> pauses;
     QStringList portsAtPause;
 };
-
-// Triggers are set up outside the console's statement checks (an SQLite
-// trigger body holds several statements).
-bool createTrigger(TestDatabase &db, const QString &event, const QString &table,
-    const QString &when, QString *error)
-{
-    if (db.backend() == TestDatabase::Backend::PostgresOdbc) {
-        if (!db.exec(
-                u"CREATE OR REPLACE FUNCTION velmar_poison() RETURNS trigger LANGUAGE plpgsql AS 'BEGIN RAISE EXCEPTION ''poisoned''; END;'"_s)
-            || !db.exec(
-                u"CREATE TRIGGER poison BEFORE %1 ON %2 FOR EACH ROW %3 EXECUTE FUNCTION velmar_poison()"_s
-                    .arg(event, table.toLower(),
-                        when.isEmpty() ? QString() : u"WHEN (NEW.%1)"_s.arg(when.toLower())))) {
-            *error = db.errorString();
-            return false;
-        }
-        return true;
-    }
-    static int serial = 0;
-    const QString name = u"raw-trigger-%1"_s.arg(++serial);
-    bool ok = false;
-    {
-        QSqlDatabase raw = QSqlDatabase::addDatabase(u"QSQLITE"_s, name);
-        raw.setDatabaseName(db.filePath());
-        QSqlQuery query(raw);
-        ok = raw.open()
-            && query.exec(
-                u"CREATE TRIGGER poison BEFORE %1 ON %2 %3 BEGIN SELECT RAISE(ABORT, 'poisoned'); END"_s
-                    .arg(event, table, when.isEmpty() ? QString() : u"WHEN NEW."_s + when));
-        if (!ok)
-            *error = query.lastError().text() + raw.lastError().text();
-    }
-    QSqlDatabase::removeDatabase(name);
-    return ok;
-}
-
-bool dropTrigger(TestDatabase &db, const QString &table)
-{
-    if (db.backend() == TestDatabase::Backend::PostgresOdbc)
-        return db.exec(u"DROP TRIGGER poison ON "_s + table.toLower());
-    return db.exec(u"DROP TRIGGER poison"_s);
-}
 
 enum class Poison {
     DeletedMemberRows,
@@ -176,120 +139,86 @@ UserInfo newMember(const QString &login, const QString &name)
     return member;
 }
 
-// The table a trigger poison sits on; empty for poisons in the data.
+// The table a trigger poison sits on, and the rows it refuses.
 QString triggerTable(Poison poison)
 {
     switch (poison) {
     case Poison::DeletedMemberRows:
         return u"LeavedMemo"_s;
+    case Poison::RegularGroupName:
+    case Poison::GuestGroupName:
+        return u"\"Group\""_s;
+    case Poison::RegularMemberName:
+    case Poison::GuestMemberName:
+    case Poison::MemberLevels:
+        return u"Member"_s;
     case Poison::RegularRelations:
     case Poison::GuestRelations:
         return u"Relation"_s;
-    case Poison::MemberLevels:
-        return u"Member"_s;
+    case Poison::PositionName:
+        return u"Rank"_s;
     case Poison::AccessTokenRows:
         return u"AccessToken"_s;
+    case Poison::VoipId:
+        return u"VoipInfo"_s;
+    case Poison::FolderPath:
+        return u"Folder"_s;
     case Poison::GroupRights:
         return u"GroupAuthority"_s;
     case Poison::MemberRights:
         return u"UserAuthority"_s;
-    default:
-        return {};
+    case Poison::PoolVoipId:
+        return u"VoipNumberList"_s;
     }
+    return {};
 }
 
+// Every statement of a step can fail (a lock, a constraint, a full disk);
+// a trigger that raises stands in for all of them.
 bool applyPoison(SaveEnv &env, Poison poison, QString *error)
 {
     Directory &directory = *env.data.directory();
+    const QString table = triggerTable(poison);
     switch (poison) {
     case Poison::DeletedMemberRows:
         // carl (3) is deleted; his memo row cannot be.
         directory.removeMember(false, directory.regularMembers()->rowOfId(3));
         return env.db->exec(u"INSERT INTO LeavedMemo (OMemberID) VALUES (3)"_s)
-            && createTrigger(*env.db, u"DELETE"_s, u"LeavedMemo"_s, {}, error);
+            && createPoisonTrigger(*env.db, u"DELETE"_s, table, {}, error);
     case Poison::RegularGroupName:
-        return directory.addGroup(false, directory.regularTree()->rootIndex(), u"O'Brien"_s)
-            .isValid();
+        return createPoisonTrigger(*env.db, u"INSERT"_s, table, u"IsGuestGroup = 0"_s, error);
     case Poison::GuestGroupName:
-        return directory.addGroup(true, directory.guestTree()->rootIndex(), u"O'Brien"_s).isValid();
+        return createPoisonTrigger(*env.db, u"INSERT"_s, table, u"IsGuestGroup = 1"_s, error);
     case Poison::RegularMemberName:
-        return directory.addMember(false, newMember(u"oneil"_s, u"O'Neil"_s)) > 0;
+        return createPoisonTrigger(*env.db, u"INSERT"_s, table, u"IsGuestMember = 0"_s, error);
     case Poison::GuestMemberName:
-        return directory.addMember(true, newMember(u"oneil"_s, u"O'Neil"_s)) > 0;
+        return createPoisonTrigger(*env.db, u"INSERT"_s, table, u"IsGuestMember = 1"_s, error);
     case Poison::RegularRelations:
-        return createTrigger(*env.db, u"INSERT"_s, u"Relation"_s, u"IsGuestRelation = 0"_s, error);
+        return createPoisonTrigger(*env.db, u"INSERT"_s, table, u"IsGuestRelation = 0"_s, error);
     case Poison::GuestRelations:
-        return createTrigger(*env.db, u"INSERT"_s, u"Relation"_s, u"IsGuestRelation = 1"_s, error);
+        return createPoisonTrigger(*env.db, u"INSERT"_s, table, u"IsGuestRelation = 1"_s, error);
     case Poison::MemberLevels:
-        return createTrigger(*env.db, u"UPDATE"_s, u"Member"_s, {}, error);
-    case Poison::PositionName: {
-        PositionListModel &positions = *env.data.positions();
-        return positions.renamePosition(positions.addPosition(), u"it's"_s)
-            == PositionListModel::RenameResult::Renamed;
-    }
+    case Poison::PoolVoipId:
+        return createPoisonTrigger(*env.db, u"UPDATE"_s, table, {}, error);
     case Poison::AccessTokenRows:
         env.data.permissions().setFlag(1, CAccessToken::ChatOn, false);
-        return createTrigger(*env.db, u"INSERT"_s, u"AccessToken"_s, {}, error);
+        return createPoisonTrigger(*env.db, u"INSERT"_s, table, {}, error);
     case Poison::VoipId:
         env.data.permissions().editVoipAccount(
-            1, AccessTokenTable::VoipField::Id, u"a'b"_s, &env.data.voipPool());
-        return true;
+            1, AccessTokenTable::VoipField::Id, u"v100b"_s, &env.data.voipPool());
+        return createPoisonTrigger(*env.db, u"INSERT"_s, table, {}, error);
+    case Poison::PositionName:
     case Poison::FolderPath:
-        env.data.fileBox().addFolder(u"it's\\mine"_s);
-        env.data.setModified();
-        return true;
     case Poison::GroupRights:
-        return createTrigger(*env.db, u"INSERT"_s, u"GroupAuthority"_s, {}, error);
     case Poison::MemberRights:
-        return createTrigger(*env.db, u"INSERT"_s, u"UserAuthority"_s, {}, error);
-    case Poison::PoolVoipId:
-        env.data.voipPool().append({ u"p'q"_s, u"pp"_s, 0 });
-        env.data.setModified();
-        return true;
+        return createPoisonTrigger(*env.db, u"INSERT"_s, table, {}, error);
     }
     return false;
 }
 
 bool fixPoison(SaveEnv &env, Poison poison)
 {
-    Directory &directory = *env.data.directory();
-    if (!triggerTable(poison).isEmpty())
-        return dropTrigger(*env.db, triggerTable(poison));
-    switch (poison) {
-    case Poison::RegularGroupName:
-    case Poison::GuestGroupName: {
-        GroupTreeModel &tree = *directory.tree(poison == Poison::GuestGroupName);
-        const QModelIndex root = tree.rootIndex();
-        return tree.renameGroup(tree.index(tree.rowCount(root) - 1, 0, root), u"OBrien"_s);
-    }
-    case Poison::RegularMemberName:
-    case Poison::GuestMemberName: {
-        MemberListModel &members = *directory.members(poison == Poison::GuestMemberName);
-        const int row = members.rowOfLoginName(u"oneil"_s);
-        return members.setData(members.index(row, MemberListModel::DisplayNameColumn), u"ONeil"_s);
-    }
-    case Poison::PositionName: {
-        PositionListModel &positions = *env.data.positions();
-        return positions.renamePosition(positions.rowCount() - 1, u"its"_s)
-            == PositionListModel::RenameResult::Renamed;
-    }
-    case Poison::VoipId:
-        env.data.permissions().editVoipAccount(
-            1, AccessTokenTable::VoipField::Id, u"ab"_s, &env.data.voipPool());
-        return true;
-    case Poison::FolderPath:
-        return env.data.fileBox().removeFolder(env.data.fileBox().folderIdByPath(u"it's\\mine"_s));
-    case Poison::PoolVoipId: {
-        VoipAccountPool fixed;
-        for (const VoipAccountPool::Entry &entry : env.data.voipPool().entries())
-            if (entry.voipId != u"p'q"_s)
-                fixed.append(entry);
-        env.data.voipPool() = fixed;
-        return true;
-    }
-    default:
-        return false;
-    }
+    return dropPoisonTrigger(*env.db, triggerTable(poison));
 }
 
 } // namespace
@@ -322,6 +251,13 @@ private Q_SLOTS:
     void notifications();
     void failingStatement_data();
     void failingStatement();
+    void unsafeTexts_data() { TestDatabase::addBackends(); }
+    void unsafeTexts();
+    void unsafeReason_data();
+    void unsafeReason();
+    void journal_data() { TestDatabase::addBackends(); }
+    void journal();
+    void journalNotWritable();
     void noticeDeleteFailure_data() { TestDatabase::addBackends(); }
     void noticeDeleteFailure();
     void saveOnClose_data();
@@ -603,6 +539,8 @@ void TestServerDataSave::failingStatement()
     QCOMPARE(dumpServerData(env.data), memory);
     QCOMPARE(env.data.deletedMemberIds(), deleted);
     QVERIFY(env.data.isModified());
+    // The journal stays for the next start, which finishes the save.
+    QVERIFY(QFile::exists(env.journalPath()));
 
     // With the cause gone the next save rewrites everything.
     QVERIFY(fixPoison(env, poison));
@@ -615,6 +553,7 @@ void TestServerDataSave::failingStatement()
     QCOMPARE(env.listeners.drain(), QStringList { u"55052"_s });
     QVERIFY(!env.data.isModified());
     QVERIFY(env.data.deletedMemberIds().isEmpty());
+    QVERIFY(!QFile::exists(env.journalPath()));
     ServerDataLoader::Result reread;
     const ServerDataSet database = readBack(env.dir, &reread);
     QVERIFY(reread.ok());
@@ -623,13 +562,201 @@ void TestServerDataSave::failingStatement()
         QCOMPARE(env.db->count(u"LeavedMemo"_s), 0);
 }
 
+void TestServerDataSave::unsafeTexts()
+{
+    SAVE_ENV(env, populatedDatabase());
+    env.traceTo(u"unsafe.trace"_s);
+    Directory &directory = *env.data.directory();
+    GroupTreeModel &tree = *directory.regularTree();
+    const QModelIndex sales = tree.index(0, 0, tree.rootIndex());
+    QVERIFY(directory.addGroup(false, sales, u"O'Brien"_s).isValid());
+    QVERIFY(directory.addGroup(true, directory.guestTree()->rootIndex(), u"Bob's"_s).isValid());
+    UserInfo oneil = newMember(u"oneil"_s, u"O'Neil"_s);
+    oneil.email = u"o'neil@x.cn"_s;
+    oneil.nickname = u"it's fine"_s; // escaped on the way in: never named
+    QVERIFY(directory.addMember(false, oneil) > 0);
+    QVERIFY(directory.addMember(true, newMember(u"g'uest"_s, u"Guest"_s)) > 0);
+    PositionListModel &positions = *env.data.positions();
+    QCOMPARE(positions.renamePosition(positions.addPosition(), u"it's"_s),
+        PositionListModel::RenameResult::Renamed);
+    env.data.permissions().editVoipAccount(
+        1, AccessTokenTable::VoipField::Password, u"p'w"_s, &env.data.voipPool());
+    env.data.fileBox().addFolder(u"it's\\mine"_s);
+    env.data.voipPool().append({ u"p'q"_s, u"pp"_s, 0 });
+    env.data.setModified();
+    const QStringList memory = dumpServerData(env.data);
+    const QStringList before = dumpDataSet(readBack(env.dir));
+
+    const ServerDataSaver::Result refused = env.save(true);
+    QCOMPARE(refused.outcome, ServerDataSaver::Outcome::UnsafeText);
+    // Every offending text is named, in the order the save writes them.
+    QCOMPARE(env.messages.boxTexts(),
+        QStringList {
+            u"以下内容含有数据库不能保存的字符(如单引号)，什么都没有保存。请修改后再保存:\r\n"
+            "类别 /Sales/O'Brien\r\n"
+            "论坛结构 /Bob's\r\n"
+            "会员 oneil 的 姓名\r\n"
+            "会员 oneil 的 邮箱\r\n"
+            "论坛用户 g'uest 的 用户ID\r\n"
+            "等级 it's\r\n"
+            "会员 anna 的 VoIP 密码\r\n"
+            "文件夹 it's\\mine\r\n"
+            "VoIP 号码 p'q"_s });
+    QCOMPARE(env.messages.boxes().constFirst().icon, MessageService::Icon::Exclamation);
+    QVERIFY(env.messages.balloons().isEmpty());
+    // Nothing reached the database, the information file or the server.
+    QVERIFY(env.statements().isEmpty());
+    QVERIFY(!QFile::exists(env.journalPath()));
+    QCOMPARE(env.version(), u"absent"_s);
+    QVERIFY(env.listeners.drain().isEmpty());
+    QCOMPARE(dumpDataSet(readBack(env.dir)), before);
+    QCOMPARE(dumpServerData(env.data), memory);
+    QVERIFY(env.data.isModified());
+
+    // A long list is cut, saying how many more there are.
+    const QString cut = SavePreflight::refusalText(refused.problems, 3);
+    QVERIFY(cut.endsWith(u"\r\n会员 oneil 的 姓名\r\n... 另有 6 项"_s));
+}
+
+void TestServerDataSave::unsafeReason_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<SqlDialect>("dialect");
+    QTest::addColumn<bool>("unsafe");
+    QTest::newRow("plain") << u"销售部 East; \"x\" % _"_s << SqlDialect::Sqlite << false;
+    QTest::newRow("quote") << u"O'Brien"_s << SqlDialect::Sqlite << true;
+    QTest::newRow("quote pg") << u"O'Brien"_s << SqlDialect::PostgreSql << true;
+    QTest::newRow("nul") << QStringView(u"a\0b", 3).toString() << SqlDialect::PostgreSql << true;
+    QTest::newRow("backslash sqlite") << u"D:\\share\\"_s << SqlDialect::Sqlite << false;
+    QTest::newRow("backslash pg") << u"D:\\share\\"_s << SqlDialect::PostgreSql << false;
+    QTest::newRow("backslash mysql") << u"D:\\share\\"_s << SqlDialect::MySql << true;
+    QTest::newRow("line break") << u"a\r\nb"_s << SqlDialect::SqlServer << false;
+}
+
+void TestServerDataSave::unsafeReason()
+{
+    QFETCH(QString, text);
+    QFETCH(SqlDialect, dialect);
+    QFETCH(bool, unsafe);
+    QCOMPARE(!SavePreflight::unsafeReason(text, dialect).isEmpty(), unsafe);
+}
+
+void TestServerDataSave::journal()
+{
+    SAVE_ENV(env, populatedDatabase());
+    env.traceTo(u"journal.trace"_s);
+    ProfileFile(env.dir.iniPath()).writeString(u"ServerInfo"_s, u"UseDist"_s, u"1"_s);
+    ProfileFile(env.dir.iniPath()).writeString(u"GroupInfo"_s, u"Version"_s, u"0041"_s);
+    QCOMPARE(env.data.notices()->deleteRows({ 0 }), 1);
+    const NoticeRecord notice = env.data.notices()->pendingDeletions().constFirst();
+
+    // The journal written just before the first statement, as the saver
+    // builds it: it is what a later recovery replays.
+    DbSession session(env.dir.hives(), env.dir.iniPath(), env.dir.databasePath(), env.messages);
+    ServerDataSaver saver(
+        env.data, session, env.messages, env.dir.iniPath(), env.dir.hives(), env.dir.programDir());
+    const SaveJournal built = saver.buildJournal(env.db->connect().dialect(), 42);
+    QVERIFY(built.write(env.journalPath()));
+    SaveJournal journal;
+    QString why;
+    QCOMPARE(SaveJournal::read(env.journalPath(), journal, &why), SaveJournal::ReadStatus::Ok);
+    QCOMPARE(journal.connectionString(), session.connectionString());
+    QCOMPARE(journal.notifyPorts(), (QList<quint16> { 55051, 55052 }));
+    QCOMPARE(journal.body(), built.body());
+    QStringList recorded;
+    QStringList profileWrites;
+    QStringList steps;
+    qsizetype cursor = 0;
+    SaveJournal::Action action;
+    while (journal.nextAction(cursor, action)) {
+        if (action.kind == SaveJournal::Kind::Statement
+            || action.kind == SaveJournal::Kind::NoticeDelete)
+            recorded << action.text;
+        else if (action.kind == SaveJournal::Kind::ProfileWrite)
+            profileWrites << action.text + u'/' + action.key + u'=' + action.value;
+        else
+            steps << action.text;
+        if (action.kind == SaveJournal::Kind::NoticeDelete) {
+            QCOMPARE(action.key, QString::number(notice.id));
+            QCOMPARE(action.text, u"DELETE FROM CONTENTS where OCONTENTSID=%1;"_s.arg(notice.id));
+        }
+    }
+    QCOMPARE(profileWrites, QStringList { u"GroupInfo/Version=0042"_s });
+    QCOMPARE(steps,
+        (QStringList { u"DeletedMembers"_s, u"Directory"_s, u"Positions"_s, u"Permissions"_s,
+            u"FileBox"_s, u"VoipPool"_s, u"Notices"_s }));
+    QCOMPARE(journal.statementCount(), recorded.size());
+
+    // The save sends exactly the journal's statements, in its order, and
+    // removes the journal once the server has been told.
+    QFile::remove(env.journalPath());
+    const ServerDataSaver::Result saved = env.save(true);
+    QVERIFY2(saved.ok(), qPrintable(saved.error.formatted()));
+    QCOMPARE(saved.version, 42);
+    QCOMPARE(env.version(), u"0042"_s);
+    QCOMPARE(saved.statements, recorded.size());
+    QCOMPARE(readTrace(env.tracePath).size(), recorded.size());
+    QStringList sent = readTrace(env.tracePath);
+    for (QString &statement : sent)
+        statement.replace(u"\"Group\""_s, u"[Group]"_s);
+    QCOMPARE(sent, recorded);
+    QVERIFY(!QFile::exists(env.journalPath()));
+    QVERIFY(env.data.notices()->pendingDeletions().isEmpty());
+
+    // A journal altered, cut short or padded is never taken for a good one.
+    QVERIFY(built.write(env.journalPath()));
+    QFile file(env.journalPath());
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray good = file.readAll();
+    file.close();
+    const QList<QByteArray> bad {
+        good.left(good.size() / 2),
+        good.left(good.size() - 1),
+        good + "Q DELETE FROM Member\n",
+        QByteArray(good).replace("IsGuestGroup=0", "IsGuestGroup=1"),
+        QByteArray(),
+        QByteArray("VELMAR-SAVE-JOURNAL 1\nend 22 x\n"),
+    };
+    for (const QByteArray &bytes : bad) {
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(bytes);
+        file.close();
+        QCOMPARE(
+            SaveJournal::read(env.journalPath(), journal, &why), SaveJournal::ReadStatus::Corrupt);
+        QVERIFY(!why.isEmpty());
+    }
+}
+
+void TestServerDataSave::journalNotWritable()
+{
+    if (::geteuid() == 0)
+        QSKIP("root writes into read-only folders; the refusal cannot be provoked here");
+    SAVE_ENV(env, populatedDatabase());
+    env.traceTo(u"readonly.trace"_s);
+    env.data.directory()->addGroup(
+        false, env.data.directory()->regularTree()->rootIndex(), u"New"_s);
+    const QStringList before = dumpDataSet(readBack(env.dir));
+    const QString folder = QFileInfo(env.journalPath()).absolutePath();
+    QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner);
+    const ServerDataSaver::Result refused = env.save(true);
+    QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    QCOMPARE(refused.outcome, ServerDataSaver::Outcome::JournalError);
+    QCOMPARE(env.messages.boxes().size(), 1);
+    QVERIFY(env.messages.boxTexts().constFirst().startsWith(u"无法写入保存记录文件 "_s));
+    QVERIFY(env.messages.boxTexts().constFirst().endsWith(u"\r\n数据库没有被修改。"_s));
+    QVERIFY(env.statements().isEmpty());
+    QCOMPARE(dumpDataSet(readBack(env.dir)), before);
+    QVERIFY(env.data.isModified());
+}
+
 void TestServerDataSave::noticeDeleteFailure()
 {
     SAVE_ENV(env, populatedDatabase());
     QString error;
     // The second notice cannot be deleted; the first one can.
-    QVERIFY2(createTrigger(*env.db, u"DELETE"_s, u"CONTENTS"_s, {}, &error), qPrintable(error));
-    QVERIFY(dropTrigger(*env.db, u"CONTENTS"_s));
+    QVERIFY2(
+        createPoisonTrigger(*env.db, u"DELETE"_s, u"CONTENTS"_s, {}, &error), qPrintable(error));
+    QVERIFY(dropPoisonTrigger(*env.db, u"CONTENTS"_s));
     if (env.db->backend() == TestDatabase::Backend::PostgresOdbc) {
         QVERIFY(env.db->exec(
             u"CREATE TRIGGER poison BEFORE DELETE ON contents FOR EACH ROW WHEN (OLD.ocontentsid = 100) EXECUTE FUNCTION velmar_poison()"_s));
@@ -682,9 +809,13 @@ void TestServerDataSave::saveOnClose()
     QFETCH(bool, closes);
     QFETCH(bool, written);
     SAVE_ENV(env, populatedDatabase());
+    QString error;
+    if (breakSave)
+        QVERIFY2(createPoisonTrigger(*env.db, u"INSERT"_s, u"\"Group\""_s, {}, &error),
+            qPrintable(error));
     if (modified)
-        env.data.directory()->addGroup(false, env.data.directory()->regularTree()->rootIndex(),
-            breakSave ? u"O'Brien"_s : u"New"_s);
+        env.data.directory()->addGroup(
+            false, env.data.directory()->regularTree()->rootIndex(), u"New"_s);
     QCOMPARE(env.data.isModified(), modified);
     if (answer)
         env.messages.queueAnswer(answer);

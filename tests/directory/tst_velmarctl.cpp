@@ -1,12 +1,16 @@
 #include "CRegistry.h"
 #include "DirectoryFixture.h"
 #include "ProfileFile.h"
+#include "SaveJournal.h"
 #include "ServerDataFixture.h"
 #include "ServerDataSet.h"
 #include "ServerNotification.h"
 #include "TempServerDir.h"
 #include "TestDatabase.h"
 
+#include <csignal>
+#include <QDeadlineTimer>
+#include <QFile>
 #include <QHostAddress>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -61,6 +65,113 @@ QJsonObject populatedCounts()
         .object();
 }
 
+QString versionOf(TempServerDir &dir)
+{
+    return ProfileFile(dir.iniPath()).readString(u"GroupInfo"_s, u"Version"_s, u"absent"_s, 128);
+}
+
+// A few hundred more rows on top of populatedDatabase(), so that every
+// partition of the save takes many statements.
+QStringList generatedRows()
+{
+    QStringList rows;
+    for (int g = 0; g < 40; ++g) {
+        rows
+            << u"INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup) VALUES (%1,'Team %2',%3,%4,%5,%6)"_s
+                   .arg(1000 + g)
+                   .arg(g)
+                   .arg(g < 30 ? (g < 10 ? 10 : 1000 + g % 10) : 50)
+                   .arg(g)
+                   .arg(g < 10 ? 2 : 3)
+                   .arg(g < 30 ? 0 : 1);
+    }
+    for (int m = 0; m < 300; ++m) {
+        const bool guest = m >= 250;
+        rows
+            << u"INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, bSolar, bAdmin, Description, IsGuestMember) VALUES (%1,'user%1','成员 %1','nick###VELMAR-SEMICOLON###%1','pw%1',%2,1,'u%1@x.cn','139','Road','010','020','1990-01-01',1,0,'',%3)"_s
+                   .arg(100 + m)
+                   .arg(m % 2)
+                   .arg(guest ? 1 : 0);
+        const int group = guest ? 1030 + m % 10 : 1000 + m % 30;
+        rows
+            << u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES (%1,%2,%3,%4,%5)"_s
+                   .arg(100 + m)
+                   .arg(group)
+                   .arg(1 + m % 3)
+                   .arg(m / 30)
+                   .arg(guest ? 1 : 0);
+        if (!guest && m % 3 == 0) {
+            rows
+                << u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES (%1,%2,1,%3,1)"_s
+                       .arg(100 + m)
+                       .arg(1030 + m % 10)
+                       .arg(50 + m);
+        }
+    }
+    for (int r = 4; r < 20; ++r)
+        rows << u"INSERT INTO Rank (ORankID, RankName) VALUES (%1,'等级 %1')"_s.arg(r);
+    for (int f = 3; f < 40; ++f) {
+        rows << u"INSERT INTO Folder (OFolderID, FolderPath) VALUES (%1,'share\\\\f%1')"_s.arg(f);
+        rows << u"INSERT INTO GroupAuthority (OFolderID, OGroupID, Authority) VALUES (%1,%2,'R')"_s
+                    .arg(f)
+                    .arg(1000 + f % 30);
+        rows << u"INSERT INTO UserAuthority (OFolderID, OMemberID, Authority) VALUES (%1,%2,'W')"_s
+                    .arg(f)
+                    .arg(100 + f);
+    }
+    for (int v = 0; v < 60; ++v) {
+        rows
+            << u"INSERT INTO VoipNumberList (VOIP_ID, VOIP_PASS, OMemberID) VALUES ('g%1','gp%1',%2)"_s
+                   .arg(v)
+                   .arg(v < 30 ? 100 + v : 0);
+    }
+    return rows;
+}
+
+// One letter of /proc/PID/stat: 'T' for a stopped process.
+char processState(qint64 pid)
+{
+    QFile stat(u"/proc/%1/stat"_s.arg(pid));
+    if (!stat.open(QIODevice::ReadOnly))
+        return 0;
+    const QByteArray line = stat.readAll();
+    const qsizetype close = line.lastIndexOf(')');
+    return close >= 0 && close + 2 < line.size() ? line.at(close + 2) : 0;
+}
+
+// Runs velmarctl until it stops itself at point (VELMAR_SAVE_STOP_AT), then
+// kills it with SIGKILL, as a crash or a power cut would end it there.
+bool killAt(const QStringList &arguments, const QString &point, QString *why)
+{
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"VELMAR_SAVE_STOP_AT"_s, point);
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(VELMARCTL_PATH), arguments);
+    if (!process.waitForStarted()) {
+        *why = process.errorString();
+        return false;
+    }
+    const qint64 pid = process.processId();
+    QDeadlineTimer deadline(120000);
+    while (!deadline.hasExpired()) {
+        if (processState(pid) == 'T') {
+            ::kill(pid_t(pid), SIGKILL);
+            process.waitForFinished(30000);
+            return true;
+        }
+        if (process.waitForFinished(5)) {
+            *why = u"finished (exit %1) before reaching the stop point: %2"_s.arg(
+                QString::number(process.exitCode()),
+                QString::fromUtf8(process.readAllStandardError()));
+            return false;
+        }
+    }
+    process.kill();
+    *why = u"did not reach the stop point"_s;
+    return false;
+}
+
 } // namespace
 
 // velmarctl as an administrator runs it, on temporary server folders.
@@ -77,6 +188,11 @@ private Q_SLOTS:
     void resave_data();
     void resave();
     void resaveFailure();
+    void unsafeText();
+    void unusableJournal_data();
+    void unusableJournal();
+    void killedSave_data();
+    void killedSave();
     void usage();
 };
 
@@ -227,23 +343,239 @@ void TestVelmarCtl::resave()
 
 void TestVelmarCtl::resaveFailure()
 {
-    // A group name with a quote reads fine but breaks its INSERT.
+    // A statement the database refuses part-way through the save (a trigger
+    // stands in for a lock, a constraint or a full disk).
     TempServerDir dir;
     TestDatabase db(TestDatabase::Backend::SqliteFile, dir.programDir());
     QVERIFY2(db.isValid(), qPrintable(db.errorString()));
     QVERIFY(db.execAll(populatedDatabase()));
-    QVERIFY(db.exec(u"UPDATE [Group] SET GroupName = 'O''Brien' WHERE OGroupID = 20"_s));
+    const QStringList before = dumpDataSet(readBack(dir));
+    QString error;
+    QVERIFY2(createPoisonTrigger(db, u"INSERT"_s, u"Member"_s, u"IsGuestMember = 1"_s, &error),
+        qPrintable(error));
     QUdpSocket listener;
     QVERIFY(listener.bind(QHostAddress(QHostAddress::LocalHost), ServerNotification::ServerPort));
 
     const CtlRun run = velmarctl(QStringList { u"resave"_s } + dirArguments(dir));
-    QCOMPARE(run.exitCode, 3);
+    QCOMPARE(run.exitCode, 4);
     QVERIFY(run.out.isEmpty());
     QVERIFY2(run.err.contains(u"数据库发生错误."_s), qPrintable(run.err));
     QVERIFY2(run.err.contains(u"velmarctl: the save failed: (80004005)"_s), qPrintable(run.err));
-    QCOMPARE(ProfileFile(dir.iniPath()).readString(u"GroupInfo"_s, u"Version"_s, u"absent"_s, 128),
-        u"absent"_s);
+    QCOMPARE(versionOf(dir), u"absent"_s);
     QVERIFY(!listener.hasPendingDatagrams());
+
+    // The guest members are gone from the database now; nothing reads it
+    // until the save is finished.
+    QVERIFY(dumpDataSet(readBack(dir)) != before);
+    const CtlRun load = velmarctl(QStringList { u"load"_s } + dirArguments(dir));
+    QCOMPARE(load.exitCode, 3);
+    QVERIFY2(load.err.contains(u"an unfinished save is pending"_s), qPrintable(load.err));
+    QVERIFY(load.out.isEmpty());
+
+    // Finishing fails while the cause is there, names the statement and
+    // keeps the journal.
+    const CtlRun stuck = velmarctl(QStringList { u"recover"_s } + dirArguments(dir));
+    QCOMPARE(stuck.exitCode, 1);
+    QVERIFY2(stuck.err.contains(u"(Directory): INSERT INTO Member "_s), qPrintable(stuck.err));
+    QVERIFY(QFile::exists(SaveJournal::pathFor(dir.iniPath())));
+
+    QVERIFY(dropPoisonTrigger(db, u"Member"_s));
+    const CtlRun recovered = velmarctl(QStringList { u"recover"_s } + dirArguments(dir));
+    QVERIFY2(recovered.exitCode == 0, qPrintable(recovered.err));
+    QCOMPARE(
+        QJsonDocument::fromJson(recovered.out).object().value(u"recovered"_s), QJsonValue(true));
+    QCOMPARE(dumpDataSet(readBack(dir)), before);
+    QCOMPARE(versionOf(dir), u"0001"_s);
+    QVERIFY(listener.hasPendingDatagrams() || listener.waitForReadyRead(5000));
+    QVERIFY(!QFile::exists(SaveJournal::pathFor(dir.iniPath())));
+    const CtlRun again = velmarctl(QStringList { u"recover"_s } + dirArguments(dir));
+    QCOMPARE(again.exitCode, 0);
+    QCOMPARE(again.out, QByteArray("nothing to recover\n"));
+}
+
+void TestVelmarCtl::unsafeText()
+{
+    // A group name with a quote reads fine but would break its INSERT after
+    // the regular groups were deleted: the save names it and writes nothing.
+    TempServerDir dir;
+    TestDatabase db(TestDatabase::Backend::SqliteFile, dir.programDir());
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    QVERIFY(db.execAll(populatedDatabase()));
+    QVERIFY(db.exec(u"UPDATE [Group] SET GroupName = 'O''Brien' WHERE OGroupID = 11"_s));
+    QVERIFY(db.exec(u"UPDATE Rank SET RankName = 'it''s' WHERE ORankID = 3"_s));
+    const QStringList before = dumpDataSet(readBack(dir));
+    const QString tracePath = dir.root() + u"/trace.sql"_s;
+
+    const CtlRun run
+        = velmarctl(QStringList { u"resave"_s, u"--sql-trace"_s, tracePath } + dirArguments(dir));
+    QCOMPARE(run.exitCode, 4);
+    QCOMPARE(run.err,
+        u"以下内容含有数据库不能保存的字符(如单引号)，什么都没有保存。请修改后再保存:\n"
+        "类别 /Sales/O'Brien\n"
+        "等级 it's\n"_s);
+    // Only the load ran (its reads and its guest-flag repair).
+    for (const QString &statement : readTrace(tracePath))
+        QVERIFY2(!statement.startsWith(u"DELETE"_s) && !statement.startsWith(u"INSERT"_s),
+            qPrintable(statement));
+    QCOMPARE(dumpDataSet(readBack(dir)), before);
+    QVERIFY(!QFile::exists(SaveJournal::pathFor(dir.iniPath())));
+    QCOMPARE(versionOf(dir), u"absent"_s);
+}
+
+void TestVelmarCtl::unusableJournal_data()
+{
+    QTest::addColumn<QByteArray>("bytes"); // empty: a good journal of another database
+    QTest::addColumn<QString>("message");
+    QTest::newRow("corrupt") << QByteArray("VELMAR-SAVE-JOURNAL 1\nconnection x\nbody\nQ DELETE")
+                             << u"cannot be used: The journal is cut short."_s;
+    QTest::newRow("other database") << QByteArray()
+                                    << u"the unfinished save belongs to another database: "
+                                       "DRIVER={PostgreSQL Unicode};SERVER=elsewhere;PWD=*"_s;
+}
+
+void TestVelmarCtl::unusableJournal()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, message);
+    TempServerDir dir;
+    TestDatabase db(TestDatabase::Backend::SqliteFile, dir.programDir());
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    QVERIFY(db.execAll(populatedDatabase()));
+    const QStringList before = dumpDataSet(readBack(dir));
+    const QString path = SaveJournal::pathFor(dir.iniPath());
+    if (bytes.isEmpty()) {
+        SaveJournal journal;
+        journal.setConnectionString(u"DRIVER={PostgreSQL Unicode};SERVER=elsewhere;PWD=secret;"_s);
+        journal.addStep(u"Directory"_s);
+        journal.addStatement(u"DELETE FROM Member where IsGuestMember=0"_s);
+        QVERIFY(journal.write(path));
+    } else {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+    }
+
+    QCOMPARE(velmarctl(QStringList { u"load"_s } + dirArguments(dir)).exitCode, 3);
+    QCOMPARE(velmarctl(QStringList { u"resave"_s } + dirArguments(dir)).exitCode, 3);
+    const CtlRun refused = velmarctl(QStringList { u"recover"_s } + dirArguments(dir));
+    QCOMPARE(refused.exitCode, 1);
+    QVERIFY2(refused.err.contains(message), qPrintable(refused.err));
+    QVERIFY(refused.err.contains(u"Nothing was replayed."_s));
+    QVERIFY(!refused.err.contains(u"secret"_s));
+    QVERIFY(QFile::exists(path));
+    QCOMPARE(dumpDataSet(readBack(dir)), before);
+
+    const CtlRun discarded
+        = velmarctl(QStringList { u"recover"_s, u"--discard"_s } + dirArguments(dir));
+    QCOMPARE(discarded.exitCode, 0);
+    QVERIFY(!QFile::exists(path));
+    QCOMPARE(dumpDataSet(readBack(dir)), before);
+    QCOMPARE(velmarctl(QStringList { u"load"_s } + dirArguments(dir)).exitCode, 0);
+}
+
+void TestVelmarCtl::killedSave_data()
+{
+    QTest::addColumn<TestDatabase::Backend>("backend");
+    for (const TestDatabase::Backend backend : TestDatabase::availableBackends()) {
+        // The SQLite ODBC driver writes the same file as the SQLite backend.
+        if (backend != TestDatabase::Backend::SqliteOdbc)
+            QTest::newRow(qPrintable(TestDatabase::backendName(backend))) << backend;
+    }
+}
+
+void TestVelmarCtl::killedSave()
+{
+    QFETCH(TestDatabase::Backend, backend);
+    TempServerDir dir;
+    TestDatabase db(backend, dir.programDir());
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    QVERIFY(db.writeConnectionString(dir.hives()));
+    QVERIFY2(db.execAll(populatedDatabase() + generatedRows()), qPrintable(db.errorString()));
+    // A first save settles what the fixture stores unlike the console (a
+    // group whose guest flag is NULL is written again with 0).
+    const CtlRun settled = velmarctl(QStringList { u"resave"_s } + dirArguments(dir));
+    QVERIFY2(settled.exitCode == 0, qPrintable(settled.err));
+    // The pool is read without an order, and PostgreSQL hands updated rows
+    // back in another one: its lines are compared as a set.
+    auto dump = [&dir] {
+        QStringList lines = dumpDataSet(readBack(dir));
+        const auto pool = std::stable_partition(lines.begin(), lines.end(),
+            [](const QString &line) { return !line.startsWith(u"pool "_s); });
+        std::sort(pool, lines.end());
+        return lines;
+    };
+    const QStringList before = dump();
+    const QStringList tables { u"Member"_s, u"[Group]"_s, u"Relation"_s, u"Rank"_s,
+        u"AccessToken"_s, u"VoipInfo"_s, u"VoipNumberList"_s, u"Folder"_s, u"GroupAuthority"_s,
+        u"UserAuthority"_s, u"CONTENTS"_s };
+    auto rowCounts = [&] {
+        QStringList counts;
+        for (const QString &table : tables)
+            counts << table + u' ' + QString::number(db.count(table));
+        return counts;
+    };
+    const QStringList countsBefore = rowCounts();
+    const QString journalPath = SaveJournal::pathFor(dir.iniPath());
+
+    // The statement stream of this save, from a journal written by a save
+    // stopped before its first statement.
+    QString why;
+    QVERIFY2(killAt(QStringList { u"resave"_s } + dirArguments(dir), u"statement:0"_s, &why),
+        qPrintable(why));
+    SaveJournal journal;
+    QCOMPARE(SaveJournal::read(journalPath, journal, &why), SaveJournal::ReadStatus::Ok);
+    QStringList statements;
+    qsizetype cursor = 0;
+    SaveJournal::Action action;
+    while (journal.nextAction(cursor, action)) {
+        if (action.kind == SaveJournal::Kind::Statement
+            || action.kind == SaveJournal::Kind::NoticeDelete)
+            statements << action.text;
+    }
+    // Right after each partition is emptied, and in the middle of its rows.
+    QList<int> inside;
+    QList<int> starts;
+    for (int i = 0; i < statements.size(); ++i) {
+        if (statements[i].startsWith(u"DELETE FROM"_s) && !statements[i].contains(u"OMemberID"_s))
+            starts << i;
+    }
+    starts << int(statements.size());
+    for (int k = 0; k + 1 < starts.size(); ++k) {
+        inside << starts[k] + 1;
+        if (starts[k + 1] - starts[k] > 3)
+            inside << (starts[k] + starts[k + 1]) / 2;
+    }
+    QStringList points { u"statement:1"_s };
+    for (const int index : inside)
+        points << u"statement:%1"_s.arg(index);
+    points << u"profile"_s << u"notify"_s << u"remove"_s;
+    points.removeDuplicates();
+    QVERIFY(points.size() > 12);
+
+    // The first kill left its journal too; each round kills one save and
+    // recovers it, so the version goes up by exactly one per round.
+    int version = 1;
+    for (const QString &point : std::as_const(points)) {
+        if (point != points.first()) {
+            QVERIFY2(killAt(QStringList { u"resave"_s } + dirArguments(dir), point, &why),
+                qPrintable(point + u": "_s + why));
+        }
+        QVERIFY2(QFile::exists(journalPath), qPrintable(point));
+        const CtlRun load = velmarctl(QStringList { u"load"_s } + dirArguments(dir));
+        QVERIFY2(load.exitCode == 3, qPrintable(point + u": "_s + load.err));
+        const CtlRun recovered = velmarctl(QStringList { u"recover"_s } + dirArguments(dir));
+        QVERIFY2(recovered.exitCode == 0, qPrintable(point + u": "_s + recovered.err));
+        ++version;
+        QCOMPARE(versionOf(dir), QString::asprintf("%04d", version));
+        QVERIFY2(!QFile::exists(journalPath), qPrintable(point));
+        QCOMPARE(rowCounts(), countsBefore);
+        QCOMPARE(dump(), before);
+    }
+    // A save that ran to its end.
+    const CtlRun saved = velmarctl(QStringList { u"resave"_s } + dirArguments(dir));
+    QVERIFY2(saved.exitCode == 0, qPrintable(saved.err));
+    QCOMPARE(versionOf(dir), QString::asprintf("%04d", version + 1));
+    QVERIFY(!QFile::exists(journalPath));
 }
 
 void TestVelmarCtl::usage()

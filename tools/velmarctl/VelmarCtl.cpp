@@ -1,14 +1,17 @@
 #include "VelmarCtl.h"
 
+#include "ConnectionStringMask.h"
 #include "ConsoleMessageService.h"
 #include "CReadDBThread.h"
 #include "DbSession.h"
 #include "RegistryHives.h"
+#include "SaveRecovery.h"
 #include "ServerData.h"
 #include "ServerDataCounts.h"
 #include "ServerDataSaver.h"
 #include "SqlTrace.h"
 
+#include <csignal>
 #include <cstdio>
 #include <memory>
 #include <QCommandLineParser>
@@ -16,6 +19,7 @@
 #include <QDir>
 #include <QEventLoop>
 #include <QJsonDocument>
+#include <QJsonObject>
 
 using namespace Qt::StringLiterals;
 
@@ -26,6 +30,40 @@ void printTo(FILE *stream, const QString &text)
     const QByteArray bytes = text.toUtf8();
     std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stream);
     std::fflush(stream);
+}
+
+// VELMAR_SAVE_STOP_AT makes a save or a recovery stop its own process
+// (SIGSTOP) at one point, so that a test can kill it there with SIGKILL:
+// "statement:N" before the statement with index N, "profile" after the
+// version is written, "notify" before the notifications, "remove" after them,
+// before the journal is removed.
+SaveJournalRunner::Checkpoint stopPointFromEnvironment()
+{
+    const QString spec = qEnvironmentVariable("VELMAR_SAVE_STOP_AT");
+    if (spec.isEmpty())
+        return {};
+    return [spec](SaveJournalRunner::Point point, qsizetype index) {
+        bool stop = false;
+        switch (point) {
+        case SaveJournalRunner::Point::BeforeStatement:
+            stop = spec == u"statement:%1"_s.arg(index);
+            break;
+        case SaveJournalRunner::Point::AfterProfileWrite:
+            stop = spec == u"profile"_s;
+            break;
+        case SaveJournalRunner::Point::BeforeNotify:
+            stop = spec == u"notify"_s;
+            break;
+        case SaveJournalRunner::Point::AfterNotify:
+            stop = spec == u"remove"_s;
+            break;
+        }
+        if (stop) {
+#ifdef Q_OS_UNIX
+            ::raise(SIGSTOP);
+#endif
+        }
+    };
 }
 
 } // namespace
@@ -39,16 +77,22 @@ bool VelmarCtl::parse(
         u"Runs the console's load or save sequence on a server folder.\n\n"
         "  load     read every data set and print the counts as JSON\n"
         "  resave   read every data set, save it back unchanged (with the version bump\n"
-        "           and the server notifications) and print the counts and the version"_s);
-    parser.addPositionalArgument(u"command"_s, u"load or resave"_s);
+        "           and the server notifications) and print the counts and the version\n"
+        "  recover  finish a save that was cut short (its journal beside Serverinfo.ini);\n"
+        "           load and resave refuse (exit 3) while one is pending"_s);
+    parser.addPositionalArgument(u"command"_s, u"load, resave or recover"_s);
     const QCommandLineOption serverDir(
         u"server-dir"_s, u"The server folder (Serverinfo.ini, VelmarDB.mdb)."_s, u"dir"_s);
     const QCommandLineOption registryDir(
         u"registry-dir"_s, u"The folder of the registry hive files."_s, u"dir"_s);
     const QCommandLineOption sqlTrace(
         u"sql-trace"_s, u"Write every statement executed to this file."_s, u"file"_s);
+    const QCommandLineOption timings(u"timings"_s,
+        u"resave: print the save's phases (journal, statements) on standard error."_s);
+    const QCommandLineOption discard(
+        u"discard"_s, u"recover: drop the pending save's journal instead of finishing it."_s);
     const QCommandLineOption help = parser.addHelpOption();
-    parser.addOptions({ serverDir, registryDir, sqlTrace });
+    parser.addOptions({ serverDir, registryDir, sqlTrace, timings, discard });
     if (!parser.parse(arguments)) {
         message = parser.errorText();
         return false;
@@ -59,15 +103,17 @@ bool VelmarCtl::parse(
         return false;
     }
     const QStringList positional = parser.positionalArguments();
-    if (positional.size() != 1
-        || (positional.first() != u"load"_s && positional.first() != u"resave"_s)) {
-        message = u"expected one command, load or resave\n\n"_s + parser.helpText();
+    static const QStringList commands { u"load"_s, u"resave"_s, u"recover"_s };
+    if (positional.size() != 1 || !commands.contains(positional.first())) {
+        message = u"expected one command, load, resave or recover\n\n"_s + parser.helpText();
         return false;
     }
     options.command = positional.first();
     options.serverDir = resolveServerDir(parser.value(serverDir));
     options.registryDir = parser.value(registryDir);
     options.sqlTrace = parser.value(sqlTrace);
+    options.timings = parser.isSet(timings);
+    options.discard = parser.isSet(discard);
     return true;
 }
 
@@ -100,8 +146,25 @@ int VelmarCtl::run(const Options &options)
         }
     }
 
+    if (options.command == u"recover"_s)
+        return recover(options);
+
     ConsoleMessageService messages;
     ServerData data;
+
+    // Nothing reads a database that a cut-short save may have left half
+    // written.
+    {
+        DbSession session(*hives, profilePath, databasePath, messages);
+        SaveRecovery recovery(session, messages, profilePath);
+        if (recovery.inspect() != SaveRecovery::State::None) {
+            printTo(stderr,
+                u"velmarctl: an unfinished save is pending in %1 (%2); the database may be "
+                "half written. Run 'velmarctl recover --server-dir %1' first.\n"_s.arg(
+                    options.serverDir, recovery.journalPath()));
+            return SavePending;
+        }
+    }
 
     // The console's loading worker, as the main window runs it.
     int loadResult = 0;
@@ -129,6 +192,7 @@ int VelmarCtl::run(const Options &options)
     if (options.command == u"resave"_s) {
         DbSession session(*hives, profilePath, databasePath, messages, trace.get());
         ServerDataSaver saver(data, session, messages, profilePath, *hives, options.serverDir);
+        saver.setCheckpoint(stopPointFromEnvironment());
         const ServerDataSaver::Result result = saver.save(true);
         if (!result.ok()) {
             if (result.outcome == ServerDataSaver::Outcome::DatabaseError)
@@ -137,9 +201,88 @@ int VelmarCtl::run(const Options &options)
                         result.error.formatted().replace(u"\r\n"_s, u"\n"_s)));
             return SaveFailed;
         }
+        if (options.timings) {
+            printTo(stderr,
+                u"journal: %1 ms for %2 statements\nstatements and notices: %3 ms\n"_s.arg(
+                    QString::number(double(result.journalNs) / 1e6, 'f', 1),
+                    QString::number(result.statements),
+                    QString::number(double(result.runNs) / 1e6, 'f', 1)));
+        }
         report = ServerDataCounts::of(data);
         report.insert(u"version"_s, result.version);
     }
+    printTo(stdout, QString::fromUtf8(QJsonDocument(report).toJson(QJsonDocument::Indented)));
+    return Success;
+}
+
+int VelmarCtl::recover(const Options &options)
+{
+    std::unique_ptr<RegistryHives> hives = options.registryDir.isEmpty()
+        ? RegistryHives::fromEnvironment()
+        : std::make_unique<RegistryHives>(options.registryDir);
+    const QDir serverDir(options.serverDir);
+    const QString profilePath = serverDir.filePath(u"Serverinfo.ini"_s);
+    std::unique_ptr<SqlTrace> trace;
+    if (!options.sqlTrace.isEmpty())
+        trace = std::make_unique<SqlTrace>(options.sqlTrace);
+    ConsoleMessageService messages;
+    DbSession session(
+        *hives, profilePath, serverDir.filePath(u"VelmarDB.mdb"_s), messages, trace.get());
+    SaveRecovery recovery(session, messages, profilePath);
+    recovery.setCheckpoint(stopPointFromEnvironment());
+
+    const SaveRecovery::State state = recovery.inspect();
+    if (state == SaveRecovery::State::None) {
+        printTo(stdout, u"nothing to recover\n"_s);
+        return Success;
+    }
+    if (options.discard) {
+        QString why;
+        if (!recovery.discard(&why)) {
+            printTo(
+                stderr, u"velmarctl: cannot remove %1: %2\n"_s.arg(recovery.journalPath(), why));
+            return LoadFailed;
+        }
+        printTo(
+            stdout, u"discarded the unfinished save's journal %1\n"_s.arg(recovery.journalPath()));
+        return Success;
+    }
+    if (state == SaveRecovery::State::Corrupt) {
+        printTo(stderr,
+            u"velmarctl: the save journal %1 cannot be used: %2\n"
+            "Nothing was replayed. 'velmarctl recover --discard' drops it.\n"_s.arg(
+                recovery.journalPath(), recovery.problem()));
+        return LoadFailed;
+    }
+    if (state == SaveRecovery::State::OtherDatabase) {
+        printTo(stderr,
+            u"velmarctl: the unfinished save belongs to another database: %1\n"
+            "The database configured now is: %2\n"
+            "Nothing was replayed. 'velmarctl recover --discard' drops the journal.\n"_s.arg(
+                maskConnectionStringPassword(recovery.journal().connectionString()),
+                maskConnectionStringPassword(session.connectionString())));
+        return LoadFailed;
+    }
+
+    const SaveJournalRunner::Result result = recovery.finish();
+    if (!result.ok) {
+        printTo(stderr,
+            u"velmarctl: finishing the save failed at statement %1 (%2): %3\n%4\n"
+            "The journal is kept; 'velmarctl recover --discard' drops it.\n"_s.arg(
+                QString::number(result.failedIndex + 1), result.failedStep, result.failedStatement,
+                result.error.formatted().replace(u"\r\n"_s, u"\n"_s)));
+        return LoadFailed;
+    }
+    for (const NoticeBoard::Failure &failure : result.noticeFailures) {
+        printTo(stderr,
+            u"velmarctl: notice %1 could not be deleted: %2\n"_s.arg(
+                QString::number(failure.noticeId),
+                failure.error.formatted().replace(u"\r\n"_s, u"\n"_s)));
+    }
+    QJsonObject report;
+    report.insert(u"recovered"_s, true);
+    report.insert(u"statements"_s, qint64(result.statementsRun));
+    report.insert(u"created"_s, recovery.journal().created().toString(Qt::ISODate));
     printTo(stdout, QString::fromUtf8(QJsonDocument(report).toJson(QJsonDocument::Indented)));
     return Success;
 }

@@ -10,14 +10,22 @@
 class VelmarCtl
 {
 public:
-    enum ExitCode { Success = 0, LoadFailed = 1, UsageError = 2, SaveFailed = 3 };
+    enum ExitCode {
+        Success = 0,
+        LoadFailed = 1, // also: recover could not finish the pending save
+        UsageError = 2,
+        SavePending = 3, // an unfinished save must be recovered first
+        SaveFailed = 4,
+    };
 
     struct Options
     {
-        QString command; // "load" or "resave"
+        QString command; // "load", "resave" or "recover"
         QString serverDir;
         QString registryDir; // empty: VELMAR_REGISTRY_DIR or the platform's folders
         QString sqlTrace; // empty: no trace
+        bool timings = false; // resave: print the save's phases on standard error
+        bool discard = false; // recover: drop the journal instead of finishing it
     };
 
     // Parses arguments (the program name first). Returns false with a message
@@ -32,4 +40,7 @@ public:
     // Runs the command; prints JSON on standard output, messages on standard
     // error. Needs a running QCoreApplication.
     static int run(const Options &options);
+
+private:
+    static int recover(const Options &options);
 };

@@ -1,0 +1,347 @@
+#include "SaveJournal.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QStringTokenizer>
+
+#ifdef Q_OS_UNIX
+#include <fcntl.h>
+#include <unistd.h>
+#endif
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QByteArray magicLine = "VELMAR-SAVE-JOURNAL 1\n";
+const QByteArray bodyLine = "body\n";
+constexpr QByteArrayView endPrefix = "end ";
+
+bool syncFolder(const QString &folder)
+{
+#ifdef Q_OS_UNIX
+    // The rename is only durable once the folder entry itself is on disk.
+    const int fd = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY);
+    if (fd < 0)
+        return false;
+    const bool ok = ::fsync(fd) == 0;
+    ::close(fd);
+    return ok;
+#else
+    Q_UNUSED(folder);
+    return true;
+#endif
+}
+
+// Splits a record line into its tab-separated fields, decoded.
+QStringList fieldsOf(QStringView line)
+{
+    QStringList fields;
+    for (const QStringView field : QStringTokenizer(line, u'\t'))
+        fields.append(SaveJournal::decodeField(field));
+    return fields;
+}
+
+} // namespace
+
+SaveJournal::SaveJournal()
+    : m_created(QDateTime::currentDateTime())
+{ }
+
+QString SaveJournal::fileName()
+{
+    return u"VelmarManager.savejournal"_s;
+}
+
+QString SaveJournal::pathFor(const QString &profilePath)
+{
+    return QFileInfo(profilePath).dir().filePath(fileName());
+}
+
+void SaveJournal::setConnectionString(const QString &connectionString)
+{
+    m_connectionString = connectionString;
+}
+
+QString SaveJournal::encodeField(QStringView text)
+{
+    QString out;
+    out.reserve(text.size() + 8);
+    for (const QChar c : text) {
+        switch (c.unicode()) {
+        case u'\\':
+            out += u"\\\\"_s;
+            break;
+        case u'\t':
+            out += u"\\t"_s;
+            break;
+        case u'\n':
+            out += u"\\n"_s;
+            break;
+        case u'\r':
+            out += u"\\r"_s;
+            break;
+        default:
+            out += c;
+        }
+    }
+    return out;
+}
+
+QString SaveJournal::decodeField(QStringView text)
+{
+    QString out;
+    out.reserve(text.size());
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar c = text.at(i);
+        if (c == u'\\' && i + 1 < text.size()) {
+            const char16_t next = text.at(i + 1).unicode();
+            const char16_t decoded = next == u'\\' ? u'\\'
+                : next == u't'                     ? u'\t'
+                : next == u'n'                     ? u'\n'
+                : next == u'r'                     ? u'\r'
+                                                   : char16_t(0);
+            if (decoded) {
+                out += QChar(decoded);
+                ++i;
+                continue;
+            }
+        }
+        out += c;
+    }
+    return out;
+}
+
+void SaveJournal::appendLine(char kind, std::initializer_list<QStringView> fields)
+{
+    QString line;
+    line += QLatin1Char(kind);
+    bool first = true;
+    for (const QStringView field : fields) {
+        line += first ? u' ' : u'\t';
+        first = false;
+        line += encodeField(field);
+    }
+    line += u'\n';
+    m_body += line.toUtf8();
+    ++m_actionCount;
+}
+
+void SaveJournal::addStep(QStringView name)
+{
+    appendLine(char(Kind::Step), { name });
+}
+
+void SaveJournal::addStatement(QStringView sql)
+{
+    appendLine(char(Kind::Statement), { sql });
+    ++m_statementCount;
+}
+
+void SaveJournal::addNoticeDelete(
+    qint32 noticeId, QStringView sql, QStringView testPath, QStringView target)
+{
+    const QString id = QString::number(noticeId);
+    appendLine(char(Kind::NoticeDelete), { sql, id, testPath, target });
+    ++m_statementCount;
+}
+
+void SaveJournal::addProfileWrite(QStringView section, QStringView key, QStringView value)
+{
+    appendLine(char(Kind::ProfileWrite), { section, key, value });
+}
+
+bool SaveJournal::nextAction(qsizetype &cursor, Action &action) const
+{
+    if (cursor < 0 || cursor >= m_body.size())
+        return false;
+    qsizetype end = m_body.indexOf('\n', cursor);
+    if (end < 0)
+        end = m_body.size();
+    const QByteArrayView raw(m_body.constData() + cursor, end - cursor);
+    cursor = end + 1;
+    if (raw.size() < 2)
+        return false;
+    const QString rest = QString::fromUtf8(raw.sliced(2));
+    action = Action();
+    action.kind = Kind(raw.at(0));
+    switch (action.kind) {
+    case Kind::Step:
+    case Kind::Statement:
+        action.text = decodeField(rest);
+        return true;
+    case Kind::NoticeDelete: {
+        const QStringList fields = fieldsOf(rest);
+        if (fields.size() != 4)
+            return false;
+        action.text = fields[0];
+        action.key = fields[1];
+        action.value = fields[2];
+        action.target = fields[3];
+        return true;
+    }
+    case Kind::ProfileWrite: {
+        const QStringList fields = fieldsOf(rest);
+        if (fields.size() != 3)
+            return false;
+        action.text = fields[0];
+        action.key = fields[1];
+        action.value = fields[2];
+        return true;
+    }
+    }
+    return false;
+}
+
+QByteArray SaveJournal::serialise() const
+{
+    QStringList ports;
+    for (const quint16 port : m_notifyPorts)
+        ports.append(QString::number(port));
+    QByteArray head = magicLine;
+    head += "connection " + encodeField(m_connectionString).toUtf8() + '\n';
+    head += "created " + m_created.toString(Qt::ISODateWithMs).toUtf8() + '\n';
+    head += "notify " + ports.join(u',').toUtf8() + '\n';
+    head += "statements " + QByteArray::number(m_statementCount) + '\n';
+    head += bodyLine;
+    return head;
+}
+
+bool SaveJournal::write(const QString &path, QString *errorString) const
+{
+    const QByteArray head = serialise();
+    QCryptographicHash hash(QCryptographicHash::Md5);
+    hash.addData(head);
+    hash.addData(m_body);
+    const QByteArray end = QByteArray(endPrefix.data(), endPrefix.size())
+        + QByteArray::number(head.size() + m_body.size()) + ' ' + hash.result().toHex() + '\n';
+
+    QSaveFile file(path);
+    // A journal must never be half there: a failure anywhere leaves the old
+    // file (or none) in place.
+    file.setDirectWriteFallback(false);
+    auto fail = [&](const QString &why) {
+        if (errorString)
+            *errorString = why;
+        file.cancelWriting();
+        return false;
+    };
+    if (!file.open(QIODevice::WriteOnly))
+        return fail(file.errorString());
+    if (file.write(head) != head.size() || file.write(m_body) != m_body.size()
+        || file.write(end) != end.size() || !file.flush())
+        return fail(file.errorString());
+#ifdef Q_OS_UNIX
+    if (::fsync(file.handle()) != 0)
+        return fail(QString::fromLocal8Bit(strerror(errno)));
+#endif
+    if (!file.commit()) {
+        if (errorString)
+            *errorString = file.errorString();
+        return false;
+    }
+    if (!syncFolder(QFileInfo(path).absolutePath())) {
+        if (errorString)
+            *errorString = u"The folder of %1 could not be synced to disk."_s.arg(path);
+        return false;
+    }
+    return true;
+}
+
+SaveJournal::ReadStatus SaveJournal::read(
+    const QString &path, SaveJournal &journal, QString *errorString)
+{
+    auto fail = [&](ReadStatus status, const QString &why) {
+        if (errorString)
+            *errorString = why;
+        return status;
+    };
+    QFile file(path);
+    if (!file.exists())
+        return fail(ReadStatus::Missing, u"No journal at %1."_s.arg(path));
+    if (!file.open(QIODevice::ReadOnly))
+        return fail(ReadStatus::Unreadable, file.errorString());
+    const QByteArray data = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        return fail(ReadStatus::Unreadable, file.errorString());
+
+    if (!data.startsWith(magicLine))
+        return fail(ReadStatus::Corrupt, u"The file is not a save journal."_s);
+    // The end line: the last line, whose recorded length must be exactly
+    // where it starts.
+    if (!data.endsWith('\n'))
+        return fail(ReadStatus::Corrupt, u"The journal is cut short."_s);
+    const qsizetype endStart = data.lastIndexOf('\n', data.size() - 2) + 1;
+    const QByteArrayView endLine(data.constData() + endStart, data.size() - endStart - 1);
+    if (!endLine.startsWith(endPrefix))
+        return fail(ReadStatus::Corrupt, u"The journal is cut short."_s);
+    const QList<QByteArray> parts = endLine.sliced(endPrefix.size()).toByteArray().split(' ');
+    bool lengthOk = false;
+    if (parts.size() != 2 || parts[0].toLongLong(&lengthOk) != endStart || !lengthOk)
+        return fail(ReadStatus::Corrupt, u"The journal's length does not match its end line."_s);
+    const QByteArray expected = QCryptographicHash::hash(
+        QByteArrayView(data.constData(), endStart), QCryptographicHash::Md5)
+                                    .toHex();
+    if (parts[1] != expected)
+        return fail(ReadStatus::Corrupt, u"The journal's checksum does not match its content."_s);
+
+    SaveJournal result;
+    qsizetype cursor = magicLine.size();
+    bool sawBody = false;
+    qint64 declaredStatements = -1;
+    while (cursor < endStart && !sawBody) {
+        const qsizetype lineEnd = data.indexOf('\n', cursor);
+        const QByteArrayView line(data.constData() + cursor, lineEnd - cursor);
+        cursor = lineEnd + 1;
+        const qsizetype space = line.indexOf(' ');
+        const QByteArrayView name = space < 0 ? line : line.first(space);
+        const QString value = space < 0 ? QString() : QString::fromUtf8(line.sliced(space + 1));
+        if (name == "body") {
+            sawBody = true;
+        } else if (name == "connection") {
+            result.m_connectionString = decodeField(value);
+        } else if (name == "created") {
+            result.m_created = QDateTime::fromString(value, Qt::ISODateWithMs);
+        } else if (name == "notify") {
+            for (const QStringView port : QStringTokenizer(value, u',', Qt::SkipEmptyParts))
+                result.m_notifyPorts.append(quint16(port.toUInt()));
+        } else if (name == "statements") {
+            declaredStatements = value.toLongLong();
+        }
+    }
+    if (!sawBody)
+        return fail(ReadStatus::Corrupt, u"The journal has no body."_s);
+    result.m_body = data.mid(cursor, endStart - cursor);
+
+    // Every action must read back; the counts must agree with the header.
+    qsizetype at = 0;
+    Action action;
+    while (at < result.m_body.size()) {
+        if (!result.nextAction(at, action))
+            return fail(ReadStatus::Corrupt, u"The journal holds a record it cannot read."_s);
+        ++result.m_actionCount;
+        if (action.kind == Kind::Statement || action.kind == Kind::NoticeDelete)
+            ++result.m_statementCount;
+    }
+    if (result.m_statementCount != declaredStatements)
+        return fail(ReadStatus::Corrupt, u"The journal's statement count does not match."_s);
+    journal = std::move(result);
+    return ReadStatus::Ok;
+}
+
+bool SaveJournal::remove(const QString &path, QString *errorString)
+{
+    QFile file(path);
+    if (!file.exists())
+        return true;
+    if (!file.remove()) {
+        if (errorString)
+            *errorString = file.errorString();
+        return false;
+    }
+    syncFolder(QFileInfo(path).absolutePath());
+    return true;
+}
