@@ -23,6 +23,8 @@
 #include "TestDatabase.h"
 
 #include <memory>
+#include <QDir>
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <QSqlDatabase>
 #include <QSqlError>
@@ -257,6 +259,7 @@ private Q_SLOTS:
     void unsafeReason();
     void journal_data() { TestDatabase::addBackends(); }
     void journal();
+    void journalNotWritable_data();
     void journalNotWritable();
     void noticeDeleteFailure_data() { TestDatabase::addBackends(); }
     void noticeDeleteFailure();
@@ -727,25 +730,42 @@ void TestServerDataSave::journal()
     }
 }
 
+void TestServerDataSave::journalNotWritable_data()
+{
+    QTest::addColumn<TestDatabase::Backend>("backend");
+    QTest::addColumn<bool>("readOnlyFolder"); // else: a folder stands where the journal goes
+    const auto backend = TestDatabase::Backend::SqliteFile;
+    QTest::newRow("folder in the journal's place") << backend << false;
+    QTest::newRow("read-only server folder") << backend << true;
+}
+
 void TestServerDataSave::journalNotWritable()
 {
-    if (::geteuid() == 0)
-        QSKIP("root writes into read-only folders; the refusal cannot be provoked here");
+    QFETCH(bool, readOnlyFolder);
+    if (readOnlyFolder && ::geteuid() == 0)
+        QSKIP("root writes into read-only folders; the other row covers the refusal");
     SAVE_ENV(env, populatedDatabase());
     env.traceTo(u"readonly.trace"_s);
     env.data.directory()->addGroup(
         false, env.data.directory()->regularTree()->rootIndex(), u"New"_s);
     const QStringList before = dumpDataSet(readBack(env.dir));
     const QString folder = QFileInfo(env.journalPath()).absolutePath();
-    QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner);
+    if (readOnlyFolder)
+        QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner);
+    else
+        QVERIFY(QDir(folder).mkpath(env.journalPath() + u"/blocked"_s));
     const ServerDataSaver::Result refused = env.save(true);
-    QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    if (readOnlyFolder)
+        QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     QCOMPARE(refused.outcome, ServerDataSaver::Outcome::JournalError);
     QCOMPARE(env.messages.boxes().size(), 1);
     QVERIFY(env.messages.boxTexts().constFirst().startsWith(u"无法写入保存记录文件 "_s));
     QVERIFY(env.messages.boxTexts().constFirst().endsWith(u"\r\n数据库没有被修改。"_s));
+    QCOMPARE(env.messages.boxes().constFirst().icon, MessageService::Icon::Exclamation);
     QVERIFY(env.statements().isEmpty());
     QCOMPARE(dumpDataSet(readBack(env.dir)), before);
+    QCOMPARE(env.version(), u"absent"_s);
+    QVERIFY(env.listeners.drain().isEmpty());
     QVERIFY(env.data.isModified());
 }
 
