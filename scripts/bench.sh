@@ -109,7 +109,7 @@ done
 # copy of the database. SELECT results go nowhere: the console reads them
 # into memory, the shell would only print them. Ours and the shell's runs
 # alternate so that both see the same machine.
-ours_load=(); ours_save=(); ref_load=(); ref_save=(); journal_ms=(); statements_ms=()
+ours_load=(); ours_save=(); ref_load=(); ref_save=(); journal_ms=(); statements_ms=(); decode_ms=()
 load_kb=0; save_kb=0; ref_load_kb=0; ref_save_kb=0
 maxkb() { [ "$1" -gt "$2" ] && echo "$1" || echo "$2"; }
 # ours PHASE COMMAND and shell PHASE: one run on a fresh database; "seconds peak-KB".
@@ -129,6 +129,7 @@ for run in $(seq 1 "$runs"); do
   # The save's own phases: writing its journal, then running it.
   journal_ms+=("$(sed -n 's/^journal: \([0-9.]*\) ms.*/\1/p' "$work/save.err")")
   statements_ms+=("$(sed -n 's/^statements and notices: \([0-9.]*\) ms.*/\1/p' "$work/save.err")")
+  decode_ms+=("$(sed -n 's/^statements and notices: .*reading them back from the journal \([0-9.]*\) ms.*/\1/p' "$work/save.err")")
   res=$(shell save); read -r t kb <<<"$res"
   ref_save+=("$t"); ref_save_kb=$(maxkb "$kb" "$ref_save_kb")
 done
@@ -136,8 +137,8 @@ median() { printf '%s\n' "$@" | sort -g | awk '{ v[NR] = $1 } END { print (NR % 
 load_s=$(median "${ours_load[@]}"); save_s=$(median "${ours_save[@]}")
 ref_load_s=$(median "${ref_load[@]}"); ref_save_s=$(median "${ref_save[@]}")
 echo "seconds per run: load ${ours_load[*]} (shell ${ref_load[*]}); save ${ours_save[*]} (shell ${ref_save[*]})"
-jour_ms=$(median "${journal_ms[@]}"); stmt_ms=$(median "${statements_ms[@]}")
-echo "save journal per run (ms): ${journal_ms[*]}; statements per run (ms): ${statements_ms[*]}"
+jour_ms=$(median "${journal_ms[@]}"); stmt_ms=$(median "${statements_ms[@]}"); dec_ms=$(median "${decode_ms[@]}")
+echo "save journal per run (ms): ${journal_ms[*]}; reading it back (ms): ${decode_ms[*]}; statements per run (ms): ${statements_ms[*]}"
 
 # Round trip: after load and resave the tables hold the rows they held (a
 # lower-case "w" right is saved back as "W", as designed).
@@ -156,7 +157,7 @@ awk -v gen_s="$gen_s" -v gen_kb="$gen_kb" \
     -v load_s="$load_s" -v load_kb="$load_kb" -v save_s="$save_s" -v save_kb="$save_kb" \
     -v rload_s="$ref_load_s" -v rload_kb="$ref_load_kb" -v rsave_s="$ref_save_s" -v rsave_kb="$ref_save_kb" \
     -v nload="$(cut -d' ' -f1 "$work/load.count")" -v nsave="$(cut -d' ' -f1 "$work/save.count")" \
-    -v jour_ms="$jour_ms" -v stmt_ms="$stmt_ms" \
+    -v jour_ms="$jour_ms" -v stmt_ms="$stmt_ms" -v dec_ms="$dec_ms" \
     -v check="$check" '
 function verdict(ours, ref, limit, ratio_limit, kb,    ok) {
   ok = ours <= limit && (ref <= 0 || ours / ref <= ratio_limit) && kb / 1024 <= 500
@@ -167,10 +168,12 @@ BEGIN {
   printf "\n%-6s %10s %10s %16s %7s %10s %10s  %-32s %s\n", "phase", "statements", "ours (s)", "sqlite3 shell (s)", "ratio", "ours (MB)", "shell (MB)", "target", "result"
   printf "%-6s %10d %10.2f %16.2f %7.2f %10.0f %10.0f  %-32s %s\n", "load", nload, load_s, rload_s, (rload_s > 0 ? load_s / rload_s : 0), load_kb / 1024, rload_kb / 1024, "<= 3 s, <= 2x, <= 500 MB", verdict(load_s, rload_s, 3, 2, load_kb)
   printf "%-6s %10d %10.2f %16.2f %7.2f %10.0f %10.0f  %-32s %s\n", "save", nsave, save_s, rsave_s, (rsave_s > 0 ? save_s / rsave_s : 0), save_kb / 1024, rsave_kb / 1024, "<= 15 s, <= 1.3x, <= 500 MB", verdict(save_s, rsave_s, 15, 1.3, save_kb)
-  share = (jour_ms + stmt_ms > 0) ? 100 * jour_ms / (jour_ms + stmt_ms) : 0
+  # The journal phase also formats the statements, which the save did
+  # before it had a journal: counting it whole overstates the cost.
+  share = (jour_ms + stmt_ms > 0) ? 100 * (jour_ms + dec_ms) / (jour_ms + stmt_ms) : 0
   jok = share <= 5
   if (!jok) missed = 1
-  printf "%-6s %10s %10.2f %16s %7s %10s %10s  %-32s %s\n", "journal", "", jour_ms / 1000, "-", sprintf("%.1f%%", share), "", "", "<= 5% of the save (journal + statements)", jok ? "met" : "MISSED"
+  printf "%-6s %10s %10.2f %16s %7s %10s %10s  %-32s %s\n", "journal", "", (jour_ms + dec_ms) / 1000, "-", sprintf("%.1f%%", share), "", "", "<= 5% of the save (writing + reading back)", jok ? "met" : "MISSED"
   printf "\ngeneration of the bench preset: %.2f s, %.0f MB\n", gen_s, gen_kb / 1024
   exit (check && missed) ? 1 : 0
 }' || status=$?

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QDateTime>
 #include <QString>
+#include <QStringEncoder>
 #include <QStringView>
 
 // Everything needed to finish a save from its first statement: the database
@@ -19,7 +20,9 @@
 // "\\", "\t", "\n" and "\r"):
 //   VELMAR-SAVE-JOURNAL 1
 //   header lines: "connection", "created", "notify" (the ports, comma-separated)
-//   "body" and then the actions, each a line starting with its kind letter
+//   "body" and then the actions, each a line starting with its kind letter;
+//   a statement line is "Q <n> <text>": the first n characters of the
+//   statement before it, then text
 //   "end" <bytes before this line> <MD5 of those bytes, hex>
 // A file that is cut short, altered or padded fails the last line's check.
 class SaveJournal final
@@ -68,8 +71,16 @@ public:
     qsizetype actionCount() const { return m_actionCount; }
     const QByteArray &body() const { return m_body; }
 
-    // Reads the body's actions in order; false at its end. cursor starts at 0.
-    bool nextAction(qsizetype &cursor, Action &action) const;
+    // Where a reading of the body is: statements are written relative to the
+    // one before them.
+    struct Cursor
+    {
+        qsizetype offset = 0;
+        QString previous;
+    };
+    // Reads the body's actions in order; false at its end (or at a record
+    // that cannot be read).
+    bool nextAction(Cursor &cursor, Action &action) const;
 
     // Writes the journal to path whole and durably: into a temporary file,
     // synced, renamed into place, and the folder synced. Any existing
@@ -89,13 +100,17 @@ public:
     static QString decodeField(QStringView text);
 
 private:
-    void appendLine(char kind, std::initializer_list<QStringView> fields);
+    void appendLine(
+        char kind, std::initializer_list<QStringView> fields, char16_t separator = u'\t');
+    void appendField(QStringView text);
     QByteArray serialise() const;
 
     QString m_connectionString;
     QDateTime m_created;
     QList<quint16> m_notifyPorts;
     QByteArray m_body;
+    QStringEncoder m_encoder;
+    QString m_previous; // the statement before, for front coding
     qsizetype m_statementCount = 0;
     qsizetype m_actionCount = 0;
 };

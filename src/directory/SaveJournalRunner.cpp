@@ -5,6 +5,7 @@
 #include "Recordset.h"
 #include "ServerNotifier.h"
 
+#include <QElapsedTimer>
 #include <QThread>
 
 using namespace Qt::StringLiterals;
@@ -26,9 +27,12 @@ SaveJournalRunner::Result SaveJournalRunner::run(
 {
     Result result;
     QString step;
-    qsizetype cursor = 0;
+    SaveJournal::Cursor cursor;
     SaveJournal::Action action;
+    QElapsedTimer decoding;
+    decoding.start();
     while (journal.nextAction(cursor, action)) {
+        result.decodeNs += decoding.nsecsElapsed();
         switch (action.kind) {
         case SaveJournal::Kind::Step:
             step = action.text;
@@ -67,6 +71,7 @@ SaveJournalRunner::Result SaveJournalRunner::run(
             checkpoint(Point::AfterProfileWrite, result.statementsRun);
             break;
         }
+        decoding.restart();
     }
     return result;
 }

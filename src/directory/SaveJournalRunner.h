@@ -40,6 +40,8 @@ public:
         qsizetype failedIndex = -1;
         DbError error;
         qsizetype statementsRun = 0;
+        // Time spent reading the actions back from the journal's body.
+        qint64 decodeNs = 0;
         // Notice deletions that failed (the save goes on after them).
         QList<NoticeBoard::Failure> noticeFailures;
     };

@@ -247,6 +247,7 @@ ServerDataSaver::Result ServerDataSaver::save(bool confirmed)
     timer.start();
     const int version = nextVersion(m_profilePath);
     const SaveJournal journal = buildJournal(connection.dialect(), version);
+    result.journalNs = timer.nsecsElapsed();
     const QString path = journalPath();
     QString why;
     if (!journal.write(path, &why)) {
@@ -259,7 +260,7 @@ ServerDataSaver::Result ServerDataSaver::save(bool confirmed)
         result.outcome = Outcome::JournalError;
         return result;
     }
-    result.journalNs = timer.nsecsElapsed();
+    result.journalWriteNs = timer.nsecsElapsed() - result.journalNs;
     result.statements = journal.statementCount();
 
     timer.restart();
@@ -268,6 +269,7 @@ ServerDataSaver::Result ServerDataSaver::save(bool confirmed)
     runner.setCheckpoint(m_checkpoint);
     const SaveJournalRunner::Result run = runner.run(journal, connection);
     result.runNs = timer.nsecsElapsed();
+    result.journalDecodeNs = run.decodeNs;
     if (!run.ok) {
         // The journal stays: saving again replaces it, and a console closed
         // without saving finishes it at the next start.

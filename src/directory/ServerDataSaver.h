@@ -68,8 +68,11 @@ public:
         // DatabaseError: the failing statement as written; JournalError: why.
         QString failedStatement;
         QString journalError;
-        // Phases in nanoseconds: building and writing the journal, running it.
+        // Phases in nanoseconds: building the journal (the statements and
+        // their encoding), writing it to disk, running it.
         qint64 journalNs = 0;
+        qint64 journalWriteNs = 0;
+        qint64 journalDecodeNs = 0; // inside runNs
         qint64 runNs = 0;
         qsizetype statements = 0;
         bool ok() const { return outcome == Outcome::Saved; }

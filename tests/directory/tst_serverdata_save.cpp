@@ -669,7 +669,7 @@ void TestServerDataSave::journal()
     QStringList recorded;
     QStringList profileWrites;
     QStringList steps;
-    qsizetype cursor = 0;
+    SaveJournal::Cursor cursor;
     SaveJournal::Action action;
     while (journal.nextAction(cursor, action)) {
         if (action.kind == SaveJournal::Kind::Statement

@@ -525,7 +525,7 @@ void TestVelmarCtl::killedSave()
     SaveJournal journal;
     QCOMPARE(SaveJournal::read(journalPath, journal, &why), SaveJournal::ReadStatus::Ok);
     QStringList statements;
-    qsizetype cursor = 0;
+    SaveJournal::Cursor cursor;
     SaveJournal::Action action;
     while (journal.nextAction(cursor, action)) {
         if (action.kind == SaveJournal::Kind::Statement
