@@ -1,5 +1,7 @@
 #include "SqlTrace.h"
 
+#include "LineEscape.h"
+
 #include <QMutexLocker>
 #include <QStringTokenizer>
 
@@ -26,14 +28,9 @@ QString SqlTrace::errorString() const
 
 void SqlTrace::record(const QString &statement)
 {
-    // Backslashes are doubled first: file-box paths are full of them, and a
-    // folder named "\new" must not read back as a line break.
-    QString line = statement;
-    line.replace(u'\\', u"\\\\"_s);
-    line.replace(u'\r', u"\\r"_s);
-    line.replace(u'\n', u"\\n"_s);
-    line.append(u'\n');
-    const QByteArray bytes = line.toUtf8();
+    // Backslashes are doubled: file-box paths are full of them, and a folder
+    // named "\new" must not read back as a line break.
+    const QByteArray bytes = (LineEscape::escape(statement) + u'\n').toUtf8();
 
     QMutexLocker lock(&m_mutex);
     if (!m_file.isOpen())
@@ -46,21 +43,7 @@ void SqlTrace::record(const QString &statement)
 
 QString SqlTrace::decode(QStringView line)
 {
-    QString statement;
-    statement.reserve(line.size());
-    for (qsizetype i = 0; i < line.size(); ++i) {
-        const QChar c = line.at(i);
-        if (c == u'\\' && i + 1 < line.size()) {
-            const QChar next = line.at(i + 1);
-            if (next == u'n' || next == u'r' || next == u'\\') {
-                statement.append(next == u'n' ? u'\n' : next == u'r' ? u'\r' : u'\\');
-                ++i;
-                continue;
-            }
-        }
-        statement.append(c);
-    }
-    return statement;
+    return LineEscape::unescape(line);
 }
 
 QStringList SqlTrace::readStatements(const QString &path, QString *errorString)

@@ -5,9 +5,9 @@
 #include <QString>
 #include <QStringList>
 
-// Writes every statement executed, one per line, in order. Inside a statement
-// a backslash is written as "\\", a line feed as "\n" and a carriage return
-// as "\r", so that every line reads back to exactly one statement. Shared by
+// Writes every statement executed, one per line, in order, escaped as
+// LineEscape writes texts, so that every line reads back to exactly one
+// statement. Shared by
 // all connections of one process; thread-safe.
 class SqlTrace
 {

@@ -1,6 +1,7 @@
 #include "SaveJournal.h"
 
-#include <algorithm>
+#include "LineEscape.h"
+
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
@@ -43,7 +44,7 @@ QStringList fieldsOf(QStringView line)
 {
     QStringList fields;
     for (const QStringView field : QStringTokenizer(line, u'\t'))
-        fields.append(SaveJournal::decodeField(field));
+        fields.append(LineEscape::unescape(field));
     return fields;
 }
 
@@ -69,64 +70,12 @@ void SaveJournal::setConnectionString(const QString &connectionString)
     m_connectionString = connectionString;
 }
 
-QString SaveJournal::encodeField(QStringView text)
-{
-    QString out;
-    out.reserve(text.size() + 8);
-    for (const QChar c : text) {
-        switch (c.unicode()) {
-        case u'\\':
-            out += u"\\\\"_s;
-            break;
-        case u'\t':
-            out += u"\\t"_s;
-            break;
-        case u'\n':
-            out += u"\\n"_s;
-            break;
-        case u'\r':
-            out += u"\\r"_s;
-            break;
-        default:
-            out += c;
-        }
-    }
-    return out;
-}
-
-QString SaveJournal::decodeField(QStringView text)
-{
-    QString out;
-    out.reserve(text.size());
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const QChar c = text.at(i);
-        if (c == u'\\' && i + 1 < text.size()) {
-            const char16_t next = text.at(i + 1).unicode();
-            const char16_t decoded = next == u'\\' ? u'\\'
-                : next == u't'                     ? u'\t'
-                : next == u'n'                     ? u'\n'
-                : next == u'r'                     ? u'\r'
-                                                   : char16_t(0);
-            if (decoded) {
-                out += QChar(decoded);
-                ++i;
-                continue;
-            }
-        }
-        out += c;
-    }
-    return out;
-}
-
 void SaveJournal::appendField(QStringView text)
 {
     // Statements rarely hold a character that needs escaping: those that do
     // not go into the body as UTF-8 directly, without a copy.
-    const bool plain = std::none_of(text.begin(), text.end(), [](QChar c) {
-        const char16_t u = c.unicode();
-        return u == u'\\' || u == u'\t' || u == u'\n' || u == u'\r';
-    });
-    const QString escaped = plain ? QString() : encodeField(text);
+    const bool plain = !LineEscape::needsEscape(text);
+    const QString escaped = plain ? QString() : LineEscape::escape(text);
     const QStringView field = plain ? text : QStringView(escaped);
     const qsizetype used = m_body.size();
     m_body.resize(used + m_encoder.requiredSpace(field.size()));
@@ -212,8 +161,8 @@ bool SaveJournal::nextAction(Cursor &cursor, Action &action) const
             return false;
         restBytes = restBytes.sliced(space + 1);
         const QString rest = QString::fromUtf8(restBytes);
-        action.text
-            = cursor.previous.left(shared) + (restBytes.contains('\\') ? decodeField(rest) : rest);
+        action.text = cursor.previous.left(shared)
+            + (restBytes.contains('\\') ? LineEscape::unescape(rest) : rest);
         cursor.previous = action.text;
         return true;
     }
@@ -222,25 +171,19 @@ bool SaveJournal::nextAction(Cursor &cursor, Action &action) const
     case Kind::Statement:
         return false; // read above
     case Kind::Step:
-        action.text = decodeField(rest);
+        action.text = LineEscape::unescape(rest);
         return true;
-    case Kind::NoticeDelete: {
-        const QStringList fields = fieldsOf(rest);
-        if (fields.size() != 4)
-            return false;
-        action.text = fields[0];
-        action.key = fields[1];
-        action.value = fields[2];
-        action.target = fields[3];
-        return true;
-    }
+    case Kind::NoticeDelete:
     case Kind::ProfileWrite: {
+        // NoticeDelete: statement, notice id, test path, target;
+        // ProfileWrite: section, key, value.
         const QStringList fields = fieldsOf(rest);
-        if (fields.size() != 3)
+        if (fields.size() != (action.kind == Kind::NoticeDelete ? 4 : 3))
             return false;
         action.text = fields[0];
         action.key = fields[1];
         action.value = fields[2];
+        action.target = fields.value(3);
         return true;
     }
     }
@@ -253,7 +196,7 @@ QByteArray SaveJournal::serialise() const
     for (const quint16 port : m_notifyPorts)
         ports.append(QString::number(port));
     QByteArray head = magicLine;
-    head += "connection " + encodeField(m_connectionString).toUtf8() + '\n';
+    head += "connection " + LineEscape::escape(m_connectionString).toUtf8() + '\n';
     head += "created " + m_created.toString(Qt::ISODateWithMs).toUtf8() + '\n';
     head += "notify " + ports.join(u',').toUtf8() + '\n';
     head += "statements " + QByteArray::number(m_statementCount) + '\n';
@@ -353,7 +296,7 @@ SaveJournal::ReadStatus SaveJournal::read(
         if (name == "body") {
             sawBody = true;
         } else if (name == "connection") {
-            result.m_connectionString = decodeField(value);
+            result.m_connectionString = LineEscape::unescape(value);
         } else if (name == "created") {
             result.m_created = QDateTime::fromString(value, Qt::ISODateWithMs);
         } else if (name == "notify") {

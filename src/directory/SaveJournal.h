@@ -15,9 +15,8 @@
 // every statement in it is safe to run twice (partitions are emptied before
 // they are filled, updates set fixed values).
 //
-// File format (UTF-8 text, one record per line, fields separated by a tab;
-// backslash, tab, line feed and carriage return inside a field are written
-// "\\", "\t", "\n" and "\r"):
+// File format (UTF-8 text, one record per line, fields separated by a tab
+// and escaped as LineEscape writes them):
 //   VELMAR-SAVE-JOURNAL 1
 //   header lines: "connection", "created", "notify" (the ports, comma-separated)
 //   "body" and then the actions, each a line starting with its kind letter;
@@ -95,9 +94,6 @@ public:
 
     // Deletes the journal at path; true when none is left.
     static bool remove(const QString &path, QString *errorString = nullptr);
-
-    static QString encodeField(QStringView text);
-    static QString decodeField(QStringView text);
 
 private:
     void appendLine(

@@ -109,34 +109,32 @@ QString ServerDataSaver::journalErrorText(const QString &path, const QString &wh
         QDir::toNativeSeparators(path), why);
 }
 
+namespace {
+// The names the journal gives the save's steps.
+const std::pair<ServerDataSaver::Step, QStringView> stepNames[] = {
+    { ServerDataSaver::Step::DeletedMembers, u"DeletedMembers" },
+    { ServerDataSaver::Step::Directory, u"Directory" },
+    { ServerDataSaver::Step::Positions, u"Positions" },
+    { ServerDataSaver::Step::Permissions, u"Permissions" },
+    { ServerDataSaver::Step::FileBox, u"FileBox" },
+    { ServerDataSaver::Step::VoipPool, u"VoipPool" },
+    { ServerDataSaver::Step::Notices, u"Notices" },
+};
+} // namespace
+
 QString ServerDataSaver::stepName(Step step)
 {
-    switch (step) {
-    case Step::None:
-        return {};
-    case Step::DeletedMembers:
-        return u"DeletedMembers"_s;
-    case Step::Directory:
-        return u"Directory"_s;
-    case Step::Positions:
-        return u"Positions"_s;
-    case Step::Permissions:
-        return u"Permissions"_s;
-    case Step::FileBox:
-        return u"FileBox"_s;
-    case Step::VoipPool:
-        return u"VoipPool"_s;
-    case Step::Notices:
-        return u"Notices"_s;
+    for (const auto &[s, name] : stepNames) {
+        if (s == step)
+            return name.toString();
     }
     return {};
 }
 
 ServerDataSaver::Step ServerDataSaver::stepNamed(QStringView name)
 {
-    for (const Step step : { Step::DeletedMembers, Step::Directory, Step::Positions,
-             Step::Permissions, Step::FileBox, Step::VoipPool, Step::Notices }) {
-        if (name == stepName(step))
+    for (const auto &[step, n] : stepNames) {
+        if (n == name)
             return step;
     }
     return Step::None;

@@ -585,7 +585,7 @@ void TstDbSession::traceRecordsEveryStatementInOrder()
             u"DELETE FROM %1 where IsGuestGroup=0"_s.arg(group),
             u"INSERT INTO %1 (OGroupID,GroupName,OGroupID_P,Position,Depth, IsGuestGroup) VALUES  ('1' ,'研发部' ,'-1','0','1', 0)"_s
                 .arg(group),
-            u"UPDATE MEMBER SET MemberLevel = 1 \t\t\t\t\t\t\twhere OmemberID = 5"_s,
+            u"UPDATE MEMBER SET MemberLevel = 1 \\t\\t\\t\\t\\t\\t\\twhere OmemberID = 5"_s,
             u"INSERT INTO Rank (ORankID,RankName) VALUES  ('1' ,'line1\\r\\nline2\\nline3')"_s,
             u"INSERT INTO Folder (OFolderID,FolderPath) VALUES ('1','D:\\\\\\\\new\\\\rights\\\\')"_s,
             // The refused text never ran; the failing one did.

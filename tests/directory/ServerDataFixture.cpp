@@ -6,6 +6,7 @@
 #include "DirectoryFixture.h"
 #include "NoticeListModel.h"
 #include "PositionListModel.h"
+#include "SaveJournal.h"
 #include "ScriptedMessageService.h"
 #include "ServerData.h"
 #include "ServerDataSet.h"
@@ -215,4 +216,17 @@ bool dropPoisonTrigger(TestDatabase &db, const QString &table)
         return db.exec(
             u"DROP TRIGGER poison ON "_s + (table.startsWith(u'"') ? table : table.toLower()));
     return db.exec(u"DROP TRIGGER poison"_s);
+}
+
+QStringList journalStatements(const SaveJournal &journal)
+{
+    QStringList statements;
+    SaveJournal::Cursor cursor;
+    SaveJournal::Action action;
+    while (journal.nextAction(cursor, action)) {
+        if (action.kind == SaveJournal::Kind::Statement
+            || action.kind == SaveJournal::Kind::NoticeDelete)
+            statements << action.text;
+    }
+    return statements;
 }

@@ -62,3 +62,7 @@ ServerDataSet readBack(TempServerDir &dir, ServerDataLoader::Result *result = nu
 bool createPoisonTrigger(TestDatabase &db, const QString &event, const QString &table,
     const QString &when, QString *error);
 bool dropPoisonTrigger(TestDatabase &db, const QString &table);
+
+class SaveJournal;
+// The statements of a save journal, in order.
+QStringList journalStatements(const SaveJournal &journal);

@@ -524,14 +524,7 @@ void TestVelmarCtl::killedSave()
         qPrintable(why));
     SaveJournal journal;
     QCOMPARE(SaveJournal::read(journalPath, journal, &why), SaveJournal::ReadStatus::Ok);
-    QStringList statements;
-    SaveJournal::Cursor cursor;
-    SaveJournal::Action action;
-    while (journal.nextAction(cursor, action)) {
-        if (action.kind == SaveJournal::Kind::Statement
-            || action.kind == SaveJournal::Kind::NoticeDelete)
-            statements << action.text;
-    }
+    const QStringList statements = journalStatements(journal);
     // Right after each partition is emptied, and in the middle of its rows.
     QList<int> inside;
     QList<int> starts;

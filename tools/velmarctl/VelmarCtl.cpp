@@ -66,6 +66,22 @@ SaveJournalRunner::Checkpoint stopPointFromEnvironment()
     };
 }
 
+// The server folder's files and the registry hives a command works on.
+struct ServerFolder
+{
+    explicit ServerFolder(const VelmarCtl::Options &options)
+        : hives(options.registryDir.isEmpty()
+                ? RegistryHives::fromEnvironment()
+                : std::make_unique<RegistryHives>(options.registryDir))
+        , profilePath(QDir(options.serverDir).filePath(u"Serverinfo.ini"_s))
+        , databasePath(QDir(options.serverDir).filePath(u"VelmarDB.mdb"_s))
+    { }
+
+    std::unique_ptr<RegistryHives> hives;
+    QString profilePath;
+    QString databasePath;
+};
+
 } // namespace
 
 bool VelmarCtl::parse(
@@ -129,12 +145,10 @@ QString VelmarCtl::resolveServerDir(const QString &option)
 
 int VelmarCtl::run(const Options &options)
 {
-    std::unique_ptr<RegistryHives> hives = options.registryDir.isEmpty()
-        ? RegistryHives::fromEnvironment()
-        : std::make_unique<RegistryHives>(options.registryDir);
-    const QDir serverDir(options.serverDir);
-    const QString profilePath = serverDir.filePath(u"Serverinfo.ini"_s);
-    const QString databasePath = serverDir.filePath(u"VelmarDB.mdb"_s);
+    const ServerFolder folder(options);
+    RegistryHives *hives = folder.hives.get();
+    const QString &profilePath = folder.profilePath;
+    const QString &databasePath = folder.databasePath;
 
     std::unique_ptr<SqlTrace> trace;
     if (!options.sqlTrace.isEmpty()) {
@@ -219,17 +233,13 @@ int VelmarCtl::run(const Options &options)
 
 int VelmarCtl::recover(const Options &options)
 {
-    std::unique_ptr<RegistryHives> hives = options.registryDir.isEmpty()
-        ? RegistryHives::fromEnvironment()
-        : std::make_unique<RegistryHives>(options.registryDir);
-    const QDir serverDir(options.serverDir);
-    const QString profilePath = serverDir.filePath(u"Serverinfo.ini"_s);
+    const ServerFolder folder(options);
+    const QString &profilePath = folder.profilePath;
     std::unique_ptr<SqlTrace> trace;
     if (!options.sqlTrace.isEmpty())
         trace = std::make_unique<SqlTrace>(options.sqlTrace);
     ConsoleMessageService messages;
-    DbSession session(
-        *hives, profilePath, serverDir.filePath(u"VelmarDB.mdb"_s), messages, trace.get());
+    DbSession session(*folder.hives, profilePath, folder.databasePath, messages, trace.get());
     SaveRecovery recovery(session, messages, profilePath);
     recovery.setCheckpoint(stopPointFromEnvironment());
 
