@@ -15,6 +15,7 @@
 #include "OutlookBar.h"
 #include "ServerData.h"
 #include "ServerDataSaver.h"
+#include "SettingsCommands.h"
 #include "ViewIds.h"
 
 #include <QAction>
@@ -91,6 +92,7 @@ CMainFrame::CMainFrame(const MainFrameContext &context, QWidget *parent)
     statusBar()->showMessage(u"就绪"_s);
     createCentralArea();
     connectServerData();
+    new SettingsCommands(*this);
 
     connect(m_document, &CVelmarManagerDoc::modifiedChanged, this, &CMainFrame::updateTitle);
     updateTitle();
@@ -463,7 +465,7 @@ void CMainFrame::showAdminPasswordSettings()
 
 void CMainFrame::showAbout()
 {
-    auto *dialog = new CAboutDlg(this);
+    auto *dialog = new CAboutDlg(m_programDirectory, this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->open();
 }
