@@ -15,10 +15,13 @@ class CLogManagerSettingDlg final : public QDialog
     Q_OBJECT
 
 public:
-    CLogManagerSettingDlg(RegistryHives &hives, const QString &programDirectory,
-        QWidget *parent = nullptr);
+    CLogManagerSettingDlg(
+        RegistryHives &hives, const QString &programDirectory, QWidget *parent = nullptr);
 
-    void setFolderChooser(DialogHelpers::FolderChooser chooser) { m_chooseFolder = std::move(chooser); }
+    void setFolderChooser(DialogHelpers::FolderChooser chooser)
+    {
+        m_chooseFolder = std::move(chooser);
+    }
 
 public Q_SLOTS:
     void browseFolder();

@@ -108,6 +108,6 @@ void CSetupHomepageDlg::accept()
     m_settings.save(rows);
     QDialog::accept();
     // The distribution server passes the list on to the clients.
-    ServerNotifier(m_messages).notify(
-        ServerNotification::DistributionPort, ServerNotification::PresentationChanged);
+    ServerNotifier(m_messages)
+        .notify(ServerNotification::DistributionPort, ServerNotification::PresentationChanged);
 }

@@ -16,7 +16,8 @@ class CSetupHomepageDlg final : public QDialog
     Q_OBJECT
 
 public:
-    CSetupHomepageDlg(const QString &profilePath, MessageService &messages, QWidget *parent = nullptr);
+    CSetupHomepageDlg(
+        const QString &profilePath, MessageService &messages, QWidget *parent = nullptr);
 
     QTreeWidget *siteList() const { return m_list; }
     void setEditDialogRunner(std::function<int(CEditHomepageDlg &)> runner)

@@ -15,11 +15,14 @@ class CVelmarboxSettingDlg final : public QDialog
     Q_OBJECT
 
 public:
-    CVelmarboxSettingDlg(VelmarBoxSettings settings, MessageService &messages,
-        QWidget *parent = nullptr);
+    CVelmarboxSettingDlg(
+        VelmarBoxSettings settings, MessageService &messages, QWidget *parent = nullptr);
 
     static const QString HomeHintText;
-    void setFolderChooser(DialogHelpers::FolderChooser chooser) { m_chooseFolder = std::move(chooser); }
+    void setFolderChooser(DialogHelpers::FolderChooser chooser)
+    {
+        m_chooseFolder = std::move(chooser);
+    }
 
 public Q_SLOTS:
     void browseFolder();

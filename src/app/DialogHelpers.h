@@ -15,17 +15,16 @@ namespace DialogHelpers {
 
 // Empty when the user cancels.
 using FolderChooser = std::function<QString(QWidget *parent, const QString &title)>;
-using FileChooser
-    = std::function<QString(QWidget *parent, const QString &title, const QString &folder,
-        const QString &filter)>;
+using FileChooser = std::function<QString(
+    QWidget *parent, const QString &title, const QString &folder, const QString &filter)>;
 FolderChooser systemFolderChooser();
 FileChooser systemFileChooser();
 
 // The standard integer check: a field that does not hold an integer (or one
 // outside min..max) is refused with the framework's message, the focus goes
 // back to it and false is returned.
-bool takeInteger(MessageService &messages, QLineEdit *field, int &value, int min = INT_MIN,
-    int max = INT_MAX);
+bool takeInteger(
+    MessageService &messages, QLineEdit *field, int &value, int min = INT_MIN, int max = INT_MAX);
 QString integerText();
 QString rangeText(int min, int max);
 

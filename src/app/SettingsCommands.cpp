@@ -2,12 +2,12 @@
 
 #include "CLogManagerSettingDlg.h"
 #include "CMainFrame.h"
+#include "CommandIds.h"
 #include "CSetupCaptionBarDlg.h"
 #include "CSetupFileServerDlg.h"
 #include "CSetupHomepageDlg.h"
 #include "CSetupMailDlg.h"
 #include "CVelmarboxSettingDlg.h"
-#include "CommandIds.h"
 #include "OutlookBar.h"
 #include "ServerNotifier.h"
 
@@ -124,8 +124,9 @@ void SettingsCommands::showMailSettings()
 
 void SettingsCommands::showVelmarboxSettings()
 {
-    openModal(new CVelmarboxSettingDlg(
-        VelmarBoxSettings(m_frame.hives(), m_frame.programDirectory()), m_frame.messages(), &m_frame));
+    openModal(
+        new CVelmarboxSettingDlg(VelmarBoxSettings(m_frame.hives(), m_frame.programDirectory()),
+            m_frame.messages(), &m_frame));
 }
 
 void SettingsCommands::showLogSettings()

@@ -51,7 +51,8 @@ bool LogSettings::save(const Values &values)
     if (!registry.createKey(RegistryRoot::LocalMachine, KeyPath))
         return false;
     bool ok = registry.writeString(u"LogPath"_s, values.logPath);
-    ok = registry.writeNumber(u"DeleteLogAfterDuration"_s, values.deleteAfterDuration ? 1 : 0) && ok;
+    ok = registry.writeNumber(u"DeleteLogAfterDuration"_s, values.deleteAfterDuration ? 1 : 0)
+        && ok;
     ok = registry.writeNumber(u"LogEnable"_s, values.logEnable ? 1 : 0) && ok;
     ok = registry.writeNumber(u"KeepingDuration"_s, values.keepingDuration) && ok;
     return ok;

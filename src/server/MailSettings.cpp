@@ -31,7 +31,8 @@ bool MailSettings::save(const Values &values)
 {
     ProfileFile profile(m_profilePath);
     const QString url = values.useSso ? completedUrl(values.ssoUrl) : values.ssoUrl;
-    bool ok = profile.writeString(Section, u"FORCEDMAILMODE"_s, values.forcedMailMode ? u"1"_s : u"0"_s);
+    bool ok = profile.writeString(
+        Section, u"FORCEDMAILMODE"_s, values.forcedMailMode ? u"1"_s : u"0"_s);
     ok = profile.writeString(Section, u"USESSO"_s, values.useSso ? u"1"_s : u"0"_s) && ok;
     ok = profile.writeString(Section, u"SSOURL"_s, url) && ok;
     return ok;

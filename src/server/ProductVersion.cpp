@@ -315,16 +315,16 @@ QString fromVersionResource(const QByteArray &versionInfo)
                 continue;
             haveTranslation = true;
             for (quint64 i = 0; i + 4 <= var.valueLength; i += 4)
-                translations.append(
-                    { quint32(*r.read(var.valueAt + i, 2)), quint32(*r.read(var.valueAt + i + 2, 2)) });
+                translations.append({ quint32(*r.read(var.valueAt + i, 2)),
+                    quint32(*r.read(var.valueAt + i + 2, 2)) });
         }
     }
     if (!haveTranslation)
         return {};
 
     for (const auto &[language, codePage] : std::as_const(translations)) {
-        const QString tableName = u"%1%2"_s.arg(language, 4, 16, QChar(u'0'))
-                                      .arg(codePage, 4, 16, QChar(u'0'));
+        const QString tableName
+            = u"%1%2"_s.arg(language, 4, 16, QChar(u'0')).arg(codePage, 4, 16, QChar(u'0'));
         for (const Block &block : top) {
             if (block.key != u"StringFileInfo"_s)
                 continue;
@@ -346,7 +346,9 @@ QString fromVersionResource(const QByteArray &versionInfo)
 
 QString fromImage(const QByteArray &image)
 {
-    if (image.size() >= 16 && image.startsWith("\x7F" "ELF"))
+    if (image.size() >= 16
+        && image.startsWith("\x7F"
+                            "ELF"))
         return elfVersion(image);
     if (image.size() >= 64 && image.startsWith("MZ"))
         return fromVersionResource(peVersionResource(image));
@@ -407,7 +409,8 @@ QString GetProductVersion(const QString &path)
         return {};
     uchar *mapped = image.map(0, size);
     if (mapped) {
-        const QByteArray view = QByteArray::fromRawData(reinterpret_cast<const char *>(mapped), size);
+        const QByteArray view
+            = QByteArray::fromRawData(reinterpret_cast<const char *>(mapped), size);
         const QString version = ProductVersion::fromImage(view);
         image.unmap(mapped);
         return version;

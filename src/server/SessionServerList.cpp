@@ -34,8 +34,10 @@ QString SessionServerList::pickServerAddress(const QList<QHostAddress> &addresse
         if (!ok)
             continue;
         // The bytes in network order, each as "%u".
-        last = u"%1.%2.%3.%4"_s.arg(ipv4 >> 24).arg((ipv4 >> 16) & 0xFF).arg((ipv4 >> 8) & 0xFF).arg(
-            ipv4 & 0xFF);
+        last = u"%1.%2.%3.%4"_s.arg(ipv4 >> 24)
+                   .arg((ipv4 >> 16) & 0xFF)
+                   .arg((ipv4 >> 8) & 0xFF)
+                   .arg(ipv4 & 0xFF);
         if (last != u"127.0.0.1"_s && !last.startsWith(u"169."_s))
             return last;
     }
@@ -118,7 +120,8 @@ QList<SessionServerEntry> SessionServerList::LoadSessionServerList(
         const bool absent = !read && registry.lastResult() == RegistryStatus::FileNotFound;
         if (registry.isOpen() && (read ? count == 0 : absent)) {
             registry.close();
-            WriteSessionServerEntry(0, { localAddress ? localAddress() : QString(), SessionPort, true });
+            WriteSessionServerEntry(
+                0, { localAddress ? localAddress() : QString(), SessionPort, true });
             CRegistry counter(m_hives, RegistryRoot::LocalMachine);
             if (counter.openKey(RegistryRoot::LocalMachine, InfoKeyPath)) {
                 counter.writeNumber(u"SessionDCount"_s, 1);
@@ -161,7 +164,8 @@ int SessionServerList::fileTransMaxSize() const
     return ProfileFile(m_profilePath).readInt(u"ServerInfo"_s, u"FileTransMaxSize"_s, 0);
 }
 
-bool SessionServerList::save(const QList<SessionServerEntry> &rows, qint32 keepingDays, int maxSizeMb)
+bool SessionServerList::save(
+    const QList<SessionServerEntry> &rows, qint32 keepingDays, int maxSizeMb)
 {
     {
         CRegistry registry(m_hives, RegistryRoot::LocalMachine);

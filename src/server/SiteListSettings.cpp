@@ -45,8 +45,8 @@ QList<Site> SiteListSettings::load()
         rows.append(row({ u"网站主页"_s, u"http://"_s + single }));
         profile.writeString(Section, u"HomePageURL"_s, QString());
     }
-    const QString list = profile.readString(Section, u"HomePageURL2"_s,
-        u"|%1|%2|"_s.arg(DefaultSiteName, DefaultSiteAddress), 5200);
+    const QString list = profile.readString(
+        Section, u"HomePageURL2"_s, u"|%1|%2|"_s.arg(DefaultSiteName, DefaultSiteAddress), 5200);
     for (const Site &site : parse(list))
         rows.append(row(site));
     return rows;

@@ -12,12 +12,12 @@
 #include "CEditHomepageDlg.h"
 #include "CLogManagerSettingDlg.h"
 #include "CMainFormView.h"
+#include "CommandIds.h"
 #include "CSetupCaptionBarDlg.h"
 #include "CSetupFileServerDlg.h"
 #include "CSetupHomepageDlg.h"
 #include "CSetupMailDlg.h"
 #include "CVelmarboxSettingDlg.h"
-#include "CommandIds.h"
 #include "NotificationListeners.h"
 #include "OutlookBar.h"
 #include "ProfileFile.h"
@@ -50,8 +50,7 @@ const QString FolderKey = u"Software\\Velmar\\Services\\SessionFolder"_s;
 const QString BoxKey = u"SOFTWARE\\Velmar\\VelmarBoxServer"_s;
 const QString LogKey = u"SOFTWARE\\Velmar\\LogManager"_s;
 
-template<typename T>
-T *child(QWidget *parent, const QString &name)
+template<typename T> T *child(QWidget *parent, const QString &name)
 {
     T *widget = parent->findChild<T *>(name);
     if (!widget)
@@ -146,8 +145,8 @@ void SettingsDialogsTest::serverAddressChoice()
             addresses << QHostAddress(text);
         return SessionServerList::pickServerAddress(addresses);
     };
-    QCOMPARE(pick({ u"127.0.0.1"_s, u"169.254.3.4"_s, u"10.0.0.5"_s, u"10.0.0.6"_s }),
-        u"10.0.0.5"_s);
+    QCOMPARE(
+        pick({ u"127.0.0.1"_s, u"169.254.3.4"_s, u"10.0.0.5"_s, u"10.0.0.6"_s }), u"10.0.0.5"_s);
     // Only loopback and link-local: the last one looked at.
     QCOMPARE(pick({ u"127.0.0.1"_s, u"169.254.3.4"_s }), u"169.254.3.4"_s);
     QCOMPARE(pick({ u"169.254.3.4"_s, u"127.0.0.1"_s }), u"127.0.0.1"_s);
@@ -160,16 +159,19 @@ void SettingsDialogsTest::fileServerFirstOpening()
 {
     FrameFixture f;
     RegistryHives &hives = f.dir.hives();
-    CSetupFileServerDlg dialog(SessionServerList(hives, f.dir.iniPath()), f.messages,
-        [] { return u"192.168.7.20"_s; });
+    CSetupFileServerDlg dialog(
+        SessionServerList(hives, f.dir.iniPath()), f.messages, [] { return u"192.168.7.20"_s; });
     QCOMPARE(dialog.windowTitle(), u"文件服务设置"_s);
     // The default entry is written at once.
     QCOMPARE(registryString(hives, RegistryRoot::LocalMachine, SessionKey, u"SessionD_0_Address"_s),
         u"192.168.7.20"_s);
-    QCOMPARE(registryNumber(hives, RegistryRoot::LocalMachine, SessionKey, u"SessionD_0_Port"_s), 55056);
-    QCOMPARE(registryNumber(hives, RegistryRoot::LocalMachine, SessionKey, u"SessionD_0_Enable"_s), 1);
+    QCOMPARE(
+        registryNumber(hives, RegistryRoot::LocalMachine, SessionKey, u"SessionD_0_Port"_s), 55056);
+    QCOMPARE(
+        registryNumber(hives, RegistryRoot::LocalMachine, SessionKey, u"SessionD_0_Enable"_s), 1);
     QCOMPARE(registryNumber(hives, RegistryRoot::LocalMachine, SessionKey, u"SessionDCount"_s), 1);
-    QCOMPARE(registryNumber(hives, RegistryRoot::LocalMachine, SessionKey, u"SessionDChanged"_s), 1);
+    QCOMPARE(
+        registryNumber(hives, RegistryRoot::LocalMachine, SessionKey, u"SessionDChanged"_s), 1);
     QTreeWidget *list = dialog.serverList();
     QCOMPARE(list->headerItem()->text(0), u"IP 地址"_s);
     QCOMPARE(list->headerItem()->text(1), u"Port 端口"_s);
@@ -186,7 +188,8 @@ void SettingsDialogsTest::fileServerFirstOpening()
     QCOMPARE(list->topLevelItemCount(), 2);
     click(&dialog, u"cancelButton"_s);
     QCOMPARE(registryNumber(hives, RegistryRoot::LocalMachine, SessionKey, u"SessionDCount"_s), 1);
-    QVERIFY(!registryString(hives, RegistryRoot::LocalMachine, SessionKey, u"SessionD_1_Address"_s));
+    QVERIFY(
+        !registryString(hives, RegistryRoot::LocalMachine, SessionKey, u"SessionD_1_Address"_s));
     QCOMPARE(ini(f.dir, u"ServerInfo"_s, u"FileTransMaxSize"_s), u"<absent>"_s);
 }
 
@@ -197,7 +200,8 @@ void SettingsDialogsTest::fileServerEditRemoveSave()
     const auto root = RegistryRoot::LocalMachine;
     const QStringList stored = { u"010.001.002.003"_s, u" 10.0.0.9"_s, u"not an address"_s };
     for (int i = 0; i < stored.size(); ++i) {
-        QVERIFY(setRegistryString(hives, root, SessionKey, u"SessionD_%1_Address"_s.arg(i), stored[i]));
+        QVERIFY(
+            setRegistryString(hives, root, SessionKey, u"SessionD_%1_Address"_s.arg(i), stored[i]));
         QVERIFY(setRegistryNumber(hives, root, SessionKey, u"SessionD_%1_Port"_s.arg(i), 1234));
         QVERIFY(setRegistryNumber(hives, root, SessionKey, u"SessionD_%1_Enable"_s.arg(i), i % 2));
     }
@@ -205,8 +209,8 @@ void SettingsDialogsTest::fileServerEditRemoveSave()
     QVERIFY(setRegistryNumber(hives, root, FolderKey, u"KeepingDuration"_s, 7));
     QVERIFY(f.dir.writeFile(u"Serverinfo.ini"_s, "[ServerInfo]\r\nFileTransMaxSize=100\r\n"));
 
-    CSetupFileServerDlg dialog(SessionServerList(hives, f.dir.iniPath()), f.messages,
-        [] { return u"192.168.7.20"_s; });
+    CSetupFileServerDlg dialog(
+        SessionServerList(hives, f.dir.iniPath()), f.messages, [] { return u"192.168.7.20"_s; });
     QTreeWidget *list = dialog.serverList();
     // Normalised addresses; the port column always shows the fixed port.
     QCOMPARE(rowTexts(list),
@@ -238,7 +242,8 @@ void SettingsDialogsTest::fileServerEditRemoveSave()
         return edit.result();
     });
     click(&dialog, u"addButton"_s);
-    QCOMPARE(rowTexts(list), QStringList({ u"10.0.0.10|55056|内部使用"_s, u"0.0.0.0|55056|内部使用"_s }));
+    QCOMPARE(rowTexts(list),
+        QStringList({ u"10.0.0.10|55056|内部使用"_s, u"0.0.0.0|55056|内部使用"_s }));
 
     type(&dialog, u"keepingEdit"_s, u"30"_s);
     click(&dialog, u"sizeCheck"_s);
@@ -287,8 +292,8 @@ void SettingsDialogsTest::fileServerBadStoredValues()
     QVERIFY(f.dir.writeFile(u"Serverinfo.ini"_s,
         "garbage without equals\r\n[ServerInfo\r\n=\r\n[ServerInfo]\r\n\x01\x02 junk\r\n"
         "FileTransMaxSize=  12MB\r\n"));
-    CSetupFileServerDlg dialog(SessionServerList(hives, f.dir.iniPath()), f.messages,
-        [] { return QString(); });
+    CSetupFileServerDlg dialog(
+        SessionServerList(hives, f.dir.iniPath()), f.messages, [] { return QString(); });
     QCOMPARE(rowTexts(dialog.serverList()),
         QStringList({ u"255.255.255.255|55056|内部使用"_s, u"10.2.2.2|55056|使用者"_s }));
     QCOMPARE(child<QLineEdit>(&dialog, u"sizeEdit"_s)->text(), u"12"_s);
@@ -315,8 +320,8 @@ void SettingsDialogsTest::fileServerRefusesNonInteger()
 void SettingsDialogsTest::siteListMigratesAndSaves()
 {
     FrameFixture f;
-    NotificationListeners listeners({ ServerNotification::DistributionPort,
-                                        ServerNotification::CaptionPort },
+    NotificationListeners listeners(
+        { ServerNotification::DistributionPort, ServerNotification::CaptionPort },
         ServerNotification::PresentationChanged);
     QString error;
     QVERIFY2(listeners.bind(&error), qPrintable(error));
@@ -388,8 +393,8 @@ void SettingsDialogsTest::siteListLimitAndEditRefusals()
 void SettingsDialogsTest::captionBarThroughMenu()
 {
     FrameFixture f;
-    NotificationListeners listeners({ ServerNotification::DistributionPort,
-                                        ServerNotification::CaptionPort },
+    NotificationListeners listeners(
+        { ServerNotification::DistributionPort, ServerNotification::CaptionPort },
         ServerNotification::PresentationChanged);
     QString error;
     QVERIFY2(listeners.bind(&error), qPrintable(error));
@@ -414,15 +419,18 @@ void SettingsDialogsTest::captionBarThroughMenu()
             click(dialog, u"customIconRadio"_s);
             QVERIFY(name->isEnabled());
             QString answer;
-            dialog->setFileChooser([&answer](QWidget *, const QString &title, const QString &folder,
-                                       const QString &) {
-                return title == u"标题文件查寻"_s && folder.endsWith(u"/ico"_s) ? answer : QString();
-            });
-            for (const QString &file : { u"icons/big.ico"_s, u"icons/none.ico"_s, u"icons/fits.ico"_s }) {
+            dialog->setFileChooser(
+                [&answer](QWidget *, const QString &title, const QString &folder, const QString &) {
+                    return title == u"标题文件查寻"_s && folder.endsWith(u"/ico"_s) ? answer
+                                                                                    : QString();
+                });
+            for (const QString &file :
+                { u"icons/big.ico"_s, u"icons/none.ico"_s, u"icons/fits.ico"_s }) {
                 answer = f.dir.filePath(file);
                 click(dialog, u"iconBrowseButton"_s);
             }
-            QCOMPARE(f.messages.boxTexts(), QStringList({ u"ICO文件大小不能超过10K"_s, u"打开文件失败"_s }));
+            QCOMPARE(f.messages.boxTexts(),
+                QStringList({ u"ICO文件大小不能超过10K"_s, u"打开文件失败"_s }));
             QCOMPARE(child<QLineEdit>(dialog, u"iconPathEdit"_s)->text(),
                 QDir::toNativeSeparators(f.dir.filePath(u"icons/fits.ico"_s)));
             QVERIFY(QFileInfo(f.dir.filePath(u"ico"_s)).isDir());
@@ -482,7 +490,8 @@ void SettingsDialogsTest::velmarboxDefaultsOnOpening()
     const QString home = QDir::toNativeSeparators(f.dir.programDir() + u"/VelmarBox"_s);
     {
         CVelmarboxSettingDlg dialog(
-            VelmarBoxSettings(hives, f.dir.programDir(), [] { return u"10.20.30.40"_s; }), f.messages);
+            VelmarBoxSettings(hives, f.dir.programDir(), [] { return u"10.20.30.40"_s; }),
+            f.messages);
         QCOMPARE(dialog.windowTitle(), u"VelmarBox 设置"_s);
         QCOMPARE(child<QLineEdit>(&dialog, u"homeDirectoryEdit"_s)->text(), home);
         QCOMPARE(child<QLineEdit>(&dialog, u"minPortEdit"_s)->text(), u"55100"_s);
@@ -543,7 +552,8 @@ void SettingsDialogsTest::velmarboxHintIsAHint()
 {
     FrameFixture f;
     CVelmarboxSettingDlg dialog(
-        VelmarBoxSettings(f.dir.hives(), f.dir.programDir(), [] { return u"10.0.0.1"_s; }), f.messages);
+        VelmarBoxSettings(f.dir.hives(), f.dir.programDir(), [] { return u"10.0.0.1"_s; }),
+        f.messages);
     QVERIFY(showActive(&dialog));
     child<QLineEdit>(&dialog, u"minPortEdit"_s)->setFocus();
     child<QLineEdit>(&dialog, u"homeDirectoryEdit"_s)->setFocus();

@@ -10,8 +10,8 @@ using namespace Qt::StringLiterals;
 
 NotificationListeners::NotificationListeners()
     : NotificationListeners(
-          { ServerNotification::DistributionPort, ServerNotification::ServerPort },
-          ServerNotification::DatabaseChanged)
+        { ServerNotification::DistributionPort, ServerNotification::ServerPort },
+        ServerNotification::DatabaseChanged)
 { }
 
 NotificationListeners::NotificationListeners(QList<quint16> ports, quint16 code)
@@ -40,8 +40,7 @@ QStringList NotificationListeners::drain()
     for (const auto &socket : m_sockets) {
         while (socket->hasPendingDatagrams()) {
             const QNetworkDatagram datagram = socket->receiveDatagram();
-            ports << (datagram.data()
-                        == ServerNotification::datagram(m_code)
+            ports << (datagram.data() == ServerNotification::datagram(m_code)
                     ? QString::number(socket->localPort())
                     : u"bad datagram"_s);
         }
