@@ -20,3 +20,15 @@ if(VELMAR_WERROR)
     target_compile_options(velmar_options INTERFACE -Werror)
 endif()
 
+
+# Every executable carries its product version in an ELF package-metadata note
+# (".note.package"), where GetProductVersion and the About box read it.
+include(CheckLinkerFlag)
+check_linker_flag(CXX "LINKER:--package-metadata={}" VELMAR_LINKER_PACKAGE_METADATA)
+# Passed with -Xlinker: -Wl would split the JSON at its commas.
+if(VELMAR_LINKER_PACKAGE_METADATA)
+    set(VELMAR_PACKAGE_METADATA
+        "{\"type\":\"velmar\",\"name\":\"$<TARGET_PROPERTY:NAME>\",\"version\":\"${PROJECT_VERSION}\"}")
+    target_link_options(velmar_options INTERFACE
+        "$<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-Xlinker;--package-metadata=${VELMAR_PACKAGE_METADATA}>")
+endif()

@@ -1,16 +1,20 @@
 #include "CAboutDlg.h"
 
+#include "ProductVersion.h"
+
 #include <QApplication>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QStyle>
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
 
-CAboutDlg::CAboutDlg(QWidget *parent)
+CAboutDlg::CAboutDlg(const QString &programDirectory, QWidget *parent)
     : QDialog(parent)
+    , m_versionList(new QPlainTextEdit(this))
 {
     setObjectName(u"aboutDialog"_s);
     setWindowTitle(u"关于 VelmarManager"_s);
@@ -44,12 +48,22 @@ CAboutDlg::CAboutDlg(QWidget *parent)
     top->addWidget(icon);
     top->addLayout(texts, 1);
     top->addWidget(ok, 0, Qt::AlignTop);
+    m_versionList->setObjectName(u"versionList"_s);
+    m_versionList->setReadOnly(true);
+    m_versionList->setLineWrapMode(QPlainTextEdit::NoWrap);
+    m_versionList->setTabStopDistance(m_versionList->fontMetrics().horizontalAdvance(u' ') * 8);
+    QString list = ProductVersion::daemonVersionList(programDirectory);
+    // The list's lines end in CR LF; the text box breaks at the LF.
+    list.replace(u"\r\n"_s, u"\n"_s);
+    m_versionList->setPlainText(list);
+
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(top);
-    setFixedSize(sizeHint());
+    layout->addWidget(m_versionList);
+    resize(440, 320);
 }
 
 QString CAboutDlg::productVersion()
 {
-    return QStringLiteral(VELMAR_VERSION);
+    return GetProductVersion(QString());
 }

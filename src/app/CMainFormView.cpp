@@ -124,7 +124,7 @@ CMainFormView::CMainFormView(CMainFrame &frame, QWidget *parent)
     layout->addLayout(grid);
     layout->addStretch();
 
-    showSettings();
+    connect(&m_frame, &CMainFrame::startupReady, this, &CMainFormView::unlock);
 }
 
 CMainFormView::~CMainFormView()
@@ -182,8 +182,17 @@ void CMainFormView::showEvent(QShowEvent *event)
     refresh();
 }
 
+void CMainFormView::unlock()
+{
+    m_unlocked = true;
+    if (isVisible())
+        refresh();
+}
+
 void CMainFormView::refresh()
 {
+    if (!m_unlocked)
+        return;
     showSettings();
     if (m_checkThread)
         return;

@@ -17,7 +17,9 @@ class QThread;
 // database the console uses and whether it opens, the services and the
 // directory's size. The database check opens a connection of its own on a
 // worker thread, so a slow server never freezes the window and a failure is
-// written here instead of popping up a message box at every visit.
+// written here instead of popping up a message box at every visit. Until the
+// administrator is let in (the frame's startupReady) it shows nothing of the
+// server and opens nothing.
 class CMainFormView : public QWidget
 {
     Q_OBJECT
@@ -40,8 +42,11 @@ public:
     void setServiceStates(const QList<QPair<QString, QString>> &states);
 
 public Q_SLOTS:
-    // Re-reads the settings and checks the database again (unless a check runs).
+    // Re-reads the settings and checks the database again (unless a check
+    // runs); nothing before unlock().
     void refresh();
+    // The administrator is in: show the settings and check the database.
+    void unlock();
 
 Q_SIGNALS:
     void databaseChecked(CMainFormView::DatabaseState state);
@@ -72,4 +77,5 @@ private:
     QString m_detail;
     QDateTime m_lastCheck;
     QPointer<QThread> m_checkThread;
+    bool m_unlocked = false;
 };

@@ -16,6 +16,7 @@
 #include "SaveRecovery.h"
 #include "ServerData.h"
 #include "ServerDataSaver.h"
+#include "SettingsCommands.h"
 #include "ViewIds.h"
 
 #include <QAction>
@@ -92,6 +93,7 @@ CMainFrame::CMainFrame(const MainFrameContext &context, QWidget *parent)
     statusBar()->showMessage(u"就绪"_s);
     createCentralArea();
     connectServerData();
+    new SettingsCommands(*this);
 
     connect(m_document, &CVelmarManagerDoc::modifiedChanged, this, &CMainFrame::updateTitle);
     updateTitle();
@@ -474,7 +476,7 @@ void CMainFrame::showAdminPasswordSettings()
 
 void CMainFrame::showAbout()
 {
-    auto *dialog = new CAboutDlg(this);
+    auto *dialog = new CAboutDlg(m_programDirectory, this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->open();
 }

@@ -33,6 +33,10 @@ public:
         int timeoutMs = 3000;
         QObject *anchor = nullptr; // widget the tip points at; nullptr: the main window
         QRect cell; // area inside the anchor (a grid cell), empty for the whole widget
+        // A hint (a focus hint, a first-use tip) only helps: the balloon-tip
+        // switch hides it. Everything else is a refusal or an error, which an
+        // administrator must always see.
+        bool hint = false;
     };
 
     // The answer that goes ahead: Yes for a question, OK otherwise. What the
@@ -45,4 +49,6 @@ public:
     virtual ~MessageService() = default;
     virtual int showMessage(const Box &box) = 0;
     virtual void showBalloon(const Balloon &balloon) = 0;
+    // Takes a hint off the screen (its field lost the focus); a refusal stays.
+    virtual void hideHint() { }
 };

@@ -66,7 +66,13 @@ void QtMessageService::setMainWindow(QWidget *window)
 void QtMessageService::setBalloonsEnabled(bool enabled)
 {
     m_balloonsEnabled = enabled;
-    if (!enabled && m_balloon)
+    if (!enabled && m_balloon && m_balloonIsHint)
+        m_balloon->hide();
+}
+
+void QtMessageService::hideHint()
+{
+    if (m_balloon && m_balloonIsHint)
         m_balloon->hide();
 }
 
@@ -161,13 +167,14 @@ int QtMessageService::showMessageHere(const Box &box)
 
 void QtMessageService::showBalloonHere(const Balloon &balloon)
 {
-    if (!m_balloonsEnabled)
+    if (balloon.hint && !m_balloonsEnabled)
         return;
     if (!m_balloon)
         m_balloon = std::make_unique<BalloonTip>();
     QWidget *anchor = qobject_cast<QWidget *>(balloon.anchor);
     if (!anchor)
         anchor = m_mainWindow;
+    m_balloonIsHint = balloon.hint;
     m_balloon->showAt(anchor, balloon.cell, iconFor(balloon.icon), balloon.title, balloon.text,
         balloon.timeoutMs);
 }

@@ -25,10 +25,12 @@ public:
 
     int showMessage(const Box &box) override;
     void showBalloon(const Balloon &balloon) override;
+    void hideHint() override;
 
     // What a balloon without an anchor points at.
     void setMainWindow(QWidget *window);
-    // The balloon-tip switch ("BalloonHelp"): while it is off no balloon is shown.
+    // The balloon-tip switch ("BalloonHelp"): while it is off hints are not
+    // shown; refusals and errors always are.
     bool balloonsEnabled() const { return m_balloonsEnabled; }
     void setBalloonsEnabled(bool enabled);
     // The shared tip; created with the first balloon.
@@ -44,5 +46,6 @@ private:
 
     QPointer<QWidget> m_mainWindow;
     bool m_balloonsEnabled = true;
+    bool m_balloonIsHint = false; // what the tip on screen shows
     std::unique_ptr<BalloonTip> m_balloon;
 };

@@ -8,13 +8,22 @@
 
 using namespace Qt::StringLiterals;
 
-NotificationListeners::NotificationListeners() = default;
+NotificationListeners::NotificationListeners()
+    : NotificationListeners(
+        { ServerNotification::DistributionPort, ServerNotification::ServerPort },
+        ServerNotification::DatabaseChanged)
+{ }
+
+NotificationListeners::NotificationListeners(QList<quint16> ports, quint16 code)
+    : m_ports(std::move(ports))
+    , m_code(code)
+{ }
+
 NotificationListeners::~NotificationListeners() = default;
 
 bool NotificationListeners::bind(QString *error)
 {
-    for (const quint16 port :
-        { ServerNotification::DistributionPort, ServerNotification::ServerPort }) {
+    for (const quint16 port : std::as_const(m_ports)) {
         auto socket = std::make_unique<QUdpSocket>();
         if (!socket->bind(QHostAddress(QHostAddress::LocalHost), port)) {
             *error = u"port %1: %2"_s.arg(port).arg(socket->errorString());
@@ -31,8 +40,7 @@ QStringList NotificationListeners::drain()
     for (const auto &socket : m_sockets) {
         while (socket->hasPendingDatagrams()) {
             const QNetworkDatagram datagram = socket->receiveDatagram();
-            ports << (datagram.data()
-                        == ServerNotification::datagram(ServerNotification::DatabaseChanged)
+            ports << (datagram.data() == ServerNotification::datagram(m_code)
                     ? QString::number(socket->localPort())
                     : u"bad datagram"_s);
         }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <QList>
 #include <QStringList>
 #include <vector>
 
@@ -13,6 +14,9 @@ class NotificationListeners
 {
 public:
     NotificationListeners();
+    // Other ports and another expected code (the client presentation settings
+    // notify 55051 and 55054 with 0x0DAF).
+    NotificationListeners(QList<quint16> ports, quint16 code);
     ~NotificationListeners();
 
     bool bind(QString *error);
@@ -25,4 +29,6 @@ public:
 
 private:
     std::vector<std::unique_ptr<QUdpSocket>> m_sockets;
+    QList<quint16> m_ports;
+    quint16 m_code;
 };

@@ -230,16 +230,33 @@ void TestWidgets::balloonWithoutAnchorPointsAtMainWindow()
 
 void TestWidgets::balloonsSwitchedOff()
 {
+    // The switch hides hints; a refusal or an error is always shown.
     QtMessageService service;
-    service.showBalloon(
-        { u"t"_s, u"one"_s, MessageService::Icon::Exclamation, 60000, nullptr, {} });
+    const MessageService::Balloon hint { u"t"_s, u"a hint"_s, MessageService::Icon::Information,
+        60000, nullptr, {}, true };
+    const MessageService::Balloon refusal { u"t"_s, u"数据库发生错误."_s,
+        MessageService::Icon::Error, 60000, nullptr, {} };
+    service.showBalloon(hint);
     QVERIFY(service.balloonTip()->isVisible());
     service.setBalloonsEnabled(false);
     QVERIFY(!service.balloonTip()->isVisible());
-    service.showBalloon(
-        { u"t"_s, u"two"_s, MessageService::Icon::Exclamation, 60000, nullptr, {} });
+    service.showBalloon(hint);
     QVERIFY(!service.balloonTip()->isVisible());
-    QCOMPARE(service.balloonTip()->text(), u"one"_s);
+    QCOMPARE(service.balloonTip()->text(), u"a hint"_s);
+
+    service.showBalloon(refusal);
+    QVERIFY(service.balloonTip()->isVisible());
+    QCOMPARE(service.balloonTip()->text(), u"数据库发生错误."_s);
+    // Neither the switch nor a field losing the focus takes a refusal away.
+    service.setBalloonsEnabled(false);
+    service.hideHint();
+    QVERIFY(service.balloonTip()->isVisible());
+
+    service.setBalloonsEnabled(true);
+    service.showBalloon(hint);
+    QVERIFY(service.balloonTip()->isVisible());
+    service.hideHint();
+    QVERIFY(!service.balloonTip()->isVisible());
 }
 
 void TestWidgets::balloonFromWorkerThread()
