@@ -135,20 +135,26 @@ void ServerServices::startOne(const QString &name, Observer *observer)
 
 void ServerServices::StopAllServices(Observer *observer)
 {
-    stopIfRunning(CheckD, observer);
-    if (observer)
+    int step = 0;
+    stopIfRunning(step++, CheckD, observer);
+    if (observer) {
+        observer->stopStep(step, ChatD);
         observer->killing(ChatD);
+    }
+    ++step;
     m_control.KillProcessByName(ChatD);
     for (const QString &name : stopOrder())
-        stopIfRunning(name, observer);
+        stopIfRunning(step++, name, observer);
 }
 
-void ServerServices::stopIfRunning(const QString &name, Observer *observer)
+void ServerServices::stopIfRunning(int step, const QString &name, Observer *observer)
 {
     if (observer)
-        observer->stopping(name);
+        observer->stopStep(step, name);
     if (!m_control.IsServiceRunning(name))
         return;
+    if (observer)
+        observer->stopping(name);
     const bool ok = m_control.StopServiceAndWait(name);
     if (observer)
         observer->stopped(name, ok);

@@ -23,6 +23,8 @@ public:
         virtual ~Observer() = default;
         virtual void starting(const QString & /*name*/) { }
         virtual void started(const QString & /*name*/, bool /*ok*/) { }
+        // Each of the stopStepCount() steps of a stop, before it is taken.
+        virtual void stopStep(int /*step*/, const QString & /*name*/) { }
         virtual void stopping(const QString & /*name*/) { }
         virtual void stopped(const QString & /*name*/, bool /*ok*/) { }
         virtual void killing(const QString & /*name*/) { }
@@ -75,7 +77,7 @@ public:
 
 private:
     void startOne(const QString &name, Observer *observer);
-    void stopIfRunning(const QString &name, Observer *observer);
+    void stopIfRunning(int step, const QString &name, Observer *observer);
 
     const ServiceControl &m_control;
     // Keeps a second start command from running while the first is under

@@ -10,11 +10,21 @@
 class VelmarCtl
 {
 public:
-    enum ExitCode { Success = 0, LoadFailed = 1, UsageError = 2, SaveFailed = 3 };
+    enum ExitCode {
+        Success = 0,
+        LoadFailed = 1,
+        UsageError = 2,
+        SaveFailed = 3,
+        ServiceFailed = 4,
+        NotifyFailed = 5,
+    };
 
     struct Options
     {
-        QString command; // "load" or "resave"
+        QString command; // "load", "resave", "services" or "notify"
+        QString servicesAction; // services: "status", "start" or "stop"
+        quint16 port = 0; // notify
+        quint16 code = 0x0DAC; // notify
         QString serverDir;
         QString registryDir; // empty: VELMAR_REGISTRY_DIR or the platform's folders
         QString sqlTrace; // empty: no trace
