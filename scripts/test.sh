@@ -17,7 +17,7 @@ export VELMAR_REQUIRE_PG=1
 jobs=$(nproc)
 
 start=$(date +%s)
-bash scripts/pg-test-server.sh run -- \
+bash scripts/pg-test-server.sh run -- bash scripts/systemd-test-manager.sh run -- \
   ctest --test-dir build/release --output-on-failure -j "$jobs"
 echo "tests (release): $(( $(date +%s) - start )) s"
 
@@ -27,6 +27,6 @@ start=$(date +%s)
 export LSAN_OPTIONS="suppressions=$root/tests/data/lsan.supp:print_suppressions=0"
 export ASAN_OPTIONS="detect_leaks=1:abort_on_error=1"
 export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"
-bash scripts/pg-test-server.sh run -- \
+bash scripts/pg-test-server.sh run -- bash scripts/systemd-test-manager.sh run -- \
   ctest --test-dir build/asan --output-on-failure -j "$jobs"
 echo "tests (sanitizers): $(( $(date +%s) - start )) s"

@@ -14,8 +14,8 @@ using Script = ScriptedServiceManager::Script;
 
 const QString ProgramDir = u"/srv/velmar"_s;
 
-const QStringList AllEight = { u"VelmarD"_s, u"GroupD"_s, u"VelmarboxServerManager"_s,
-    u"RelayD"_s, u"CheckD"_s, u"FileDispatchD"_s, u"FileSessionD"_s, u"ChatD"_s };
+const QStringList AllEight = { u"VelmarD"_s, u"GroupD"_s, u"VelmarboxServerManager"_s, u"RelayD"_s,
+    u"CheckD"_s, u"FileDispatchD"_s, u"FileSessionD"_s, u"ChatD"_s };
 
 struct Fixture
 {
@@ -107,13 +107,13 @@ void TestServices::startPolling_data()
         << QStringList { u"sleep 3000"_s, u"sleep 3000"_s, u"sleep 3000"_s };
     // Progress restarts the clock: eight seconds in all, never more than
     // the 2-second hint without a new check-point.
-    QTest::newRow("slow but progressing") << 8 << true << 2000u << 4u << true
-                                          << QStringList(8, u"sleep 1000"_s);
+    QTest::newRow("slow but progressing")
+        << 8 << true << 2000u << 4u << true << QStringList(8, u"sleep 1000"_s);
     // No progress: abandoned once more than the hint has passed.
-    QTest::newRow("frozen check-point") << -1 << false << 3000u << 4u << false
-                                        << QStringList(4, u"sleep 1000"_s);
-    QTest::newRow("comes up and dies") << 2 << true << 0u << 1u << false
-                                       << QStringList(2, u"sleep 1000"_s);
+    QTest::newRow("frozen check-point")
+        << -1 << false << 3000u << 4u << false << QStringList(4, u"sleep 1000"_s);
+    QTest::newRow("comes up and dies")
+        << 2 << true << 0u << 1u << false << QStringList(2, u"sleep 1000"_s);
 }
 
 void TestServices::startPolling()
@@ -363,16 +363,15 @@ void TestServices::registration()
     const QString in = u" /service in "_s + ProgramDir;
     // In its own order: CheckD before RelayD.
     QCOMPARE(f.manager.journal({ u"launch"_s }),
-        (QStringList { u"launch GroupD"_s + in, u"launch CheckD"_s + in,
-            u"launch ChatD"_s + in }));
+        (QStringList { u"launch GroupD"_s + in, u"launch CheckD"_s + in, u"launch ChatD"_s + in }));
 
     f.manager.clearJournal();
     f.services.RegisterAllServices();
     QCOMPARE(f.manager.journal({ u"launch"_s }),
         prefixed(u"launch"_s,
             { u"VelmarD"_s + in, u"GroupD"_s + in, u"VelmarboxServerManager"_s + in,
-                u"RelayD"_s + in, u"CheckD"_s + in, u"FileDispatchD"_s + in,
-                u"FileSessionD"_s + in, u"ChatD"_s + in }));
+                u"RelayD"_s + in, u"CheckD"_s + in, u"FileDispatchD"_s + in, u"FileSessionD"_s + in,
+                u"ChatD"_s + in }));
 
     // No manager: nothing is registered.
     f.manager.clearJournal();
@@ -392,8 +391,8 @@ void TestServices::realLaunches()
     QVERIFY(dir.writeFile(u"pskill"_s, recorder));
     QVERIFY(dir.writeFile(u"GroupD"_s, recorder));
     for (const QString &name : { u"pskill"_s, u"GroupD"_s })
-        QVERIFY(QFile::setPermissions(dir.filePath(name),
-            QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        QVERIFY(QFile::setPermissions(
+            dir.filePath(name), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
     // A daemon that is not executable and one that is missing: nothing happens.
     QVERIFY(dir.writeFile(u"RelayD"_s, recorder));
 
@@ -405,7 +404,7 @@ void TestServices::realLaunches()
     QTRY_VERIFY(dir.readFile(u"launches.txt"_s).contains("pskill ChatD"));
     QVERIFY(services.registerService(u"GroupD"_s));
     QTRY_VERIFY(dir.readFile(u"launches.txt"_s)
-            .contains("GroupD /service in " + dir.programDir().toUtf8()));
+                    .contains("GroupD /service in " + dir.programDir().toUtf8()));
     QVERIFY(!services.registerService(u"RelayD"_s));
     QVERIFY(!services.registerService(u"VelmarD"_s));
 
