@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs what is needed, builds, and runs every test: first in the release
-# build, then again in the sanitizer build. A private PostgreSQL server is
-# started for the run and stopped afterwards.
+# build, then again in the sanitizer build. A private PostgreSQL server and a
+# private systemd user manager (for the service tests) are started for the run
+# and stopped afterwards.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"

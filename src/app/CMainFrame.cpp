@@ -15,6 +15,7 @@
 #include "OutlookBar.h"
 #include "ServerData.h"
 #include "ServerDataSaver.h"
+#include "ServiceCommands.h"
 #include "ViewIds.h"
 
 #include <QAction>
@@ -91,6 +92,7 @@ CMainFrame::CMainFrame(const MainFrameContext &context, QWidget *parent)
     statusBar()->showMessage(u"就绪"_s);
     createCentralArea();
     connectServerData();
+    m_serviceCommands = new ServiceCommands(*this, context.serviceManager);
 
     connect(m_document, &CVelmarManagerDoc::modifiedChanged, this, &CMainFrame::updateTitle);
     updateTitle();

@@ -5,6 +5,9 @@
 #include "CRegistry.h"
 #include "QtMessageService.h"
 #include "RegistryHives.h"
+#include "ProgramLauncher.h"
+#include "ServerServices.h"
+#include "ServiceClock.h"
 #include "SqlTrace.h"
 
 #include <cstdio>
@@ -89,14 +92,13 @@ bool CVelmarManagerApp::initInstance()
     }
     reportBrokenHives();
 
-    // The service registration that "/install" asks for and the check that
-    // every service is registered come with the service control; until then
-    // the request is only remembered (installRequested()).
+    registerServices();
 
     m_serverType = readServerType(*m_hives);
 
     m_frame = std::make_unique<CMainFrame>(MainFrameContext { m_options.programDirectory, *m_hives,
-        *m_messages, [] { return QDateTime::currentDateTime(); }, m_trace.get() });
+        *m_messages, [] { return QDateTime::currentDateTime(); }, m_trace.get(), true,
+        m_serviceManager.get() });
     m_messages->setMainWindow(m_frame.get());
     m_messages->setBalloonsEnabled(m_frame->balloonHelp());
     connect(m_frame.get(), &CMainFrame::balloonHelpChanged, m_messages.get(),
@@ -109,6 +111,18 @@ bool CVelmarManagerApp::initInstance()
 
     m_frame->show();
     return true;
+}
+
+void CVelmarManagerApp::registerServices()
+{
+    m_serviceManager = ServiceManager::createPlatformManager();
+    ThreadSleepClock clock;
+    DetachedProcessLauncher launcher;
+    ServiceControl control(*m_serviceManager, clock, launcher, m_options.programDirectory);
+    ServerServices services(control);
+    if (m_options.install)
+        services.RegisterAllServices();
+    services.EnsureServicesRegistered();
 }
 
 void CVelmarManagerApp::reportBrokenHives()

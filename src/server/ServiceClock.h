@@ -20,3 +20,14 @@ public:
     quint64 tickCount() override;
     void sleep(quint32 milliseconds) override;
 };
+
+// On the thread that runs the application's event loop (the user-interface
+// thread), waits in a local event loop that leaves out user input, so the
+// windows keep painting and nothing new is started meanwhile; on any other
+// thread it blocks like ThreadSleepClock.
+class EventLoopClock final : public ServiceClock
+{
+public:
+    quint64 tickCount() override;
+    void sleep(quint32 milliseconds) override;
+};
