@@ -7,6 +7,7 @@
 #include "RegistryHives.h"
 #include "ProgramLauncher.h"
 #include "ServerServices.h"
+#include "ServiceCommands.h"
 #include "ServiceClock.h"
 #include "SqlTrace.h"
 
@@ -144,6 +145,13 @@ void CVelmarManagerApp::takeScreenshot()
     if (dashboard->databaseState() == CMainFormView::DatabaseState::Checking) {
         // The picture should show the database check's outcome.
         connect(dashboard, &CMainFormView::databaseChecked, this,
+            &CVelmarManagerApp::takeScreenshot, Qt::SingleShotConnection);
+        return;
+    }
+    ServiceCommands *services = m_frame->serviceCommands();
+    if (!services->statesShown()) {
+        // The picture should show the daemons' states too.
+        connect(services, &ServiceCommands::statesRefreshed, this,
             &CVelmarManagerApp::takeScreenshot, Qt::SingleShotConnection);
         return;
     }

@@ -198,6 +198,7 @@ void ServiceCommands::showStates(const QList<QPair<QString, ServiceControl::Stat
         running.insert(name, state == ServiceControl::State::Running);
     }
     m_frame.dashboard()->setServiceStates(rows);
+    m_statesShown = true;
     // The tool bar asks as often as the dashboard is refreshed; the same
     // rules, on the states just read.
     const auto isRunning = [&running](const QString &name) { return running.value(name); };

@@ -30,6 +30,8 @@ public:
     ServerServices &services() { return m_services; }
     // True while a start thread of this window runs.
     bool startThreadRunning() const { return !m_startThreads.isEmpty(); }
+    // The dashboard shows states read from the manager (not the placeholders).
+    bool statesShown() const { return m_statesShown; }
 
     // How often the dashboard's states are read again.
     static constexpr int RefreshIntervalMs = 3000;
@@ -72,4 +74,5 @@ private:
     QTimer *m_refreshTimer;
     quint16 m_notificationPort;
     bool m_settingsToolRunning = false;
+    bool m_statesShown = false;
 };
