@@ -10,6 +10,7 @@ packages=(
   unixodbc odbcinst odbc-postgresql libsqliteodbc
   sqlite3 libsqlite3-dev postgresql time
   xvfb xauth fonts-wqy-microhei
+  systemd dbus dbus-user-session util-linux
 )
 
 missing=()

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs what is needed, builds, and runs every test: first in the release
-# build, then again in the sanitizer build. A private PostgreSQL server is
-# started for the run and stopped afterwards.
+# build, then again in the sanitizer build. A private PostgreSQL server and a
+# private systemd user manager (for the service tests) are started for the run
+# and stopped afterwards.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
@@ -17,7 +18,7 @@ export VELMAR_REQUIRE_PG=1
 jobs=$(nproc)
 
 start=$(date +%s)
-bash scripts/pg-test-server.sh run -- \
+bash scripts/pg-test-server.sh run -- bash scripts/systemd-test-manager.sh run -- \
   ctest --test-dir build/release --output-on-failure -j "$jobs"
 echo "tests (release): $(( $(date +%s) - start )) s"
 
@@ -27,6 +28,6 @@ start=$(date +%s)
 export LSAN_OPTIONS="suppressions=$root/tests/data/lsan.supp:print_suppressions=0"
 export ASAN_OPTIONS="detect_leaks=1:abort_on_error=1"
 export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"
-bash scripts/pg-test-server.sh run -- \
+bash scripts/pg-test-server.sh run -- bash scripts/systemd-test-manager.sh run -- \
   ctest --test-dir build/asan --output-on-failure -j "$jobs"
 echo "tests (sanitizers): $(( $(date +%s) - start )) s"

@@ -16,6 +16,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QThread>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
@@ -97,7 +98,9 @@ CMainFormView::CMainFormView(CMainFrame &frame, QWidget *parent)
 
     auto *services = new QGroupBox(u"服务"_s, this);
     services->setObjectName(u"servicesSection"_s);
-    m_servicesForm = new QFormLayout(services);
+    m_servicesSection = services;
+    m_servicesForm = new QFormLayout;
+    (new QVBoxLayout(services))->addLayout(m_servicesForm);
     QList<QPair<QString, QString>> unknownServices;
     for (const QString &name : serviceNames())
         unknownServices.append({ name, Unknown });
@@ -159,6 +162,20 @@ void CMainFormView::setDirectoryCounts(const QList<QPair<QString, qint64>> &coun
 void CMainFormView::setServiceStates(const QList<QPair<QString, QString>> &states)
 {
     fillRows(m_servicesForm, states, u"service"_s);
+}
+
+void CMainFormView::setServiceActions(QAction *start, QAction *stop)
+{
+    auto *row = new QHBoxLayout;
+    for (QAction *action : { start, stop }) {
+        auto *button = new QToolButton(m_servicesSection);
+        button->setObjectName(action == start ? u"startServicesButton"_s : u"stopServicesButton"_s);
+        button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+        button->setDefaultAction(action);
+        row->addWidget(button);
+    }
+    row->addStretch();
+    qobject_cast<QVBoxLayout *>(m_servicesSection->layout())->addLayout(row);
 }
 
 QString CMainFormView::databaseStateText() const

@@ -7,6 +7,7 @@
 #include <QWidget>
 
 class CMainFrame;
+class QAction;
 class QFormLayout;
 class QGroupBox;
 class QLabel;
@@ -40,6 +41,8 @@ public:
     void setDirectoryCounts(const QList<QPair<QString, qint64>> &counts);
     // Service name and state text per row ("VelmarD", "运行中").
     void setServiceStates(const QList<QPair<QString, QString>> &states);
+    // Buttons under the service states that run the menu's start and stop commands.
+    void setServiceActions(QAction *start, QAction *stop);
 
 public Q_SLOTS:
     // Re-reads the settings and checks the database again (unless a check
@@ -71,6 +74,7 @@ private:
     QLabel *m_checkedAt;
     QPushButton *m_refreshButton;
     QFormLayout *m_servicesForm;
+    QGroupBox *m_servicesSection = nullptr;
     QFormLayout *m_directoryForm;
 
     DatabaseState m_state = DatabaseState::Unchecked;

@@ -17,6 +17,7 @@
 #include "ServerData.h"
 #include "ServerDataSaver.h"
 #include "SettingsCommands.h"
+#include "ServiceCommands.h"
 #include "ViewIds.h"
 
 #include <QAction>
@@ -94,6 +95,7 @@ CMainFrame::CMainFrame(const MainFrameContext &context, QWidget *parent)
     createCentralArea();
     connectServerData();
     new SettingsCommands(*this);
+    m_serviceCommands = new ServiceCommands(*this, context.serviceManager);
 
     connect(m_document, &CVelmarManagerDoc::modifiedChanged, this, &CMainFrame::updateTitle);
     updateTitle();

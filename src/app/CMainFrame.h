@@ -16,6 +16,7 @@ class QAction;
 class QSplitter;
 class QStackedWidget;
 class QToolBar;
+class ServiceCommands;
 
 // The main window: the command table as menus and tool bar, the outlook bar
 // on the left and the form views in a splitter pane on the right. It owns the
@@ -66,6 +67,8 @@ public:
     CMainFormView *dashboard() const { return m_dashboard; }
     OutlookBar *outlookBar() const { return m_outlookBar; }
     QToolBar *mainToolBar() const { return m_toolBar; }
+    // The service-management commands (start, stop, database settings).
+    ServiceCommands *serviceCommands() const { return m_serviceCommands; }
 
     // The action of a command id of the command table; nullptr for an unknown id.
     QAction *commandAction(int commandId) const { return m_commands.value(commandId); }
@@ -139,6 +142,7 @@ private:
     QSplitter *m_splitter = nullptr;
     QStackedWidget *m_pane = nullptr;
     CMainFormView *m_dashboard = nullptr;
+    ServiceCommands *m_serviceCommands = nullptr;
     QHash<int, QWidget *> m_views;
     int m_currentView = -1;
 

@@ -5,6 +5,10 @@
 #include "CRegistry.h"
 #include "QtMessageService.h"
 #include "RegistryHives.h"
+#include "ProgramLauncher.h"
+#include "ServerServices.h"
+#include "ServiceCommands.h"
+#include "ServiceClock.h"
 #include "SqlTrace.h"
 
 #include <cstdio>
@@ -89,14 +93,13 @@ bool CVelmarManagerApp::initInstance()
     }
     reportBrokenHives();
 
-    // The service registration that "/install" asks for and the check that
-    // every service is registered come with the service control; until then
-    // the request is only remembered (installRequested()).
+    registerServices();
 
     m_serverType = readServerType(*m_hives);
 
     m_frame = std::make_unique<CMainFrame>(MainFrameContext { m_options.programDirectory, *m_hives,
-        *m_messages, [] { return QDateTime::currentDateTime(); }, m_trace.get() });
+        *m_messages, [] { return QDateTime::currentDateTime(); }, m_trace.get(), true,
+        m_serviceManager.get() });
     m_messages->setMainWindow(m_frame.get());
     m_messages->setBalloonsEnabled(m_frame->balloonHelp());
     connect(m_frame.get(), &CMainFrame::balloonHelpChanged, m_messages.get(),
@@ -109,6 +112,18 @@ bool CVelmarManagerApp::initInstance()
 
     m_frame->show();
     return true;
+}
+
+void CVelmarManagerApp::registerServices()
+{
+    m_serviceManager = ServiceManager::createPlatformManager();
+    ThreadSleepClock clock;
+    DetachedProcessLauncher launcher;
+    ServiceControl control(*m_serviceManager, clock, launcher, m_options.programDirectory);
+    ServerServices services(control);
+    if (m_options.install)
+        services.RegisterAllServices();
+    services.EnsureServicesRegistered();
 }
 
 void CVelmarManagerApp::reportBrokenHives()
@@ -130,6 +145,13 @@ void CVelmarManagerApp::takeScreenshot()
     if (dashboard->databaseState() == CMainFormView::DatabaseState::Checking) {
         // The picture should show the database check's outcome.
         connect(dashboard, &CMainFormView::databaseChecked, this,
+            &CVelmarManagerApp::takeScreenshot, Qt::SingleShotConnection);
+        return;
+    }
+    ServiceCommands *services = m_frame->serviceCommands();
+    if (!services->statesShown()) {
+        // The picture should show the daemons' states too.
+        connect(services, &ServiceCommands::statesRefreshed, this,
             &CVelmarManagerApp::takeScreenshot, Qt::SingleShotConnection);
         return;
     }

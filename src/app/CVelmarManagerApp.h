@@ -8,6 +8,7 @@
 class CMainFrame;
 class QtMessageService;
 class RegistryHives;
+class ServiceManager;
 class SqlTrace;
 
 // The one application object. It owns what the main frame is built with (the
@@ -39,6 +40,8 @@ public:
 
 private:
     void reportBrokenHives();
+    // "/install": register every daemon; then, at every start, the missing ones.
+    void registerServices();
     void takeScreenshot();
 
     StartupOptions m_options;
@@ -47,5 +50,6 @@ private:
     std::unique_ptr<RegistryHives> m_hives;
     std::unique_ptr<QtMessageService> m_messages;
     std::unique_ptr<SqlTrace> m_trace;
+    std::unique_ptr<ServiceManager> m_serviceManager;
     std::unique_ptr<CMainFrame> m_frame;
 };

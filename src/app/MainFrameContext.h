@@ -5,6 +5,7 @@
 #include <QString>
 
 class MessageService;
+class ServiceManager;
 class RegistryHives;
 class SqlTrace;
 
@@ -20,4 +21,6 @@ struct MainFrameContext
     // Read the server data once the administrator is let in. Tests of the
     // frame's own behaviour turn it off; the loading itself is tested headless.
     bool loadServerData = true;
+    // The operating system's service manager; nullptr: the platform's own.
+    ServiceManager *serviceManager = nullptr;
 };

@@ -232,7 +232,7 @@ void MainFrameTest::commandTable_data()
     row(32808, view, u"帮助栏(&B)"_s, true);
     row(32801, services, u"启动服务(&S)"_s, false);
     row(32802, services, u"停止服务(&T)"_s, false);
-    row(32823, services, u"数据库 设置/更改"_s, false);
+    row(32823, services, u"数据库 设置/更改"_s, true);
     row(32825, services, u"文件服务管理(&F)"_s, false);
     row(32821, settings, u"版权设置 (&C)"_s, false);
     row(32820, settings, u"主页设置 (&H)"_s, false);

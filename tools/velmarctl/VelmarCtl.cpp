@@ -9,6 +9,7 @@
 #include "ServerData.h"
 #include "ServerDataCounts.h"
 #include "ServerDataSaver.h"
+#include "ServiceCommand.h"
 #include "SqlTrace.h"
 
 #include <csignal>
@@ -90,13 +91,19 @@ bool VelmarCtl::parse(
     helpShown = false;
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        u"Runs the console's load or save sequence on a server folder.\n\n"
+        u"Runs the console's own sequences on a server folder, from a shell.\n\n"
         "  load     read every data set and print the counts as JSON\n"
         "  resave   read every data set, save it back unchanged (with the version bump\n"
         "           and the server notifications) and print the counts and the version\n"
         "  recover  finish a save that was cut short (its journal beside Serverinfo.ini);\n"
-        "           load and resave refuse (exit 3) while one is pending"_s);
-    parser.addPositionalArgument(u"command"_s, u"load, resave or recover"_s);
+        "           load and resave refuse (exit 3) while one is pending\n"
+        "  services status|start|stop\n"
+        "           print each daemon's state, or start or stop the server's daemons in\n"
+        "           the console's orders and print each step\n"
+        "  notify PORT [--code N]\n"
+        "           send the 32-byte change notification to 127.0.0.1:PORT"_s);
+    parser.addPositionalArgument(u"command"_s,
+        u"load, resave, recover, services status|start|stop or notify PORT"_s);
     const QCommandLineOption serverDir(
         u"server-dir"_s, u"The server folder (Serverinfo.ini, VelmarDB.mdb)."_s, u"dir"_s);
     const QCommandLineOption registryDir(
@@ -107,8 +114,10 @@ bool VelmarCtl::parse(
         u"resave: print the save's phases (journal, statements) on standard error."_s);
     const QCommandLineOption discard(
         u"discard"_s, u"recover: drop the pending save's journal instead of finishing it."_s);
+    const QCommandLineOption code(
+        u"code"_s, u"notify: the code at bytes 18-19 (default 0x0DAC)."_s, u"n"_s);
     const QCommandLineOption help = parser.addHelpOption();
-    parser.addOptions({ serverDir, registryDir, sqlTrace, timings, discard });
+    parser.addOptions({ serverDir, registryDir, sqlTrace, timings, discard, code });
     if (!parser.parse(arguments)) {
         message = parser.errorText();
         return false;
@@ -119,9 +128,35 @@ bool VelmarCtl::parse(
         return false;
     }
     const QStringList positional = parser.positionalArguments();
+    static const QStringList actions = { u"status"_s, u"start"_s, u"stop"_s };
+    if (!positional.isEmpty() && positional.first() == u"services"_s) {
+        if (positional.size() != 2 || !actions.contains(positional.at(1))) {
+            message = u"expected services status, start or stop\n\n"_s + parser.helpText();
+            return false;
+        }
+        options.command = positional.first();
+        options.servicesAction = positional.at(1);
+        options.serverDir = resolveServerDir(parser.value(serverDir));
+        return true;
+    }
+    if (!positional.isEmpty() && positional.first() == u"notify"_s) {
+        if (positional.size() != 2
+            || !ServiceCommand::parseNumber(positional.at(1), options.port, 1)) {
+            message = u"expected notify PORT (1-65535)\n\n"_s + parser.helpText();
+            return false;
+        }
+        if (parser.isSet(code)
+            && !ServiceCommand::parseNumber(parser.value(code), options.code, 0)) {
+            message = u"--code needs a number from 0 to 0xFFFF"_s;
+            return false;
+        }
+        options.command = positional.first();
+        return true;
+    }
     static const QStringList commands { u"load"_s, u"resave"_s, u"recover"_s };
     if (positional.size() != 1 || !commands.contains(positional.first())) {
-        message = u"expected one command, load, resave or recover\n\n"_s + parser.helpText();
+        message = u"expected one command: load, resave, recover, services or notify\n\n"_s
+            + parser.helpText();
         return false;
     }
     options.command = positional.first();
@@ -145,6 +180,11 @@ QString VelmarCtl::resolveServerDir(const QString &option)
 
 int VelmarCtl::run(const Options &options)
 {
+    if (options.command == u"services"_s)
+        return ServiceCommand::runServices(options.servicesAction, options.serverDir);
+    if (options.command == u"notify"_s)
+        return ServiceCommand::runNotify(options.port, options.code);
+
     const ServerFolder folder(options);
     RegistryHives *hives = folder.hives.get();
     const QString &profilePath = folder.profilePath;

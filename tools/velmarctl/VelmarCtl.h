@@ -16,11 +16,16 @@ public:
         UsageError = 2,
         SavePending = 3, // an unfinished save must be recovered first
         SaveFailed = 4,
+        ServiceFailed = 5, // a daemon did not start or stop
+        NotifyFailed = 6, // the datagram could not be sent
     };
 
     struct Options
     {
-        QString command; // "load", "resave" or "recover"
+        QString command; // "load", "resave", "recover", "services" or "notify"
+        QString servicesAction; // services: "status", "start" or "stop"
+        quint16 port = 0; // notify
+        quint16 code = 0x0DAC; // notify
         QString serverDir;
         QString registryDir; // empty: VELMAR_REGISTRY_DIR or the platform's folders
         QString sqlTrace; // empty: no trace
