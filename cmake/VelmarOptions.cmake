@@ -20,3 +20,12 @@ if(VELMAR_WERROR)
     target_compile_options(velmar_options INTERFACE -Werror)
 endif()
 
+
+# libFuzzer builds (clang): every library gets the fuzzer's coverage hooks and
+# the sanitizers; the entries themselves are in tests/fuzz.
+option(VELMAR_FUZZ "Build the libFuzzer entries in tests/fuzz (needs clang)" OFF)
+if(VELMAR_FUZZ)
+    target_compile_options(velmar_options INTERFACE
+        -fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer)
+    target_link_options(velmar_options INTERFACE -fsanitize=address,undefined)
+endif()
