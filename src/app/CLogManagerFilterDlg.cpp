@@ -108,7 +108,7 @@ QPushButton *CLogManagerFilterDlg::periodButton(LogFilterRules::PeriodButton but
     static const QStringList names = { u"todayButton"_s, u"weekButton"_s, u"monthButton"_s };
     auto *push = withId(
         new QPushButton(LogFilterRules::buttonText(button), this), id, names.at(id - IdToday));
-    connect(push, &QPushButton::clicked, this, [this, button] { applyPeriod(button); });
+    connect(push, &QPushButton::clicked, this, [this, button] { choosePeriod(button); });
     return push;
 }
 
@@ -151,7 +151,7 @@ void CLogManagerFilterDlg::endChanged()
         m_start->setDateTime(start);
 }
 
-void CLogManagerFilterDlg::applyPeriod(LogFilterRules::PeriodButton button)
+void CLogManagerFilterDlg::choosePeriod(LogFilterRules::PeriodButton button)
 {
     const LogFilterRules::Period period = LogFilterRules::periodFor(button, m_clock());
     // The end first: a start moved past the old end would drag it along.

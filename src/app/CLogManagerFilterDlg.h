@@ -52,11 +52,12 @@ public:
 
     // Click on 1082.
     void search();
+    // Click on a period button.
+    void choosePeriod(LogFilterRules::PeriodButton button);
 
 private:
     void startChanged();
     void endChanged();
-    void applyPeriod(LogFilterRules::PeriodButton button);
     QPushButton *periodButton(LogFilterRules::PeriodButton button, int id);
 
     Clock m_clock;

@@ -157,3 +157,13 @@ void CLogManagerUserLogFormView::openUploadFolder()
         return;
     context().openFolder(folder);
 }
+
+int CLogManagerUserLogFormView::firstRichTextRow(bool withFiles) const
+{
+    for (int row = 0; row < userModel()->rowCount(); ++row) {
+        const UserLogDetail detail = userModel()->detail(row);
+        if (detail.richText && (!withFiles || !detail.files.isEmpty()))
+            return row;
+    }
+    return -1;
+}

@@ -30,6 +30,9 @@ public:
 
     // The "打开..." button: the session's upload folder, when it exists.
     void openUploadFolder();
+    // The first listed row whose message is rich text (and, with withFiles,
+    // that has files); -1 when there is none.
+    int firstRichTextRow(bool withFiles) const;
 
 protected:
     void rowSelected(int row) override;

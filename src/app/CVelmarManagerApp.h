@@ -6,6 +6,7 @@
 #include <QApplication>
 
 class CMainFrame;
+class LogFormView;
 class QtMessageService;
 class RegistryHives;
 class SqlTrace;
@@ -40,6 +41,9 @@ public:
 private:
     void reportBrokenHives();
     void takeScreenshot();
+    // With --view: a log view searches the last week and shows a row first.
+    void prepareLogViewScreenshot(LogFormView *view);
+    void grabScreenshot();
 
     StartupOptions m_options;
     int m_startupExitCode = 0;
@@ -48,4 +52,6 @@ private:
     std::unique_ptr<QtMessageService> m_messages;
     std::unique_ptr<SqlTrace> m_trace;
     std::unique_ptr<CMainFrame> m_frame;
+    bool m_directoryWaitOver = false;
+    bool m_logViewSearched = false;
 };

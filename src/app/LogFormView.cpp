@@ -6,6 +6,7 @@
 #include "LogMemberNames.h"
 #include "LogTableModel.h"
 
+#include <algorithm>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -66,13 +67,18 @@ LogFormView::LogFormView(LogTableModel *model, const LogViewContext &context, QW
     m_list->verticalHeader()->setDefaultSectionSize(m_list->fontMetrics().height() + 6);
     m_list->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     m_list->horizontalHeader()->setHighlightSections(false);
+    // The widths were chosen for a system font in which a date and a time
+    // take about 110 pixels; with a wider font they grow alike, so the label
+    // column still shows the whole time.
+    m_widthScale
+        = std::max(1.0, m_list->fontMetrics().horizontalAdvance(u"2007-10-08 14:05:09"_s) / 110.0);
     const QList<int> widths = m_model->columnWidths();
     for (int column = 0; column < widths.size(); ++column) {
         // A zero width keeps a column out of sight (the path, the raw fields).
         if (widths.at(column) == 0)
             m_list->setColumnHidden(column, true);
         else
-            m_list->setColumnWidth(column, widths.at(column));
+            m_list->setColumnWidth(column, qRound(widths.at(column) * m_widthScale));
     }
 
     connect(m_list->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
@@ -90,6 +96,16 @@ LogFormView::LogFormView(LogTableModel *model, const LogViewContext &context, QW
 bool LogFormView::isLoading() const
 {
     return m_model->isLoading();
+}
+
+void LogFormView::selectRow(int row)
+{
+    const QModelIndex index = m_model->index(row, 0);
+    if (!index.isValid())
+        return;
+    m_list->selectionModel()->setCurrentIndex(
+        index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    m_list->scrollTo(index);
 }
 
 void LogFormView::applyFilter(const LogFilter &filter)

@@ -31,6 +31,10 @@ public:
     LogTableModel *model() const { return m_model; }
     // True while the list is being filled; selections do nothing then.
     bool isLoading() const;
+    // How much wider than designed the columns are for this font (at least 1).
+    double widthScale() const { return m_widthScale; }
+    // Makes row the focused and selected one, as a click does.
+    void selectRow(int row);
 
 protected:
     // The view takes model.
@@ -56,4 +60,5 @@ private:
     QProgressBar *m_progress;
     QTableView *m_list;
     int m_shownRow = -1;
+    double m_widthScale = 1.0;
 };

@@ -125,12 +125,17 @@ QStringList headerTexts(const QAbstractItemModel *model)
     return titles;
 }
 
-// The widths the list shows; a hidden column counts as 0.
-QList<int> shownWidths(const QTableView *list)
+// The widths the list shows, back in the designed pixels of the system font;
+// a hidden column counts as 0.
+QList<int> shownWidths(const LogFormView &view)
 {
+    const QTableView *list = view.list();
     QList<int> widths;
-    for (int column = 0; column < list->model()->columnCount(); ++column)
-        widths << (list->isColumnHidden(column) ? 0 : list->columnWidth(column));
+    for (int column = 0; column < list->model()->columnCount(); ++column) {
+        widths << (list->isColumnHidden(column)
+                ? 0
+                : qRound(list->columnWidth(column) / view.widthScale()));
+    }
     return widths;
 }
 
@@ -301,7 +306,8 @@ void LogViewsTest::chatViewListsAndShowsConversations()
     QTableView *list = view.list();
     QCOMPARE(headerTexts(list->model()),
         (QStringList { u"Time"_s, u"none"_s, u"Users"_s, u"Message"_s, u"Filename"_s }));
-    QCOMPARE(shownWidths(list), (QList<int> { 125, 0, 100, 805, 0 }));
+    QCOMPARE(shownWidths(view), (QList<int> { 125, 0, 100, 805, 0 }));
+    QVERIFY(list->columnWidth(0) > list->fontMetrics().horizontalAdvance(u"2007-10-08 13:30:00"_s));
     QCOMPARE(view.findChild<QLabel *>(u"titleCaption"_s)->text(), u"日志管理"_s);
     QCOMPARE(view.findChild<QLabel *>(u"listCaption"_s)->text(), u"日志"_s);
     QCOMPARE(view.filterPanel()->height(), 98);
@@ -347,7 +353,7 @@ void LogViewsTest::systemViewListsTheDaemonsLines()
     QTableView *list = view.list();
     QCOMPARE(headerTexts(list->model()),
         (QStringList { u"Time"_s, u"none"_s, u"Service"_s, u"Message"_s }));
-    QCOMPARE(shownWidths(list), (QList<int> { 125, 0, 100, 405 }));
+    QCOMPARE(shownWidths(view), (QList<int> { 125, 0, 100, 405 }));
 
     QVERIFY(searchThrough(view, at(2007, 10, 8, 0, 0, 0), at(2007, 10, 8, 23, 0, 0)));
     QCOMPARE(list->model()->rowCount(), 2);
@@ -391,7 +397,7 @@ void LogViewsTest::userViewListsRecordsPerReceiver()
         (QStringList { u"Date"_s, u"Time"_s, u"Service"_s, u"Service"_s, u"Server Port"_s,
             u"Event"_s, u"Type"_s, u"Sender"_s, u"Receiver"_s, u"Sender IP"_s, u"Status"_s,
             u"SubStatus"_s, u"DataLen"_s, u"Data"_s }));
-    QCOMPARE(shownWidths(list), (QList<int> { 125, 0, 0, 0, 0, 135, 50, 55, 65, 100, 0, 0, 0, 0 }));
+    QCOMPARE(shownWidths(view), (QList<int> { 125, 0, 0, 0, 0, 135, 50, 55, 65, 100, 0, 0, 0, 0 }));
 
     QVERIFY(searchThrough(view, at(2007, 10, 8, 14, 0, 0), at(2007, 10, 8, 14, 0, 0)));
     QCOMPARE(list->model()->rowCount(), 4);
