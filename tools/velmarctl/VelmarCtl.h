@@ -1,12 +1,14 @@
 #pragma once
 
+#include "LogsCommand.h"
+
 #include <QString>
 #include <QStringList>
 
 // The command-line companion of the console: runs the console's own load
 // and save sequences (CReadDBThread, ServerDataSaver) on a server folder and
 // reports what they read, so that an installation or a data set can be
-// checked without a display.
+// checked without a display; and lists the daemons' logs as the log views do.
 class VelmarCtl
 {
 public:
@@ -14,10 +16,11 @@ public:
 
     struct Options
     {
-        QString command; // "load" or "resave"
+        QString command; // "load", "resave" or "logs"
         QString serverDir;
         QString registryDir; // empty: VELMAR_REGISTRY_DIR or the platform's folders
         QString sqlTrace; // empty: no trace
+        LogsCommand::Options logs; // "logs" only
     };
 
     // Parses arguments (the program name first). Returns false with a message
