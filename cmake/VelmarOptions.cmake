@@ -20,3 +20,6 @@ if(VELMAR_WERROR)
     target_compile_options(velmar_options INTERFACE -Werror)
 endif()
 
+
+# libFuzzer entry points of the log parsers (tests/fuzz); needs clang.
+option(VELMAR_FUZZ "Build the libFuzzer targets (clang only)" OFF)
