@@ -22,7 +22,8 @@ endif()
 
 
 # libFuzzer builds (clang): every library gets the fuzzer's coverage hooks and
-# the sanitizers; the entries themselves are in tests/fuzz.
+# the sanitizers, so the fuzzers see into the parsers; the entry points are in
+# tests/fuzz.
 option(VELMAR_FUZZ "Build the libFuzzer entries in tests/fuzz (needs clang)" OFF)
 if(VELMAR_FUZZ)
     target_compile_options(velmar_options INTERFACE
