@@ -19,6 +19,11 @@ if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
   shot="$root/build/demo-screenshot.png"
   xvfb-run -a -s "-screen 0 1366x800x24" "$console" "${args[@]}" --screenshot "$shot"
   echo "Screenshot of the console: $shot"
+  # The user log view after a search of the last week, a rich-text message selected.
+  logshot="$root/build/userlog-screenshot.png"
+  xvfb-run -a -s "-screen 0 1366x800x24" "$console" "${args[@]}" --view userlog \
+    --screenshot "$logshot"
+  echo "Screenshot of the user log view: $logshot"
 else
   exec "$console" "${args[@]}"
 fi

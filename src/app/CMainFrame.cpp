@@ -3,6 +3,9 @@
 #include "CAboutDlg.h"
 #include "CAdminLoginDlg.h"
 #include "CAdmSetupPasswordDlg.h"
+#include "CLogManagerChatLogFormView.h"
+#include "CLogManagerSysLogFormView.h"
+#include "CLogManagerUserLogFormView.h"
 #include "CMainFormView.h"
 #include "CommandIds.h"
 #include "CProgressDlg.h"
@@ -23,6 +26,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDesktopServices>
 #include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
@@ -32,6 +36,7 @@
 #include <QStatusBar>
 #include <QStyle>
 #include <QToolBar>
+#include <QUrl>
 
 using namespace Qt::StringLiterals;
 
@@ -62,9 +67,6 @@ const QList<ViewPlaceholder> &viewPlaceholders()
         { ViewId::AccessControl, u"会员管理"_s, u"权限管理"_s, QStyle::SP_DialogApplyButton },
         { ViewId::Notice, u"会员管理"_s, u"公告管理"_s, QStyle::SP_FileDialogInfoView },
         { ViewId::FileBox, u"BOX编辑"_s, u"文件夹权限"_s, QStyle::SP_DriveNetIcon },
-        { ViewId::ChatLog, u"日志管理"_s, u"对话记录"_s, QStyle::SP_FileDialogContentsView },
-        { ViewId::SystemLog, u"日志管理"_s, u"系统日志"_s, QStyle::SP_FileDialogDetailedView },
-        { ViewId::UserLog, u"日志管理"_s, u"用户日志"_s, QStyle::SP_FileIcon },
     };
     return list;
 }
@@ -96,6 +98,7 @@ CMainFrame::CMainFrame(const MainFrameContext &context, QWidget *parent)
     connectServerData();
     new SettingsCommands(*this);
     m_serviceCommands = new ServiceCommands(*this, context.serviceManager);
+    createLogViews();
 
     connect(m_document, &CVelmarManagerDoc::modifiedChanged, this, &CMainFrame::updateTitle);
     updateTitle();
@@ -299,6 +302,23 @@ void CMainFrame::createCentralArea()
     }
     connect(m_outlookBar, &OutlookBar::viewSelected, this, &CMainFrame::showView);
     showView(ViewId::Home);
+}
+
+void CMainFrame::createLogViews()
+{
+    const LogViewContext context {
+        m_context.hives,
+        m_programDirectory,
+        m_context.clock,
+        m_serverData->directory(),
+        [](const QString &folder) { QDesktopServices::openUrl(QUrl::fromLocalFile(folder)); },
+    };
+    addView(ViewId::ChatLog, u"日志管理"_s, u"对话记录"_s, new CLogManagerChatLogFormView(context),
+        style()->standardIcon(QStyle::SP_FileDialogContentsView));
+    addView(ViewId::SystemLog, u"日志管理"_s, u"系统日志"_s, new CLogManagerSysLogFormView(context),
+        style()->standardIcon(QStyle::SP_FileDialogDetailedView));
+    addView(ViewId::UserLog, u"日志管理"_s, u"用户日志"_s, new CLogManagerUserLogFormView(context),
+        style()->standardIcon(QStyle::SP_FileIcon));
 }
 
 void CMainFrame::addView(

@@ -123,6 +123,8 @@ private:
     void createMenus();
     void createToolBar();
     void createCentralArea();
+    // The chat, system and user log views in the "日志管理" group.
+    void createLogViews();
     QAction *command(int id, const QString &label, bool enabled = false);
     void setBalloonHelp(bool enabled);
     void runStartupPrompt();

@@ -1,15 +1,20 @@
 #include "CVelmarManagerApp.h"
 
+#include "CLogManagerFilterDlg.h"
+#include "CLogManagerUserLogFormView.h"
 #include "CMainFormView.h"
 #include "CMainFrame.h"
 #include "CRegistry.h"
+#include "LogTableModel.h"
 #include "QtMessageService.h"
 #include "RegistryHives.h"
 #include "ProgramLauncher.h"
 #include "ServerServices.h"
 #include "ServiceCommands.h"
 #include "ServiceClock.h"
+#include "ServerData.h"
 #include "SqlTrace.h"
+#include "ViewIds.h"
 
 #include <cstdio>
 #include <QDir>
@@ -20,6 +25,15 @@
 using namespace Qt::StringLiterals;
 
 namespace {
+int startViewId(const QString &name)
+{
+    if (name == u"chatlog"_s)
+        return ViewId::ChatLog;
+    if (name == u"syslog"_s)
+        return ViewId::SystemLog;
+    return ViewId::UserLog;
+}
+
 void printLine(FILE *stream, const QString &text)
 {
     std::fputs(text.toLocal8Bit().constData(), stream);
@@ -110,6 +124,9 @@ bool CVelmarManagerApp::initInstance()
             Qt::QueuedConnection);
     }
 
+    if (!m_options.startView.isEmpty())
+        m_frame->showView(startViewId(m_options.startView));
+
     m_frame->show();
     return true;
 }
@@ -155,6 +172,54 @@ void CVelmarManagerApp::takeScreenshot()
             &CVelmarManagerApp::takeScreenshot, Qt::SingleShotConnection);
         return;
     }
+    if (auto *logView = qobject_cast<LogFormView *>(m_frame->view(m_frame->currentViewId()))) {
+        prepareLogViewScreenshot(logView);
+        return;
+    }
+    grabScreenshot();
+}
+
+void CVelmarManagerApp::prepareLogViewScreenshot(LogFormView *view)
+{
+    // The names in the list come from the directory: wait for it, but not
+    // for ever when the database cannot be read.
+    if (m_frame->serverData()->loadState() == ServerData::LoadState::NotLoaded
+        && !m_directoryWaitOver) {
+        m_directoryWaitOver = true;
+        connect(
+            m_frame->serverData(), &ServerData::adopted, this,
+            [this, view] { prepareLogViewScreenshot(view); }, Qt::SingleShotConnection);
+        QTimer::singleShot(15000, view, [this, view] {
+            if (m_frame->serverData()->loadState() == ServerData::LoadState::NotLoaded)
+                prepareLogViewScreenshot(view);
+        });
+        return;
+    }
+    if (m_logViewSearched)
+        return;
+    m_logViewSearched = true;
+    connect(
+        view->model(), &LogTableModel::searchFinished, this,
+        [this, view] {
+            // The user log shows a record in full, rich text and files if there is one.
+            if (auto *userLog = qobject_cast<CLogManagerUserLogFormView *>(view)) {
+                int row = userLog->firstRichTextRow(true);
+                if (row < 0)
+                    row = userLog->firstRichTextRow(false);
+                if (row >= 0)
+                    userLog->selectRow(row);
+            } else if (view->model()->rowCount() > 0) {
+                view->selectRow(0);
+            }
+            grabScreenshot();
+        },
+        Qt::SingleShotConnection);
+    view->filterPanel()->choosePeriod(LogFilterRules::PeriodButton::Week);
+    view->filterPanel()->search();
+}
+
+void CVelmarManagerApp::grabScreenshot()
+{
     // Let the last repaint reach the backing store before grabbing.
     QTimer::singleShot(200, this, [this] {
         const QString path = m_options.screenshotPath;

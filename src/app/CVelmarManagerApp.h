@@ -6,6 +6,7 @@
 #include <QApplication>
 
 class CMainFrame;
+class LogFormView;
 class QtMessageService;
 class RegistryHives;
 class ServiceManager;
@@ -43,6 +44,9 @@ private:
     // "/install": register every daemon; then, at every start, the missing ones.
     void registerServices();
     void takeScreenshot();
+    // With --view: a log view searches the last week and shows a row first.
+    void prepareLogViewScreenshot(LogFormView *view);
+    void grabScreenshot();
 
     StartupOptions m_options;
     int m_startupExitCode = 0;
@@ -52,4 +56,6 @@ private:
     std::unique_ptr<SqlTrace> m_trace;
     std::unique_ptr<ServiceManager> m_serviceManager;
     std::unique_ptr<CMainFrame> m_frame;
+    bool m_directoryWaitOver = false;
+    bool m_logViewSearched = false;
 };

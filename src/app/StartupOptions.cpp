@@ -36,8 +36,8 @@ StartupOptions StartupOptions::parse(const QStringList &arguments, const QString
                 hasInlineValue = true;
             }
         }
-        static const QStringList withValue
-            = { u"--server-dir"_s, u"--registry-dir"_s, u"--sql-trace"_s, u"--screenshot"_s };
+        static const QStringList withValue = { u"--server-dir"_s, u"--registry-dir"_s,
+            u"--sql-trace"_s, u"--screenshot"_s, u"--view"_s };
         if (withValue.contains(name)) {
             if (!hasInlineValue) {
                 if (i + 1 >= arguments.size()) {
@@ -56,6 +56,8 @@ StartupOptions StartupOptions::parse(const QStringList &arguments, const QString
                 options.registryDirectory = cleanDirectory(value);
             else if (name == u"--sql-trace"_s)
                 options.sqlTracePath = QDir().absoluteFilePath(value);
+            else if (name == u"--view"_s)
+                options.startView = value;
             else
                 options.screenshotPath = QDir().absoluteFilePath(value);
             continue;
@@ -86,6 +88,12 @@ StartupOptions StartupOptions::parse(const QStringList &arguments, const QString
         }
     }
 
+    if (!options.startView.isEmpty() && !startViews().contains(options.startView)) {
+        options.error
+            = u"unknown view %1 (one of %2)"_s.arg(options.startView, startViews().join(u", "_s));
+        return options;
+    }
+
     if (serverDir.isEmpty())
         serverDir = environmentServerDir;
     if (serverDir.isEmpty())
@@ -109,5 +117,12 @@ QString StartupOptions::usage()
            "                       $VELMAR_REGISTRY_DIR, else /etc/velmar and ~/.config/velmar)\n"
            "  --sql-trace FILE     write every SQL statement executed to FILE\n"
            "  --screenshot FILE    after start-up, save the main window as PNG to FILE and quit\n"
+           "  --view NAME          show a log view at start: chatlog, syslog or userlog; with\n"
+           "                       --screenshot the view first searches the last week\n"
            "  /install             register the server's services\n"_s;
+}
+
+QStringList StartupOptions::startViews()
+{
+    return { u"chatlog"_s, u"syslog"_s, u"userlog"_s };
 }

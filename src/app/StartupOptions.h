@@ -10,6 +10,7 @@ struct StartupOptions
     QString registryDirectory; // empty: the hives' usual places
     QString sqlTracePath;
     QString screenshotPath;
+    QString startView; // --view: "chatlog", "syslog" or "userlog", shown at start
     bool install = false; // "/install" somewhere on the command line
     bool help = false;
     QString error; // non-empty: start-up ends with this text
@@ -20,4 +21,6 @@ struct StartupOptions
     static StartupOptions parse(const QStringList &arguments, const QString &executableDir,
         const QString &environmentServerDir, const QString &environmentRegistryDir);
     static QString usage();
+    // The names --view accepts.
+    static QStringList startViews();
 };

@@ -331,12 +331,25 @@ void MainFrameTest::viewsSwitchInPane()
     QVERIFY(bar->groupCaptions().contains(u"日志管理"_s));
     // Views still to come are greyed place holders without a view.
     for (int id : { ViewId::Organize, ViewId::Position, ViewId::AccessControl, ViewId::FileBox,
-             ViewId::Notice, ViewId::ChatLog, ViewId::SystemLog, ViewId::UserLog }) {
+             ViewId::Notice }) {
         QVERIFY(bar->hasItem(id));
         QVERIFY(!bar->isItemEnabled(id));
         QVERIFY(!frame.view(id));
         QVERIFY(!frame.showView(id));
     }
+    // The three log views are there from the start, in their group.
+    QCOMPARE(bar->itemIds(u"日志管理"_s),
+        (QList<int> { ViewId::ChatLog, ViewId::SystemLog, ViewId::UserLog }));
+    const QList<std::pair<int, QString>> logViews = { { ViewId::ChatLog, u"chatLogView"_s },
+        { ViewId::SystemLog, u"sysLogView"_s }, { ViewId::UserLog, u"userLogView"_s } };
+    for (const auto &[id, name] : logViews) {
+        QVERIFY(bar->isItemEnabled(id));
+        QVERIFY(frame.view(id));
+        QCOMPARE(frame.view(id)->objectName(), name);
+    }
+    QCOMPARE(bar->itemCaption(ViewId::ChatLog), u"对话记录"_s);
+    QCOMPARE(bar->itemCaption(ViewId::SystemLog), u"系统日志"_s);
+    QCOMPARE(bar->itemCaption(ViewId::UserLog), u"用户日志"_s);
 
     // A view added later takes its place holder's place and is chosen from the bar.
     QSignalSpy changed(&frame, &CMainFrame::viewChanged);

@@ -24,6 +24,7 @@ private Q_SLOTS:
     void startupOptions();
     void startupOptionErrors_data();
     void startupOptionErrors();
+    void startupViewOption();
     void enterLatchAlternates();
     void enterLatchPressConfirmsOnce();
     void digestIsMd5OfCodePageBytes_data();
@@ -109,6 +110,7 @@ void ShellLogicTest::startupOptionErrors_data()
     QTest::newRow("a document to open") << QStringList({ u"members.txt"_s });
     QTest::newRow("missing server folder")
         << QStringList({ u"--server-dir"_s, u"/nonexistent/velmar"_s });
+    QTest::newRow("unknown view") << QStringList({ u"--view"_s, u"notices"_s });
 }
 
 void ShellLogicTest::startupOptionErrors()
@@ -118,6 +120,19 @@ void ShellLogicTest::startupOptionErrors()
     const StartupOptions options
         = StartupOptions::parse(arguments, exe.path(), QString(), QString());
     QVERIFY(!options.error.isEmpty());
+}
+
+void ShellLogicTest::startupViewOption()
+{
+    QTemporaryDir exe;
+    for (const QString &name : { u"chatlog"_s, u"syslog"_s, u"userlog"_s }) {
+        const StartupOptions options
+            = StartupOptions::parse({ u"--view"_s, name }, exe.path(), QString(), QString());
+        QVERIFY2(options.error.isEmpty(), qPrintable(options.error));
+        QCOMPARE(options.startView, name);
+    }
+    const StartupOptions plain = StartupOptions::parse({}, exe.path(), QString(), QString());
+    QVERIFY(plain.startView.isEmpty());
 }
 
 void ShellLogicTest::enterLatchAlternates()

@@ -1,6 +1,7 @@
 // velmar-gen: creates a server folder with a plausible database, settings and
 // logs, for the demo, the tests and the benchmarks.
 
+#include "BenchLogWriter.h"
 #include "DatabaseWriter.h"
 #include "DataGenerator.h"
 #include "GeneratorOptions.h"
@@ -113,6 +114,13 @@ int main(int argc, char *argv[])
         { u"date"_s, u"Day the newest notices and logs are dated (YYYY-MM-DD, default today)."_s,
             u"day"_s },
         { u"logs"_s, u"Also write a LogFiles folder with chat, system and user logs."_s },
+        { u"logs-bench"_s,
+            u"Write a month of logs at benchmark volume instead: 30 days of hourly user "
+            u"logs (about 1 GB), system logs of six daemons (about 300 MB) and 50,000 chat "
+            u"files, up to --date."_s },
+        { u"logs-bench-scale"_s,
+            u"With --logs-bench: the share of that volume to write, in percent (default 100)."_s,
+            u"percent"_s },
     };
     parser.addOptions(options);
     parser.process(app);
@@ -183,8 +191,23 @@ int main(int argc, char *argv[])
     if (!folder.writeProfile(data, &error) || !folder.writeRegistry(&error)
         || !folder.writeUploads(data, &error) || !folder.writeFileBox(data, &error))
         return fail(error), 1;
-    if (o.logs && !LogWriter(folder.logRoot(), data, o.referenceDate, o.seed).write(&error))
+    if (parser.isSet(u"logs-bench"_s)) {
+        BenchLogWriter::Volume volume;
+        if (parser.isSet(u"logs-bench-scale"_s)) {
+            bool ok = false;
+            const int percent = parser.value(u"logs-bench-scale"_s).toInt(&ok);
+            if (!ok || percent < 1 || percent > 100)
+                return fail(u"--logs-bench-scale needs a percentage from 1 to 100"_s), 2;
+            volume.userBytes = volume.userBytes * percent / 100;
+            volume.systemBytes = volume.systemBytes * percent / 100;
+            volume.chatFiles = std::max(1, volume.chatFiles * percent / 100);
+        }
+        if (!BenchLogWriter(folder.logRoot(), data, o.referenceDate, o.seed, volume).write(&error))
+            return fail(error), 1;
+    } else if (o.logs
+        && !LogWriter(folder.logRoot(), data, o.referenceDate, o.seed).write(&error)) {
         return fail(error), 1;
+    }
     QFile marker(QDir(o.outDir).filePath(MarkerName));
     if (!marker.open(QIODevice::WriteOnly))
         return fail(u"cannot write %1"_s.arg(marker.fileName())), 1;

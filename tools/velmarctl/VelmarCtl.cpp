@@ -97,13 +97,16 @@ bool VelmarCtl::parse(
         "           and the server notifications) and print the counts and the version\n"
         "  recover  finish a save that was cut short (its journal beside Serverinfo.ini);\n"
         "           load and resave refuse (exit 3) while one is pending\n"
+        "  logs chat|system|user --from DATETIME --to DATETIME\n"
+        "           print the rows the log view lists for that period, one per line\n"
+        "           (DATETIME: YYYY-MM-DDTHH:MM:SS or 'YYYY-MM-DD HH:MM:SS')\n"
         "  services status|start|stop\n"
         "           print each daemon's state, or start or stop the server's daemons in\n"
         "           the console's orders and print each step\n"
         "  notify PORT [--code N]\n"
         "           send the 32-byte change notification to 127.0.0.1:PORT"_s);
     parser.addPositionalArgument(u"command"_s,
-        u"load, resave, recover, services status|start|stop or notify PORT"_s);
+        u"load, resave, recover, logs, services status|start|stop or notify PORT"_s);
     const QCommandLineOption serverDir(
         u"server-dir"_s, u"The server folder (Serverinfo.ini, VelmarDB.mdb)."_s, u"dir"_s);
     const QCommandLineOption registryDir(
@@ -114,10 +117,19 @@ bool VelmarCtl::parse(
         u"resave: print the save's phases (journal, statements) on standard error."_s);
     const QCommandLineOption discard(
         u"discard"_s, u"recover: drop the pending save's journal instead of finishing it."_s);
+    const QCommandLineOption from(
+        u"from"_s, u"logs: the start of the period (inclusive)."_s, u"datetime"_s);
+    const QCommandLineOption to(
+        u"to"_s, u"logs: the end of the period (inclusive)."_s, u"datetime"_s);
+    const QCommandLineOption oldestFirst(
+        u"oldest-first"_s, u"logs: keep the reading order instead of newest first."_s);
+    const QCommandLineOption format(
+        u"format"_s, u"logs: tsv (default) or json (one array per line)."_s, u"format"_s);
     const QCommandLineOption code(
         u"code"_s, u"notify: the code at bytes 18-19 (default 0x0DAC)."_s, u"n"_s);
     const QCommandLineOption help = parser.addHelpOption();
-    parser.addOptions({ serverDir, registryDir, sqlTrace, timings, discard, code });
+    parser.addOptions(
+        { serverDir, registryDir, sqlTrace, timings, discard, from, to, oldestFirst, format, code });
     if (!parser.parse(arguments)) {
         message = parser.errorText();
         return false;
@@ -154,8 +166,30 @@ bool VelmarCtl::parse(
         return true;
     }
     static const QStringList commands { u"load"_s, u"resave"_s, u"recover"_s };
-    if (positional.size() != 1 || !commands.contains(positional.first())) {
-        message = u"expected one command: load, resave, recover, services or notify\n\n"_s
+    if (positional.value(0) == u"logs"_s) {
+        if (positional.size() != 2
+            || !LogsCommand::parseKind(positional.at(1), options.logs.kind)) {
+            message = u"expected logs chat, logs system or logs user"_s;
+            return false;
+        }
+        options.logs.filter.start = LogsCommand::parseDateTime(parser.value(from));
+        options.logs.filter.end = LogsCommand::parseDateTime(parser.value(to));
+        if (!options.logs.filter.start.isValid() || !options.logs.filter.end.isValid()) {
+            message = u"--from and --to need a date and time, YYYY-MM-DDTHH:MM:SS"_s;
+            return false;
+        }
+        options.logs.filter.newestFirst = !parser.isSet(oldestFirst);
+        const QString formatText = parser.value(format);
+        if (formatText.isEmpty() || formatText == u"tsv"_s) {
+            options.logs.format = LogsCommand::Format::Tsv;
+        } else if (formatText == u"json"_s) {
+            options.logs.format = LogsCommand::Format::Json;
+        } else {
+            message = u"--format is tsv or json"_s;
+            return false;
+        }
+    } else if (positional.size() != 1 || !commands.contains(positional.first())) {
+        message = u"expected one command: load, resave, recover, logs, services or notify\n\n"_s
             + parser.helpText();
         return false;
     }
@@ -187,6 +221,8 @@ int VelmarCtl::run(const Options &options)
 
     const ServerFolder folder(options);
     RegistryHives *hives = folder.hives.get();
+    if (options.command == u"logs"_s)
+        return LogsCommand::run(options.logs, *hives, options.serverDir);
     const QString &profilePath = folder.profilePath;
     const QString &databasePath = folder.databasePath;
 

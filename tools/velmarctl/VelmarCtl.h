@@ -1,12 +1,14 @@
 #pragma once
 
+#include "LogsCommand.h"
+
 #include <QString>
 #include <QStringList>
 
 // The command-line companion of the console: runs the console's own load
 // and save sequences (CReadDBThread, ServerDataSaver) on a server folder and
 // reports what they read, so that an installation or a data set can be
-// checked without a display.
+// checked without a display; and lists the daemons' logs as the log views do.
 class VelmarCtl
 {
 public:
@@ -22,7 +24,7 @@ public:
 
     struct Options
     {
-        QString command; // "load", "resave", "recover", "services" or "notify"
+        QString command; // "load", "resave", "recover", "logs", "services" or "notify"
         QString servicesAction; // services: "status", "start" or "stop"
         quint16 port = 0; // notify
         quint16 code = 0x0DAC; // notify
@@ -31,6 +33,7 @@ public:
         QString sqlTrace; // empty: no trace
         bool timings = false; // resave: print the save's phases on standard error
         bool discard = false; // recover: drop the journal instead of finishing it
+        LogsCommand::Options logs; // "logs" only
     };
 
     // Parses arguments (the program name first). Returns false with a message

@@ -1,0 +1,91 @@
+#pragma once
+
+#include "LogByteArena.h"
+#include "LogRows.h"
+#include "LogSearch.h"
+#include "LogText.h"
+
+#include <memory>
+#include <optional>
+#include <QHash>
+#include <vector>
+
+// The user log: every row read (a sent message and one received row per
+// receiver), an index from member id to that member's rows, and the rows the
+// list shows (all of them, or one member's).
+class UserLogRows final : public LogRows
+{
+public:
+    enum Column {
+        DateColumn, // the label: date and time
+        TimeColumn,
+        ServiceColumn,
+        ServerIpColumn, // captioned "Service" as well
+        ServerPortColumn,
+        EventColumn,
+        TypeColumn,
+        SenderColumn,
+        ReceiverColumn,
+        SenderIpColumn,
+        StatusColumn,
+        SubStatusColumn,
+        DataLenColumn,
+        DataColumn,
+        ColumnCount
+    };
+
+    static QStringList captions(); // "Date", "Time", "Service", "Service", "Server Port", ...
+    static QList<int> widths(); // 125, 0, 0, 0, 0, 135, 50, 55, 65, 100, 0, 0, 0, 0
+
+    explicit UserLogRows(LogMemberNames names = {}, const CodePage &codePage = CodePage::system());
+
+    // nullptr when cancelled.
+    static std::shared_ptr<UserLogRows> search(
+        const LogSearchRequest &request, const LogSearchControl &control = {});
+
+    void appendFile(QByteArray bytes);
+    // Newest first sorts every listing from now on (stable, by label).
+    void setNewestFirst(bool newestFirst);
+    // Lists the rows filed under a member id, or all stored rows.
+    void showMember(qint32 memberId);
+    void showAll();
+    std::optional<qint32> shownMember() const { return m_shownMember; }
+
+    int rowCount() const override { return int(m_listed.size()); }
+    int columnCount() const override { return ColumnCount; }
+    // Sender and receiver columns show member names (unknown receivers are
+    // left out; an unknown sender keeps its id).
+    QString cell(int row, int column) const override;
+    // The stored row of a listed row: the header fields as read (with the
+    // event and receiver of a received row), the data block last.
+    QStringList fields(int row) const;
+    int storedRowCount() const { return int(m_rows.size()); }
+    qint64 bytesHeld() const;
+
+private:
+    struct Record
+    {
+        quint64 key;
+        LogByteArena::Ref header;
+        LogByteArena::Ref data;
+        LogTextEncoding encoding;
+    };
+    struct Row
+    {
+        quint32 record;
+        qint32 receiver; // -1: as read; else which receiver of the sent message
+    };
+    QList<QByteArrayView> rowFields(const Row &row, QByteArrayView *data) const;
+    QString decode(QByteArrayView bytes, const Record &record) const;
+    void relist();
+
+    LogMemberNames m_names;
+    LogByteArena m_arena;
+    std::vector<Record> m_records;
+    std::vector<Row> m_rows;
+    QHash<qint32, std::vector<quint32>> m_byMember;
+    std::vector<quint32> m_listed;
+    std::optional<qint32> m_shownMember;
+    bool m_newestFirst = false;
+    LogTextDecoder m_decoder;
+};

@@ -1,0 +1,561 @@
+#include "CLogManagerChatLogFormView.h"
+#include "CLogManagerFilterDlg.h"
+#include "CLogManagerFilterDlgListener.h"
+#include "CLogManagerSysLogFormView.h"
+#include "CLogManagerUserLogFormView.h"
+#include "CRegistry.h"
+#include "Directory.h"
+#include "GroupTreeModel.h"
+#include "LogTableModel.h"
+#include "TempServerDir.h"
+
+#include <QAbstractItemModelTester>
+#include <QCheckBox>
+#include <QDateTimeEdit>
+#include <QDir>
+#include <QGroupBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTableView>
+#include <QTest>
+#include <QTextBlock>
+#include <QTextBrowser>
+#include <QTreeView>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QDateTime Now(QDate(2024, 3, 5), QTime(14, 25, 30));
+
+class RecordingListener : public CLogManagerFilterDlgListener
+{
+public:
+    void applyFilter(const LogFilter &filter) override { filters << filter; }
+    QList<LogFilter> filters;
+};
+
+QDateTime at(int y, int mo, int d, int h, int mi, int s)
+{
+    return QDateTime(QDate(y, mo, d), QTime(h, mi, s));
+}
+
+void click(QWidget *button)
+{
+    QVERIFY(button);
+    QTest::mouseClick(button, Qt::LeftButton);
+}
+
+// Members 101..103 in one group of the regular tree.
+void fillDirectory(Directory &directory)
+{
+    const QList<std::pair<qint32, QString>> members
+        = { { 101, u"张三"_s }, { 102, u"李四"_s }, { 103, u"王五"_s } };
+    const QModelIndex group
+        = directory.addGroup(false, directory.regularTree()->rootIndex(), u"研发部"_s);
+    for (const auto &[id, name] : members) {
+        UserInfo member;
+        member.id = id;
+        member.loginName = u"user%1"_s.arg(id);
+        member.displayName = name;
+        directory.addMember(false, member);
+        directory.addMembership(false, group, id, -1);
+    }
+}
+
+// A server folder with a log root, the directory and a recorded folder opener.
+struct LogViewFixture
+{
+    TempServerDir dir;
+    Directory directory;
+    QStringList openedFolders;
+
+    LogViewFixture() { fillDirectory(directory); }
+
+    LogViewContext context()
+    {
+        return LogViewContext { dir.hives(), dir.programDir(), [] { return Now; }, &directory,
+            [this](const QString &folder) { openedFolders << folder; } };
+    }
+
+    bool writeLog(const QString &relative, const QByteArray &contents)
+    {
+        return dir.writeFile(u"LogFiles/"_s + relative, contents);
+    }
+};
+
+// Sets the period in the pickers and presses the search button, as the
+// administrator does; returns when the list holds the result.
+bool searchThrough(
+    LogFormView &view, const QDateTime &start, const QDateTime &end, bool newestFirst = true)
+{
+    CLogManagerFilterDlg *panel = view.filterPanel();
+    qobject_cast<QDateTimeEdit *>(panel->control(CLogManagerFilterDlg::IdEndPicker))
+        ->setDateTime(end);
+    qobject_cast<QDateTimeEdit *>(panel->control(CLogManagerFilterDlg::IdStartPicker))
+        ->setDateTime(start);
+    qobject_cast<QCheckBox *>(panel->control(CLogManagerFilterDlg::IdNewestFirst))
+        ->setChecked(newestFirst);
+    QSignalSpy finished(view.model(), &LogTableModel::searchFinished);
+    QTest::mouseClick(panel->control(CLogManagerFilterDlg::IdSearch), Qt::LeftButton);
+    // Until the reading thread hands the result over the list is empty and loading.
+    if (view.model()->rowCount() != 0 || !view.isLoading())
+        return false;
+    return finished.wait(60000) && !view.isLoading();
+}
+
+QStringList rowTexts(const QAbstractItemModel *model, int row)
+{
+    QStringList cells;
+    for (int column = 0; column < model->columnCount(); ++column)
+        cells << model->index(row, column).data().toString();
+    return cells;
+}
+
+QStringList headerTexts(const QAbstractItemModel *model)
+{
+    QStringList titles;
+    for (int column = 0; column < model->columnCount(); ++column)
+        titles << model->headerData(column, Qt::Horizontal).toString();
+    return titles;
+}
+
+// The widths the list shows, back in the designed pixels of the system font;
+// a hidden column counts as 0.
+QList<int> shownWidths(const LogFormView &view)
+{
+    const QTableView *list = view.list();
+    QList<int> widths;
+    for (int column = 0; column < list->model()->columnCount(); ++column) {
+        widths << (list->isColumnHidden(column)
+                ? 0
+                : qRound(list->columnWidth(column) / view.widthScale()));
+    }
+    return widths;
+}
+
+void selectRow(QTableView *list, int row)
+{
+    const QRect cell = list->visualRect(list->model()->index(row, 0));
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, cell.center());
+}
+
+} // namespace
+
+class LogViewsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void filterPanelHasItsControlsAndTexts();
+    void periodButtonsSetThePickersOnly();
+    void searchHandsTheAdjustedPeriodToTheListener();
+    void pickersStayOrdered();
+    void keywordBoxChangesNothing();
+    void chatViewListsAndShowsConversations();
+    void systemViewListsTheDaemonsLines();
+    void userViewListsRecordsPerReceiver();
+    void userViewShowsTheRecordInFull();
+    void userViewOpensTheUploadFolder();
+    void memberTreeNarrowsTheList();
+    void newSearchReplacesTheRunningOne();
+};
+
+void LogViewsTest::filterPanelHasItsControlsAndTexts()
+{
+    CLogManagerFilterDlg panel([] { return Now; });
+    const QList<std::pair<int, QString>> texts = {
+        { CLogManagerFilterDlg::IdChoosePeriod, u"选 择 时 段"_s },
+        { CLogManagerFilterDlg::IdPeriodSettings, u"时 段 设 置"_s },
+        { CLogManagerFilterDlg::IdToday, u"当日"_s },
+        { CLogManagerFilterDlg::IdWeek, u"1周"_s },
+        { CLogManagerFilterDlg::IdMonth, u"1个月"_s },
+        { CLogManagerFilterDlg::IdSearch, u"时间段中查询"_s },
+        { CLogManagerFilterDlg::IdNewestFirst, u"最新类别"_s },
+    };
+    for (const auto &[id, text] : texts) {
+        QWidget *control = panel.control(id);
+        QVERIFY2(control, qPrintable(QString::number(id)));
+        if (auto *label = qobject_cast<QLabel *>(control))
+            QCOMPARE(label->text(), text);
+        else
+            QCOMPARE(qobject_cast<QAbstractButton *>(control)->text(), text);
+    }
+    QCOMPARE(qobject_cast<QGroupBox *>(panel.control(CLogManagerFilterDlg::IdResults))->title(),
+        u"搜索结果"_s);
+    QVERIFY(qobject_cast<QLineEdit *>(panel.control(CLogManagerFilterDlg::IdKeyword)));
+    // The captions of the keyword box and the check box.
+    QStringList labels;
+    for (const QLabel *label : panel.findChildren<QLabel *>())
+        labels << label->text();
+    QVERIFY(labels.contains(u"搜索关键词"_s));
+    QVERIFY(labels.contains(u"排 列 顺 序"_s));
+
+    QVERIFY(panel.autoFillBackground());
+    QCOMPARE(panel.palette().color(QPalette::Window), QColor(Qt::white));
+    QVERIFY(panel.newestFirst());
+    QCOMPARE(panel.start(), Now);
+    QCOMPARE(panel.end(), Now);
+    QCOMPARE(panel.listener(), nullptr);
+    panel.search(); // no listener yet: nothing happens
+}
+
+void LogViewsTest::periodButtonsSetThePickersOnly()
+{
+    CLogManagerFilterDlg panel([] { return Now; });
+    RecordingListener listener;
+    panel.setListener(&listener);
+
+    click(panel.control(CLogManagerFilterDlg::IdToday));
+    QCOMPARE(panel.start(), at(2024, 3, 5, 0, 25, 30));
+    QCOMPARE(panel.end(), at(2024, 3, 5, 23, 59, 59));
+
+    click(panel.control(CLogManagerFilterDlg::IdWeek));
+    QCOMPARE(panel.start(), at(2024, 2, 27, 0, 25, 30));
+    QCOMPARE(panel.end(), at(2024, 3, 5, 23, 59, 59));
+
+    // "1个月" ends at 01:59:59 of today, not at its end.
+    click(panel.control(CLogManagerFilterDlg::IdMonth));
+    QCOMPARE(panel.start(), at(2024, 2, 4, 0, 25, 30));
+    QCOMPARE(panel.end(), at(2024, 3, 5, 1, 59, 59));
+
+    QVERIFY(listener.filters.isEmpty());
+}
+
+void LogViewsTest::searchHandsTheAdjustedPeriodToTheListener()
+{
+    CLogManagerFilterDlg panel([] { return Now; });
+    RecordingListener listener;
+    panel.setListener(&listener);
+
+    click(panel.control(CLogManagerFilterDlg::IdToday));
+    click(panel.control(CLogManagerFilterDlg::IdSearch));
+    QCOMPARE(listener.filters.size(), 1);
+    QCOMPARE(listener.filters.at(0).start, at(2024, 3, 5, 0, 25, 30));
+    QCOMPARE(listener.filters.at(0).end, at(2024, 3, 6, 0, 59, 59));
+    QVERIFY(listener.filters.at(0).newestFirst);
+
+    // An end at 13:45:10 becomes 00:45:10 of the next day; the start only loses its hours.
+    auto *start = qobject_cast<QDateTimeEdit *>(panel.control(CLogManagerFilterDlg::IdStartPicker));
+    auto *end = qobject_cast<QDateTimeEdit *>(panel.control(CLogManagerFilterDlg::IdEndPicker));
+    end->setDateTime(at(2024, 3, 9, 13, 45, 10));
+    start->setDateTime(at(2024, 3, 8, 7, 5, 6));
+    click(panel.control(CLogManagerFilterDlg::IdNewestFirst));
+    click(panel.control(CLogManagerFilterDlg::IdSearch));
+    QCOMPARE(listener.filters.size(), 2);
+    QCOMPARE(listener.filters.at(1).start, at(2024, 3, 8, 0, 5, 6));
+    QCOMPARE(listener.filters.at(1).end, at(2024, 3, 10, 0, 45, 10));
+    QVERIFY(!listener.filters.at(1).newestFirst);
+}
+
+void LogViewsTest::pickersStayOrdered()
+{
+    CLogManagerFilterDlg panel([] { return Now; });
+    auto *start = qobject_cast<QDateTimeEdit *>(panel.control(CLogManagerFilterDlg::IdStartPicker));
+    auto *end = qobject_cast<QDateTimeEdit *>(panel.control(CLogManagerFilterDlg::IdEndPicker));
+
+    start->setDateTime(at(2024, 3, 7, 8, 0, 0));
+    QCOMPARE(panel.end(), at(2024, 3, 7, 8, 0, 0));
+
+    end->setDateTime(at(2024, 3, 1, 9, 0, 0));
+    QCOMPARE(panel.start(), at(2024, 3, 1, 9, 0, 0));
+
+    // Inside the order nothing is dragged along.
+    end->setDateTime(at(2024, 3, 3, 9, 0, 0));
+    start->setDateTime(at(2024, 3, 2, 9, 0, 0));
+    QCOMPARE(panel.start(), at(2024, 3, 2, 9, 0, 0));
+    QCOMPARE(panel.end(), at(2024, 3, 3, 9, 0, 0));
+}
+
+void LogViewsTest::keywordBoxChangesNothing()
+{
+    CLogManagerFilterDlg panel([] { return Now; });
+    RecordingListener listener;
+    panel.setListener(&listener);
+    click(panel.control(CLogManagerFilterDlg::IdSearch));
+    QTest::keyClicks(panel.control(CLogManagerFilterDlg::IdKeyword), u"MSG_SENT"_s);
+    click(panel.control(CLogManagerFilterDlg::IdSearch));
+    QCOMPARE(listener.filters.size(), 2);
+    QCOMPARE(listener.filters.at(1).start, listener.filters.at(0).start);
+    QCOMPARE(listener.filters.at(1).end, listener.filters.at(0).end);
+    QCOMPARE(listener.filters.at(1).newestFirst, listener.filters.at(0).newestFirst);
+}
+
+void LogViewsTest::chatViewListsAndShowsConversations()
+{
+    LogViewFixture fixture;
+    const QByteArray first = "2007-10-08 12:30:00 x 2|101|a|b|c|102|a|b|c\r\n"
+                             "2007-10-08 12:30:05 hello there\r\n"
+                             "  and more  \r\n"
+                             "2007-10-08 12:31:00 bye\r\n";
+    QVERIFY(fixture.writeLog(u"ChatD/c200710081230_1.txt"_s, first));
+    QVERIFY(fixture.writeLog(u"ChatD/c200710081330_2.txt"_s,
+        "2007-10-08 13:30:00 x 1|103|a|b|c\r\n2007-10-08 13:30:01 second\r\n"));
+    QVERIFY(fixture.writeLog(u"ChatD/c2007_1.txt"_s, "2007-10-08 12:00:00 x 0\r\n"));
+    QVERIFY(fixture.writeLog(u"ChatD/c200710091230_3.txt"_s, "2007-10-09 12:30:00 x 0\r\n"));
+
+    CLogManagerChatLogFormView view(fixture.context());
+    view.resize(1100, 700);
+    view.show();
+    QAbstractItemModelTester tester(view.model());
+    QTableView *list = view.list();
+    QCOMPARE(headerTexts(list->model()),
+        (QStringList { u"Time"_s, u"none"_s, u"Users"_s, u"Message"_s, u"Filename"_s }));
+    QCOMPARE(shownWidths(view), (QList<int> { 125, 0, 100, 805, 0 }));
+    QVERIFY(list->columnWidth(0) > list->fontMetrics().horizontalAdvance(u"2007-10-08 13:30:00"_s));
+    QCOMPARE(view.findChild<QLabel *>(u"titleCaption"_s)->text(), u"日志管理"_s);
+    QCOMPARE(view.findChild<QLabel *>(u"listCaption"_s)->text(), u"日志"_s);
+    QCOMPARE(view.filterPanel()->height(), 98);
+    QCOMPARE(view.filterPanel()->listener(), &view);
+
+    QVERIFY(searchThrough(view, at(2007, 10, 8, 0, 0, 0), at(2007, 10, 8, 23, 59, 59)));
+    QCOMPARE(list->model()->rowCount(), 2);
+    const QString firstPath = fixture.dir.programDir() + u"/LogFiles//ChatD/c200710081230_1.txt"_s;
+    QCOMPARE(rowTexts(list->model(), 0).mid(0, 4),
+        (QStringList { u"2007-10-08 13:30:00"_s, QString(), u"王五; "_s, u"second "_s }));
+    QCOMPARE(rowTexts(list->model(), 1),
+        (QStringList { u"2007-10-08 12:30:00"_s, QString(), u"张三; 李四; "_s,
+            u"hello there and more"_s, firstPath }));
+
+    // The list and the detail box share what is left below the list caption.
+    QVERIFY(qAbs(list->height() - view.detailText()->height()) <= 1);
+
+    selectRow(list, 1);
+    QCOMPARE(view.detailText()->toPlainText(),
+        u"2007-10-08 12:30:05 hello there\n  and more  \n2007-10-08 12:31:00 bye\n"_s);
+
+    // Oldest first: the order in which the files were read, not sorted.
+    QVERIFY(searchThrough(view, at(2007, 10, 8, 12, 30, 0), at(2007, 10, 8, 13, 30, 0), false));
+    QCOMPARE(list->model()->rowCount(), 2);
+}
+
+void LogViewsTest::systemViewListsTheDaemonsLines()
+{
+    LogViewFixture fixture;
+    QVERIFY(fixture.writeLog(u"RelayD/s2007100814.txt"_s,
+        "# RelayD log\r\n"
+        "2007-10-08 14:05:09 RelayD started relay on port 5001\r\n"
+        "2007-10-08 14:05:10\r\n"
+        "\r\n"
+        "not a header line\r\n"));
+    QVERIFY(
+        fixture.writeLog(u"VelmarD/s2007100815.txt"_s, "2007-10-08 15:00:00 VelmarD ready\r\n"));
+    QVERIFY(fixture.writeLog(u"VelmarD/s20071008.txt"_s, "2007-10-08 15:00:00 VelmarD short\r\n"));
+
+    CLogManagerSysLogFormView view(fixture.context());
+    view.resize(900, 600);
+    view.show();
+    QTableView *list = view.list();
+    QCOMPARE(headerTexts(list->model()),
+        (QStringList { u"Time"_s, u"none"_s, u"Service"_s, u"Message"_s }));
+    QCOMPARE(shownWidths(view), (QList<int> { 125, 0, 100, 405 }));
+
+    QVERIFY(searchThrough(view, at(2007, 10, 8, 0, 0, 0), at(2007, 10, 8, 23, 0, 0)));
+    QCOMPARE(list->model()->rowCount(), 2);
+    QCOMPARE(rowTexts(list->model(), 0),
+        (QStringList { u"2007-10-08 15:00:00"_s, QString(), u"VelmarD"_s, u"ready"_s }));
+    QCOMPARE(rowTexts(list->model(), 1),
+        (QStringList {
+            u"2007-10-08 14:05:09"_s, QString(), u"RelayD"_s, u"started relay on port 5001"_s }));
+    selectRow(list, 0);
+    QCOMPARE(list->selectionModel()->selectedRows().size(), 1);
+}
+
+namespace {
+
+const QByteArray UserLog = "2007-10-08 14:05:09 VelmarD 10.0.0.1 5000 MSG_SENT 1 101 102;103 "
+                           "10.0.0.9 0 0 256\r\n"
+                           "SESSIONID: abc123@host\r\n"
+                           "FILES: |x|y|a|doc.txt|b|c|pics\\|d\r\n"
+                           "MESSAGE: {\\rtf1\\ansi\\ansicpg936{\\fonttbl{\\f0\\fcharset134 "
+                           "\\'cb\\'ce\\'cc\\'e5;}}\\f0 \\b \\'c4\\'e3\\'ba\\'c3\\b0  plain}\r\n"
+                           ".END_OF_DATA\r\n"
+                           "2007-10-08 14:06:00 VelmarD 10.0.0.1 5000 MSG_RECV 1 102 101 "
+                           "10.0.0.8 0 0 128\r\n"
+                           "MESSAGE:  {\\rtf1 not rich}\r\n"
+                           ".END_OF_DATA\r\n";
+
+} // namespace
+
+void LogViewsTest::userViewListsRecordsPerReceiver()
+{
+    LogViewFixture fixture;
+    QVERIFY(fixture.writeLog(u"VelmarD/u2007100814.txt"_s, UserLog));
+    QVERIFY(fixture.writeLog(u"VelmarD/u200710081.txt"_s, UserLog));
+
+    CLogManagerUserLogFormView view(fixture.context());
+    view.resize(1100, 700);
+    view.show();
+    QAbstractItemModelTester tester(view.model());
+    QTableView *list = view.list();
+    QCOMPARE(headerTexts(list->model()),
+        (QStringList { u"Date"_s, u"Time"_s, u"Service"_s, u"Service"_s, u"Server Port"_s,
+            u"Event"_s, u"Type"_s, u"Sender"_s, u"Receiver"_s, u"Sender IP"_s, u"Status"_s,
+            u"SubStatus"_s, u"DataLen"_s, u"Data"_s }));
+    QCOMPARE(shownWidths(view), (QList<int> { 125, 0, 0, 0, 0, 135, 50, 55, 65, 100, 0, 0, 0, 0 }));
+
+    QVERIFY(searchThrough(view, at(2007, 10, 8, 14, 0, 0), at(2007, 10, 8, 14, 0, 0)));
+    QCOMPARE(list->model()->rowCount(), 4);
+    // Newest first on the label; the two received copies keep their order.
+    QStringList events;
+    QStringList receivers;
+    for (int row = 0; row < 4; ++row) {
+        events << list->model()->index(row, 5).data().toString();
+        receivers << list->model()->index(row, 8).data().toString();
+    }
+    QCOMPARE(list->model()->index(0, 0).data().toString(), u"2007-10-08 14:06:00"_s);
+    QCOMPARE(events, (QStringList { u"MSG_RECV"_s, u"MSG_SENT"_s, u"MSG_RECV"_s, u"MSG_RECV"_s }));
+    QCOMPARE(receivers, (QStringList { u"张三"_s, u"李四;王五"_s, u"李四"_s, u"王五"_s }));
+    QCOMPARE(list->model()->index(1, 7).data().toString(), u"张三"_s);
+    QCOMPARE(list->model()->index(1, 9).data().toString(), u"10.0.0.9"_s);
+}
+
+void LogViewsTest::userViewShowsTheRecordInFull()
+{
+    LogViewFixture fixture;
+    QVERIFY(fixture.writeLog(u"VelmarD/u2007100814.txt"_s, UserLog));
+    CLogManagerUserLogFormView view(fixture.context());
+    view.resize(1100, 700);
+    view.show();
+    QVERIFY(searchThrough(view, at(2007, 10, 8, 0, 0, 0), at(2007, 10, 8, 23, 0, 0)));
+    QCOMPARE(view.list()->model()->index(1, 5).data().toString(), u"MSG_SENT"_s);
+
+    selectRow(view.list(), 1);
+    const QString header = view.headerText()->toPlainText();
+    QVERIFY2(header.startsWith(u"Date\t: 2007-10-08\nTime\t: 14:05:09\nEvent\t: MSG_SENT\n"
+                               "Type\t: 1\nSender\t: 101\nSender IP\t: 10.0.0.9\n"
+                               "Receiver\t: 102;103\n\nData\t:\nSESSIONID: abc123@host\n"_s),
+        qPrintable(header));
+    QCOMPARE(view.filesList()->count(), 2);
+    QCOMPARE(view.filesList()->item(0)->text(), u"doc.txt"_s);
+    QCOMPARE(view.filesList()->item(1)->text(), u"pics\\"_s);
+    QVERIFY(view.openButton()->isEnabled());
+    QCOMPARE(view.sessionId(), u"abc123"_s);
+
+    // The rich text is shown formatted: the GBK bold words and the plain rest.
+    const QTextDocument *document = view.messageText()->document();
+    QCOMPARE(document->toPlainText(), u"你好 plain"_s);
+    bool boldSeen = false;
+    bool plainSeen = false;
+    for (auto it = document->begin().begin(); !it.atEnd(); ++it) {
+        const QTextFragment fragment = it.fragment();
+        if (fragment.text() == u"你好"_s)
+            boldSeen = fragment.charFormat().fontWeight() >= QFont::Bold;
+        if (fragment.text() == u" plain"_s)
+            plainSeen = fragment.charFormat().fontWeight() < QFont::Bold;
+    }
+    QVERIFY(boldSeen);
+    QVERIFY(plainSeen);
+
+    // A message with a space before "{\rtf1" is plain text, shown as written.
+    selectRow(view.list(), 0);
+    // The message runs up to the terminator line, so its line end stays.
+    QCOMPARE(view.messageText()->toPlainText(), u" {\\rtf1 not rich}\n"_s);
+    QCOMPARE(view.filesList()->count(), 0);
+    QVERIFY(!view.openButton()->isEnabled());
+    QVERIFY(view.sessionId().isEmpty());
+}
+
+void LogViewsTest::userViewOpensTheUploadFolder()
+{
+    LogViewFixture fixture;
+    QVERIFY(fixture.writeLog(u"VelmarD/u2007100814.txt"_s, UserLog));
+    CLogManagerUserLogFormView view(fixture.context());
+    view.resize(1100, 700);
+    view.show();
+    QVERIFY(searchThrough(view, at(2007, 10, 8, 0, 0, 0), at(2007, 10, 8, 23, 0, 0)));
+    selectRow(view.list(), 1);
+    QVERIFY(view.openButton()->isEnabled());
+
+    // No such folder yet: nothing is opened.
+    click(view.openButton());
+    QVERIFY(fixture.openedFolders.isEmpty());
+
+    const QString folder = fixture.dir.programDir() + u"/VelmarFile2Upload/abc123"_s;
+    QVERIFY(QDir().mkpath(folder));
+    click(view.openButton());
+    QCOMPARE(fixture.openedFolders.size(), 1);
+    QCOMPARE(QDir::cleanPath(fixture.openedFolders.at(0)), QDir::cleanPath(folder));
+
+    // UploadPath of the session folder key names another place.
+    const QString elsewhere = fixture.dir.root() + u"/uploads"_s;
+    QVERIFY(QDir().mkpath(elsewhere + u"/abc123"_s));
+    CRegistry registry(fixture.dir.hives(), RegistryRoot::LocalMachine);
+    QVERIFY(registry.createKey(
+        RegistryRoot::LocalMachine, u"SOFTWARE\\Velmar\\Services\\SessionFolder"_s));
+    QVERIFY(registry.writeString(u"UploadPath"_s, elsewhere));
+    click(view.openButton());
+    QCOMPARE(fixture.openedFolders.size(), 2);
+    QCOMPARE(
+        QDir::cleanPath(fixture.openedFolders.at(1)), QDir::cleanPath(elsewhere + u"/abc123"_s));
+}
+
+void LogViewsTest::memberTreeNarrowsTheList()
+{
+    LogViewFixture fixture;
+    QVERIFY(fixture.writeLog(u"VelmarD/u2007100814.txt"_s, UserLog));
+    CLogManagerUserLogFormView view(fixture.context());
+    view.resize(1100, 700);
+    view.show();
+    QVERIFY(searchThrough(view, at(2007, 10, 8, 0, 0, 0), at(2007, 10, 8, 23, 0, 0)));
+    QTableView *list = view.list();
+    QCOMPARE(list->model()->rowCount(), 4);
+
+    GroupTreeModel *tree = fixture.directory.regularTree();
+    QTreeView *treeView = view.memberTree();
+    const QModelIndex group = tree->index(0, 0, tree->rootIndex());
+    const QModelIndex wang = tree->findMembership(103);
+    QVERIFY(group.isValid() && wang.isValid());
+
+    treeView->setCurrentIndex(wang);
+    QCOMPARE(list->model()->rowCount(), 1);
+    QCOMPARE(list->model()->index(0, 5).data().toString(), u"MSG_RECV"_s);
+    QCOMPARE(list->model()->index(0, 8).data().toString(), u"王五"_s);
+
+    // Rows are filed under their sender, and the copies of a sent message
+    // under each receiver: a received record stays with its sender.
+    treeView->setCurrentIndex(tree->findMembership(101));
+    QCOMPARE(list->model()->rowCount(), 1);
+    QCOMPARE(list->model()->index(0, 5).data().toString(), u"MSG_SENT"_s);
+    treeView->setCurrentIndex(tree->findMembership(102));
+    QCOMPARE(list->model()->rowCount(), 2);
+
+    // A group leaves the list as it is; the root brings back every row.
+    treeView->setCurrentIndex(group);
+    QCOMPARE(list->model()->rowCount(), 2);
+    QCOMPARE(list->model()->index(0, 7).data().toString(), u"李四"_s);
+    treeView->setCurrentIndex(tree->rootIndex());
+    QCOMPARE(list->model()->rowCount(), 4);
+    QVERIFY(!view.isLoading());
+}
+
+void LogViewsTest::newSearchReplacesTheRunningOne()
+{
+    LogViewFixture fixture;
+    QVERIFY(fixture.writeLog(u"VelmarD/s2007100814.txt"_s, "2007-10-08 14:05:09 VelmarD a\r\n"));
+    QVERIFY(fixture.writeLog(u"VelmarD/s2007100914.txt"_s, "2007-10-09 14:05:09 VelmarD b\r\n"));
+    CLogManagerSysLogFormView view(fixture.context());
+    view.show();
+    QSignalSpy finished(view.model(), &LogTableModel::searchFinished);
+    view.applyFilter(LogFilter { at(2007, 10, 8, 0, 0, 0), at(2007, 10, 8, 23, 0, 0), true });
+    view.applyFilter(LogFilter { at(2007, 10, 9, 0, 0, 0), at(2007, 10, 9, 23, 0, 0), true });
+    // The result comes through the event loop: until then the progress shows.
+    auto *progress = view.findChild<QWidget *>(u"searchProgress"_s);
+    QVERIFY(progress->isVisible());
+    QVERIFY(view.isLoading());
+    QVERIFY(finished.wait(60000));
+    // Only the second search delivers.
+    QCOMPARE(view.model()->rowCount(), 1);
+    QCOMPARE(view.model()->index(0, 3).data().toString(), u"b"_s);
+    QCoreApplication::processEvents();
+    QCOMPARE(finished.size(), 1);
+    QVERIFY(!progress->isVisible());
+}
+
+QTEST_MAIN(LogViewsTest)
+#include "tst_logviews.moc"

@@ -1,0 +1,11 @@
+#include "LogFuzzTargets.h"
+
+#include <cstddef>
+#include <cstdint>
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    LogFuzzTargets::userLogFile(
+        QByteArrayView(reinterpret_cast<const char *>(data), qsizetype(size)));
+    return 0;
+}

@@ -1,0 +1,144 @@
+#include "LogsCommand.h"
+
+#include "ChatLogRows.h"
+#include "ConsoleMessageService.h"
+#include "DbSession.h"
+#include "DirectoryData.h"
+#include "DirectoryLoader.h"
+#include "LogLocations.h"
+#include "SystemLogRows.h"
+#include "UserLogRows.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+
+using namespace Qt::StringLiterals;
+
+bool LogsCommand::parseKind(const QString &text, LogSearch::Kind &kind)
+{
+    if (text == u"chat"_s)
+        kind = LogSearch::Kind::Chat;
+    else if (text == u"system"_s)
+        kind = LogSearch::Kind::System;
+    else if (text == u"user"_s)
+        kind = LogSearch::Kind::User;
+    else
+        return false;
+    return true;
+}
+
+QDateTime LogsCommand::parseDateTime(const QString &text)
+{
+    for (const QString &format : { u"yyyy-MM-ddTHH:mm:ss"_s, u"yyyy-MM-dd HH:mm:ss"_s }) {
+        const QDateTime parsed = QDateTime::fromString(text, format);
+        if (parsed.isValid())
+            return parsed;
+    }
+    return {};
+}
+
+LogMemberNames LogsCommand::memberNames(RegistryHives &hives, const QString &serverDir)
+{
+    const QDir dir(serverDir);
+    ConsoleMessageService messages;
+    DbSession session(
+        hives, dir.filePath(u"Serverinfo.ini"_s), dir.filePath(u"VelmarDB.mdb"_s), messages);
+    // Opening a local database that is not there would create an empty one.
+    if (session.connectionString().contains(u"Microsoft Access Driver"_s)
+        && !QFileInfo::exists(session.accessDatabasePath()))
+        return {};
+    DbConnection connection = session.OpenDBConnection();
+    if (connection.isNull())
+        return {};
+    try {
+        DirectoryData data;
+        DirectoryLoader::load(connection, data);
+        return logMemberNames(data.memberIndex);
+    } catch (const DbException &) {
+        return {};
+    }
+}
+
+namespace {
+
+void escapeTsv(const QString &cell, QString &line)
+{
+    for (const QChar c : cell) {
+        switch (c.unicode()) {
+        case u'\\':
+            line += u"\\\\"_s;
+            break;
+        case u'\t':
+            line += u"\\t"_s;
+            break;
+        case u'\r':
+            line += u"\\r"_s;
+            break;
+        case u'\n':
+            line += u"\\n"_s;
+            break;
+        default:
+            line += c;
+        }
+    }
+}
+
+} // namespace
+
+qint64 LogsCommand::print(const LogRows &rows, Format format, FILE *out)
+{
+    QByteArray buffer;
+    buffer.reserve(1 << 20);
+    QString line;
+    const int columns = rows.columnCount();
+    for (int row = 0; row < rows.rowCount(); ++row) {
+        if (format == Format::Json) {
+            QJsonArray cells;
+            for (int column = 0; column < columns; ++column)
+                cells.append(rows.cell(row, column));
+            buffer += QJsonDocument(cells).toJson(QJsonDocument::Compact);
+        } else {
+            line.clear();
+            for (int column = 0; column < columns; ++column) {
+                if (column > 0)
+                    line += u'\t';
+                escapeTsv(rows.cell(row, column), line);
+            }
+            buffer += line.toUtf8();
+        }
+        buffer += '\n';
+        if (buffer.size() >= (1 << 20)) {
+            std::fwrite(buffer.constData(), 1, size_t(buffer.size()), out);
+            buffer.clear();
+        }
+    }
+    std::fwrite(buffer.constData(), 1, size_t(buffer.size()), out);
+    std::fflush(out);
+    return rows.rowCount();
+}
+
+int LogsCommand::run(const Options &options, RegistryHives &hives, const QString &serverDir)
+{
+    LogSearchRequest request;
+    request.filter = options.filter;
+    request.logRoot = LogLocations::logRoot(hives, serverDir);
+    std::shared_ptr<LogRows> rows;
+    switch (options.kind) {
+    case LogSearch::Kind::Chat:
+        request.names = memberNames(hives, serverDir);
+        rows = ChatLogRows::search(request);
+        break;
+    case LogSearch::Kind::System:
+        rows = SystemLogRows::search(request);
+        break;
+    case LogSearch::Kind::User:
+        request.names = memberNames(hives, serverDir);
+        rows = UserLogRows::search(request);
+        break;
+    }
+    if (rows)
+        print(*rows, options.format, stdout);
+    return 0;
+}
