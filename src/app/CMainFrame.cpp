@@ -96,9 +96,10 @@ CMainFrame::CMainFrame(const MainFrameContext &context, QWidget *parent)
     statusBar()->showMessage(u"就绪"_s);
     createCentralArea();
     connectServerData();
+    // The log views first: the log settings item goes after them in their group.
+    createLogViews();
     new SettingsCommands(*this);
     m_serviceCommands = new ServiceCommands(*this, context.serviceManager);
-    createLogViews();
 
     connect(m_document, &CVelmarManagerDoc::modifiedChanged, this, &CMainFrame::updateTitle);
     updateTitle();

@@ -12,6 +12,7 @@
 #include "CommandIds.h"
 #include "CVelmarManagerDoc.h"
 #include "OutlookBar.h"
+#include "SettingsCommands.h"
 #include "ViewIds.h"
 
 #include <QAction>
@@ -337,9 +338,11 @@ void MainFrameTest::viewsSwitchInPane()
         QVERIFY(!frame.view(id));
         QVERIFY(!frame.showView(id));
     }
-    // The three log views are there from the start, in their group.
+    // The three log views are there from the start, in their group, before
+    // the log settings.
     QCOMPARE(bar->itemIds(u"日志管理"_s),
-        (QList<int> { ViewId::ChatLog, ViewId::SystemLog, ViewId::UserLog }));
+        (QList<int> { ViewId::ChatLog, ViewId::SystemLog, ViewId::UserLog,
+            SettingsCommands::LogSettingsItem }));
     const QList<std::pair<int, QString>> logViews = { { ViewId::ChatLog, u"chatLogView"_s },
         { ViewId::SystemLog, u"sysLogView"_s }, { ViewId::UserLog, u"userLogView"_s } };
     for (const auto &[id, name] : logViews) {
