@@ -42,9 +42,10 @@ files_of() {
   esac
 }
 
-measure() { # prints "seconds peak_kb" of a command run with output to /dev/null
-  "$@" >/dev/null 2>&1 || true # warms the page cache
-  /usr/bin/time -v "$@" >/dev/null 2>"$work/.time" || true
+measure() { # prints "seconds peak_kb" of a command whose output goes down a pipe
+  # Not straight to /dev/null: grep notices that and stops at the first match.
+  "$@" 2>/dev/null | cat >/dev/null || true # warms the page cache
+  /usr/bin/time -v -o "$work/.time" "$@" 2>/dev/null | cat >/dev/null || true
   local wall rss
   wall=$(grep 'Elapsed (wall clock)' "$work/.time" | awk '{print $NF}' | awk -F: '{ if (NF==3) print $1*3600+$2*60+$3; else print $1*60+$2 }')
   rss=$(grep 'Maximum resident set size' "$work/.time" | awk '{print $NF}')
