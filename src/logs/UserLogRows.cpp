@@ -154,9 +154,14 @@ QString UserLogRows::cell(int row, int column) const
     if (row < 0 || size_t(row) >= m_listed.size() || column < 0 || column >= ColumnCount)
         return {};
     const Row &r = m_rows[m_listed[size_t(row)]];
-    const Record &record = m_records[r.record];
     QByteArrayView data;
     const UserLogReader::Fields fields = rowFields(r, &data);
+    return cellOf(fields, data, m_records[r.record], column);
+}
+
+QString UserLogRows::cellOf(const QVarLengthArray<QByteArrayView, 16> &fields, QByteArrayView data,
+    const Record &record, int column) const
+{
     auto field = [&](qsizetype k) -> QString {
         if (k < fields.size())
             return decode(fields[k], record);
@@ -203,22 +208,10 @@ void UserLogRows::rowCells(int row, QStringList &cells) const
         return;
     }
     const Row &r = m_rows[m_listed[size_t(row)]];
-    const Record &record = m_records[r.record];
     QByteArrayView data;
     const UserLogReader::Fields fields = rowFields(r, &data);
-    for (int column = 0; column < ColumnCount; ++column) {
-        if (column == DateColumn)
-            cells[column] = decode(fields.value(UserLogReader::DateField), record) + u' '
-                + decode(fields.value(UserLogReader::TimeField), record);
-        else if (column == TimeColumn)
-            cells[column] = QString();
-        else if (column == SenderColumn || column == ReceiverColumn)
-            cells[column] = cell(row, column);
-        else if (column < fields.size())
-            cells[column] = decode(fields[column], record);
-        else
-            cells[column] = column == fields.size() ? decode(data, record) : QString();
-    }
+    for (int column = 0; column < ColumnCount; ++column)
+        cells[column] = cellOf(fields, data, m_records[r.record], column);
 }
 
 QStringList UserLogRows::fields(int row) const

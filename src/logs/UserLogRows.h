@@ -79,6 +79,8 @@ private:
     };
     QVarLengthArray<QByteArrayView, 16> rowFields(const Row &row, QByteArrayView *data) const;
     QString decode(QByteArrayView bytes, const Record &record) const;
+    QString cellOf(const QVarLengthArray<QByteArrayView, 16> &fields, QByteArrayView data,
+        const Record &record, int column) const;
     void relist();
 
     LogMemberNames m_names;
