@@ -13,6 +13,14 @@ public:
     virtual int columnCount() const = 0;
     // Column 0 is the label: the date, one space and the time.
     virtual QString cell(int row, int column) const = 0;
+    // Every cell of a row (cells is overwritten); cheaper than cell() per
+    // column where a row is parsed again for each cell.
+    virtual void rowCells(int row, QStringList &cells) const
+    {
+        cells.resize(columnCount());
+        for (int column = 0; column < columnCount(); ++column)
+            cells[column] = cell(row, column);
+    }
 
 protected:
     LogRows() = default;

@@ -43,7 +43,8 @@ public:
 
 Q_SIGNALS:
     void loadingChanged(bool loading);
-    // Bytes of the accepted files read so far, of all of them.
+    // How far the reading got, of how much: bytes of the accepted files for
+    // the system and user logs, files for the chat list.
     void searchProgress(qint64 done, qint64 total);
     // The list holds the result (not emitted for a cancelled search).
     void searchFinished();

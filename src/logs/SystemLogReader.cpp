@@ -17,9 +17,9 @@ void SystemLogReader::readLines(
     }
 }
 
-QList<QByteArrayView> SystemLogReader::splitFields(QByteArrayView line)
+SystemLogReader::Fields SystemLogReader::splitFields(QByteArrayView line)
 {
-    QList<QByteArrayView> fields;
+    Fields fields;
     qsizetype from = 0;
     for (int k = 0; k < 3; ++k) {
         const qsizetype space = line.indexOf(' ', from);

@@ -2,7 +2,7 @@
 
 #include <functional>
 #include <QByteArrayView>
-#include <QList>
+#include <QVarLengthArray>
 
 // Reads the daemons' system logs: every trimmed line (1024-byte reads) that is
 // not empty, not a "#" comment and matches the header expression is a row.
@@ -15,7 +15,8 @@ public:
 
     // The four fields of a line: split at its first three spaces, the last
     // field keeping any further spaces. Fewer fields when there are fewer spaces.
-    static QList<QByteArrayView> splitFields(QByteArrayView line);
+    using Fields = QVarLengthArray<QByteArrayView, 4>;
+    static Fields splitFields(QByteArrayView line);
 
     static constexpr qsizetype LineBufferSize = 1024;
 };

@@ -33,12 +33,18 @@ std::shared_ptr<SystemLogRows> SystemLogRows::search(
         total += file.size;
     qint64 done = 0;
     control.report(0, total);
+    // One buffer for every file: its pages stay mapped from file to file.
+    QByteArray buffer;
     for (const LogFileEntry &file : files) {
         if (control.isCancelled())
             return nullptr;
         QFile in(file.path);
-        if (in.open(QIODevice::ReadOnly))
-            rows->appendFile(in.readAll());
+        if (in.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+            buffer.resize(std::max<qint64>(in.size(), 0));
+            const qint64 got = in.read(buffer.data(), buffer.size());
+            buffer.resize(std::max<qint64>(got, 0));
+            rows->appendFile(buffer);
+        }
         done += file.size;
         control.report(done, total);
     }
@@ -68,7 +74,7 @@ QString SystemLogRows::cell(int row, int column) const
     if (row < 0 || size_t(row) >= m_rows.size())
         return {};
     const Row &r = m_rows[size_t(row)];
-    const QList<QByteArrayView> fields = SystemLogReader::splitFields(m_arena.view(r.line));
+    const SystemLogReader::Fields fields = SystemLogReader::splitFields(m_arena.view(r.line));
     switch (column) {
     case TimeColumn:
         return m_decoder.decode(fields.value(0), r.encoding) + u' '
@@ -79,6 +85,22 @@ QString SystemLogRows::cell(int row, int column) const
     default:
         return {};
     }
+}
+
+void SystemLogRows::rowCells(int row, QStringList &cells) const
+{
+    cells.resize(ColumnCount);
+    if (row < 0 || size_t(row) >= m_rows.size()) {
+        cells.fill(QString());
+        return;
+    }
+    const Row &r = m_rows[size_t(row)];
+    const SystemLogReader::Fields fields = SystemLogReader::splitFields(m_arena.view(r.line));
+    cells[TimeColumn] = m_decoder.decode(fields.value(0), r.encoding) + u' '
+        + m_decoder.decode(fields.value(1), r.encoding);
+    cells[NoneColumn] = QString();
+    cells[ServiceColumn] = m_decoder.decode(fields.value(2), r.encoding);
+    cells[MessageColumn] = m_decoder.decode(fields.value(3), r.encoding);
 }
 
 qint64 SystemLogRows::bytesHeld() const

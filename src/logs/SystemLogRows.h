@@ -30,6 +30,7 @@ public:
     int rowCount() const override { return int(m_rows.size()); }
     int columnCount() const override { return ColumnCount; }
     QString cell(int row, int column) const override;
+    void rowCells(int row, QStringList &cells) const override;
     qint64 bytesHeld() const;
 
 private:

@@ -35,9 +35,9 @@ void UserLogReader::readRecords(
     }
 }
 
-QList<QByteArrayView> UserLogReader::splitFields(QByteArrayView line)
+UserLogReader::Fields UserLogReader::splitFields(QByteArrayView line)
 {
-    QList<QByteArrayView> fields;
+    Fields fields;
     auto space = [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
     qsizetype i = 0;
     const qsizetype n = line.size();

@@ -4,6 +4,7 @@
 #include <QByteArray>
 #include <QByteArrayView>
 #include <QList>
+#include <QVarLengthArray>
 
 // Reads the main daemon's user logs: a header line (1024-byte reads, split on
 // runs of white space) and its data block, read on from the same place with a
@@ -21,7 +22,8 @@ public:
         QByteArrayView bytes, const std::function<void(const Record &)> &record);
 
     // The header's fields: runs of white space separate them.
-    static QList<QByteArrayView> splitFields(QByteArrayView line);
+    using Fields = QVarLengthArray<QByteArrayView, 16>;
+    static Fields splitFields(QByteArrayView line);
     // The ids of a receiver field, split on ";" (empty items left out).
     static QList<QByteArrayView> splitReceivers(QByteArrayView field);
 

@@ -49,12 +49,18 @@ std::shared_ptr<UserLogRows> UserLogRows::search(
         total += file.size;
     qint64 done = 0;
     control.report(0, total);
+    // One buffer for every file: its pages stay mapped from file to file.
+    QByteArray buffer;
     for (const LogFileEntry &file : files) {
         if (control.isCancelled())
             return nullptr;
         QFile in(file.path);
-        if (in.open(QIODevice::ReadOnly))
-            rows->appendFile(in.readAll());
+        if (in.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+            buffer.resize(std::max<qint64>(in.size(), 0));
+            const qint64 got = in.read(buffer.data(), buffer.size());
+            buffer.resize(std::max<qint64>(got, 0));
+            rows->appendFile(buffer);
+        }
         done += file.size;
         control.report(done, total);
     }
@@ -71,7 +77,7 @@ void UserLogRows::appendFile(QByteArray bytes)
         const auto recordIndex = quint32(m_records.size());
         m_records.push_back({ LogHeaderExpression::sortKey(read.header),
             m_arena.append(read.header), m_arena.append(read.data), encoding });
-        const QList<QByteArrayView> fields = UserLogReader::splitFields(read.header);
+        const UserLogReader::Fields fields = UserLogReader::splitFields(read.header);
         auto file = [&](qint32 member, qint32 receiver) {
             const auto rowIndex = quint32(m_rows.size());
             m_rows.push_back({ recordIndex, receiver });
@@ -124,10 +130,10 @@ void UserLogRows::relist()
     }
 }
 
-QList<QByteArrayView> UserLogRows::rowFields(const Row &row, QByteArrayView *data) const
+UserLogReader::Fields UserLogRows::rowFields(const Row &row, QByteArrayView *data) const
 {
     const Record &record = m_records[row.record];
-    QList<QByteArrayView> fields = UserLogReader::splitFields(m_arena.view(record.header));
+    UserLogReader::Fields fields = UserLogReader::splitFields(m_arena.view(record.header));
     if (row.receiver >= 0) {
         const QList<QByteArrayView> receivers
             = UserLogReader::splitReceivers(fields.value(UserLogReader::ReceiverField));
@@ -148,9 +154,14 @@ QString UserLogRows::cell(int row, int column) const
     if (row < 0 || size_t(row) >= m_listed.size() || column < 0 || column >= ColumnCount)
         return {};
     const Row &r = m_rows[m_listed[size_t(row)]];
-    const Record &record = m_records[r.record];
     QByteArrayView data;
-    const QList<QByteArrayView> fields = rowFields(r, &data);
+    const UserLogReader::Fields fields = rowFields(r, &data);
+    return cellOf(fields, data, m_records[r.record], column);
+}
+
+QString UserLogRows::cellOf(const QVarLengthArray<QByteArrayView, 16> &fields, QByteArrayView data,
+    const Record &record, int column) const
+{
     auto field = [&](qsizetype k) -> QString {
         if (k < fields.size())
             return decode(fields[k], record);
@@ -187,6 +198,20 @@ QString UserLogRows::cell(int row, int column) const
     default:
         return field(column);
     }
+}
+
+void UserLogRows::rowCells(int row, QStringList &cells) const
+{
+    cells.resize(ColumnCount);
+    if (row < 0 || size_t(row) >= m_listed.size()) {
+        cells.fill(QString());
+        return;
+    }
+    const Row &r = m_rows[m_listed[size_t(row)]];
+    QByteArrayView data;
+    const UserLogReader::Fields fields = rowFields(r, &data);
+    for (int column = 0; column < ColumnCount; ++column)
+        cells[column] = cellOf(fields, data, m_records[r.record], column);
 }
 
 QStringList UserLogRows::fields(int row) const

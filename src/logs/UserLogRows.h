@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <QHash>
+#include <QVarLengthArray>
 #include <vector>
 
 // The user log: every row read (a sent message and one received row per
@@ -56,6 +57,7 @@ public:
     // Sender and receiver columns show member names (unknown receivers are
     // left out; an unknown sender keeps its id).
     QString cell(int row, int column) const override;
+    void rowCells(int row, QStringList &cells) const override;
     // The stored row of a listed row: the header fields as read (with the
     // event and receiver of a received row), the data block last.
     QStringList fields(int row) const;
@@ -75,8 +77,10 @@ private:
         quint32 record;
         qint32 receiver; // -1: as read; else which receiver of the sent message
     };
-    QList<QByteArrayView> rowFields(const Row &row, QByteArrayView *data) const;
+    QVarLengthArray<QByteArrayView, 16> rowFields(const Row &row, QByteArrayView *data) const;
     QString decode(QByteArrayView bytes, const Record &record) const;
+    QString cellOf(const QVarLengthArray<QByteArrayView, 16> &fields, QByteArrayView data,
+        const Record &record, int column) const;
     void relist();
 
     LogMemberNames m_names;

@@ -65,6 +65,17 @@ namespace {
 
 void escapeTsv(const QString &cell, QString &line)
 {
+    bool plain = true;
+    for (const QChar c : cell) {
+        if (c == u'\\' || c == u'\t' || c == u'\r' || c == u'\n') {
+            plain = false;
+            break;
+        }
+    }
+    if (plain) {
+        line += cell;
+        return;
+    }
     for (const QChar c : cell) {
         switch (c.unicode()) {
         case u'\\':
@@ -92,19 +103,18 @@ qint64 LogsCommand::print(const LogRows &rows, Format format, FILE *out)
     QByteArray buffer;
     buffer.reserve(1 << 20);
     QString line;
-    const int columns = rows.columnCount();
+    QStringList cells;
     for (int row = 0; row < rows.rowCount(); ++row) {
+        rows.rowCells(row, cells);
         if (format == Format::Json) {
-            QJsonArray cells;
-            for (int column = 0; column < columns; ++column)
-                cells.append(rows.cell(row, column));
-            buffer += QJsonDocument(cells).toJson(QJsonDocument::Compact);
+            buffer
+                += QJsonDocument(QJsonArray::fromStringList(cells)).toJson(QJsonDocument::Compact);
         } else {
             line.clear();
-            for (int column = 0; column < columns; ++column) {
+            for (qsizetype column = 0; column < cells.size(); ++column) {
                 if (column > 0)
                     line += u'\t';
-                escapeTsv(rows.cell(row, column), line);
+                escapeTsv(cells.at(column), line);
             }
             buffer += line.toUtf8();
         }
