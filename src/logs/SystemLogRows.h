@@ -1,6 +1,5 @@
 #pragma once
 
-#include "LogByteArena.h"
 #include "LogRows.h"
 #include "LogSearch.h"
 #include "LogText.h"
@@ -34,13 +33,31 @@ public:
     qint64 bytesHeld() const;
 
 private:
+    // The files' bytes are kept as read; a row is where its line lies in them.
+    struct File
+    {
+        QByteArray bytes;
+        LogTextEncoding encoding;
+    };
     struct Row
     {
         quint64 key;
-        LogByteArena::Ref line;
-        LogTextEncoding encoding;
+        qint64 offset;
+        quint32 file;
+        quint32 size;
     };
-    LogByteArena m_arena;
+    // One file read, its rows numbered from 0 within the file.
+    struct Part
+    {
+        QByteArray bytes;
+        LogTextEncoding encoding;
+        std::vector<Row> rows;
+    };
+    static Part parse(QByteArray bytes);
+    void append(Part &&part);
+    QByteArrayView lineOf(const Row &row) const;
+
+    std::vector<File> m_files;
     std::vector<Row> m_rows;
     LogTextDecoder m_decoder;
 };
