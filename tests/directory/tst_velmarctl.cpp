@@ -1,4 +1,5 @@
 #include "CRegistry.h"
+#include "CtlProcess.h"
 #include "DirectoryFixture.h"
 #include "ProfileFile.h"
 #include "SaveJournal.h"
@@ -23,26 +24,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-struct CtlRun
-{
-    int exitCode = -1;
-    QByteArray out;
-    QString err;
-};
-
 CtlRun velmarctl(const QStringList &arguments,
     const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
 {
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(VELMARCTL_PATH), arguments);
-    CtlRun run;
-    if (!process.waitForFinished(120000) || process.exitStatus() != QProcess::NormalExit)
-        return run;
-    run.exitCode = process.exitCode();
-    run.out = process.readAllStandardOutput();
-    run.err = QString::fromUtf8(process.readAllStandardError());
-    return run;
+    return runCommand(QStringLiteral(VELMARCTL_PATH), arguments, environment);
 }
 
 QStringList dirArguments(TempServerDir &dir)
