@@ -137,15 +137,7 @@ void CSetupFileServerDlg::editServer()
 
 void CSetupFileServerDlg::removeServers()
 {
-    QList<int> selected;
-    for (int i = 0; i < m_list->topLevelItemCount(); ++i) {
-        if (m_list->topLevelItem(i)->isSelected())
-            selected.append(i);
-    }
-    // From the highest index down, so that a deletion does not move the rows still to go.
-    std::sort(selected.begin(), selected.end(), std::greater<int>());
-    for (int index : std::as_const(selected))
-        delete m_list->takeTopLevelItem(index);
+    DialogHelpers::removeSelectedRows(m_list);
 }
 
 void CSetupFileServerDlg::accept()

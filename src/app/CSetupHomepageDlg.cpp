@@ -1,6 +1,7 @@
 #include "CSetupHomepageDlg.h"
 
 #include "CEditHomepageDlg.h"
+#include "DialogHelpers.h"
 #include "MessageService.h"
 #include "ServerNotifier.h"
 
@@ -90,14 +91,7 @@ void CSetupHomepageDlg::addSite()
 
 void CSetupHomepageDlg::removeSites()
 {
-    QList<int> selected;
-    for (int i = 0; i < m_list->topLevelItemCount(); ++i) {
-        if (m_list->topLevelItem(i)->isSelected())
-            selected.append(i);
-    }
-    std::sort(selected.begin(), selected.end(), std::greater<int>());
-    for (int index : std::as_const(selected))
-        delete m_list->takeTopLevelItem(index);
+    DialogHelpers::removeSelectedRows(m_list);
 }
 
 void CSetupHomepageDlg::accept()

@@ -1,7 +1,9 @@
 #include "DialogHelpers.h"
 
+#include <algorithm>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QTreeWidget>
 
 using namespace Qt::StringLiterals;
 
@@ -51,6 +53,18 @@ bool takeInteger(MessageService &messages, QLineEdit *field, int &value, int min
     field->setFocus();
     field->selectAll();
     return false;
+}
+
+void removeSelectedRows(QTreeWidget *list)
+{
+    QList<int> selected;
+    for (int i = 0; i < list->topLevelItemCount(); ++i) {
+        if (list->topLevelItem(i)->isSelected())
+            selected.append(i);
+    }
+    std::sort(selected.begin(), selected.end(), std::greater<int>());
+    for (int index : std::as_const(selected))
+        delete list->takeTopLevelItem(index);
 }
 
 } // namespace DialogHelpers

@@ -6,6 +6,7 @@
 #include <QString>
 
 class QLineEdit;
+class QTreeWidget;
 class QWidget;
 
 // What the settings dialogs share: the integer check that a dialog's number
@@ -27,5 +28,9 @@ bool takeInteger(
     MessageService &messages, QLineEdit *field, int &value, int min = INT_MIN, int max = INT_MAX);
 QString integerText();
 QString rangeText(int min, int max);
+
+// Removes the selected rows of a list, from the highest index down, so that
+// a deletion does not move the rows still to go.
+void removeSelectedRows(QTreeWidget *list);
 
 } // namespace DialogHelpers

@@ -234,7 +234,11 @@ private:
     void placeWaiting()
     {
         // What still waits has no parent in this tree; in read order.
-        for (const auto &[seq, parentId] : m_waitingOrder) {
+        for (const auto &waiting : m_waitingOrder) {
+            // Named copies, not the structured binding: some compilers do
+            // not let a lambda capture a binding.
+            const auto seq = waiting.first;
+            const auto parentId = waiting.second;
             if (m_placedSeq.contains(seq))
                 continue;
             auto list = m_waiting.find(parentId);

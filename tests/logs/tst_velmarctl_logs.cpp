@@ -1,4 +1,5 @@
 #include "CRegistry.h"
+#include "CtlProcess.h"
 #include "LogLocations.h"
 #include "TempServerDir.h"
 #include "TestDatabase.h"
@@ -13,27 +14,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-struct CtlRun
-{
-    int exitCode = -1;
-    QByteArray out;
-    QString err;
-};
-
 CtlRun velmarctl(const QStringList &arguments)
 {
-    QProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"VELMAR_CODEPAGE"_s, u"GBK"_s);
-    process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(VELMARCTL_PATH), arguments);
-    CtlRun run;
-    if (!process.waitForFinished(120000) || process.exitStatus() != QProcess::NormalExit)
-        return run;
-    run.exitCode = process.exitCode();
-    run.out = process.readAllStandardOutput();
-    run.err = QString::fromUtf8(process.readAllStandardError());
-    return run;
+    return runCommand(QStringLiteral(VELMARCTL_PATH), arguments, environment);
 }
 
 QStringList logsArguments(TempServerDir &dir, const QString &kind, const QStringList &more = {})

@@ -1,3 +1,4 @@
+#include "CtlProcess.h"
 #include "ServerNotification.h"
 
 #include <QHostAddress>
@@ -9,26 +10,10 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-struct CtlRun
-{
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
-
 CtlRun velmarctl(const QStringList &arguments,
     const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
 {
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(VELMARCTL_PATH), arguments);
-    CtlRun run;
-    if (!process.waitForFinished(120000) || process.exitStatus() != QProcess::NormalExit)
-        return run;
-    run.exitCode = process.exitCode();
-    run.out = QString::fromUtf8(process.readAllStandardOutput());
-    run.err = QString::fromUtf8(process.readAllStandardError());
-    return run;
+    return runCommand(QStringLiteral(VELMARCTL_PATH), arguments, environment);
 }
 } // namespace
 
@@ -69,7 +54,7 @@ void TestVelmarCtlServices::notify()
     QVERIFY(listener.bind(QHostAddress(QHostAddress::LocalHost), ServerNotification::ServerPort));
     const CtlRun run = velmarctl(QStringList { u"notify"_s, u"55052"_s } + extra);
     QCOMPARE(run.exitCode, 0);
-    QCOMPARE(run.out, printed);
+    QCOMPARE(run.outText(), printed);
     QVERIFY(listener.hasPendingDatagrams());
     const QByteArray bytes = listener.receiveDatagram().data();
     QCOMPARE(bytes.size(), 32);
@@ -97,7 +82,7 @@ void TestVelmarCtlServices::notifyUsage()
     QFETCH(QStringList, arguments);
     const CtlRun run = velmarctl(arguments);
     QCOMPARE(run.exitCode, 2);
-    QVERIFY(run.out.isEmpty());
+    QVERIFY(run.outText().isEmpty());
     QVERIFY(!run.err.isEmpty());
 }
 
@@ -113,20 +98,21 @@ void TestVelmarCtlServices::servicesWithoutManager()
 
     CtlRun run = velmarctl({ u"services"_s, u"status"_s }, environment);
     QCOMPARE(run.exitCode, 0);
-    QCOMPARE(run.out, lines);
+    QCOMPARE(run.outText(), lines);
     QCOMPARE(run.err, u"velmarctl: the service manager cannot be reached\n"_s);
 
     // Starting and stopping what cannot be reached count as done, as in the
     // console; the states say what happened.
     run = velmarctl({ u"services"_s, u"start"_s }, environment);
     QCOMPARE(run.exitCode, 0);
-    QVERIFY2(run.out.startsWith(u"starting VelmarD\nVelmarD started\nstarting GroupD\n"_s),
-        qPrintable(run.out));
-    QVERIFY(run.out.endsWith(u"start command enabled, stop command greyed\n"_s + lines));
+    QVERIFY2(run.outText().startsWith(u"starting VelmarD\nVelmarD started\nstarting GroupD\n"_s),
+        qPrintable(run.outText()));
+    QVERIFY(run.outText().endsWith(u"start command enabled, stop command greyed\n"_s + lines));
 
     run = velmarctl({ u"services"_s, u"stop"_s }, environment);
     QCOMPARE(run.exitCode, 0);
-    QCOMPARE(run.out, u"pskill ChatD\nstart command enabled, stop command greyed\n"_s + lines);
+    QCOMPARE(
+        run.outText(), u"pskill ChatD\nstart command enabled, stop command greyed\n"_s + lines);
 }
 
 QTEST_GUILESS_MAIN(TestVelmarCtlServices)

@@ -209,16 +209,21 @@ bool LogWriter::writeUserLogs(QString *error)
             }
             const QString message = line(lines[m_rng.below(lines.size())]);
             if (m_rng.percent(25)) {
+                // As the clients write it: a font and a colour table, the
+                // sender's colour and weight, GBK bytes as \'hh.
+                const bool bold = m_rng.percent(50);
                 block
                     += u"MESSAGE: "
                        u"{\\rtf1\\ansi\\ansicpg936\\deff0{\\fonttbl{\\f0\\fnil\\fcharset134 "
-                       u"\\'cb\\'ce\\'cc\\'e5;}}\r\n\\viewkind4\\uc1\\pard\\lang2052\\f0\\fs20 "_s;
+                       u"\\'cb\\'ce\\'cc\\'e5;}}\r\n{\\colortbl ;\\red0\\green0\\blue192;"
+                       u"\\red192\\green0\\blue0;}\r\n\\viewkind4\\uc1\\pard\\lang2052\\f0\\fs20"_s;
+                block += bold ? u"\\cf2\\b\\fs24 "_s : u"\\cf1 "_s;
                 for (char c : gbk().encode(message)) {
                     const auto b = static_cast<unsigned char>(c);
                     block += b >= 0x80 ? u"\\'"_s + QString::number(b, 16)
                                        : QString(QChar::fromLatin1(c));
                 }
-                block += u"\\par\r\n}\r\n"_s;
+                block += bold ? u"\\b0\\par\r\n}\r\n"_s : u"\\par\r\n}\r\n"_s;
             } else {
                 block += u"MESSAGE: %1\r\n"_s.arg(message);
             }
