@@ -16,9 +16,6 @@
 class LogFileLoader
 {
 public:
-    // A file's whole contents in one read; nullopt when it cannot be opened.
-    static std::optional<QByteArray> readAll(const QString &path);
-
     // parse(const LogFileEntry &) -> std::optional<Part> runs on the pool's
     // threads; take(Part &&) and weight(const LogFileEntry &) -> qint64 (what
     // a file counts for in the progress) on the calling thread. False when

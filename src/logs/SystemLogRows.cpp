@@ -2,6 +2,7 @@
 
 #include "LogFileLoader.h"
 #include "LogHeaderExpression.h"
+#include "NewestFirst.h"
 #include "SystemLogReader.h"
 
 #include <algorithm>
@@ -31,11 +32,13 @@ std::shared_ptr<SystemLogRows> SystemLogRows::search(
     qint64 total = 0;
     for (const LogFileEntry &file : files)
         total += file.size;
+    rows->m_store = std::make_unique<LogFileStore>(total);
+    LogFileStore *const store = rows->m_store.get();
     qint64 taken = 0;
     const bool done = LogFileLoader::load<Part>(
         files, control,
-        [](const LogFileEntry &file) -> std::optional<Part> {
-            std::optional<QByteArray> bytes = LogFileLoader::readAll(file.path);
+        [store](const LogFileEntry &file) -> std::optional<Part> {
+            std::optional<LogFileBytes> bytes = LogFileStore::read(file.path, file.size, store);
             if (!bytes)
                 return std::nullopt;
             return parse(std::move(*bytes));
@@ -43,7 +46,7 @@ std::shared_ptr<SystemLogRows> SystemLogRows::search(
         [&](Part &&part) {
             // Room for the rest at the rate seen so far, so that the list is
             // not copied again and again as it grows.
-            taken += part.bytes.size();
+            taken += part.bytes.view.size();
             const double rest = taken > 0 ? double(std::max(total, taken)) / double(taken) : 1;
             const size_t wanted = rows->m_rows.size() + part.rows.size();
             if (rows->m_rows.capacity() < wanted)
@@ -58,12 +61,11 @@ std::shared_ptr<SystemLogRows> SystemLogRows::search(
     return rows;
 }
 
-SystemLogRows::Part SystemLogRows::parse(QByteArray bytes)
+SystemLogRows::Part SystemLogRows::parse(LogFileBytes bytes)
 {
     Part part;
-    part.encoding = LogText::prepare(bytes, true);
-    const char *const base = bytes.constData();
-    SystemLogReader::readLines(bytes, [&](QByteArrayView line) {
+    const char *const base = bytes.view.data();
+    SystemLogReader::readLines(bytes.view, [&](QByteArrayView line) {
         part.rows.push_back({ LogHeaderExpression::sortKey(line), qint64(line.data() - base), 0,
             quint32(line.size()) });
     });
@@ -78,23 +80,26 @@ void SystemLogRows::append(Part &&part)
         row.file = fileIndex;
         m_rows.push_back(row);
     }
-    m_files.push_back({ std::move(part.bytes), part.encoding });
+    m_files.push_back(std::move(part.bytes));
 }
 
 void SystemLogRows::appendFile(QByteArray bytes)
 {
-    append(parse(std::move(bytes)));
+    LogFileBytes file;
+    file.encoding = LogText::prepare(bytes, true);
+    file.owned = std::move(bytes);
+    file.view = file.owned;
+    append(parse(std::move(file)));
 }
 
 QByteArrayView SystemLogRows::lineOf(const Row &row) const
 {
-    return QByteArrayView(m_files[row.file].bytes).sliced(row.offset, row.size);
+    return m_files[row.file].view.sliced(row.offset, row.size);
 }
 
 void SystemLogRows::sortNewestFirst()
 {
-    std::stable_sort(
-        m_rows.begin(), m_rows.end(), [](const Row &a, const Row &b) { return a.key > b.key; });
+    ::sortNewestFirst(m_rows, [](const Row &row) { return row.key; });
 }
 
 QString SystemLogRows::cell(int row, int column) const
@@ -136,8 +141,10 @@ void SystemLogRows::rowCells(int row, QStringList &cells) const
 qint64 SystemLogRows::bytesHeld() const
 {
     qint64 files = 0;
-    for (const File &file : m_files)
-        files += file.bytes.capacity();
-    return files + qint64(m_files.capacity() * sizeof(File))
+    for (const LogFileBytes &file : m_files)
+        files += file.owned.capacity();
+    if (m_store)
+        files += m_store->capacity();
+    return files + qint64(m_files.capacity() * sizeof(LogFileBytes))
         + qint64(m_rows.capacity() * sizeof(Row));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "LogFileStore.h"
 #include "LogRows.h"
 #include "LogSearch.h"
 #include "LogText.h"
@@ -34,11 +35,6 @@ public:
 
 private:
     // The files' bytes are kept as read; a row is where its line lies in them.
-    struct File
-    {
-        QByteArray bytes;
-        LogTextEncoding encoding;
-    };
     struct Row
     {
         quint64 key;
@@ -49,15 +45,16 @@ private:
     // One file read, its rows numbered from 0 within the file.
     struct Part
     {
-        QByteArray bytes;
-        LogTextEncoding encoding;
+        LogFileBytes bytes;
         std::vector<Row> rows;
     };
-    static Part parse(QByteArray bytes);
+    static Part parse(LogFileBytes bytes);
     void append(Part &&part);
     QByteArrayView lineOf(const Row &row) const;
 
-    std::vector<File> m_files;
+    // Where the files' bytes are, when the search read them into one block.
+    std::unique_ptr<LogFileStore> m_store;
+    std::vector<LogFileBytes> m_files;
     std::vector<Row> m_rows;
     LogTextDecoder m_decoder;
 };

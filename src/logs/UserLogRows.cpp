@@ -3,6 +3,7 @@
 #include "LogFileLoader.h"
 #include "LogFileNames.h"
 #include "LogHeaderExpression.h"
+#include "NewestFirst.h"
 #include "UserLogReader.h"
 
 #include <algorithm>
@@ -47,11 +48,13 @@ std::shared_ptr<UserLogRows> UserLogRows::search(
     qint64 total = 0;
     for (const LogFileEntry &file : files)
         total += file.size;
+    rows->m_store = std::make_unique<LogFileStore>(total);
+    LogFileStore *const store = rows->m_store.get();
     qint64 taken = 0;
     const bool done = LogFileLoader::load<Part>(
         files, control,
-        [](const LogFileEntry &file) -> std::optional<Part> {
-            std::optional<QByteArray> bytes = LogFileLoader::readAll(file.path);
+        [store](const LogFileEntry &file) -> std::optional<Part> {
+            std::optional<LogFileBytes> bytes = LogFileStore::read(file.path, file.size, store);
             if (!bytes)
                 return std::nullopt;
             return parse(std::move(*bytes));
@@ -59,7 +62,7 @@ std::shared_ptr<UserLogRows> UserLogRows::search(
         [&](Part &&part) {
             // Room for the rest at the rate seen so far, so that the lists
             // are not copied again and again as they grow.
-            taken += part.bytes.size();
+            taken += part.bytes.view.size();
             const double rest = taken > 0 ? double(std::max(total, taken)) / double(taken) : 1;
             auto room = [rest](auto &list, size_t more) {
                 if (list.capacity() < list.size() + more)
@@ -67,7 +70,6 @@ std::shared_ptr<UserLogRows> UserLogRows::search(
             };
             room(rows->m_records, part.records.size());
             room(rows->m_rows, part.rows.size());
-            room(rows->m_listed, part.rows.size());
             rows->append(std::move(part));
         },
         [](const LogFileEntry &file) { return file.size; });
@@ -77,12 +79,11 @@ std::shared_ptr<UserLogRows> UserLogRows::search(
     return rows;
 }
 
-UserLogRows::Part UserLogRows::parse(QByteArray bytes)
+UserLogRows::Part UserLogRows::parse(LogFileBytes bytes)
 {
     Part part;
-    part.encoding = LogText::prepare(bytes, true);
-    const char *const base = bytes.constData();
-    UserLogReader::readRecords(bytes, [&](const UserLogReader::Record &read) {
+    const char *const base = bytes.view.data();
+    UserLogReader::readRecords(bytes.view, [&](const UserLogReader::Record &read) {
         const auto recordIndex = quint32(part.records.size());
         const qint64 header = read.header.data() - base;
         part.records.push_back({ LogHeaderExpression::sortKey(read.header), header,
@@ -116,7 +117,6 @@ void UserLogRows::append(Part &&part)
 {
     const auto fileIndex = quint32(m_files.size());
     const auto recordBase = quint32(m_records.size());
-    const auto rowBase = quint32(m_rows.size());
     for (Record &record : part.records) {
         record.file = fileIndex;
         m_records.push_back(record);
@@ -125,16 +125,17 @@ void UserLogRows::append(Part &&part)
         row.record += recordBase;
         m_rows.push_back(row);
     }
-    if (!m_shownMember) {
-        for (quint32 i = 0; i < quint32(part.rows.size()); ++i)
-            m_listed.push_back(rowBase + i);
-    }
-    m_files.push_back({ std::move(part.bytes), part.encoding });
+    m_files.push_back(std::move(part.bytes));
 }
 
 void UserLogRows::appendFile(QByteArray bytes)
 {
-    append(parse(std::move(bytes)));
+    LogFileBytes file;
+    file.encoding = LogText::prepare(bytes, true);
+    file.owned = std::move(bytes);
+    file.view = file.owned;
+    append(parse(std::move(file)));
+    relist();
 }
 
 void UserLogRows::setNewestFirst(bool newestFirst)
@@ -169,26 +170,19 @@ void UserLogRows::relist()
             m_listed[i] = quint32(i);
     }
     if (m_newestFirst) {
-        // Sorted on a copy of the keys beside the rows: the comparisons then
-        // stay in one array instead of reaching into two.
-        std::vector<std::pair<quint64, quint32>> keyed(m_listed.size());
-        for (size_t i = 0; i < m_listed.size(); ++i)
-            keyed[i] = { m_records[m_rows[m_listed[i]].record].key, m_listed[i] };
-        std::stable_sort(keyed.begin(), keyed.end(),
-            [](const auto &a, const auto &b) { return a.first > b.first; });
-        for (size_t i = 0; i < keyed.size(); ++i)
-            m_listed[i] = keyed[i].second;
+        sortNewestFirst(
+            m_listed, [this](quint32 row) { return m_records[m_rows[row].record].key; });
     }
 }
 
 QByteArrayView UserLogRows::headerOf(const Record &record) const
 {
-    return QByteArrayView(m_files[record.file].bytes).sliced(record.header, record.headerSize);
+    return m_files[record.file].view.sliced(record.header, record.headerSize);
 }
 
 QByteArray UserLogRows::dataOf(const Record &record) const
 {
-    const QByteArrayView bytes(m_files[record.file].bytes);
+    const QByteArrayView bytes = m_files[record.file].view;
     const qint64 begin = record.header + record.headerSize + record.dataGap;
     return UserLogReader::dataText(bytes, headerOf(record), begin, record.dataEnd);
 }
@@ -288,9 +282,11 @@ QStringList UserLogRows::fields(int row) const
 qint64 UserLogRows::bytesHeld() const
 {
     qint64 files = 0;
-    for (const File &file : m_files)
-        files += file.bytes.capacity();
-    return files + qint64(m_files.capacity() * sizeof(File))
+    for (const LogFileBytes &file : m_files)
+        files += file.owned.capacity();
+    if (m_store)
+        files += m_store->capacity();
+    return files + qint64(m_files.capacity() * sizeof(LogFileBytes))
         + qint64(m_records.capacity() * sizeof(Record)) + qint64(m_rows.capacity() * sizeof(Row))
         + qint64(m_listed.capacity() * sizeof(quint32));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "LogFileStore.h"
 #include "LogRows.h"
 #include "LogSearch.h"
 #include "LogText.h"
@@ -66,11 +67,6 @@ private:
     // The files' bytes are kept as read: a record is where its header and its
     // data block lie in them, so a search costs the bytes once and a few
     // words per row.
-    struct File
-    {
-        QByteArray bytes;
-        LogTextEncoding encoding;
-    };
     struct Record
     {
         quint64 key;
@@ -89,12 +85,11 @@ private:
     // One file read: its records and rows, numbered from 0 within the file.
     struct Part
     {
-        QByteArray bytes;
-        LogTextEncoding encoding;
+        LogFileBytes bytes;
         std::vector<Record> records;
         std::vector<Row> rows;
     };
-    static Part parse(QByteArray bytes);
+    static Part parse(LogFileBytes bytes);
     void append(Part &&part);
 
     QVarLengthArray<QByteArrayView, 16> rowFields(const Row &row) const;
@@ -106,7 +101,9 @@ private:
     void relist();
 
     LogMemberNames m_names;
-    std::vector<File> m_files;
+    // Where the files' bytes are, when the search read them into one block.
+    std::unique_ptr<LogFileStore> m_store;
+    std::vector<LogFileBytes> m_files;
     std::vector<Record> m_records;
     std::vector<Row> m_rows;
     std::vector<quint32> m_listed;
