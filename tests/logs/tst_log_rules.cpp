@@ -232,11 +232,12 @@ void tst_LogRules::daemonFoldersAndUploadFolder()
 void tst_LogRules::newestFirstIsStable()
 {
     // (time, order read): rows of one time keep the order they were read in,
-    // whether the rows came oldest first (the one-pass case) or mixed (two
-    // daemons' files one after the other).
+    // whether the rows came oldest first, as runs (daemons' files one after
+    // the other, an odd number of them) or newest first.
     using Row = std::pair<int, int>;
     const std::vector<std::vector<int>> inputs {
         {}, { 5 }, { 1, 1, 1 }, { 1, 2, 2, 3, 3, 3, 4 }, { 1, 2, 3, 1, 2, 3 }, { 3, 3, 1, 2, 2, 1 },
+        { 2, 2, 1, 3, 3, 2, 2, 1, 4 }, { 5, 4, 3, 2, 1 },
     };
     for (const std::vector<int> &times : inputs) {
         std::vector<Row> rows;
