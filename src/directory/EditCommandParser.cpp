@@ -263,7 +263,7 @@ bool parsePosition(Words &words, const QString &sub, Edit::Operation *op)
         return true;
     }
     QString name;
-    if (!words.take(u"NAME", &name))
+    if (!words.take(sub == u"default" ? u"NAME or none" : u"NAME", &name))
         return false;
     if (sub == u"rename") {
         QString newName;

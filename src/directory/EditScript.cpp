@@ -34,9 +34,12 @@ EditScript::Result EditScript::parse(QByteArrayView text)
 
     if (text.startsWith("\xEF\xBB\xBF"))
         text = text.sliced(3);
-    // A byte-order mark further on is text like any other, so the decoder
-    // must not drop one at the start of each line.
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+    // Each line is decoded on its own: a sequence cut short at its end is an
+    // error, not something to complete from the next line. A byte-order mark
+    // further on is text like any other, so the decoder must not drop one at
+    // the start of each line.
+    QStringDecoder decoder(QStringDecoder::Utf8,
+        QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
 
     int lineNumber = 0;
     qsizetype start = 0;
