@@ -15,23 +15,47 @@
 // the script line it came from.
 namespace Edit {
 
-// The member cells an option sets; an absent value leaves the cell alone.
+// The member text cells an option sets.
+enum class MemberText : quint8 {
+    Name, // --name
+    Password, // --password
+    Nickname, // --nickname
+    Email, // --email
+    Mobile, // --mobile
+    HomePhone, // --phone
+    OfficePhone, // --office-phone
+    Address, // --address
+    Birthday, // --birthday, "YYYY-MM-DD" or "" for none
+    Intro, // --intro
+};
+
+struct MemberTextEdit
+{
+    MemberText cell = MemberText::Name;
+    QString value;
+    friend bool operator==(const MemberTextEdit &, const MemberTextEdit &) = default;
+};
+
+// The member cells the options set; an absent value leaves the cell alone.
+// Text cells are kept in the order written (each at most once), so that the
+// edits are applied, and the first one refused is reported, in that order.
 struct MemberFields
 {
-    std::optional<QString> name; // --name
-    std::optional<QString> password; // --password
-    std::optional<QString> nickname; // --nickname
-    std::optional<QString> email; // --email
-    std::optional<QString> mobile; // --mobile
-    std::optional<QString> homePhone; // --phone
-    std::optional<QString> officePhone; // --office-phone
-    std::optional<QString> address; // --address
-    std::optional<QString> birthday; // --birthday, "YYYY-MM-DD" or "" for none
-    std::optional<QString> intro; // --intro
+    QList<MemberTextEdit> texts;
     std::optional<bool> male; // --male / --female
     std::optional<bool> isPublic; // --public / --private
     std::optional<bool> solar; // --solar / --lunar
     std::optional<bool> admin; // --admin / --no-admin
+
+    // The value given for a text cell, null when the cell is not set.
+    const QString *text(MemberText cell) const
+    {
+        for (const MemberTextEdit &edit : texts) {
+            if (edit.cell == cell)
+                return &edit.value;
+        }
+        return nullptr;
+    }
 
     friend bool operator==(const MemberFields &, const MemberFields &) = default;
 };

@@ -81,20 +81,20 @@ using Edit::MemberFields;
 struct TextOption
 {
     QStringView name;
-    std::optional<QString> MemberFields::*field;
+    Edit::MemberText cell;
 };
 
 constexpr TextOption TextOptions[] = {
-    { u"--name", &MemberFields::name },
-    { u"--password", &MemberFields::password },
-    { u"--nickname", &MemberFields::nickname },
-    { u"--email", &MemberFields::email },
-    { u"--mobile", &MemberFields::mobile },
-    { u"--phone", &MemberFields::homePhone },
-    { u"--office-phone", &MemberFields::officePhone },
-    { u"--address", &MemberFields::address },
-    { u"--birthday", &MemberFields::birthday },
-    { u"--intro", &MemberFields::intro },
+    { u"--name", Edit::MemberText::Name },
+    { u"--password", Edit::MemberText::Password },
+    { u"--nickname", Edit::MemberText::Nickname },
+    { u"--email", Edit::MemberText::Email },
+    { u"--mobile", Edit::MemberText::Mobile },
+    { u"--phone", Edit::MemberText::HomePhone },
+    { u"--office-phone", Edit::MemberText::OfficePhone },
+    { u"--address", Edit::MemberText::Address },
+    { u"--birthday", Edit::MemberText::Birthday },
+    { u"--intro", Edit::MemberText::Intro },
 };
 
 // A flag pair: the option that sets the flag, the one that clears it.
@@ -148,12 +148,11 @@ bool parseMemberOptions(Words &words, bool adding, MemberFields *fields, bool *g
                 return words.fail(option + u": missing value"_s);
             else
                 words.take(u"", &value);
-            std::optional<QString> &field = fields->*(text->field);
-            if (field)
+            if (fields->text(text->cell))
                 return words.fail(option + u" given twice"_s);
-            if (text->field == &MemberFields::birthday && !isBirthday(value))
+            if (text->cell == Edit::MemberText::Birthday && !isBirthday(value))
                 return words.fail(option + u": expected YYYY-MM-DD, got "_s + value);
-            field = value;
+            fields->texts.append({ text->cell, value });
             continue;
         }
 

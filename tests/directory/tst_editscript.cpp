@@ -251,35 +251,41 @@ void TestEditScript::commands_data()
         Edit::MemberAdd add;
         add.userId = u"wang.li"_s;
         add.guest = true;
-        add.fields.name = u"王 丽"_s;
-        add.fields.password = u"p w"_s;
-        add.fields.nickname = u"小王; 'x'"_s;
-        add.fields.email = u"wl@example.com"_s;
-        add.fields.mobile = u"13800000000"_s;
-        add.fields.homePhone = u"010-1234"_s;
-        add.fields.officePhone = u"010-5678"_s;
-        add.fields.address = u"北京"_s;
-        add.fields.birthday = u"1990-02-28"_s;
-        add.fields.intro = u""_s;
+        using enum Edit::MemberText;
+        // Text cells keep the order they were written in.
+        add.fields.texts = {
+            { Intro, u""_s },
+            { Name, u"王 丽"_s },
+            { Password, u"p w"_s },
+            { Nickname, u"小王; 'x'"_s },
+            { Email, u"wl@example.com"_s },
+            { Mobile, u"13800000000"_s },
+            { HomePhone, u"010-1234"_s },
+            { OfficePhone, u"010-5678"_s },
+            { Birthday, u"1990-02-28"_s },
+            { Address, u"北京"_s },
+        };
         add.fields.male = false;
         add.fields.isPublic = false;
         add.fields.solar = false;
         add.fields.admin = false;
-        row(u"member add wang.li --guest --name '王 丽' --password \"p w\" --nickname \"小王; "
-            u"'x'\" "
-            u"--email wl@example.com --mobile 13800000000 --phone 010-1234 --office-phone 010-5678 "
-            u"--address 北京 --birthday 1990-02-28 --intro '' --female --private --lunar --no-admin"_s,
+        row(u"member add wang.li --intro '' --female --guest --name '王 丽' --password \"p w\" "
+            u"--nickname \"小王; 'x'\" --private --email wl@example.com --mobile 13800000000 "
+            u"--phone 010-1234 --office-phone 010-5678 --birthday 1990-02-28 --lunar "
+            u"--address 北京 --no-admin"_s,
             add);
+        QCOMPARE(*add.fields.text(Password), u"p w"_s);
+        QVERIFY(!Edit::MemberFields().text(Password));
     }
     {
         Edit::MemberAdd add;
         add.userId = u"bob"_s;
-        add.fields.name = u"Bob=B"_s;
-        add.fields.password = u""_s;
+        add.fields.texts
+            = { { Edit::MemberText::Name, u"Bob=B"_s }, { Edit::MemberText::Password, u""_s } };
         row(u"member add bob --name=Bob=B --password="_s, add);
         // The word after an option is its value, whatever it looks like.
-        add.fields.name = u"--female"_s;
-        add.fields.password = u"-x"_s;
+        add.fields.texts = { { Edit::MemberText::Name, u"--female"_s },
+            { Edit::MemberText::Password, u"-x"_s } };
         row(u"member add bob --name --female --password -x"_s, add);
     }
     {
@@ -290,13 +296,13 @@ void TestEditScript::commands_data()
         set.fields.isPublic = true;
         set.fields.solar = true;
         set.fields.admin = true;
-        set.fields.birthday = u""_s;
+        set.fields.texts = { { Edit::MemberText::Birthday, u""_s } };
         row(u"member set alice --male --public --solar --admin --birthday \"\""_s, set);
         set.fields = {};
         set.fields.male = false;
         set.fields.admin = false;
-        set.fields.name = u""_s;
-        set.fields.birthday = u"2000-02-29"_s;
+        set.fields.texts = { { Edit::MemberText::Name, u""_s },
+            { Edit::MemberText::Birthday, u"2000-02-29"_s } };
         row(u"member set alice --no-admin --female --name= --birthday=2000-02-29"_s, set);
     }
     row(u"member delete alice"_s, Edit::MemberDelete { { u"alice"_s } });
@@ -595,7 +601,7 @@ void TestEditScript::wordsFromCommandLine()
     QVERIFY(result.command);
     Edit::MemberAdd add;
     add.userId = u"alice"_s;
-    add.fields.password = u"x y"_s;
+    add.fields.texts = { { Edit::MemberText::Password, u"x y"_s } };
     QVERIFY(result.command->operation == Edit::Operation(add));
 
     QCOMPARE(EditCommandParser::parse({}, 1).error, u"missing command"_s);
