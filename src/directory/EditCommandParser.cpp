@@ -19,6 +19,8 @@ public:
     const QString &error() const { return m_error; }
     bool atEnd() const { return m_next >= m_words.size(); }
     const QString &peek() const { return m_words[m_next]; }
+    // The next word; only when not at the end.
+    const QString &next() { return m_words[m_next++]; }
 
     bool fail(const QString &message)
     {
@@ -131,8 +133,7 @@ bool isBirthday(const QString &text)
 bool parseMemberOptions(Words &words, bool adding, MemberFields *fields, bool *guest)
 {
     while (!words.atEnd()) {
-        QString word;
-        words.take(u"", &word);
+        const QString &word = words.next();
         if (!word.startsWith(u"--"))
             return words.fail(u"unexpected argument: "_s + word);
         const qsizetype equals = word.indexOf(u'=');
@@ -147,7 +148,7 @@ bool parseMemberOptions(Words &words, bool adding, MemberFields *fields, bool *g
             else if (words.atEnd())
                 return words.fail(option + u": missing value"_s);
             else
-                words.take(u"", &value);
+                value = words.next();
             if (fields->text(text->cell))
                 return words.fail(option + u" given twice"_s);
             if (text->cell == Edit::MemberText::Birthday && !isBirthday(value))
@@ -190,10 +191,13 @@ bool parseMember(Words &words, const QString &sub, Edit::Operation *op)
 {
     if (sub == u"add" || sub == u"set") {
         const bool adding = sub == u"add";
-        QString userId;
-        if (words.atEnd() || words.peek().startsWith(u"--"))
+        // The user ID comes first, so that a user ID is never taken for an
+        // option's value.
+        if (words.atEnd())
             return words.fail(u"missing USERID"_s);
-        words.take(u"USERID", &userId);
+        if (words.peek().startsWith(u"--"))
+            return words.fail(u"missing USERID before "_s + words.peek());
+        const QString userId = words.next();
         MemberFields fields;
         bool guest = false;
         if (!parseMemberOptions(words, adding, &fields, &guest))
@@ -253,11 +257,8 @@ bool parsePosition(Words &words, const QString &sub, Edit::Operation *op)
 {
     if (sub == u"add") {
         Edit::PositionAdd add;
-        if (!words.atEnd()) {
-            QString name;
-            words.take(u"NAME", &name);
-            add.name = name;
-        }
+        if (!words.atEnd())
+            add.name = words.next();
         *op = add;
         return true;
     }

@@ -416,7 +416,8 @@ void TestEditScript::refusals_data()
 
     // Members.
     row("member add", u"member add: missing USERID"_s);
-    row("member add --name x", u"member add: missing USERID"_s);
+    row("member add --name x", u"member add: missing USERID before --name"_s);
+    row("member set --female=1 a", u"member set: missing USERID before --female=1"_s);
     row("member add a b", u"member add: unexpected argument: b"_s);
     row("member add a --name x y", u"member add: unexpected argument: y"_s);
     row("member add a -n x", u"member add: unexpected argument: -n"_s);
