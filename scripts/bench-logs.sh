@@ -6,6 +6,7 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 work=${1:-/tmp/velmar-logs-bench}
 [ $# -gt 0 ] && shift
-bash "$root/scripts/build.sh" release velmarctl velmar-gen >/dev/null
-exec bash "$root/bench/logs_bench.sh" "$root/build/release/tools/velmarctl/velmarctl" \
+bash "$root/scripts/build.sh" release velmarctl velmar-gen velmar-log-search-bench >/dev/null
+exec bash "$root/bench/logs_bench.sh" "$root/build/release/bench/velmar-log-search-bench" \
+  "$root/build/release/tools/velmarctl/velmarctl" \
   "$root/build/release/tools/generator/velmar-gen" "$work" "$@"

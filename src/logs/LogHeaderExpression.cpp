@@ -14,16 +14,19 @@ const QRegularExpression &LogHeaderExpression::expression()
 
 bool LogHeaderExpression::matches(QByteArrayView line)
 {
-    // Only the first 20 bytes decide; a line that cannot be a header (most
-    // data lines) is turned away before the expression runs.
-    if (line.size() < PrefixLength || line[0] < '0' || line[0] > '9' || line[4] != '-')
+    // The expression reads the bytes as Latin-1, where the only decimal
+    // digits are the ASCII ones and ".*" accepts any rest, so the fixed
+    // shape of its first 20 bytes decides alone; checking it by hand spares
+    // millions of lines the expression's run.
+    static constexpr char Shape[PrefixLength + 1] = "dddd-dd-dd dd:dd:dd ";
+    if (line.size() < PrefixLength)
         return false;
-    // The bytes as Latin-1: a byte of a longer character never reads as a digit.
-    const QString prefix = QString::fromLatin1(line.first(PrefixLength));
-    return expression()
-        .match(prefix, 0, QRegularExpression::NormalMatch,
-            QRegularExpression::AnchorAtOffsetMatchOption)
-        .hasMatch();
+    for (qsizetype i = 0; i < PrefixLength; ++i) {
+        const char c = line[i];
+        if (Shape[i] == 'd' ? (c < '0' || c > '9') : c != Shape[i])
+            return false;
+    }
+    return true;
 }
 
 quint64 LogHeaderExpression::sortKey(QByteArrayView headerLine)

@@ -63,16 +63,29 @@ bool LogText::isValidUtf8(QByteArrayView bytes, bool complete)
 
 LogTextEncoding LogText::prepare(QByteArray &bytes, bool complete)
 {
+    QByteArrayView view(bytes);
+    std::optional<QByteArray> converted;
+    const LogTextEncoding encoding = prepare(view, converted, complete);
+    if (converted)
+        bytes = std::move(*converted);
+    else if (view.size() != bytes.size())
+        bytes.remove(0, bytes.size() - view.size());
+    return encoding;
+}
+
+LogTextEncoding LogText::prepare(
+    QByteArrayView &bytes, std::optional<QByteArray> &converted, bool complete)
+{
     if (bytes.startsWith(Utf8Bom)) {
-        bytes.remove(0, Utf8Bom.size());
+        bytes = bytes.sliced(Utf8Bom.size());
         return LogTextEncoding::Utf8;
     }
     if (bytes.startsWith(Utf16LeBom) || bytes.startsWith(Utf16BeBom)) {
         QStringDecoder decoder(
             bytes.startsWith(Utf16LeBom) ? QStringConverter::Utf16LE : QStringConverter::Utf16BE,
             QStringConverter::Flag::Stateless);
-        const QString text = decoder.decode(QByteArrayView(bytes).sliced(2));
-        bytes = text.toUtf8();
+        converted = QString(decoder.decode(bytes.sliced(2))).toUtf8();
+        bytes = *converted;
         return LogTextEncoding::Utf8;
     }
     return isValidUtf8(bytes, complete) ? LogTextEncoding::Utf8 : LogTextEncoding::CodePage;

@@ -2,6 +2,7 @@
 
 #include "CodePage.h"
 
+#include <optional>
 #include <QByteArray>
 #include <QString>
 #include <QStringDecoder>
@@ -19,6 +20,10 @@ public:
     // converted to UTF-8. complete = false when bytes are only the beginning
     // of the file, so a character cut at the end does not count as invalid.
     static LogTextEncoding prepare(QByteArray &bytes, bool complete = true);
+    // The same without a copy: bytes is narrowed past a UTF-8 mark, or set to
+    // converted when UTF-16 had to be converted.
+    static LogTextEncoding prepare(
+        QByteArrayView &bytes, std::optional<QByteArray> &converted, bool complete = true);
     static bool isValidUtf8(QByteArrayView bytes, bool complete = true);
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "LogByteArena.h"
+#include "LogFileStore.h"
 #include "LogRows.h"
 #include "LogSearch.h"
 #include "LogText.h"
@@ -34,13 +34,27 @@ public:
     qint64 bytesHeld() const;
 
 private:
+    // The files' bytes are kept as read; a row is where its line lies in them.
     struct Row
     {
         quint64 key;
-        LogByteArena::Ref line;
-        LogTextEncoding encoding;
+        qint64 offset;
+        quint32 file;
+        quint32 size;
     };
-    LogByteArena m_arena;
+    // One file read, its rows numbered from 0 within the file.
+    struct Part
+    {
+        LogFileBytes bytes;
+        std::vector<Row> rows;
+    };
+    static Part parse(LogFileBytes bytes);
+    void append(Part &&part);
+    QByteArrayView lineOf(const Row &row) const;
+
+    // Where the files' bytes are, when the search read them into one block.
+    std::unique_ptr<LogFileStore> m_store;
+    std::vector<LogFileBytes> m_files;
     std::vector<Row> m_rows;
     LogTextDecoder m_decoder;
 };

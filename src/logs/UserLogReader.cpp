@@ -4,10 +4,25 @@
 #include "LogHeaderExpression.h"
 #include "LogLineReader.h"
 
+namespace {
+
+constexpr QByteArrayView EndOfData(".END_OF_DATA");
+
+// The block is read with a buffer of DataLen bytes, whatever the text says; a
+// length without room for one character reads nothing and leaves the lines to
+// the header loop, which passes over them.
+qsizetype blockBuffer(QByteArrayView bytes, QByteArrayView header)
+{
+    const qint64 dataLen = LogFileNames::decimalPrefix(
+        UserLogReader::splitFields(header).value(UserLogReader::DataLenField));
+    return dataLen >= 2 ? qsizetype(std::min<qint64>(dataLen, bytes.size() + 2)) : 0;
+}
+
+} // namespace
+
 void UserLogReader::readRecords(
     QByteArrayView bytes, const std::function<void(const Record &)> &record)
 {
-    static constexpr QByteArrayView EndOfData(".END_OF_DATA");
     LogLineReader lines(bytes);
     QByteArrayView piece;
     Record current;
@@ -16,23 +31,34 @@ void UserLogReader::readRecords(
         if (line.isEmpty() || line[0] == '#' || !LogHeaderExpression::matches(line))
             continue;
         current.header = line;
-        current.data.clear();
-        // The block is read with a buffer of DataLen bytes, whatever the text
-        // says; a length without room for one character reads nothing and
-        // leaves the lines to the loop above, which passes over them.
-        const qint64 dataLen = LogFileNames::decimalPrefix(splitFields(line).value(DataLenField));
-        if (dataLen >= 2) {
-            const qsizetype buffer = qsizetype(std::min<qint64>(dataLen, bytes.size() + 2));
+        current.dataBegin = lines.position();
+        if (const qsizetype buffer = blockBuffer(bytes, line)) {
             while (lines.readLine(buffer, piece)) {
-                const QByteArrayView text = LogLineReader::trimmed(piece);
-                current.data.append(text);
-                current.data.append("\r\n", 2);
-                if (text == EndOfData)
+                if (LogLineReader::trimmed(piece) == EndOfData)
                     break;
             }
         }
+        current.dataEnd = lines.position();
         record(current);
     }
+}
+
+QByteArray UserLogReader::dataText(
+    QByteArrayView bytes, QByteArrayView header, qsizetype dataBegin, qsizetype dataEnd)
+{
+    QByteArray text;
+    const qsizetype buffer = blockBuffer(bytes, header);
+    if (buffer == 0 || dataBegin >= dataEnd)
+        return text;
+    // The same reads from the same place give the same pieces: a read depends
+    // only on where it starts and on where the bytes end.
+    LogLineReader lines(bytes.sliced(dataBegin));
+    QByteArrayView piece;
+    while (lines.position() < dataEnd - dataBegin && lines.readLine(buffer, piece)) {
+        text.append(LogLineReader::trimmed(piece));
+        text.append("\r\n", 2);
+    }
+    return text;
 }
 
 UserLogReader::Fields UserLogReader::splitFields(QByteArrayView line)

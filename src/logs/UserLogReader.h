@@ -15,11 +15,18 @@ public:
     struct Record
     {
         QByteArrayView header; // the trimmed header line
-        QByteArray data; // the trimmed block lines, each followed by CR LF
+        // Where the data block lies in the bytes: dataText() gives its text.
+        qsizetype dataBegin = 0;
+        qsizetype dataEnd = 0;
     };
 
     static void readRecords(
         QByteArrayView bytes, const std::function<void(const Record &)> &record);
+    // The data block of a record of bytes: its lines read again the way the
+    // record was read (a buffer of DataLen bytes), each trimmed and followed
+    // by CR LF. Built only when shown, so a search stores no copy of it.
+    static QByteArray dataText(
+        QByteArrayView bytes, QByteArrayView header, qsizetype dataBegin, qsizetype dataEnd);
 
     // The header's fields: runs of white space separate them.
     using Fields = QVarLengthArray<QByteArrayView, 16>;

@@ -1,11 +1,12 @@
 #include "UserLogRows.h"
 
+#include "LogFileLoader.h"
 #include "LogFileNames.h"
 #include "LogHeaderExpression.h"
+#include "NewestFirst.h"
 #include "UserLogReader.h"
 
 #include <algorithm>
-#include <QFile>
 
 using namespace Qt::StringLiterals;
 
@@ -47,52 +48,94 @@ std::shared_ptr<UserLogRows> UserLogRows::search(
     qint64 total = 0;
     for (const LogFileEntry &file : files)
         total += file.size;
-    qint64 done = 0;
-    control.report(0, total);
-    // One buffer for every file: its pages stay mapped from file to file.
-    QByteArray buffer;
-    for (const LogFileEntry &file : files) {
-        if (control.isCancelled())
-            return nullptr;
-        QFile in(file.path);
-        if (in.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-            buffer.resize(std::max<qint64>(in.size(), 0));
-            const qint64 got = in.read(buffer.data(), buffer.size());
-            buffer.resize(std::max<qint64>(got, 0));
-            rows->appendFile(buffer);
-        }
-        done += file.size;
-        control.report(done, total);
-    }
-    if (control.isCancelled())
+    rows->m_store = std::make_unique<LogFileStore>(total);
+    LogFileStore *const store = rows->m_store.get();
+    qint64 taken = 0;
+    const bool done = LogFileLoader::load<Part>(
+        files, control,
+        [store](const LogFileEntry &file) -> std::optional<Part> {
+            std::optional<LogFileBytes> bytes = LogFileStore::read(file.path, file.size, store);
+            if (!bytes)
+                return std::nullopt;
+            return parse(std::move(*bytes));
+        },
+        [&](Part &&part) {
+            // Room for the rest at the rate seen so far, so that the lists
+            // are not copied again and again as they grow.
+            taken += part.bytes.view.size();
+            const double rest = taken > 0 ? double(std::max(total, taken)) / double(taken) : 1;
+            auto room = [rest](auto &list, size_t more) {
+                if (list.capacity() < list.size() + more)
+                    list.reserve(size_t(double(list.size() + more) * rest * 1.05) + more);
+            };
+            room(rows->m_records, part.records.size());
+            room(rows->m_rows, part.rows.size());
+            rows->append(std::move(part));
+        },
+        [](const LogFileEntry &file) { return file.size; });
+    if (!done)
         return nullptr;
     rows->setNewestFirst(request.filter.newestFirst);
     return rows;
 }
 
-void UserLogRows::appendFile(QByteArray bytes)
+UserLogRows::Part UserLogRows::parse(LogFileBytes bytes)
 {
-    const LogTextEncoding encoding = LogText::prepare(bytes, true);
-    UserLogReader::readRecords(bytes, [&](const UserLogReader::Record &read) {
-        const auto recordIndex = quint32(m_records.size());
-        m_records.push_back({ LogHeaderExpression::sortKey(read.header),
-            m_arena.append(read.header), m_arena.append(read.data), encoding });
+    Part part;
+    const char *const base = bytes.view.data();
+    UserLogReader::readRecords(bytes.view, [&](const UserLogReader::Record &read) {
+        const auto recordIndex = quint32(part.records.size());
+        const qint64 header = read.header.data() - base;
+        part.records.push_back({ LogHeaderExpression::sortKey(read.header), header,
+            read.dataEnd, 0, quint16(read.header.size()),
+            quint16(read.dataBegin - header - read.header.size()) });
         const UserLogReader::Fields fields = UserLogReader::splitFields(read.header);
-        auto file = [&](qint32 member, qint32 receiver) {
-            const auto rowIndex = quint32(m_rows.size());
-            m_rows.push_back({ recordIndex, receiver });
-            m_byMember[member].push_back(rowIndex);
-            if (!m_shownMember)
-                m_listed.push_back(rowIndex);
-        };
-        file(memberId(fields.value(UserLogReader::SenderField)), -1);
+        part.rows.push_back(
+            { recordIndex, -1, memberId(fields.value(UserLogReader::SenderField)) });
         if (fields.value(UserLogReader::EventField) == MsgSent) {
-            const QList<QByteArrayView> receivers
-                = UserLogReader::splitReceivers(fields.value(UserLogReader::ReceiverField));
-            for (qsizetype i = 0; i < receivers.size(); ++i)
-                file(memberId(receivers[i]), qint32(i));
+            const QByteArrayView receivers = fields.value(UserLogReader::ReceiverField);
+            qint32 receiver = 0;
+            qsizetype from = 0;
+            // The ids split on ";", empty items left out (splitReceivers).
+            while (from <= receivers.size()) {
+                qsizetype semicolon = receivers.indexOf(';', from);
+                if (semicolon < 0)
+                    semicolon = receivers.size();
+                if (semicolon > from) {
+                    part.rows.push_back({ recordIndex, receiver++,
+                        memberId(receivers.sliced(from, semicolon - from)) });
+                }
+                from = semicolon + 1;
+            }
         }
     });
+    part.bytes = std::move(bytes);
+    return part;
+}
+
+void UserLogRows::append(Part &&part)
+{
+    const auto fileIndex = quint32(m_files.size());
+    const auto recordBase = quint32(m_records.size());
+    for (Record &record : part.records) {
+        record.file = fileIndex;
+        m_records.push_back(record);
+    }
+    for (Row &row : part.rows) {
+        row.record += recordBase;
+        m_rows.push_back(row);
+    }
+    m_files.push_back(std::move(part.bytes));
+}
+
+void UserLogRows::appendFile(QByteArray bytes)
+{
+    LogFileBytes file;
+    file.encoding = LogText::prepare(bytes, true);
+    file.owned = std::move(bytes);
+    file.view = file.owned;
+    append(parse(std::move(file)));
+    relist();
 }
 
 void UserLogRows::setNewestFirst(bool newestFirst)
@@ -115,38 +158,50 @@ void UserLogRows::showAll()
 
 void UserLogRows::relist()
 {
+    m_listed.clear();
     if (m_shownMember) {
-        const auto found = m_byMember.constFind(*m_shownMember);
-        m_listed = found == m_byMember.constEnd() ? std::vector<quint32>() : *found;
+        for (size_t i = 0; i < m_rows.size(); ++i) {
+            if (m_rows[i].member == *m_shownMember)
+                m_listed.push_back(quint32(i));
+        }
     } else {
         m_listed.resize(m_rows.size());
         for (size_t i = 0; i < m_listed.size(); ++i)
             m_listed[i] = quint32(i);
     }
     if (m_newestFirst) {
-        std::stable_sort(m_listed.begin(), m_listed.end(), [this](quint32 a, quint32 b) {
-            return m_records[m_rows[a].record].key > m_records[m_rows[b].record].key;
-        });
+        sortNewestFirst(
+            m_listed, [this](quint32 row) { return m_records[m_rows[row].record].key; });
     }
 }
 
-UserLogReader::Fields UserLogRows::rowFields(const Row &row, QByteArrayView *data) const
+QByteArrayView UserLogRows::headerOf(const Record &record) const
 {
-    const Record &record = m_records[row.record];
-    UserLogReader::Fields fields = UserLogReader::splitFields(m_arena.view(record.header));
+    return m_files[record.file].view.sliced(record.header, record.headerSize);
+}
+
+QByteArray UserLogRows::dataOf(const Record &record) const
+{
+    const QByteArrayView bytes = m_files[record.file].view;
+    const qint64 begin = record.header + record.headerSize + record.dataGap;
+    return UserLogReader::dataText(bytes, headerOf(record), begin, record.dataEnd);
+}
+
+UserLogReader::Fields UserLogRows::rowFields(const Row &row) const
+{
+    UserLogReader::Fields fields = UserLogReader::splitFields(headerOf(m_records[row.record]));
     if (row.receiver >= 0) {
         const QList<QByteArrayView> receivers
             = UserLogReader::splitReceivers(fields.value(UserLogReader::ReceiverField));
         fields[UserLogReader::EventField] = MsgRecv;
         fields[UserLogReader::ReceiverField] = receivers.value(row.receiver);
     }
-    *data = m_arena.view(record.data);
     return fields;
 }
 
 QString UserLogRows::decode(QByteArrayView bytes, const Record &record) const
 {
-    return m_decoder.decode(bytes, record.encoding);
+    return m_decoder.decode(bytes, m_files[record.file].encoding);
 }
 
 QString UserLogRows::cell(int row, int column) const
@@ -154,18 +209,16 @@ QString UserLogRows::cell(int row, int column) const
     if (row < 0 || size_t(row) >= m_listed.size() || column < 0 || column >= ColumnCount)
         return {};
     const Row &r = m_rows[m_listed[size_t(row)]];
-    QByteArrayView data;
-    const UserLogReader::Fields fields = rowFields(r, &data);
-    return cellOf(fields, data, m_records[r.record], column);
+    return cellOf(rowFields(r), m_records[r.record], column);
 }
 
-QString UserLogRows::cellOf(const QVarLengthArray<QByteArrayView, 16> &fields, QByteArrayView data,
-    const Record &record, int column) const
+QString UserLogRows::cellOf(
+    const QVarLengthArray<QByteArrayView, 16> &fields, const Record &record, int column) const
 {
     auto field = [&](qsizetype k) -> QString {
         if (k < fields.size())
             return decode(fields[k], record);
-        return k == fields.size() ? decode(data, record) : QString();
+        return k == fields.size() ? decode(dataOf(record), record) : QString();
     };
     switch (column) {
     case DateColumn:
@@ -208,10 +261,9 @@ void UserLogRows::rowCells(int row, QStringList &cells) const
         return;
     }
     const Row &r = m_rows[m_listed[size_t(row)]];
-    QByteArrayView data;
-    const UserLogReader::Fields fields = rowFields(r, &data);
+    const UserLogReader::Fields fields = rowFields(r);
     for (int column = 0; column < ColumnCount; ++column)
-        cells[column] = cellOf(fields, data, m_records[r.record], column);
+        cells[column] = cellOf(fields, m_records[r.record], column);
 }
 
 QStringList UserLogRows::fields(int row) const
@@ -221,19 +273,20 @@ QStringList UserLogRows::fields(int row) const
         return result;
     const Row &r = m_rows[m_listed[size_t(row)]];
     const Record &record = m_records[r.record];
-    QByteArrayView data;
-    for (QByteArrayView f : rowFields(r, &data))
+    for (QByteArrayView f : rowFields(r))
         result << decode(f, record);
-    result << decode(data, record);
+    result << decode(dataOf(record), record);
     return result;
 }
 
 qint64 UserLogRows::bytesHeld() const
 {
-    qint64 index = 0;
-    for (const auto &rows : m_byMember)
-        index += qint64(rows.capacity() * sizeof(quint32));
-    return m_arena.bytesHeld() + qint64(m_records.capacity() * sizeof(Record))
-        + qint64(m_rows.capacity() * sizeof(Row)) + qint64(m_listed.capacity() * sizeof(quint32))
-        + index;
+    qint64 files = 0;
+    for (const LogFileBytes &file : m_files)
+        files += file.owned.capacity();
+    if (m_store)
+        files += m_store->capacity();
+    return files + qint64(m_files.capacity() * sizeof(LogFileBytes))
+        + qint64(m_records.capacity() * sizeof(Record)) + qint64(m_rows.capacity() * sizeof(Row))
+        + qint64(m_listed.capacity() * sizeof(quint32));
 }

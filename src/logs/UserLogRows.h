@@ -1,13 +1,12 @@
 #pragma once
 
-#include "LogByteArena.h"
+#include "LogFileStore.h"
 #include "LogRows.h"
 #include "LogSearch.h"
 #include "LogText.h"
 
 #include <memory>
 #include <optional>
-#include <QHash>
 #include <QVarLengthArray>
 #include <vector>
 
@@ -65,29 +64,48 @@ public:
     qint64 bytesHeld() const;
 
 private:
+    // The files' bytes are kept as read: a record is where its header and its
+    // data block lie in them, so a search costs the bytes once and a few
+    // words per row.
     struct Record
     {
         quint64 key;
-        LogByteArena::Ref header;
-        LogByteArena::Ref data;
-        LogTextEncoding encoding;
+        qint64 header; // offset of the trimmed header line in its file
+        qint64 dataEnd;
+        quint32 file;
+        quint16 headerSize; // a header is one read of at most 1023 bytes
+        quint16 dataGap; // from the header's end to the data block's beginning
     };
     struct Row
     {
         quint32 record;
         qint32 receiver; // -1: as read; else which receiver of the sent message
+        qint32 member; // the sender, or that receiver
     };
-    QVarLengthArray<QByteArrayView, 16> rowFields(const Row &row, QByteArrayView *data) const;
+    // One file read: its records and rows, numbered from 0 within the file.
+    struct Part
+    {
+        LogFileBytes bytes;
+        std::vector<Record> records;
+        std::vector<Row> rows;
+    };
+    static Part parse(LogFileBytes bytes);
+    void append(Part &&part);
+
+    QVarLengthArray<QByteArrayView, 16> rowFields(const Row &row) const;
+    QByteArrayView headerOf(const Record &record) const;
+    QByteArray dataOf(const Record &record) const;
     QString decode(QByteArrayView bytes, const Record &record) const;
-    QString cellOf(const QVarLengthArray<QByteArrayView, 16> &fields, QByteArrayView data,
-        const Record &record, int column) const;
+    QString cellOf(const QVarLengthArray<QByteArrayView, 16> &fields, const Record &record,
+        int column) const;
     void relist();
 
     LogMemberNames m_names;
-    LogByteArena m_arena;
+    // Where the files' bytes are, when the search read them into one block.
+    std::unique_ptr<LogFileStore> m_store;
+    std::vector<LogFileBytes> m_files;
     std::vector<Record> m_records;
     std::vector<Row> m_rows;
-    QHash<qint32, std::vector<quint32>> m_byMember;
     std::vector<quint32> m_listed;
     std::optional<qint32> m_shownMember;
     bool m_newestFirst = false;

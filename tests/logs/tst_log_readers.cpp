@@ -68,6 +68,7 @@ private Q_SLOTS:
     void lineReaderBuffers();
     void headerExpression_data();
     void headerExpression();
+    void headerCheckAgreesWithExpression();
     void systemLogLines();
     void systemLogEncodings();
     void userLogSentMessageMultiplies();
@@ -304,6 +305,28 @@ void tst_LogReaders::headerExpression()
         u"^\\d\\d\\d\\d-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d .*"_s);
     // Compiled once: every caller gets the same object.
     QCOMPARE(&LogHeaderExpression::expression(), &LogHeaderExpression::expression());
+}
+
+void tst_LogReaders::headerCheckAgreesWithExpression()
+{
+    // Every byte value in every place of a header's first 20 bytes, and the
+    // lines cut short: the check gives the expression's own answer.
+    const QByteArray header("2007-10-08 14:05:09 x");
+    auto expressionSays = [](const QByteArray &line) {
+        return LogHeaderExpression::expression().match(QString::fromLatin1(line)).hasMatch();
+    };
+    for (qsizetype place = 0; place < LogHeaderExpression::PrefixLength; ++place) {
+        for (int byte = 0; byte < 256; ++byte) {
+            if (byte == '\n' || byte == '\r')
+                continue; // never inside a line
+            QByteArray line = header;
+            line[place] = char(byte);
+            QVERIFY2(LogHeaderExpression::matches(line) == expressionSays(line),
+                qPrintable(QString::number(place) + u' ' + QString::number(byte)));
+        }
+        QCOMPARE(LogHeaderExpression::matches(header.first(place)),
+            expressionSays(header.first(place)));
+    }
 }
 
 void tst_LogReaders::systemLogLines()

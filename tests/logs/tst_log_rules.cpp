@@ -4,6 +4,7 @@
 #include "LogFilterRules.h"
 #include "LogLocations.h"
 #include "LogSearch.h"
+#include "NewestFirst.h"
 #include "TempServerDir.h"
 
 #include <QTest>
@@ -42,6 +43,7 @@ private Q_SLOTS:
     void tokenizer();
     void logRootFromRegistry();
     void daemonFoldersAndUploadFolder();
+    void newestFirstIsStable();
 };
 
 void tst_LogRules::periodButtons()
@@ -225,6 +227,28 @@ void tst_LogRules::daemonFoldersAndUploadFolder()
         u"UploadPath"_s, u"/data/up"_s));
     QCOMPARE(LogLocations::sessionUploadFolder(dir.hives(), dir.programDir(), u"s1"_s),
         u"/data/up/s1"_s);
+}
+
+void tst_LogRules::newestFirstIsStable()
+{
+    // (time, order read): rows of one time keep the order they were read in,
+    // whether the rows came oldest first, as runs (daemons' files one after
+    // the other, an odd number of them) or newest first.
+    using Row = std::pair<int, int>;
+    const std::vector<std::vector<int>> inputs {
+        {}, { 5 }, { 1, 1, 1 }, { 1, 2, 2, 3, 3, 3, 4 }, { 1, 2, 3, 1, 2, 3 }, { 3, 3, 1, 2, 2, 1 },
+        { 2, 2, 1, 3, 3, 2, 2, 1, 4 }, { 5, 4, 3, 2, 1 },
+    };
+    for (const std::vector<int> &times : inputs) {
+        std::vector<Row> rows;
+        for (int i = 0; i < int(times.size()); ++i)
+            rows.emplace_back(times[size_t(i)], i);
+        std::vector<Row> expected = rows;
+        std::stable_sort(expected.begin(), expected.end(),
+            [](const Row &a, const Row &b) { return a.first > b.first; });
+        sortNewestFirst(rows, [](const Row &row) { return row.first; });
+        QCOMPARE(rows, expected);
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_LogRules)

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "LogSearch.h"
+
+#include <optional>
+#include <QByteArray>
+#include <QList>
+#include <QThreadPool>
+#include <QtConcurrent/QtConcurrentMap>
+#include <vector>
+
+// Reads the files of a search on every core: a batch of files is read and
+// parsed side by side, then its parts are handed over one by one in file
+// order, so the rows come out in the order a single reader gives them.
+// Between batches the search reports its progress and notices a cancel.
+class LogFileLoader
+{
+public:
+    // parse(const LogFileEntry &) -> std::optional<Part> runs on the pool's
+    // threads; take(Part &&) and weight(const LogFileEntry &) -> qint64 (what
+    // a file counts for in the progress) on the calling thread. False when
+    // cancelled.
+    template <typename Part, typename Parse, typename Take, typename Weight>
+    static bool load(const QList<LogFileEntry> &files, const LogSearchControl &control,
+        Parse parse, Take take, Weight weight)
+    {
+        qint64 total = 0;
+        for (const LogFileEntry &file : files)
+            total += weight(file);
+        qint64 done = 0;
+        control.report(0, total);
+        struct Slot
+        {
+            const LogFileEntry *file;
+            std::optional<Part> part;
+        };
+        const qsizetype batch = 4 * std::max(1, QThreadPool::globalInstance()->maxThreadCount());
+        std::vector<Slot> slots;
+        for (qsizetype from = 0; from < files.size(); from += batch) {
+            if (control.isCancelled())
+                return false;
+            slots.clear();
+            for (qsizetype i = from; i < std::min(files.size(), from + batch); ++i)
+                slots.push_back({ &files[i], std::nullopt });
+            QtConcurrent::blockingMap(slots, [&parse](Slot &slot) { slot.part = parse(*slot.file); });
+            for (Slot &slot : slots) {
+                if (slot.part)
+                    take(std::move(*slot.part));
+                slot.part.reset();
+                done += weight(*slot.file);
+            }
+            control.report(done, total);
+        }
+        return !control.isCancelled();
+    }
+};
