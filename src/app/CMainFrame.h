@@ -45,7 +45,6 @@ public:
     static const QString ConsoleKeyPath; // Software\Velmar\VelmarManager
 
     // Data model fixed at construction.
-    const ServerFolder &serverFolder() const { return m_folder; }
     QString programDirectory() const { return m_programDirectory; }
     QString accessDatabasePath() const { return m_accessDatabasePath; }
     QString profilePath() const { return m_profilePath; }

@@ -110,8 +110,8 @@ bool VelmarCtl::parse(
         "           the console's orders and print each step\n"
         "  notify PORT [--code N]\n"
         "           send the 32-byte change notification to 127.0.0.1:PORT"_s);
-    parser.addPositionalArgument(
-        u"command"_s, u"load, resave, recover, logs, services status|start|stop or notify PORT"_s);
+    parser.addPositionalArgument(u"command"_s,
+        u"load, resave, recover, logs, services status|start|stop or notify PORT"_s);
     const QCommandLineOption serverDir(
         u"server-dir"_s, u"The server folder (Serverinfo.ini, VelmarDB.mdb)."_s, u"dir"_s);
     const QCommandLineOption registryDir(
@@ -133,8 +133,8 @@ bool VelmarCtl::parse(
     const QCommandLineOption code(
         u"code"_s, u"notify: the code at bytes 18-19 (default 0x0DAC)."_s, u"n"_s);
     const QCommandLineOption help = parser.addHelpOption();
-    parser.addOptions({ serverDir, registryDir, sqlTrace, timings, discard, from, to, oldestFirst,
-        format, code });
+    parser.addOptions(
+        { serverDir, registryDir, sqlTrace, timings, discard, from, to, oldestFirst, format, code });
     if (!parser.parse(arguments)) {
         message = parser.errorText();
         return false;
