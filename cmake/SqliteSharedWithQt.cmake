@@ -5,7 +5,9 @@
 # very soname of the libsqlite3 found by find_package(SQLite3). Only then is
 # the sqlite3* handle the driver hands out usable with our own sqlite3_* calls;
 # a driver with its own copy of SQLite (Qt's bundled one, a static plugin, a
-# platform without ELF tools) makes the result false.
+# platform without ELF tools) makes the result false. VELMAR_SQLITE_QT_DRIVER_ONLY
+# makes it false as well, to build and test the QSqlQuery path here.
+option(VELMAR_SQLITE_QT_DRIVER_ONLY "Never use the Qt SQLite driver's handle directly" OFF)
 function(velmar_sqlite_shared_with_qt result)
     set(shared FALSE)
     set(why "")
@@ -14,7 +16,9 @@ function(velmar_sqlite_shared_with_qt result)
         # Some distributions ship the plugin's package without Qt6Sql loading it.
         find_package(Qt6QSQLiteDriverPlugin CONFIG QUIET HINTS "${Qt6Sql_DIR}")
     endif()
-    if(NOT TARGET Qt6::QSQLiteDriverPlugin)
+    if(VELMAR_SQLITE_QT_DRIVER_ONLY)
+        set(why "VELMAR_SQLITE_QT_DRIVER_ONLY is set")
+    elseif(NOT TARGET Qt6::QSQLiteDriverPlugin)
         set(why "Qt has no SQLite driver plugin target")
     elseif(NOT VELMAR_READELF)
         set(why "no readelf to read the plugin's needed libraries")

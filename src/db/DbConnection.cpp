@@ -304,6 +304,12 @@ Recordset DbConnection::execute(const QString &sql)
 
     if (d->sqlite)
         return executeOnSqlite(text);
+    // SQLite runs nothing for a text of comments only, on its own handle; the
+    // Qt driver would call that an error.
+    if (d->dialect == SqlDialect::Sqlite
+        && (text.contains(u"--"_s) || text.contains(u"/*"_s) || text.contains(u';'))
+        && SqlStatementText::splitScript(text, d->dialect).isEmpty())
+        return Recordset();
 
     if (mayReturnRows(text)) {
         QSqlQuery query(d->db);

@@ -678,6 +678,8 @@ void TstDbConnection::qtDriverPathGivesTheSameResults()
         u"DELETE FROM Rank"_s,
         u"SELECT COUNT(*) FROM Rank"_s,
         u"SELECT x FROM NoSuchTable"_s,
+        u"-- nothing"_s,
+        u"/* nothing */ ;"_s,
     };
     TestDatabase direct(Backend::SqliteFile, m_folder.path(), u"direct.db"_s);
     TestDatabase viaQt(Backend::SqliteFile, m_folder.path(), u"qt.db"_s);
