@@ -5,6 +5,7 @@
 #include "CRegistry.h"
 #include "DbConnection.h"
 #include "ProfileFile.h"
+#include "ServerFolder.h"
 
 #include <memory>
 #include <QDir>
@@ -223,8 +224,8 @@ void CMainFormView::showSettings()
     m_profileFile->setText(
         QFileInfo::exists(m_frame.profilePath()) ? profile : u"%1 (不存在)"_s.arg(profile));
     QString type;
-    if (readRegistryString(m_frame.hives(), RegistryRoot::LocalMachine, CMainFrame::DatabaseKeyPath,
-            u"SetDBType"_s, type)
+    if (readRegistryString(m_frame.hives(), RegistryRoot::LocalMachine,
+            ServerFolder::DatabaseKeyPath, u"SetDBType"_s, type)
             != 1
         || type.isEmpty())
         type = Unknown;

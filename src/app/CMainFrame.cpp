@@ -41,15 +41,8 @@
 using namespace Qt::StringLiterals;
 
 const QString CMainFrame::ConsoleKeyPath = u"Software\\Velmar\\VelmarManager"_s;
-const QString CMainFrame::DatabaseKeyPath = u"SOFTWARE\\Velmar\\Services\\DataBase"_s;
 
 namespace {
-QString mdbPath(const QString &programDirectory)
-{
-    // "%s\%s": the separator is this platform's; a doubled one stays doubled.
-    return u"%1/%2"_s.arg(programDirectory, u"VelmarDB.mdb"_s);
-}
-
 struct ViewPlaceholder
 {
     int id;
@@ -75,9 +68,10 @@ const QList<ViewPlaceholder> &viewPlaceholders()
 CMainFrame::CMainFrame(const MainFrameContext &context, QWidget *parent)
     : QMainWindow(parent)
     , m_context(context)
-    , m_programDirectory(context.programDirectory)
-    , m_accessDatabasePath(mdbPath(m_programDirectory))
-    , m_profilePath(m_programDirectory + u"/Serverinfo.ini"_s)
+    , m_folder(context.programDirectory)
+    , m_programDirectory(m_folder.programDirectory())
+    , m_accessDatabasePath(m_folder.accessDatabasePath())
+    , m_profilePath(m_folder.profilePath())
     , m_document(new CVelmarManagerDoc(this))
     , m_session(
           context.hives, m_profilePath, m_accessDatabasePath, context.messages, context.sqlTrace)
@@ -87,7 +81,7 @@ CMainFrame::CMainFrame(const MainFrameContext &context, QWidget *parent)
         m_context.clock = [] { return QDateTime::currentDateTime(); };
 
     readBalloonHelp();
-    prepareDatabaseSettings();
+    m_folder.prepareDatabaseSettings(m_context.hives);
 
     createCommands();
     createMenus();
@@ -116,26 +110,6 @@ void CMainFrame::readBalloonHelp()
         || !registry.readNumber(u"BalloonHelp"_s, value))
         value = 1;
     m_balloonHelp = value != 0;
-}
-
-void CMainFrame::prepareDatabaseSettings()
-{
-    CRegistry registry(m_context.hives, RegistryRoot::LocalMachine);
-    if (!registry.createKey(RegistryRoot::LocalMachine, DatabaseKeyPath))
-        return;
-    QString type;
-    if (!registry.readString(u"SetDBType"_s, type)) {
-        registry.writeString(u"SetDBType"_s, u"MDB"_s);
-        type = u"MDB"_s;
-    }
-    // The local Access database beside the console is the server's database:
-    // point the server and this console at the copy in this folder.
-    if (type == u"MDB"_s && QFileInfo(m_accessDatabasePath).isFile()) {
-        registry.writeString(u"ConnectionString"_s,
-            u"DRIVER={Microsoft Access Driver (*.mdb)};DBQ=%1;DefaultDir=;UID=admin;PWD=;"_s.arg(
-                QDir::toNativeSeparators(m_accessDatabasePath)));
-        registry.writeString(u"SetDBType"_s, u"MDB"_s);
-    }
 }
 
 DbConnection CMainFrame::OpenDBConnection()

@@ -3,6 +3,7 @@
 #include "DbConnection.h"
 #include "DbSession.h"
 #include "MainFrameContext.h"
+#include "ServerFolder.h"
 
 class ServerData;
 
@@ -42,7 +43,6 @@ public:
     ~CMainFrame() override;
 
     static const QString ConsoleKeyPath; // Software\Velmar\VelmarManager
-    static const QString DatabaseKeyPath; // SOFTWARE\Velmar\Services\DataBase
 
     // Data model fixed at construction.
     QString programDirectory() const { return m_programDirectory; }
@@ -118,7 +118,6 @@ private:
     ServerData *m_serverData = nullptr;
     bool m_loadComplete = false;
     void readBalloonHelp();
-    void prepareDatabaseSettings();
     void createCommands();
     void createMenus();
     void createToolBar();
@@ -131,6 +130,7 @@ private:
     void updateTitle();
 
     MainFrameContext m_context;
+    ServerFolder m_folder;
     QString m_programDirectory;
     QString m_accessDatabasePath;
     QString m_profilePath;

@@ -9,6 +9,7 @@
 #include "QtMessageService.h"
 #include "RegistryHives.h"
 #include "ProgramLauncher.h"
+#include "ServerFolder.h"
 #include "ServerServices.h"
 #include "ServiceCommands.h"
 #include "ServiceClock.h"
@@ -91,9 +92,7 @@ bool CVelmarManagerApp::initInstance()
         return false;
     }
 
-    m_hives = m_options.registryDirectory.isEmpty()
-        ? RegistryHives::fromEnvironment()
-        : std::make_unique<RegistryHives>(m_options.registryDirectory);
+    m_hives = ServerFolder(m_options.programDirectory, m_options.registryDirectory).openHives();
     m_messages = std::make_unique<QtMessageService>();
     if (!m_options.sqlTracePath.isEmpty()) {
         m_trace = std::make_unique<SqlTrace>(m_options.sqlTracePath);

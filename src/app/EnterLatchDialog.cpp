@@ -15,6 +15,12 @@ void EnterLatchDialog::cancelDialog()
     done(QDialog::Rejected);
 }
 
+bool EnterLatchDialog::feedEnterLatch()
+{
+    m_latchSet = !m_latchSet;
+    return !m_latchSet;
+}
+
 bool EnterLatchDialog::handleKey(QKeyEvent *event)
 {
     switch (event->key()) {
@@ -25,7 +31,7 @@ bool EnterLatchDialog::handleKey(QKeyEvent *event)
         // The confirm action may end (and delete) the dialog half-way.
         QPointer<EnterLatchDialog> guard(this);
         for (int message = 0; message < 2 && guard; ++message) {
-            if (m_latch.feed())
+            if (feedEnterLatch())
                 confirm();
         }
         return true;

@@ -1,13 +1,16 @@
 #pragma once
 
-#include "EnterKeyLatch.h"
-
 #include <QDialog>
 
 // Base of the two password dialogs. Enter and Escape are taken before any
 // control sees them: Escape does nothing, so the dialog cannot be left with
-// it; Enter goes through the latch and runs confirm() once per press, whichever
-// control has the focus. The window's close button cancels.
+// it; Enter runs confirm() once per press, whichever control has the focus.
+// The window's close button cancels.
+//
+// The Enter latch: the system these dialogs come from hands them two messages
+// per Enter press (the key-down and the character), and the latch lets only
+// every second one through, so one press confirms once. Each press is fed
+// through it twice, which keeps that alternation.
 class EnterLatchDialog : public QDialog
 {
     Q_OBJECT
@@ -15,7 +18,8 @@ class EnterLatchDialog : public QDialog
 public:
     explicit EnterLatchDialog(QWidget *parent = nullptr);
 
-    const EnterKeyLatch &enterLatch() const { return m_latch; }
+    // Set between presses; clear only inside one, between its two messages.
+    bool enterLatchSet() const { return m_latchSet; }
 
 public Q_SLOTS:
     // Escape and any other route to reject() leave the dialog open; the
@@ -34,5 +38,9 @@ protected:
 private:
     bool handleKey(QKeyEvent *event);
 
-    EnterKeyLatch m_latch;
+    // True when this message runs the confirm action (the latch was set and
+    // is now clear); false when it only sets the latch again.
+    bool feedEnterLatch();
+
+    bool m_latchSet = true;
 };

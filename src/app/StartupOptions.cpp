@@ -1,20 +1,11 @@
 #include "StartupOptions.h"
 
+#include "ServerFolder.h"
+
 #include <QDir>
 #include <QFileInfo>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-QString cleanDirectory(const QString &path)
-{
-    QString clean = QDir::cleanPath(QDir().absoluteFilePath(path));
-    // The folder is used "up to, not including, its last separator".
-    while (clean.size() > 1 && clean.endsWith(u'/'))
-        clean.chop(1);
-    return clean;
-}
-} // namespace
 
 StartupOptions StartupOptions::parse(const QStringList &arguments, const QString &executableDir,
     const QString &environmentServerDir, const QString &environmentRegistryDir)
@@ -53,7 +44,7 @@ StartupOptions StartupOptions::parse(const QStringList &arguments, const QString
             if (name == u"--server-dir"_s)
                 serverDir = value;
             else if (name == u"--registry-dir"_s)
-                options.registryDirectory = cleanDirectory(value);
+                options.registryDirectory = ServerFolder::cleanDirectory(value);
             else if (name == u"--sql-trace"_s)
                 options.sqlTracePath = QDir().absoluteFilePath(value);
             else if (name == u"--view"_s)
@@ -94,17 +85,14 @@ StartupOptions StartupOptions::parse(const QStringList &arguments, const QString
         return options;
     }
 
-    if (serverDir.isEmpty())
-        serverDir = environmentServerDir;
-    if (serverDir.isEmpty())
-        serverDir = executableDir;
-    options.programDirectory = cleanDirectory(serverDir);
+    options.programDirectory
+        = ServerFolder::chooseDirectory(serverDir, environmentServerDir, executableDir);
     if (!QFileInfo(options.programDirectory).isDir()) {
         options.error = u"the server folder %1 does not exist"_s.arg(options.programDirectory);
         return options;
     }
     if (options.registryDirectory.isEmpty() && !environmentRegistryDir.isEmpty())
-        options.registryDirectory = cleanDirectory(environmentRegistryDir);
+        options.registryDirectory = ServerFolder::cleanDirectory(environmentRegistryDir);
     return options;
 }
 

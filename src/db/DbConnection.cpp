@@ -146,12 +146,14 @@ bool mayReturnRows(QStringView sql)
     return false;
 }
 
-// The handle under a QSQLITE connection. Debian's Qt SQLite driver uses the
-// system's libsqlite3, the library this code links, so the handle can be used
-// here; a driver that kept its own copy of SQLite would hand out no handle of
-// this type name, and its connections keep running through QSqlQuery.
+// The handle under a QSQLITE connection. Only where the build checked that
+// the driver loads the libsqlite3 linked here (Debian's does) is the handle
+// one that our sqlite3_* calls may use; with a driver that keeps its own copy
+// of SQLite, connections run through QSqlQuery.
 sqlite3 *sqliteHandle(const QSqlDatabase &db)
 {
+    if (!DbConnection::directSqliteAvailable())
+        return nullptr;
     const QVariant handle = db.driver()->handle();
     if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0)
         return nullptr;
@@ -169,13 +171,22 @@ DbConnection::DbConnection(std::shared_ptr<DbConnectionPrivate> d)
     : d(std::move(d))
 { }
 
-DbConnection DbConnection::open(const QString &connectionString, SqlTrace *trace)
+bool DbConnection::directSqliteAvailable()
 {
-    // SQLite's allocation statistics take a process-wide mutex on every
-    // malloc and free; nothing here reads them. This must happen before the
-    // first connection initialises SQLite, and later calls change nothing.
-    static const bool statisticsOff = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0) == SQLITE_OK;
-    Q_UNUSED(statisticsOff);
+    return VELMAR_SQLITE_DIRECT_HANDLE != 0;
+}
+
+DbConnection DbConnection::open(
+    const QString &connectionString, SqlTrace *trace, SqliteAccess access)
+{
+    if (directSqliteAvailable()) {
+        // SQLite's allocation statistics take a process-wide mutex on every
+        // malloc and free; nothing here reads them. This must happen before
+        // the first connection initialises SQLite, and later calls change
+        // nothing. (Our own copy of SQLite would not be the driver's.)
+        static const bool statisticsOff = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0) == SQLITE_OK;
+        Q_UNUSED(statisticsOff);
+    }
     const ConnectionTarget target = connectionTargetFor(connectionString);
     auto p = std::make_shared<DbConnectionPrivate>();
     p->trace = trace;
@@ -214,7 +225,8 @@ DbConnection DbConnection::open(const QString &connectionString, SqlTrace *trace
     if (p->dialect == SqlDialect::Sqlite) {
         for (const QString &setting : sqliteSettings())
             runSetupStatement(*p, setting);
-        p->sqlite = sqliteHandle(p->db);
+        if (access == SqliteAccess::Default)
+            p->sqlite = sqliteHandle(p->db);
     }
     if (!SqlStatementText::acceptsBrackets(p->dialect)) {
         p->rewriteBrackets = true;
@@ -265,6 +277,11 @@ SqlDialect DbConnection::dialect() const
     return d ? d->dialect : SqlDialect::Unknown;
 }
 
+bool DbConnection::usesDirectSqlite() const
+{
+    return d && d->sqlite;
+}
+
 Recordset DbConnection::execute(const QString &sql)
 {
     if (!d)
@@ -287,6 +304,12 @@ Recordset DbConnection::execute(const QString &sql)
 
     if (d->sqlite)
         return executeOnSqlite(text);
+    // SQLite runs nothing for a text of comments only, on its own handle; the
+    // Qt driver would call that an error.
+    if (d->dialect == SqlDialect::Sqlite
+        && (text.contains(u"--"_s) || text.contains(u"/*"_s) || text.contains(u';'))
+        && SqlStatementText::splitScript(text, d->dialect).isEmpty())
+        return Recordset();
 
     if (mayReturnRows(text)) {
         QSqlQuery query(d->db);

@@ -24,8 +24,21 @@ public:
     DbConnection(const DbConnection &);
     DbConnection &operator=(const DbConnection &);
 
+    // How statements reach an SQLite file: on the Qt driver's own sqlite3
+    // handle where the build found the driver to load the libsqlite3 linked
+    // here (see directSqliteAvailable), else through QSqlQuery.
+    enum class SqliteAccess {
+        Default,
+        QtDriverOnly, // QSqlQuery even where the handle could be used
+    };
+
     // Opens connectionString (see ConnectionTarget); raises DbException.
-    static DbConnection open(const QString &connectionString, SqlTrace *trace = nullptr);
+    static DbConnection open(const QString &connectionString, SqlTrace *trace = nullptr,
+        SqliteAccess access = SqliteAccess::Default);
+
+    // Whether the build found Qt's SQLite driver and the linked libsqlite3 to
+    // be one library, so that the driver's handle may be used directly.
+    static bool directSqliteAvailable();
 
     // A handle that runs nothing: every statement given to execute() goes to
     // sink as written and gives an empty record set. The save uses it to put
@@ -40,6 +53,8 @@ public:
     QString source() const;
     // The database behind the connection (Unknown for an empty handle).
     SqlDialect dialect() const;
+    // Whether statements run on the SQLite handle itself.
+    bool usesDirectSqlite() const;
 
     // Runs one statement; raises DbException. A text that would run a second
     // statement is refused. The returned record set is forward-only.

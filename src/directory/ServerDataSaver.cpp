@@ -80,6 +80,20 @@ QString ServerDataSaver::databaseErrorText()
     return u"数据库发生错误."_s;
 }
 
+void ServerDataSaver::errorBox(const DbError &error)
+{
+    MessageService::Box box;
+    box.text = error.formatted();
+    box.title = error.systemMessage();
+    box.buttons = MessageService::Buttons::Ok;
+    m_messages.showMessage(box);
+}
+
+bool ServerDataSaver::reportsWithErrorBox(Step step)
+{
+    return step == Step::Permissions || step == Step::FileBox;
+}
+
 void ServerDataSaver::balloon(const QString &text)
 {
     MessageService::Balloon tip;
@@ -272,9 +286,13 @@ ServerDataSaver::Result ServerDataSaver::save(bool confirmed)
         // The journal stays: saving again replaces it, and a console closed
         // without saving finishes it at the next start.
         m_session.recordError(run.error);
-        balloon(databaseErrorText());
         result.outcome = Outcome::DatabaseError;
         result.failedStep = stepNamed(run.failedStep);
+        result.errorBoxShown = reportsWithErrorBox(result.failedStep);
+        if (result.errorBoxShown)
+            errorBox(run.error);
+        else
+            balloon(databaseErrorText());
         result.failedStatement = run.failedStatement;
         result.error = run.error;
         return result;
@@ -285,11 +303,7 @@ ServerDataSaver::Result ServerDataSaver::save(bool confirmed)
     // reports errors; the others went ahead.
     for (const NoticeBoard::Failure &failure : run.noticeFailures) {
         m_session.recordError(failure.error);
-        MessageService::Box box;
-        box.text = failure.error.formatted();
-        box.title = failure.error.systemMessage();
-        box.buttons = MessageService::Buttons::Ok;
-        m_messages.showMessage(box);
+        errorBox(failure.error);
     }
     result.failedNoticeDeletes = int(run.noticeFailures.size());
     m_data.notices()->clearPendingDeletions();

@@ -65,6 +65,9 @@ public:
         int failedNoticeDeletes = 0;
         // UnsafeText: every offending text.
         QList<SavePreflight::Problem> problems;
+        // DatabaseError: reported with the database session's error box
+        // (the permission and file-box writes) instead of the balloon.
+        bool errorBoxShown = false;
         // DatabaseError: the failing statement as written; JournalError: why.
         QString failedStatement;
         QString journalError;
@@ -111,6 +114,10 @@ public:
     QString journalPath() const;
 
     static Step stepNamed(QStringView name);
+    // The feature permissions and the file-box rights report their own
+    // write failures as the database session does, with its error box; the
+    // other steps leave it to the save's balloon.
+    static bool reportsWithErrorBox(Step step);
     static QString stepName(Step step);
 
     static QString confirmText(); // "确定要保存?"
@@ -122,6 +129,7 @@ public:
 
 private:
     void balloon(const QString &text);
+    void errorBox(const DbError &error);
 
     ServerData &m_data;
     DbSession &m_session;

@@ -3,6 +3,7 @@
 #include "AuthorityCode.h"
 #include "DbConnection.h"
 #include "Recordset.h"
+#include "SqlTemplate.h"
 
 #include <algorithm>
 
@@ -52,22 +53,25 @@ QString FileBoxRights::pathToStored(const QString &path)
 QString FileBoxRights::insertFolderStatement(const tagFolderData &folder)
 {
     // The path is not escaped otherwise: an apostrophe breaks the statement.
-    return u"INSERT INTO Folder (OFolderID,FolderPath) VALUES  ('"_s
-        + QString::number(folder.folderId) + u"' ,'"_s + pathToStored(folder.path) + u"')"_s;
+    static const SqlTemplate insert(
+        u"INSERT INTO Folder (OFolderID,FolderPath) VALUES  ('%d' ,'%s')");
+    return insert.format({ qint64(folder.folderId), QStringView(pathToStored(folder.path)) });
 }
 
 QString FileBoxRights::insertGroupRightStatement(const tagGroupAuthority &right)
 {
-    return u"INSERT INTO GroupAuthority (OFolderID,OGroupID,Authority) VALUES  ('%1' ,'%2' ,'%3')"_s
-        .arg(QString::number(right.folderId), QString::number(right.groupId),
-            AuthorityCode::encode(right.authority));
+    static const SqlTemplate insert(
+        u"INSERT INTO GroupAuthority (OFolderID,OGroupID,Authority) VALUES  ('%d' ,'%d' ,'%s')");
+    return insert.format({ qint64(right.folderId), qint64(right.groupId),
+        QStringView(AuthorityCode::encode(right.authority)) });
 }
 
 QString FileBoxRights::insertMemberRightStatement(const tagUserAuthority &right)
 {
-    return u"INSERT INTO UserAuthority (OFolderID,OMemberID,Authority) VALUES  ('%1' ,'%2' ,'%3')"_s
-        .arg(QString::number(right.folderId), QString::number(right.memberId),
-            AuthorityCode::encode(right.authority));
+    static const SqlTemplate insert(
+        u"INSERT INTO UserAuthority (OFolderID,OMemberID,Authority) VALUES  ('%d' ,'%d' ,'%s')");
+    return insert.format({ qint64(right.folderId), qint64(right.memberId),
+        QStringView(AuthorityCode::encode(right.authority)) });
 }
 
 void FileBoxRights::load(DbConnection &connection)

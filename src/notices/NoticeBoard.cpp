@@ -6,6 +6,7 @@
 #include "NoticeText.h"
 #include "Recordset.h"
 #include "RegistryHives.h"
+#include "SqlTemplate.h"
 
 #include <QDir>
 #include <QFile>
@@ -21,7 +22,8 @@ QString NoticeBoard::selectStatement()
 
 QString NoticeBoard::deleteStatement(qint32 noticeId)
 {
-    return u"DELETE FROM CONTENTS where OCONTENTSID="_s + QString::number(noticeId) + u";"_s;
+    static const SqlTemplate remove(u"DELETE FROM CONTENTS where OCONTENTSID=%d;");
+    return remove.format({ qint64(noticeId) });
 }
 
 NoticeRecord NoticeBoard::fromStored(qint32 id, const QString &title, const QString &writeDate,

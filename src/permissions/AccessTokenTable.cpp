@@ -2,6 +2,7 @@
 
 #include "DbConnection.h"
 #include "Recordset.h"
+#include "SqlTemplate.h"
 #include "VoipAccountPool.h"
 
 #include <array>
@@ -21,22 +22,27 @@ QString AccessTokenTable::selectAccountsStatement()
 
 QString AccessTokenTable::insertTokenStatement(qint32 memberId, const CAccessToken &token)
 {
-    QString sql = u"INSERT INTO AccessToken \t\t\t\t(OMemberID, MessageOn, ChatOn, FileTransferOn, "
-                  "TTSOn, VoiceToPhoneOn, OneToOneCallOn, SMSOn, VoipOn) \t\t\tVALUES \t\t\t\t( "
-                  "'%1'"_s.arg(memberId);
-    for (int f = 0; f < CAccessToken::FeatureCount; ++f)
-        sql += u",'"_s + QString::number(token.rawFlag(CAccessToken::Feature(f))) + u"'"_s;
-    sql += u") "_s;
-    return sql;
+    static const SqlTemplate insert(
+        u"INSERT INTO AccessToken \t\t\t\t(OMemberID, MessageOn, ChatOn, FileTransferOn, "
+        "TTSOn, VoiceToPhoneOn, OneToOneCallOn, SMSOn, VoipOn) \t\t\tVALUES \t\t\t\t( "
+        "'%d','%d','%d','%d','%d','%d','%d','%d','%d') ");
+    const auto flag = [&token](CAccessToken::Feature feature) {
+        return SqlTemplate::Value(qint64(token.rawFlag(feature)));
+    };
+    return insert.format({ qint64(memberId), flag(CAccessToken::MessageOn),
+        flag(CAccessToken::ChatOn), flag(CAccessToken::FileTransferOn), flag(CAccessToken::TTSOn),
+        flag(CAccessToken::VoiceToPhoneOn), flag(CAccessToken::OneToOneCallOn),
+        flag(CAccessToken::SMSOn), flag(CAccessToken::VoipOn) });
 }
 
 QString AccessTokenTable::insertAccountStatement(qint32 memberId, const VoipAccount &account)
 {
     // The id and password go in as they stand: a quote in either breaks the
     // statement, which fails the save rather than writing something else.
-    return u"INSERT INTO VoipInfo \t\t\t\t(OMemberID, ID, Pass) \t\t\tVALUES \t\t\t\t( '"_s
-        + QString::number(memberId) + u"', '"_s + account.id + u"', '"_s + account.password
-        + u"') "_s;
+    static const SqlTemplate insert(u"INSERT INTO VoipInfo \t\t\t\t(OMemberID, ID, Pass) "
+                                    "\t\t\tVALUES \t\t\t\t( '%d', '%s', '%s') ");
+    return insert.format(
+        { qint64(memberId), QStringView(account.id), QStringView(account.password) });
 }
 
 void AccessTokenTable::load(DbConnection &connection)

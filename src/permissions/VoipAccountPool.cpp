@@ -2,13 +2,15 @@
 
 #include "DbConnection.h"
 #include "Recordset.h"
+#include "SqlTemplate.h"
 
 using namespace Qt::StringLiterals;
 
 QString VoipAccountPool::updateStatement(qint32 memberId, const QString &voipId)
 {
-    return u"UPDATE VoipNumberList SET OMemberID = "_s + QString::number(memberId)
-        + u" WHERE VOIP_ID = '"_s + voipId + u"'"_s;
+    static const SqlTemplate update(
+        u"UPDATE VoipNumberList SET OMemberID = %d WHERE VOIP_ID = '%s'");
+    return update.format({ qint64(memberId), QStringView(voipId) });
 }
 
 void VoipAccountPool::load(DbConnection &connection, const std::function<void(int)> &countRead)

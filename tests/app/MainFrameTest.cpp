@@ -63,8 +63,6 @@ private Q_SLOTS:
     void balloonHelpStored_data();
     void balloonHelpStored();
     void balloonToggleWritesHive();
-    void databaseSettingsAtConstruction_data();
-    void databaseSettingsAtConstruction();
     void commandTable_data();
     void commandTable();
     void commandTableIsComplete();
@@ -94,6 +92,9 @@ void MainFrameTest::pathsAndBalloonDefault()
     QCOMPARE(frame.accessDatabasePath(), f.dir.programDir() + u"/VelmarDB.mdb"_s);
     QCOMPARE(frame.profilePath(), f.dir.programDir() + u"/Serverinfo.ini"_s);
     QCOMPARE(frame.dbSession().accessDatabasePath(), frame.accessDatabasePath());
+    // The start-up step for the database settings has run.
+    QCOMPARE(registryString(f.dir.hives(), RegistryRoot::LocalMachine, DatabaseKey, u"SetDBType"_s),
+        std::optional<QString>(u"MDB"_s));
     // Nothing stored: tips are shown, and nothing is written for it.
     QVERIFY(frame.balloonHelp());
     QVERIFY(frame.commandAction(CommandId::BalloonHelp)->isChecked());
@@ -142,61 +143,6 @@ void MainFrameTest::balloonToggleWritesHive()
     toggle->trigger();
     CMainFrame second(f.context());
     QVERIFY(!second.balloonHelp());
-}
-
-void MainFrameTest::databaseSettingsAtConstruction_data()
-{
-    QTest::addColumn<QString>("type"); // null: absent
-    QTest::addColumn<QString>("string"); // null: absent
-    QTest::addColumn<bool>("mdbExists");
-    QTest::addColumn<QString>("expectedType");
-    QTest::addColumn<QString>("expectedString"); // "<access>": the Access string of this folder
-
-    QTest::newRow("fresh, no database") << QString() << QString() << false << u"MDB"_s << QString();
-    QTest::newRow("fresh, database") << QString() << QString() << true << u"MDB"_s << u"<access>"_s;
-    QTest::newRow("MDB, stale string")
-        << u"MDB"_s << u"DRIVER={Microsoft Access Driver (*.mdb)};DBQ=/old/VelmarDB.mdb;"_s << true
-        << u"MDB"_s << u"<access>"_s;
-    QTest::newRow("MDB, no database keeps string")
-        << u"MDB"_s << u"DSN=velmar"_s << false << u"MDB"_s << u"DSN=velmar"_s;
-    QTest::newRow("other server keeps string")
-        << u"MSSQL"_s << u"DSN=velmar"_s << true << u"MSSQL"_s << u"DSN=velmar"_s;
-    QTest::newRow("type is compared exactly")
-        << u"mdb"_s << u"DSN=velmar"_s << true << u"mdb"_s << u"DSN=velmar"_s;
-}
-
-void MainFrameTest::databaseSettingsAtConstruction()
-{
-    QFETCH(QString, type);
-    QFETCH(QString, string);
-    QFETCH(bool, mdbExists);
-    QFETCH(QString, expectedType);
-    QFETCH(QString, expectedString);
-
-    FrameFixture f;
-    RegistryHives &hives = f.dir.hives();
-    if (!type.isNull())
-        QVERIFY(setRegistryString(
-            hives, RegistryRoot::LocalMachine, DatabaseKey, u"SetDBType"_s, type));
-    if (!string.isNull())
-        QVERIFY(setRegistryString(
-            hives, RegistryRoot::LocalMachine, DatabaseKey, u"ConnectionString"_s, string));
-    if (mdbExists)
-        QVERIFY(createSqliteDatabase(f.dir.databasePath()));
-
-    f.makeFrame();
-    QCOMPARE(registryString(hives, RegistryRoot::LocalMachine, DatabaseKey, u"SetDBType"_s),
-        std::optional<QString>(expectedType));
-    // "Database" and "DataBase" are one key: the session reads what the frame wrote.
-    const std::optional<QString> stored = registryString(hives, RegistryRoot::LocalMachine,
-        u"SOFTWARE\\Velmar\\Services\\Database"_s, u"ConnectionString"_s);
-    if (expectedString.isNull()) {
-        QVERIFY(!stored.has_value());
-    } else {
-        expectedString.replace(u"<access>"_s, AccessString.arg(f.dir.databasePath()));
-        QCOMPARE(stored, std::optional<QString>(expectedString));
-        QCOMPARE(f.frame->dbSession().connectionString(), expectedString);
-    }
 }
 
 void MainFrameTest::commandTable_data()

@@ -107,7 +107,7 @@ void PasswordDialogsTest::loginDialogControls()
     QCOMPARE(dialog.findChild<QPushButton *>(u"control1104"_s)->text(), u"取消(&C)"_s);
     QCOMPARE(dialog.findChild<QLabel *>(u"noteLabel"_s)->text(), u"※ 输入和修改管理员验证密码"_s);
     QCOMPARE(dialog.failedAttempts(), 0);
-    QVERIFY(dialog.enterLatch().isSet());
+    QVERIFY(dialog.enterLatchSet());
 }
 
 void PasswordDialogsTest::loginEmptyPassword()
@@ -240,7 +240,7 @@ void PasswordDialogsTest::loginEnterConfirmsOncePerPress()
     QVERIFY(showActive(&dialog));
     QTest::keyClick(dialog.passwordField(), Qt::Key_Return);
     QCOMPARE(messages.boxes().size(), 1);
-    QVERIFY(dialog.enterLatch().isSet());
+    QVERIFY(dialog.enterLatchSet());
     // Enter on the cancel button confirms too: the key is taken before the buttons see it.
     auto *cancel = dialog.findChild<QPushButton *>(u"control1104"_s);
     cancel->setFocus();
@@ -585,7 +585,7 @@ void PasswordDialogsTest::setupEnterAndEscape()
     QTest::keyClick(dialog.lockOffBox(), Qt::Key_Return);
     QCOMPARE(f.messages.boxTexts(), QStringList({ u"输入的新的密码不存在"_s }));
     QVERIFY(!dialog.lockOffBox()->isChecked());
-    QVERIFY(dialog.enterLatch().isSet());
+    QVERIFY(dialog.enterLatchSet());
 
     dialog.findChild<QPushButton *>(u"control1108"_s)->click();
     QCOMPARE(finished.count(), 1);

@@ -1,4 +1,4 @@
-// The widget-free parts of the shell: command line, Enter latch, password
+// The widget-free parts of the shell: command line, password
 // digest and store, document template, connection string masking, ServerType.
 
 #include "AdminPasswordStore.h"
@@ -6,7 +6,6 @@
 #include "ConnectionStringMask.h"
 #include "CVelmarManagerApp.h"
 #include "CVelmarManagerDoc.h"
-#include "EnterKeyLatch.h"
 #include "StartupOptions.h"
 
 #include <QDir>
@@ -25,8 +24,6 @@ private Q_SLOTS:
     void startupOptionErrors_data();
     void startupOptionErrors();
     void startupViewOption();
-    void enterLatchAlternates();
-    void enterLatchPressConfirmsOnce();
     void digestIsMd5OfCodePageBytes_data();
     void digestIsMd5OfCodePageBytes();
     void digestComparisonIgnoresCase();
@@ -133,31 +130,6 @@ void ShellLogicTest::startupViewOption()
     }
     const StartupOptions plain = StartupOptions::parse({}, exe.path(), QString(), QString());
     QVERIFY(plain.startView.isEmpty());
-}
-
-void ShellLogicTest::enterLatchAlternates()
-{
-    EnterKeyLatch latch;
-    QVERIFY(latch.isSet());
-    const QList<bool> expected = { true, false, true, false, true };
-    for (bool runs : expected)
-        QCOMPARE(latch.feed(), runs);
-    QVERIFY(!latch.isSet());
-}
-
-void ShellLogicTest::enterLatchPressConfirmsOnce()
-{
-    EnterKeyLatch latch;
-    int confirmed = 0;
-    for (int press = 1; press <= 3; ++press) {
-        QCOMPARE(latch.press([&] { ++confirmed; }), 1);
-        QCOMPARE(confirmed, press);
-        QVERIFY(latch.isSet());
-    }
-    // Out of step (a lone message got through): the next press still confirms once.
-    latch.feed();
-    QCOMPARE(latch.press([&] { ++confirmed; }), 1);
-    QCOMPARE(confirmed, 4);
 }
 
 void ShellLogicTest::digestIsMd5OfCodePageBytes_data()

@@ -100,6 +100,7 @@ private Q_SLOTS:
     void connectionPerThread();
     void emptyHandle();
     void sqliteFileReadsAsQtDriver();
+    void qtDriverPathGivesTheSameResults();
     void sqliteStepFailures();
 
 private:
@@ -603,6 +604,98 @@ void TstDbConnection::sqliteFileReadsAsQtDriver()
         QVERIFY_THROWS_EXCEPTION(DbException, set.intField(6));
         QCOMPARE(set.intField(7), 12);
         QCOMPARE(set.textField(0), u"7"_s);
+    } catch (const DbException &e) {
+        QFAIL(e.what());
+    }
+}
+
+namespace {
+// Everything a caller can read back from a run of statements, as text: field
+// names, each value's type and text, NULL tests, the integer and text reads
+// (or that they raise), and which statements failed.
+QStringList transcriptOf(DbConnection &connection, const QStringList &statements)
+{
+    QStringList lines;
+    for (const QString &sql : statements) {
+        lines.append(u"> "_s + sql);
+        try {
+            Recordset set = connection.execute(sql);
+            if (set.fieldCount() == 0) {
+                lines.append(u"no record set"_s);
+                continue;
+            }
+            QStringList names;
+            for (int i = 0; i < set.fieldCount(); ++i)
+                names.append(set.fieldName(i));
+            lines.append(names.join(u'|'));
+            while (!set.isEOF()) {
+                QStringList cells;
+                for (int i = 0; i < set.fieldCount(); ++i) {
+                    const QVariant value = set.value(i);
+                    QString number;
+                    try {
+                        number = QString::number(set.intField(i));
+                    } catch (const DbException &) {
+                        number = u"raises"_s;
+                    }
+                    cells.append(u"%1:%2 null=%3 text=%4 int=%5"_s.arg(
+                        QString::fromLatin1(value.metaType().name()), value.toString(),
+                        set.isNull(i) ? u"1"_s : u"0"_s, set.textField(i), number));
+                }
+                lines.append(cells.join(u" | "_s));
+                set.moveNext();
+            }
+            lines.append(u"EOF"_s);
+        } catch (const DbException &e) {
+            lines.append(u"raises from "_s + e.error().source);
+        }
+    }
+    return lines;
+}
+} // namespace
+
+// Where the build cannot use the driver's own handle, every statement runs
+// through QSqlQuery: callers must not see a difference, in types, NULLs,
+// conversions or failures.
+void TstDbConnection::qtDriverPathGivesTheSameResults()
+{
+    const QStringList statements = {
+        u"INSERT INTO Rank (ORankID,RankName) VALUES  ('2' ,'经理')"_s,
+        u"INSERT INTO Rank (ORankID,RankName) VALUES  ('1' ,'100%d')"_s,
+        u"INSERT INTO AccessToken \t\t\t\t(OMemberID, MessageOn, ChatOn, FileTransferOn, TTSOn, "
+        "VoiceToPhoneOn, OneToOneCallOn, SMSOn, VoipOn) \t\t\tVALUES \t\t\t\t( "
+        "'7','1','0','1','0','1','0','1','0') "_s,
+        u"INSERT INTO VoipInfo \t\t\t\t(OMemberID, ID, Pass) \t\t\tVALUES \t\t\t\t( '7', "
+        "'', 'p w') "_s,
+        u"INSERT INTO Rank (ORankID,RankName) VALUES  ('1' ,'twice')"_s, // duplicate key
+        u"SELECT ORankID,RankName FROM Rank ORDER BY ORankID"_s,
+        u"SELECT * FROM AccessToken"_s,
+        u"SELECT OMemberID, ID, Pass FROM VoipInfo"_s,
+        u"SELECT 7, -9000000000, 2.5, 'Zhang 张伟', '', x'00ff41', NULL, '12'"_s,
+        u"SELECT ORankID FROM Rank WHERE 1 = 0"_s,
+        u"UPDATE Rank SET RankName = NULL WHERE ORankID = 2"_s,
+        u"SELECT RankName FROM Rank WHERE ORankID = 2"_s,
+        u"DELETE FROM Rank"_s,
+        u"SELECT COUNT(*) FROM Rank"_s,
+        u"SELECT x FROM NoSuchTable"_s,
+        u"-- nothing"_s,
+        u"/* nothing */ ;"_s,
+    };
+    TestDatabase direct(Backend::SqliteFile, m_folder.path(), u"direct.db"_s);
+    TestDatabase viaQt(Backend::SqliteFile, m_folder.path(), u"qt.db"_s);
+    QVERIFY2(direct.isValid(), qPrintable(direct.errorString()));
+    QVERIFY2(viaQt.isValid(), qPrintable(viaQt.errorString()));
+    try {
+        DbConnection first = DbConnection::open(direct.connectionString());
+        DbConnection second = DbConnection::open(
+            viaQt.connectionString(), nullptr, DbConnection::SqliteAccess::QtDriverOnly);
+        QCOMPARE(first.usesDirectSqlite(), DbConnection::directSqliteAvailable());
+        QVERIFY(!second.usesDirectSqlite());
+        QCOMPARE(second.source(), first.source());
+        QCOMPARE(second.dialect(), first.dialect());
+        const QStringList expected = transcriptOf(first, statements);
+        QCOMPARE(transcriptOf(second, statements), expected);
+        QVERIFY(expected.contains(u"raises from QSQLITE"_s));
     } catch (const DbException &e) {
         QFAIL(e.what());
     }

@@ -6,6 +6,7 @@
 #include "Recordset.h"
 #include "ScriptedMessageService.h"
 #include "SqlStatementText.h"
+#include "SqlTemplate.h"
 #include "SqlTrace.h"
 #include "TempServerDir.h"
 #include "TestDatabase.h"
@@ -65,6 +66,7 @@ private Q_SLOTS:
     void bracketRewrite_data();
     void bracketRewrite();
     void scriptSplitting();
+    void sqlTemplateKeepsPercentInValues();
 
     void remoteAddressDisablesTheConsole();
     void missingConnectionStringFallsBackToLocalDatabase();
@@ -275,6 +277,16 @@ void TstDbSession::scriptSplitting()
     QCOMPARE(statements,
         QStringList({ u"CREATE TABLE a (x text DEFAULT ';')"_s, u"CREATE INDEX i ON a (x)"_s,
             u"CREATE TABLE b (y integer)"_s }));
+}
+
+void TstDbSession::sqlTemplateKeepsPercentInValues()
+{
+    const SqlTemplate insert(u"INSERT INTO T VALUES  ('%d' ,'%s')");
+    QCOMPARE(insert.placeholderCount(), 2);
+    QCOMPARE(insert.format({ qint64(-2147483648LL), QStringView(u"100%d %s") }),
+        u"INSERT INTO T VALUES  ('-2147483648' ,'100%d %s')"_s);
+    const SqlTemplate plain(u"DELETE FROM Rank");
+    QCOMPARE(plain.format({}), u"DELETE FROM Rank"_s);
 }
 
 void TstDbSession::remoteAddressDisablesTheConsole()

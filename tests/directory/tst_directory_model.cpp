@@ -3,7 +3,6 @@
 #include "EscapeMarkers.h"
 #include "GroupTreeModel.h"
 #include "MemberListModel.h"
-#include "SqlTemplate.h"
 
 #include <limits>
 #include <QAbstractItemModelTester>
@@ -67,7 +66,6 @@ class TestDirectoryModel : public QObject
 private Q_SLOTS:
     void escapeMarkers_data();
     void escapeMarkers();
-    void sqlTemplateKeepsPercentInValues();
 
     void treeRefusesSecondMembershipUnderSameGroup();
     void treeMoveKeepsRecordsAndRefusesCycles();
@@ -106,16 +104,6 @@ void TestDirectoryModel::escapeMarkers()
     QFETCH(QString, stored);
     QCOMPARE(EscapeMarkers::escape(plain), stored);
     QCOMPARE(EscapeMarkers::unescape(stored), plain);
-}
-
-void TestDirectoryModel::sqlTemplateKeepsPercentInValues()
-{
-    const SqlTemplate insert(u"INSERT INTO T VALUES  ('%d' ,'%s')");
-    QCOMPARE(insert.placeholderCount(), 2);
-    QCOMPARE(insert.format({ qint64(-2147483648LL), QStringView(u"100%d %s") }),
-        u"INSERT INTO T VALUES  ('-2147483648' ,'100%d %s')"_s);
-    const SqlTemplate plain(u"DELETE FROM Rank");
-    QCOMPARE(plain.format({}), u"DELETE FROM Rank"_s);
 }
 
 void TestDirectoryModel::treeRefusesSecondMembershipUnderSameGroup()

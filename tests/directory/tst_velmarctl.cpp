@@ -228,8 +228,8 @@ void TestVelmarCtl::load()
 
 void TestVelmarCtl::accessFallback()
 {
-    // No ConnectionString: the local VelmarDB.mdb beside the console, and the
-    // registry stays as it was.
+    // No ConnectionString: the local VelmarDB.mdb beside the console, which
+    // start-up writes into the registry as the console's start-up does.
     TempServerDir dir;
     TestDatabase db(TestDatabase::Backend::SqliteFile, dir.programDir());
     QVERIFY2(db.isValid(), qPrintable(db.errorString()));
@@ -240,7 +240,10 @@ void TestVelmarCtl::accessFallback()
     QString value;
     QCOMPARE(readRegistryString(dir.hives(), RegistryRoot::LocalMachine,
                  u"SOFTWARE\\Velmar\\Services\\Database"_s, u"ConnectionString"_s, value),
-        -1);
+        1);
+    QCOMPARE(value,
+        u"DRIVER={Microsoft Access Driver (*.mdb)};DBQ=%1;DefaultDir=;UID=admin;PWD=;"_s.arg(
+            dir.databasePath()));
 }
 
 void TestVelmarCtl::loadFailures_data()

@@ -162,8 +162,13 @@ bool TestDatabase::createPostgres()
 
 bool TestDatabase::writeConnectionString(RegistryHives &hives) const
 {
+    // An installation on another database than the local Access file says so
+    // in "SetDBType"; otherwise start-up points the string at that file.
     CRegistry registry(hives, RegistryRoot::LocalMachine);
     return registry.createKey(RegistryRoot::LocalMachine, u"SOFTWARE\\Velmar\\Services\\Database"_s)
+        && (m_backend == Backend::SqliteFile
+            || registry.writeString(
+                u"SetDBType"_s, m_backend == Backend::PostgresOdbc ? u"PGSQL"_s : u"SQLITE"_s))
         && registry.writeString(u"ConnectionString"_s, m_connectionString);
 }
 

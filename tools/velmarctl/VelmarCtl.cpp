@@ -9,6 +9,7 @@
 #include "ServerData.h"
 #include "ServerDataCounts.h"
 #include "ServerDataSaver.h"
+#include "ServerFolder.h"
 #include "ServiceCommand.h"
 #include "SqlTrace.h"
 
@@ -67,17 +68,21 @@ SaveJournalRunner::Checkpoint stopPointFromEnvironment()
     };
 }
 
-// The server folder's files and the registry hives a command works on.
-struct ServerFolder
+// The server folder a command works on, with its registry hives. The
+// database settings go through the console's start-up step, so that both
+// open the same database.
+struct Folder
 {
-    explicit ServerFolder(const VelmarCtl::Options &options)
-        : hives(options.registryDir.isEmpty()
-                ? RegistryHives::fromEnvironment()
-                : std::make_unique<RegistryHives>(options.registryDir))
-        , profilePath(QDir(options.serverDir).filePath(u"Serverinfo.ini"_s))
-        , databasePath(QDir(options.serverDir).filePath(u"VelmarDB.mdb"_s))
+    explicit Folder(const VelmarCtl::Options &options)
+        : folder(options.serverDir, options.registryDir)
+        , hives(folder.openHives())
+        , profilePath(folder.profilePath())
+        , databasePath(folder.accessDatabasePath())
     { }
 
+    void prepareDatabaseSettings() const { folder.prepareDatabaseSettings(*hives); }
+
+    ServerFolder folder;
     std::unique_ptr<RegistryHives> hives;
     QString profilePath;
     QString databasePath;
@@ -204,12 +209,8 @@ bool VelmarCtl::parse(
 
 QString VelmarCtl::resolveServerDir(const QString &option)
 {
-    if (!option.isEmpty())
-        return QDir(option).absolutePath();
-    const QString fromEnvironment = qEnvironmentVariable("VELMAR_SERVER_DIR");
-    if (!fromEnvironment.isEmpty())
-        return QDir(fromEnvironment).absolutePath();
-    return QCoreApplication::applicationDirPath();
+    return ServerFolder::chooseDirectory(
+        option, qEnvironmentVariable("VELMAR_SERVER_DIR"), QCoreApplication::applicationDirPath());
 }
 
 int VelmarCtl::run(const Options &options)
@@ -219,10 +220,11 @@ int VelmarCtl::run(const Options &options)
     if (options.command == u"notify"_s)
         return ServiceCommand::runNotify(options.port, options.code);
 
-    const ServerFolder folder(options);
+    const Folder folder(options);
     RegistryHives *hives = folder.hives.get();
     if (options.command == u"logs"_s)
         return LogsCommand::run(options.logs, *hives, options.serverDir);
+    folder.prepareDatabaseSettings();
     const QString &profilePath = folder.profilePath;
     const QString &databasePath = folder.databasePath;
 
@@ -309,7 +311,7 @@ int VelmarCtl::run(const Options &options)
 
 int VelmarCtl::recover(const Options &options)
 {
-    const ServerFolder folder(options);
+    const Folder folder(options);
     const QString &profilePath = folder.profilePath;
     std::unique_ptr<SqlTrace> trace;
     if (!options.sqlTrace.isEmpty())
