@@ -61,40 +61,67 @@ void MemberListModel::setMembers(MemberList members)
 {
     beginResetModel();
     m_members = std::move(members);
-    for (UserInfo &member : m_members)
+    m_idCount.clear();
+    m_loginCount.clear();
+    for (UserInfo &member : m_members) {
         member.isGuest = m_guest ? 1 : 0;
+        countRow(member);
+    }
     invalidateLookup();
     endResetModel();
 }
 
+void MemberListModel::countRow(const UserInfo &member)
+{
+    ++m_idCount[member.id];
+    ++m_loginCount[member.loginName];
+}
+
+void MemberListModel::uncountRow(const UserInfo &member)
+{
+    if (auto id = m_idCount.find(member.id); id != m_idCount.end() && --id->second == 0)
+        m_idCount.erase(id);
+    if (auto login = m_loginCount.find(member.loginName);
+        login != m_loginCount.end() && --login.value() == 0)
+        m_loginCount.erase(login);
+}
+
+void MemberListModel::buildLookup() const
+{
+    if (m_lookupValid)
+        return;
+    m_rowById.clear();
+    m_rowByLoginName.clear();
+    m_rowById.reserve(m_members.size());
+    m_rowByLoginName.reserve(m_members.size());
+    for (int row = 0; row < int(m_members.size()); ++row) {
+        if (!m_rowById.contains(m_members.at(row).id))
+            m_rowById.insert(m_members.at(row).id, row);
+        if (!m_rowByLoginName.contains(m_members.at(row).loginName))
+            m_rowByLoginName.insert(m_members.at(row).loginName, row);
+    }
+    m_lookupValid = true;
+}
+
 int MemberListModel::rowOfId(qint32 id) const
 {
-    if (!m_lookupValid) {
-        m_rowById.clear();
-        m_rowById.reserve(m_members.size());
-        for (int row = 0; row < int(m_members.size()); ++row)
-            if (!m_rowById.contains(m_members.at(row).id))
-                m_rowById.insert(m_members.at(row).id, row);
-        m_lookupValid = true;
-    }
+    if (!containsId(id))
+        return -1;
+    buildLookup();
     return m_rowById.value(id, -1);
 }
 
 int MemberListModel::rowOfLoginName(const QString &loginName) const
 {
-    for (int row = 0; row < int(m_members.size()); ++row) {
-        if (m_members.at(row).loginName == loginName)
-            return row;
-    }
-    return -1;
+    if (!containsLoginName(loginName))
+        return -1;
+    buildLookup();
+    return m_rowByLoginName.value(loginName, -1);
 }
 
 qint32 MemberListModel::maxId() const
 {
-    qint32 largest = 0;
-    for (const UserInfo &member : m_members)
-        largest = std::max(largest, member.id);
-    return largest;
+    return m_idCount.empty() ? 0 : std::max(qint32(0), m_idCount.rbegin()->first);
 }
 
 int MemberListModel::appendMember(UserInfo member)
@@ -103,8 +130,13 @@ int MemberListModel::appendMember(UserInfo member)
     const int row = int(m_members.size());
     beginInsertRows({}, row, row);
     m_members.append(std::move(member));
-    if (m_lookupValid && !m_rowById.contains(m_members.last().id))
-        m_rowById.insert(m_members.last().id, row);
+    countRow(m_members.last());
+    if (m_lookupValid) {
+        if (!m_rowById.contains(m_members.last().id))
+            m_rowById.insert(m_members.last().id, row);
+        if (!m_rowByLoginName.contains(m_members.last().loginName))
+            m_rowByLoginName.insert(m_members.last().loginName, row);
+    }
     endInsertRows();
     return row;
 }
@@ -114,8 +146,10 @@ void MemberListModel::setMember(int row, UserInfo member)
     if (row < 0 || row >= int(m_members.size()))
         return;
     member.isGuest = m_guest ? 1 : 0;
-    if (member.id != m_members.at(row).id)
+    if (member.id != m_members.at(row).id || member.loginName != m_members.at(row).loginName)
         invalidateLookup();
+    uncountRow(m_members.at(row));
+    countRow(member);
     m_members[row] = std::move(member);
     Q_EMIT dataChanged(index(row, 0), index(row, ColumnCount - 1));
 }
@@ -253,6 +287,8 @@ bool MemberListModel::removeRows(int row, int count, const QModelIndex &parent)
     if (parent.isValid() || row < 0 || count <= 0 || row + count > int(m_members.size()))
         return false;
     beginRemoveRows({}, row, row + count - 1);
+    for (int i = row; i < row + count; ++i)
+        uncountRow(m_members.at(i));
     m_members.remove(row, count);
     invalidateLookup();
     endRemoveRows();

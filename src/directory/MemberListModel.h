@@ -2,6 +2,7 @@
 
 #include "UserInfo.h"
 
+#include <map>
 #include <QAbstractTableModel>
 #include <QHash>
 
@@ -51,6 +52,13 @@ public:
     int rowOfId(qint32 id) const;
     // The first row whose login name equals loginName exactly, -1 when absent.
     int rowOfLoginName(const QString &loginName) const;
+    // Whether a row carries the id / exactly this login name. Unlike the row
+    // lookups these stay constant-time right after rows were removed.
+    bool containsId(qint32 id) const { return m_idCount.find(id) != m_idCount.end(); }
+    bool containsLoginName(const QString &loginName) const
+    {
+        return m_loginCount.contains(loginName);
+    }
     // Largest member id of the list (0 for an empty list).
     qint32 maxId() const;
 
@@ -76,9 +84,18 @@ public:
 
 private:
     void invalidateLookup() { m_lookupValid = false; }
+    void buildLookup() const;
+    void countRow(const UserInfo &member);
+    void uncountRow(const UserInfo &member);
 
     bool m_guest;
     MemberList m_members;
+    // How many rows carry each id (ordered, so the largest is at hand) and
+    // each login name; kept in step with every change of the rows.
+    std::map<qint32, int> m_idCount;
+    QHash<QString, int> m_loginCount;
+    // First row per id and per login name, rebuilt after rows moved up.
     mutable QHash<qint32, int> m_rowById;
+    mutable QHash<QString, int> m_rowByLoginName;
     mutable bool m_lookupValid = false;
 };
