@@ -174,6 +174,7 @@ void TestDirectoryIndex::treeIndexesFollowRandomEdits()
     DirectoryTree tree(DirectoryTree::Kind::Guest);
     qint32 nextGroup = 1;
     std::vector<std::unique_ptr<DirectoryNode>> detached;
+    int largest = 0;
     for (int step = 0; step < 1500; ++step) {
         const int what = random.bounded(100);
         if (what < 15) {
@@ -204,15 +205,19 @@ void TestDirectoryIndex::treeIndexesFollowRandomEdits()
             tree.clear();
         }
         checkTree(tree, random);
+        largest = std::max(largest, tree.membershipCount() + tree.groupCount());
         if (QTest::currentTestFailed())
             QFAIL(qPrintable(u"after step %1 (operation %2)"_s.arg(step).arg(what)));
     }
+    // The sequence must have built trees worth checking.
+    QVERIFY2(largest > 40, qPrintable(QString::number(largest)));
 }
 
 void TestDirectoryIndex::directoryIndexesFollowRandomEdits()
 {
     QRandomGenerator random(4242);
     Directory directory;
+    int largest = 0;
     for (int step = 0; step < 1200; ++step) {
         const bool guest = random.bounded(3) == 0;
         GroupTreeModel *model = directory.tree(guest);
@@ -277,9 +282,13 @@ void TestDirectoryIndex::directoryIndexesFollowRandomEdits()
         checkMembers(directory);
         checkTree(directory.regularTree()->tree(), random);
         checkTree(directory.guestTree()->tree(), random);
+        largest = std::max(largest,
+            directory.regularTree()->tree().membershipCount()
+                + directory.regularMembers()->rowCount());
         if (QTest::currentTestFailed())
             QFAIL(qPrintable(u"after step %1 (operation %2)"_s.arg(step).arg(what)));
     }
+    QVERIFY2(largest > 40, qPrintable(QString::number(largest)));
 }
 
 void TestDirectoryIndex::indexOrderKeepsWhereAGroupLastEntered()
