@@ -1,7 +1,5 @@
 #include "MemberListModel.h"
 
-#include <algorithm>
-
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -61,67 +59,25 @@ void MemberListModel::setMembers(MemberList members)
 {
     beginResetModel();
     m_members = std::move(members);
-    m_idCount.clear();
-    m_loginCount.clear();
-    for (UserInfo &member : m_members) {
+    for (UserInfo &member : m_members)
         member.isGuest = m_guest ? 1 : 0;
-        countRow(member);
-    }
-    invalidateLookup();
+    m_rows.reset(m_members);
     endResetModel();
-}
-
-void MemberListModel::countRow(const UserInfo &member)
-{
-    ++m_idCount[member.id];
-    ++m_loginCount[member.loginName];
-}
-
-void MemberListModel::uncountRow(const UserInfo &member)
-{
-    if (auto id = m_idCount.find(member.id); id != m_idCount.end() && --id->second == 0)
-        m_idCount.erase(id);
-    if (auto login = m_loginCount.find(member.loginName);
-        login != m_loginCount.end() && --login.value() == 0)
-        m_loginCount.erase(login);
-}
-
-void MemberListModel::buildLookup() const
-{
-    if (m_lookupValid)
-        return;
-    m_rowById.clear();
-    m_rowByLoginName.clear();
-    m_rowById.reserve(m_members.size());
-    m_rowByLoginName.reserve(m_members.size());
-    for (int row = 0; row < int(m_members.size()); ++row) {
-        if (!m_rowById.contains(m_members.at(row).id))
-            m_rowById.insert(m_members.at(row).id, row);
-        if (!m_rowByLoginName.contains(m_members.at(row).loginName))
-            m_rowByLoginName.insert(m_members.at(row).loginName, row);
-    }
-    m_lookupValid = true;
 }
 
 int MemberListModel::rowOfId(qint32 id) const
 {
-    if (!containsId(id))
-        return -1;
-    buildLookup();
-    return m_rowById.value(id, -1);
+    return m_rows.rowOfId(id);
 }
 
 int MemberListModel::rowOfLoginName(const QString &loginName) const
 {
-    if (!containsLoginName(loginName))
-        return -1;
-    buildLookup();
-    return m_rowByLoginName.value(loginName, -1);
+    return m_rows.rowOfLoginName(loginName);
 }
 
 qint32 MemberListModel::maxId() const
 {
-    return m_idCount.empty() ? 0 : std::max(qint32(0), m_idCount.rbegin()->first);
+    return m_rows.maxId();
 }
 
 int MemberListModel::appendMember(UserInfo member)
@@ -130,13 +86,7 @@ int MemberListModel::appendMember(UserInfo member)
     const int row = int(m_members.size());
     beginInsertRows({}, row, row);
     m_members.append(std::move(member));
-    countRow(m_members.last());
-    if (m_lookupValid) {
-        if (!m_rowById.contains(m_members.last().id))
-            m_rowById.insert(m_members.last().id, row);
-        if (!m_rowByLoginName.contains(m_members.last().loginName))
-            m_rowByLoginName.insert(m_members.last().loginName, row);
-    }
+    m_rows.appended(m_members);
     endInsertRows();
     return row;
 }
@@ -146,10 +96,7 @@ void MemberListModel::setMember(int row, UserInfo member)
     if (row < 0 || row >= int(m_members.size()))
         return;
     member.isGuest = m_guest ? 1 : 0;
-    if (member.id != m_members.at(row).id || member.loginName != m_members.at(row).loginName)
-        invalidateLookup();
-    uncountRow(m_members.at(row));
-    countRow(member);
+    m_rows.replace(row, m_members.at(row), member);
     m_members[row] = std::move(member);
     Q_EMIT dataChanged(index(row, 0), index(row, ColumnCount - 1));
 }
@@ -287,10 +234,8 @@ bool MemberListModel::removeRows(int row, int count, const QModelIndex &parent)
     if (parent.isValid() || row < 0 || count <= 0 || row + count > int(m_members.size()))
         return false;
     beginRemoveRows({}, row, row + count - 1);
-    for (int i = row; i < row + count; ++i)
-        uncountRow(m_members.at(i));
+    m_rows.remove(m_members, row, count);
     m_members.remove(row, count);
-    invalidateLookup();
     endRemoveRows();
     return true;
 }

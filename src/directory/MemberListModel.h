@@ -1,10 +1,9 @@
 #pragma once
 
+#include "MemberRowIndex.h"
 #include "UserInfo.h"
 
-#include <map>
 #include <QAbstractTableModel>
-#include <QHash>
 
 // One member list (regular or guest) as the member grid shows it: a row per
 // member in list order, the fifteen grid columns. The model owns its records;
@@ -52,12 +51,11 @@ public:
     int rowOfId(qint32 id) const;
     // The first row whose login name equals loginName exactly, -1 when absent.
     int rowOfLoginName(const QString &loginName) const;
-    // Whether a row carries the id / exactly this login name. Unlike the row
-    // lookups these stay constant-time right after rows were removed.
-    bool containsId(qint32 id) const { return m_idCount.find(id) != m_idCount.end(); }
+    // Whether a row carries the id / exactly this login name.
+    bool containsId(qint32 id) const { return m_rows.containsId(id); }
     bool containsLoginName(const QString &loginName) const
     {
-        return m_loginCount.contains(loginName);
+        return m_rows.containsLoginName(loginName);
     }
     // Largest member id of the list (0 for an empty list).
     qint32 maxId() const;
@@ -83,19 +81,8 @@ public:
     static QString choiceText(int column, bool set);
 
 private:
-    void invalidateLookup() { m_lookupValid = false; }
-    void buildLookup() const;
-    void countRow(const UserInfo &member);
-    void uncountRow(const UserInfo &member);
-
     bool m_guest;
     MemberList m_members;
-    // How many rows carry each id (ordered, so the largest is at hand) and
-    // each login name; kept in step with every change of the rows.
-    std::map<qint32, int> m_idCount;
-    QHash<QString, int> m_loginCount;
-    // First row per id and per login name, rebuilt after rows moved up.
-    mutable QHash<qint32, int> m_rowById;
-    mutable QHash<QString, int> m_rowByLoginName;
-    mutable bool m_lookupValid = false;
+    // Kept in step with every change of the rows.
+    MemberRowIndex m_rows;
 };
