@@ -264,6 +264,14 @@ void DirectoryTree::forgetMembership(DirectoryNode *membership)
     --m_membershipCount;
 }
 
+QList<DirectoryNode *> DirectoryTree::membershipsOf(qint32 memberId) const
+{
+    auto it = m_membershipsOf.constFind(memberId);
+    if (it == m_membershipsOf.cend())
+        return {};
+    return QList<DirectoryNode *>(it.value().cbegin(), it.value().cend());
+}
+
 const QList<qint32> &DirectoryTree::groupIdsInIndexOrder() const
 {
     if (m_indexOrderStale) {

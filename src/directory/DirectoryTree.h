@@ -8,6 +8,7 @@
 #include <QList>
 #include <QSet>
 #include <QString>
+#include <QVarLengthArray>
 
 // One group tree (regular or guest) as plain data: the root, the groups with
 // their memberships, and the index from group id to node. Copyable (deep) and
@@ -59,10 +60,7 @@ public:
     // Whether the member stands in any group of the tree.
     bool hasMembership(qint32 memberId) const { return m_membershipsOf.contains(memberId); }
     // Every membership node of the member, in no particular order.
-    QList<DirectoryNode *> membershipsOf(qint32 memberId) const
-    {
-        return m_membershipsOf.value(memberId);
-    }
+    QList<DirectoryNode *> membershipsOf(qint32 memberId) const;
 
     // Detaches a node (never the root) with its subtree; its groups leave the index.
     std::unique_ptr<DirectoryNode> take(DirectoryNode *node);
@@ -109,6 +107,7 @@ private:
     QSet<std::pair<const DirectoryNode *, qint32>> m_placed;
     // Member id -> its membership nodes: whether and where a member is placed
     // without walking a tree of 100,000 members.
-    QHash<qint32, QList<DirectoryNode *>> m_membershipsOf;
+    // Two inline: most members stand in a group or two.
+    QHash<qint32, QVarLengthArray<DirectoryNode *, 2>> m_membershipsOf;
     int m_membershipCount = 0;
 };

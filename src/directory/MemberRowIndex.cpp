@@ -4,23 +4,25 @@
 
 namespace {
 
-template<typename Key> void insertSeq(QHash<Key, QList<int>> &index, const Key &key, int seq)
+template<typename Key, typename Seqs>
+void insertSeq(QHash<Key, Seqs> &index, const Key &key, int seq)
 {
-    QList<int> &seqs = index[key];
+    Seqs &seqs = index[key];
     // Appended rows carry the largest number so far: almost always the end.
     if (seqs.isEmpty() || seqs.last() < seq)
         seqs.append(seq);
     else
-        seqs.insert(std::lower_bound(seqs.begin(), seqs.end(), seq) - seqs.begin(), seq);
+        seqs.insert(std::lower_bound(seqs.cbegin(), seqs.cend(), seq), seq);
 }
 
-template<typename Key> void removeSeq(QHash<Key, QList<int>> &index, const Key &key, int seq)
+template<typename Key, typename Seqs>
+void removeSeq(QHash<Key, Seqs> &index, const Key &key, int seq)
 {
     auto it = index.find(key);
     if (it == index.end())
         return;
-    QList<int> &seqs = it.value();
-    const auto at = std::lower_bound(seqs.begin(), seqs.end(), seq);
+    Seqs &seqs = it.value();
+    const auto at = std::lower_bound(seqs.cbegin(), seqs.cend(), seq);
     if (at != seqs.end() && *at == seq)
         seqs.erase(at);
     if (seqs.isEmpty())

@@ -5,6 +5,7 @@
 #include <map>
 #include <QHash>
 #include <QList>
+#include <QVarLengthArray>
 #include <vector>
 
 // Finds the row of a member list by id or by login name without walking the
@@ -47,9 +48,10 @@ private:
     std::vector<int> m_live;
     int m_nextSeq = 0;
     // Sequence numbers per id and per login name, ascending: the first is
-    // the first row.
-    QHash<qint32, QList<int>> m_seqsById;
-    QHash<QString, QList<int>> m_seqsByLogin;
+    // the first row. Nearly every key has one row: kept inline, no allocation.
+    using Seqs = QVarLengthArray<int, 1>;
+    QHash<qint32, Seqs> m_seqsById;
+    QHash<QString, Seqs> m_seqsByLogin;
     // How many rows carry each id, ordered so that the largest is at hand.
     std::map<qint32, int> m_idCount;
 };
