@@ -198,7 +198,7 @@ DirectoryNode *DirectoryTree::addGroup(
     DirectoryNode *raw = node.get();
     attach(std::move(node), parent, row);
     if (!m_index.contains(id))
-        m_indexOrder.append(id);
+        noteIndexed(id);
     m_index.insert(id, raw);
     return raw;
 }
@@ -272,6 +272,16 @@ QList<DirectoryNode *> DirectoryTree::membershipsOf(qint32 memberId) const
     return QList<DirectoryNode *>(it.value().cbegin(), it.value().cend());
 }
 
+void DirectoryTree::noteIndexed(qint32 id)
+{
+    // Groups removed and put back again and again (undo, redo) would let the
+    // stale entries pile up between two questions for the order. Called
+    // before id enters the index, so the compaction drops its old places.
+    if (m_indexOrderStale && m_indexOrder.size() > 2 * m_index.size() + 64)
+        groupIdsInIndexOrder();
+    m_indexOrder.append(id);
+}
+
 const QList<qint32> &DirectoryTree::groupIdsInIndexOrder() const
 {
     if (m_indexOrderStale) {
@@ -304,7 +314,7 @@ void DirectoryTree::indexSubtree(DirectoryNode *top)
             continue;
         }
         if (!m_index.contains(node->id))
-            m_indexOrder.append(node->id);
+            noteIndexed(node->id);
         m_index.insert(node->id, node);
         for (auto &child : node->m_children)
             pending.push_back(child.get());

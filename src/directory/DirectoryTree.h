@@ -89,6 +89,7 @@ private:
     void attach(std::unique_ptr<DirectoryNode> node, DirectoryNode *parent, int row);
     void indexSubtree(DirectoryNode *node);
     void unindexSubtree(DirectoryNode *node);
+    void noteIndexed(qint32 id);
     void noteMembership(DirectoryNode *membership);
     void forgetMembership(DirectoryNode *membership);
     std::unique_ptr<DirectoryNode> detach(DirectoryNode *node);

@@ -317,6 +317,11 @@ void TestDirectoryIndex::indexOrderKeepsWhereAGroupLastEntered()
     tree.addGroup(tree.root(), 1, u"a again"_s);
     QCOMPARE(tree.groupIdsInIndexOrder(), QList<qint32>({ 4, 2, 3, 1 }));
     QCOMPARE(tree.groupCount(), 4);
+    // Taking a group out and putting it back many times (undo, redo) between
+    // two questions for the order.
+    for (int i = 0; i < 500; ++i)
+        tree.insert(tree.take(tree.findGroup(i % 2 == 0 ? 4 : 2)), tree.root());
+    QCOMPARE(tree.groupIdsInIndexOrder(), QList<qint32>({ 1, 4, 2, 3 }));
 }
 
 QTEST_GUILESS_MAIN(TestDirectoryIndex)
