@@ -40,6 +40,8 @@ void Directory::adopt(DirectoryData data)
     m_groupCounter = data.groupCounter;
     m_created.clear();
     m_deleted.clear();
+    m_createdSet.clear();
+    m_deletedSet.clear();
     m_deletedLoginNames.clear();
     m_regularMembers->setMembers(std::move(data.regularMembers));
     m_guestMembers->setMembers(std::move(data.guestMembers));
@@ -88,7 +90,7 @@ qint32 Directory::nextMemberId() const
     qint64 id = qint64(std::max(m_regularMembers->maxId(), m_guestMembers->maxId())) + 1;
     // Ids of members deleted since the last save are not reused before it:
     // their dependent rows are removed by id when the save runs.
-    while (m_deleted.contains(qint32(id)))
+    while (id <= std::numeric_limits<qint32>::max() && m_deletedSet.contains(qint32(id)))
         ++id;
     return id > std::numeric_limits<qint32>::max() ? -1 : qint32(id);
 }
@@ -109,10 +111,14 @@ qint32 Directory::addMember(bool guest, UserInfo member)
     member.isGuest = guest ? 1 : 0;
     m_index.insert(id, member);
     members(guest)->appendMember(std::move(member));
-    if (!m_created.contains(id))
+    if (!m_createdSet.contains(id)) {
+        m_createdSet.insert(id);
         m_created.append(id);
-    m_regularTree->refreshMemberLabels();
-    m_guestTree->refreshMemberLabels();
+    }
+    // Memberships can name the id before its member exists (a member deleted
+    // and added again); only theirs can change.
+    m_regularTree->refreshMemberLabels(id);
+    m_guestTree->refreshMemberLabels(id);
     return id;
 }
 
@@ -122,7 +128,8 @@ void Directory::removeMember(bool guest, int row)
     if (row < 0 || row >= list->rowCount())
         return;
     const UserInfo member = list->member(row);
-    if (!m_deleted.contains(member.id)) {
+    if (!m_deletedSet.contains(member.id)) {
+        m_deletedSet.insert(member.id);
         m_deleted.append(member.id);
         m_deletedLoginNames.append(member.loginName);
     }
@@ -137,7 +144,7 @@ void Directory::removeMember(bool guest, int row)
             Q_EMIT memberUnplaced(member.id);
     }
     list->removeRows(row, 1);
-    if (m_regularMembers->rowOfId(member.id) < 0 && m_guestMembers->rowOfId(member.id) < 0)
+    if (!m_regularMembers->containsId(member.id) && !m_guestMembers->containsId(member.id))
         m_index.remove(member.id);
     Q_EMIT edited();
 }
@@ -173,10 +180,24 @@ bool Directory::removeNode(bool guest, const QModelIndex &node)
     return true;
 }
 
+bool Directory::hasLoginName(const QString &loginName) const
+{
+    return m_regularMembers->containsLoginName(loginName)
+        || m_guestMembers->containsLoginName(loginName);
+}
+
+bool Directory::isPlaced(qint32 memberId, bool guestList) const
+{
+    return m_guestTree->tree().hasMembership(memberId)
+        || (!guestList && m_regularTree->tree().hasMembership(memberId));
+}
+
 void Directory::markSaved()
 {
     m_created.clear();
     m_deleted.clear();
+    m_createdSet.clear();
+    m_deletedSet.clear();
     m_deletedLoginNames.clear();
 }
 

@@ -6,6 +6,7 @@
 #include "MemberListModel.h"
 
 #include <QObject>
+#include <QSet>
 #include <QStringList>
 
 class DbConnection;
@@ -50,6 +51,14 @@ public:
     // ids of members deleted since the last save.
     qint32 nextMemberId() const;
 
+    // Whether a row of either member list carries exactly this user ID (the
+    // duplicate test of a new member).
+    bool hasLoginName(const QString &loginName) const;
+    // Whether the member stands in a group: for a regular member's row icon
+    // either tree counts, for a guest member's only the guest tree.
+    bool isPlaced(qint32 memberId, bool guestList) const;
+    bool isDeletedSinceSave(qint32 memberId) const { return m_deletedSet.contains(memberId); }
+
     const QList<qint32> &createdMemberIds() const { return m_created; }
     const QList<qint32> &deletedMemberIds() const { return m_deleted; }
     const QStringList &deletedLoginNames() const { return m_deletedLoginNames; }
@@ -92,5 +101,9 @@ private:
     qint32 m_groupCounter = 0;
     QList<qint32> m_created;
     QList<qint32> m_deleted;
+    // The same ids as sets: "entered once" and the id allocation's skip test
+    // stay constant-time however many members were created or deleted.
+    QSet<qint32> m_createdSet;
+    QSet<qint32> m_deletedSet;
     QStringList m_deletedLoginNames;
 };

@@ -24,6 +24,30 @@ template<typename Visit> void walkBelow(const DirectoryNode *start, Visit visit)
     }
 }
 
+// Whether node lies somewhere below ancestor.
+bool isBelow(const DirectoryNode *node, const DirectoryNode *ancestor)
+{
+    for (const DirectoryNode *up = node->parent(); up; up = up->parent()) {
+        if (up == ancestor)
+            return true;
+    }
+    return false;
+}
+
+// Whether a comes before b in a depth-first walk in child order (neither
+// holding the other): compares the rows on their paths from the root.
+bool precedes(const DirectoryNode *a, const DirectoryNode *b)
+{
+    const auto path = [](const DirectoryNode *node) {
+        std::vector<int> rows;
+        for (; node->parent(); node = node->parent())
+            rows.push_back(node->row());
+        std::reverse(rows.begin(), rows.end());
+        return rows;
+    };
+    return path(a) < path(b);
+}
+
 } // namespace
 
 DirectoryTree::DirectoryTree(Kind kind)
@@ -64,17 +88,18 @@ DirectoryTree &DirectoryTree::operator=(const DirectoryTree &other)
             copy->name = child->name;
             copy->m_parent = to;
             copy->m_row = child->m_row;
-            if (child->isMembership()) {
-                m_placed.insert({ to, copy->id });
-                ++m_membershipCount;
-            } else {
-                copies.insert(child.get(), copy.get());
-                pending.emplace_back(child.get(), copy.get());
-            }
+            DirectoryNode *raw = copy.get();
             to->m_children.push_back(std::move(copy));
+            if (child->isMembership()) {
+                noteMembership(raw);
+            } else {
+                copies.insert(child.get(), raw);
+                pending.emplace_back(child.get(), raw);
+            }
         }
     }
-    m_indexOrder = other.m_indexOrder;
+    m_indexOrder = other.groupIdsInIndexOrder();
+    m_indexOrderStale = false;
     m_index.reserve(other.m_index.size());
     for (auto it = other.m_index.cbegin(); it != other.m_index.cend(); ++it)
         m_index.insert(it.key(), copies.value(it.value()));
@@ -96,7 +121,9 @@ DirectoryTree &DirectoryTree::operator=(DirectoryTree &&other)
     std::swap(m_root, other.m_root);
     m_index.swap(other.m_index);
     m_indexOrder.swap(other.m_indexOrder);
+    std::swap(m_indexOrderStale, other.m_indexOrderStale);
     m_placed.swap(other.m_placed);
+    m_membershipsOf.swap(other.m_membershipsOf);
     std::swap(m_membershipCount, other.m_membershipCount);
     other.m_root->id = other.rootId();
     return *this;
@@ -125,7 +152,9 @@ void DirectoryTree::clear()
     }
     m_index.clear();
     m_indexOrder.clear();
+    m_indexOrderStale = false;
     m_placed.clear();
+    m_membershipsOf.clear();
     m_membershipCount = 0;
 }
 
@@ -169,7 +198,7 @@ DirectoryNode *DirectoryTree::addGroup(
     DirectoryNode *raw = node.get();
     attach(std::move(node), parent, row);
     if (!m_index.contains(id))
-        m_indexOrder.append(id);
+        noteIndexed(id);
     m_index.insert(id, raw);
     return raw;
 }
@@ -187,8 +216,7 @@ DirectoryNode *DirectoryTree::addMembership(
     node->position = position;
     DirectoryNode *raw = node.get();
     attach(std::move(node), group, row);
-    m_placed.insert({ group, memberId });
-    ++m_membershipCount;
+    noteMembership(raw);
     return raw;
 }
 
@@ -197,24 +225,82 @@ DirectoryNode *DirectoryTree::findMembership(
 {
     if (!start)
         start = m_root.get();
-    if (!recursive) {
-        if (!m_placed.contains({ start, memberId }))
-            return nullptr;
-        for (const auto &child : start->m_children) {
-            if (child->isMembership() && child->id == memberId)
-                return child.get();
-        }
+    auto it = m_membershipsOf.constFind(memberId);
+    if (it == m_membershipsOf.cend())
         return nullptr;
+    // The member's few memberships are looked at instead of the tree: the one
+    // that comes first depth-first in child order among those below start.
+    DirectoryNode *found = nullptr;
+    for (DirectoryNode *candidate : it.value()) {
+        if (!recursive) {
+            if (candidate->m_parent == start)
+                return candidate;
+            continue;
+        }
+        if (!isBelow(candidate, start))
+            continue;
+        if (!found || precedes(candidate, found))
+            found = candidate;
     }
-    // Depth-first in child order: a membership found at some level is returned
-    // before anything inside a later sibling group.
-    const DirectoryNode *found = nullptr;
-    walkBelow(start, [&](const DirectoryNode *child, int) {
-        if (child->isMembership() && child->id == memberId)
-            found = child;
-        return !found;
-    });
-    return const_cast<DirectoryNode *>(found);
+    return found;
+}
+
+void DirectoryTree::noteMembership(DirectoryNode *membership)
+{
+    m_placed.insert({ membership->m_parent, membership->id });
+    m_membershipsOf[membership->id].append(membership);
+    ++m_membershipCount;
+}
+
+void DirectoryTree::forgetMembership(DirectoryNode *membership)
+{
+    m_placed.remove({ membership->m_parent, membership->id });
+    auto it = m_membershipsOf.find(membership->id);
+    if (it != m_membershipsOf.end()) {
+        it.value().removeOne(membership);
+        if (it.value().isEmpty())
+            m_membershipsOf.erase(it);
+    }
+    --m_membershipCount;
+}
+
+QList<DirectoryNode *> DirectoryTree::membershipsOf(qint32 memberId) const
+{
+    auto it = m_membershipsOf.constFind(memberId);
+    if (it == m_membershipsOf.cend())
+        return {};
+    return QList<DirectoryNode *>(it.value().cbegin(), it.value().cend());
+}
+
+void DirectoryTree::noteIndexed(qint32 id)
+{
+    // Groups removed and put back again and again (undo, redo) would let the
+    // stale entries pile up between two questions for the order. Called
+    // before id enters the index, so the compaction drops its old places.
+    if (m_indexOrderStale && m_indexOrder.size() > 2 * m_index.size() + 64)
+        groupIdsInIndexOrder();
+    m_indexOrder.append(id);
+}
+
+const QList<qint32> &DirectoryTree::groupIdsInIndexOrder() const
+{
+    if (m_indexOrderStale) {
+        // An id counts where it last entered the index, if it is still there.
+        QList<qint32> kept;
+        kept.reserve(m_index.size());
+        QSet<qint32> seen;
+        seen.reserve(m_index.size());
+        for (auto id = m_indexOrder.crbegin(); id != m_indexOrder.crend(); ++id) {
+            if (m_index.contains(*id) && !seen.contains(*id)) {
+                seen.insert(*id);
+                kept.append(*id);
+            }
+        }
+        std::reverse(kept.begin(), kept.end());
+        m_indexOrder = std::move(kept);
+        m_indexOrderStale = false;
+    }
+    return m_indexOrder;
 }
 
 void DirectoryTree::indexSubtree(DirectoryNode *top)
@@ -224,12 +310,11 @@ void DirectoryTree::indexSubtree(DirectoryNode *top)
         DirectoryNode *node = pending.back();
         pending.pop_back();
         if (node->isMembership()) {
-            m_placed.insert({ node->m_parent, node->id });
-            ++m_membershipCount;
+            noteMembership(node);
             continue;
         }
         if (!m_index.contains(node->id))
-            m_indexOrder.append(node->id);
+            noteIndexed(node->id);
         m_index.insert(node->id, node);
         for (auto &child : node->m_children)
             pending.push_back(child.get());
@@ -243,14 +328,13 @@ void DirectoryTree::unindexSubtree(DirectoryNode *top)
         DirectoryNode *node = pending.back();
         pending.pop_back();
         if (node->isMembership()) {
-            m_placed.remove({ node->m_parent, node->id });
-            --m_membershipCount;
+            forgetMembership(node);
             continue;
         }
         auto it = m_index.find(node->id);
         if (it != m_index.end() && it.value() == node) {
             m_index.erase(it);
-            m_indexOrder.removeOne(node->id);
+            m_indexOrderStale = true;
         }
         for (auto &child : node->m_children)
             pending.push_back(child.get());
@@ -262,6 +346,11 @@ std::unique_ptr<DirectoryNode> DirectoryTree::take(DirectoryNode *node)
     if (!node || node->isRoot() || !node->m_parent)
         return nullptr;
     unindexSubtree(node);
+    return detach(node);
+}
+
+std::unique_ptr<DirectoryNode> DirectoryTree::detach(DirectoryNode *node)
+{
     DirectoryNode *parent = node->m_parent;
     const int row = node->m_row;
     std::unique_ptr<DirectoryNode> taken = std::move(parent->m_children[size_t(row)]);
@@ -296,8 +385,16 @@ bool DirectoryTree::move(DirectoryNode *node, DirectoryNode *newParent, int row)
     if (node->isMembership() && node->m_parent != newParent
         && m_placed.contains({ newParent, node->id }))
         return false;
-    std::unique_ptr<DirectoryNode> taken = take(node);
-    return insert(std::move(taken), newParent, row) != nullptr;
+    // The node stays in this tree: the group index, the index order and the
+    // member index keep pointing at the same nodes, so a subtree of any size
+    // moves at the cost of its two sibling lists. Only a membership's own
+    // (group, member) pair changes.
+    if (node->isMembership())
+        m_placed.remove({ node->m_parent, node->id });
+    attach(detach(node), newParent, row);
+    if (node->isMembership())
+        m_placed.insert({ newParent, node->id });
+    return true;
 }
 
 void DirectoryTree::sortMembershipsByPosition(DirectoryNode *group)

@@ -8,6 +8,7 @@
 #include <QList>
 #include <QSet>
 #include <QString>
+#include <QVarLengthArray>
 
 // One group tree (regular or guest) as plain data: the root, the groups with
 // their memberships, and the index from group id to node. Copyable (deep) and
@@ -41,8 +42,8 @@ public:
     DirectoryNode *findGroup(qint32 id) const;
     // Group ids in the order they were first indexed (load order, then groups
     // added later); the load's per-group relation queries run in this order.
-    const QList<qint32> &groupIdsInIndexOrder() const { return m_indexOrder; }
-    int groupCount() const { return int(m_indexOrder.size()); }
+    const QList<qint32> &groupIdsInIndexOrder() const;
+    int groupCount() const { return int(m_index.size()); }
     int membershipCount() const { return m_membershipCount; }
 
     // Appends (row -1) or inserts a group under a root or group node and indexes it.
@@ -56,7 +57,10 @@ public:
     // child order and, when recursive, depth-first into sub-groups.
     DirectoryNode *findMembership(
         qint32 memberId, const DirectoryNode *start = nullptr, bool recursive = true) const;
-    bool hasMembership(qint32 memberId) const { return findMembership(memberId) != nullptr; }
+    // Whether the member stands in any group of the tree.
+    bool hasMembership(qint32 memberId) const { return m_membershipsOf.contains(memberId); }
+    // Every membership node of the member, in no particular order.
+    QList<DirectoryNode *> membershipsOf(qint32 memberId) const;
 
     // Detaches a node (never the root) with its subtree; its groups leave the index.
     std::unique_ptr<DirectoryNode> take(DirectoryNode *node);
@@ -85,14 +89,26 @@ private:
     void attach(std::unique_ptr<DirectoryNode> node, DirectoryNode *parent, int row);
     void indexSubtree(DirectoryNode *node);
     void unindexSubtree(DirectoryNode *node);
+    void noteIndexed(qint32 id);
+    void noteMembership(DirectoryNode *membership);
+    void forgetMembership(DirectoryNode *membership);
+    std::unique_ptr<DirectoryNode> detach(DirectoryNode *node);
     static void renumber(DirectoryNode *parent, int fromRow);
 
     Kind m_kind;
     std::unique_ptr<DirectoryNode> m_root;
     QHash<qint32, DirectoryNode *> m_index;
-    QList<qint32> m_indexOrder;
+    // Ids leave the index without leaving this list (a removal from the middle
+    // of a long list per group would make deleting a large subtree quadratic);
+    // groupIdsInIndexOrder() drops the stale entries when asked.
+    mutable QList<qint32> m_indexOrder;
+    mutable bool m_indexOrderStale = false;
     // (group node, member id) of every membership: keeps "at most once under a
     // group" a constant-time check for groups of any size.
     QSet<std::pair<const DirectoryNode *, qint32>> m_placed;
+    // Member id -> its membership nodes: whether and where a member is placed
+    // without walking a tree of 100,000 members.
+    // Two inline: most members stand in a group or two.
+    QHash<qint32, QVarLengthArray<DirectoryNode *, 2>> m_membershipsOf;
     int m_membershipCount = 0;
 };

@@ -1,6 +1,6 @@
 #include "EditCommandParser.h"
 
-#include <QDate>
+#include "MemberRules.h"
 
 using namespace Qt::StringLiterals;
 
@@ -114,19 +114,6 @@ constexpr FlagOption FlagOptions[] = {
     { u"--admin", u"--no-admin", &MemberFields::admin },
 };
 
-bool isBirthday(const QString &text)
-{
-    if (text.isEmpty())
-        return true;
-    if (text.size() != 10 || text[4] != u'-' || text[7] != u'-')
-        return false;
-    for (qsizetype i : { 0, 1, 2, 3, 5, 6, 8, 9 }) {
-        if (text[i] < u'0' || text[i] > u'9')
-            return false;
-    }
-    return QDate::fromString(text, u"yyyy-MM-dd").isValid();
-}
-
 // The options after the user ID of "member add" (adding: only the halves
 // that differ from a new member's all-set flags, and --guest) or of
 // "member set".
@@ -151,7 +138,7 @@ bool parseMemberOptions(Words &words, bool adding, MemberFields *fields, bool *g
                 value = words.next();
             if (fields->text(text->cell))
                 return words.fail(option + u" given twice"_s);
-            if (text->cell == Edit::MemberText::Birthday && !isBirthday(value))
+            if (text->cell == Edit::MemberText::Birthday && !MemberRules::isBirthdayText(value))
                 return words.fail(option + u": expected YYYY-MM-DD, got "_s + value);
             fields->texts.append({ text->cell, value });
             continue;

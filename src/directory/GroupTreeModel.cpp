@@ -42,6 +42,14 @@ void GroupTreeModel::refreshMemberLabels()
     m_tree.forEachGroup([&](const DirectoryNode *group, int) { refresh(group); });
 }
 
+void GroupTreeModel::refreshMemberLabels(qint32 memberId)
+{
+    for (const DirectoryNode *membership : m_tree.membershipsOf(memberId)) {
+        const QModelIndex changed = indexForNode(membership);
+        Q_EMIT dataChanged(changed, changed, { Qt::DisplayRole, MaleRole, RankNameRole });
+    }
+}
+
 QString GroupTreeModel::rootLabel() const
 {
     return m_tree.isGuest() ? u"论坛结构"_s : u"类别"_s;

@@ -37,6 +37,8 @@ public:
     void setPositions(const PositionListModel *positions);
     // Repaints every membership label (after the member index changed).
     void refreshMemberLabels();
+    // Repaints the memberships of one member.
+    void refreshMemberLabels(qint32 memberId);
 
     DirectoryNode *nodeForIndex(const QModelIndex &index) const;
     QModelIndex indexForNode(const DirectoryNode *node) const;

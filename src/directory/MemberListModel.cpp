@@ -1,7 +1,5 @@
 #include "MemberListModel.h"
 
-#include <algorithm>
-
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -63,38 +61,23 @@ void MemberListModel::setMembers(MemberList members)
     m_members = std::move(members);
     for (UserInfo &member : m_members)
         member.isGuest = m_guest ? 1 : 0;
-    invalidateLookup();
+    m_rows.reset(m_members);
     endResetModel();
 }
 
 int MemberListModel::rowOfId(qint32 id) const
 {
-    if (!m_lookupValid) {
-        m_rowById.clear();
-        m_rowById.reserve(m_members.size());
-        for (int row = 0; row < int(m_members.size()); ++row)
-            if (!m_rowById.contains(m_members.at(row).id))
-                m_rowById.insert(m_members.at(row).id, row);
-        m_lookupValid = true;
-    }
-    return m_rowById.value(id, -1);
+    return m_rows.rowOfId(id);
 }
 
 int MemberListModel::rowOfLoginName(const QString &loginName) const
 {
-    for (int row = 0; row < int(m_members.size()); ++row) {
-        if (m_members.at(row).loginName == loginName)
-            return row;
-    }
-    return -1;
+    return m_rows.rowOfLoginName(loginName);
 }
 
 qint32 MemberListModel::maxId() const
 {
-    qint32 largest = 0;
-    for (const UserInfo &member : m_members)
-        largest = std::max(largest, member.id);
-    return largest;
+    return m_rows.maxId();
 }
 
 int MemberListModel::appendMember(UserInfo member)
@@ -103,8 +86,7 @@ int MemberListModel::appendMember(UserInfo member)
     const int row = int(m_members.size());
     beginInsertRows({}, row, row);
     m_members.append(std::move(member));
-    if (m_lookupValid && !m_rowById.contains(m_members.last().id))
-        m_rowById.insert(m_members.last().id, row);
+    m_rows.appended(m_members);
     endInsertRows();
     return row;
 }
@@ -114,8 +96,7 @@ void MemberListModel::setMember(int row, UserInfo member)
     if (row < 0 || row >= int(m_members.size()))
         return;
     member.isGuest = m_guest ? 1 : 0;
-    if (member.id != m_members.at(row).id)
-        invalidateLookup();
+    m_rows.replace(row, m_members.at(row), member);
     m_members[row] = std::move(member);
     Q_EMIT dataChanged(index(row, 0), index(row, ColumnCount - 1));
 }
@@ -253,8 +234,8 @@ bool MemberListModel::removeRows(int row, int count, const QModelIndex &parent)
     if (parent.isValid() || row < 0 || count <= 0 || row + count > int(m_members.size()))
         return false;
     beginRemoveRows({}, row, row + count - 1);
+    m_rows.remove(m_members, row, count);
     m_members.remove(row, count);
-    invalidateLookup();
     endRemoveRows();
     return true;
 }

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "MemberRowIndex.h"
 #include "UserInfo.h"
 
 #include <QAbstractTableModel>
-#include <QHash>
 
 // One member list (regular or guest) as the member grid shows it: a row per
 // member in list order, the fifteen grid columns. The model owns its records;
@@ -51,6 +51,12 @@ public:
     int rowOfId(qint32 id) const;
     // The first row whose login name equals loginName exactly, -1 when absent.
     int rowOfLoginName(const QString &loginName) const;
+    // Whether a row carries the id / exactly this login name.
+    bool containsId(qint32 id) const { return m_rows.containsId(id); }
+    bool containsLoginName(const QString &loginName) const
+    {
+        return m_rows.containsLoginName(loginName);
+    }
     // Largest member id of the list (0 for an empty list).
     qint32 maxId() const;
 
@@ -75,10 +81,8 @@ public:
     static QString choiceText(int column, bool set);
 
 private:
-    void invalidateLookup() { m_lookupValid = false; }
-
     bool m_guest;
     MemberList m_members;
-    mutable QHash<qint32, int> m_rowById;
-    mutable bool m_lookupValid = false;
+    // Kept in step with every change of the rows.
+    MemberRowIndex m_rows;
 };

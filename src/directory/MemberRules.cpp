@@ -1,0 +1,185 @@
+#include "MemberRules.h"
+
+#include "MemberListModel.h"
+
+#include <QLocale>
+#include <QStringDecoder>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+MemberRefusal refusal(MemberRefusal::Reason reason, QString text, int column = -1)
+{
+    return { reason, std::move(text), column, {}, MessageService::Icon::Error };
+}
+
+} // namespace
+
+MessageService::Balloon MemberRefusal::balloon() const
+{
+    MessageService::Balloon tip;
+    tip.title = title;
+    tip.text = text;
+    tip.icon = icon;
+    tip.timeoutMs = 3000;
+    return tip;
+}
+
+MemberRules::MemberRules(CodePage codePage)
+    : m_codePage(std::move(codePage))
+{ }
+
+int MemberRules::byteLimit(int column)
+{
+    switch (column) {
+    case MemberListModel::LoginNameColumn:
+    case MemberListModel::DisplayNameColumn:
+    case MemberListModel::PasswordColumn:
+    case MemberListModel::HomePhoneColumn:
+        return 20;
+    case MemberListModel::EmailColumn:
+    case MemberListModel::AddressColumn:
+        return 100;
+    case MemberListModel::MobileColumn:
+        return 13;
+    default:
+        // The nickname, office phone and self-introduction are not limited
+        // here; the drop-down and date cells cannot grow.
+        return -1;
+    }
+}
+
+bool MemberRules::isEditable(int column, bool blankRow)
+{
+    if (column < 0 || column >= MemberListModel::ColumnCount)
+        return false;
+    return column != MemberListModel::LoginNameColumn || blankRow;
+}
+
+std::optional<MemberRefusal> MemberRules::checkCell(int column, QStringView text) const
+{
+    const int limit = byteLimit(column);
+    if (limit < 0 || m_codePage.byteLength(text) <= limit)
+        return std::nullopt;
+    // One message serves every column, its wording as it has always been.
+    return refusal(MemberRefusal::Reason::TooLong, u"已经超过%1名."_s.arg(limit), column);
+}
+
+std::optional<MemberRefusal> MemberRules::checkNewUserId(
+    const QString &userId, const LoginNameLookup &exists) const
+{
+    // The column's limit applies to every edit that ends in it, the blank
+    // row's user ID included; the user ID tests follow.
+    if (auto tooLong = checkCell(MemberListModel::LoginNameColumn, userId))
+        return tooLong;
+    if (userId.contains(u' ')) {
+        // The message speaks of three letters at least; a space is all that
+        // is tested, and the refusal is a tip rather than an error.
+        return MemberRefusal { MemberRefusal::Reason::SpaceInUserId,
+            u"用户ID可以用字母数字或符号，但不少于3个字母."_s, MemberListModel::LoginNameColumn,
+            u"Tip!"_s, MessageService::Icon::Question };
+    }
+    if (!passesCharacterRule(userId)) {
+        return refusal(MemberRefusal::Reason::UserIdCharacters,
+            u"数字, 英文, '_' 除了以上特殊字符不能输入."_s, MemberListModel::LoginNameColumn);
+    }
+    if (exists && exists(userId)) {
+        return refusal(MemberRefusal::Reason::UserIdExists, u"用户已存在."_s,
+            MemberListModel::LoginNameColumn);
+    }
+    return std::nullopt;
+}
+
+std::optional<MemberRefusal> MemberRules::checkNewUserId(
+    QByteArrayView userId, const LoginNameLookup &exists) const
+{
+    QStringDecoder decoder(m_codePage.name().constData(), QStringConverter::Flag::Stateless);
+    QString text;
+    bool readable = decoder.isValid();
+    if (readable) {
+        text = decoder.decode(userId);
+        readable = !decoder.hasError();
+    }
+    if (!readable) {
+        return refusal(MemberRefusal::Reason::UserIdCharacters,
+            u"数字, 英文, '_' 除了以上特殊字符不能输入."_s, MemberListModel::LoginNameColumn);
+    }
+    return checkNewUserId(text, exists);
+}
+
+bool MemberRules::passesCharacterRule(QByteArrayView userId)
+{
+    for (qsizetype i = 0; i < userId.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(userId[i]);
+        if (byte >= 0x80) {
+            ++i; // the second byte of a double-byte character
+            continue;
+        }
+        const bool allowed = (byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'Z')
+            || (byte >= 'a' && byte <= 'z') || byte == '-' || byte == '_';
+        if (!allowed)
+            return false;
+    }
+    return true;
+}
+
+bool MemberRules::passesCharacterRule(QStringView userId) const
+{
+    // A character the code page lacks is written as '?', which the rule
+    // refuses: such an ID could not be stored as typed.
+    return passesCharacterRule(QByteArrayView(m_codePage.encode(userId)));
+}
+
+std::optional<MemberRefusal> MemberRules::checkPasswordOnLeave(QStringView password)
+{
+    if (!password.isEmpty())
+        return std::nullopt;
+    return refusal(
+        MemberRefusal::Reason::EmptyPassword, u"用户密码错误."_s, MemberListModel::PasswordColumn);
+}
+
+UserInfo MemberRules::newMember(const QString &userId)
+{
+    UserInfo member;
+    member.loginName = userId;
+    member.id = -1;
+    member.gender = 1;
+    member.bPublic = 1;
+    member.bSolar = 1;
+    member.bAdmin = 1;
+    return member;
+}
+
+bool MemberRules::isBirthdayText(QStringView text)
+{
+    if (text.isEmpty())
+        return true;
+    if (text.size() != 10 || text[4] != u'-' || text[7] != u'-')
+        return false;
+    for (qsizetype i : { 0, 1, 2, 3, 5, 6, 8, 9 }) {
+        if (text[i] < u'0' || text[i] > u'9')
+            return false;
+    }
+    return QDate::fromString(text.toString(), u"yyyy-MM-dd"_s).isValid();
+}
+
+QDate MemberRules::birthdayDate(QStringView stored)
+{
+    const QDate fallback(1970, 1, 1);
+    if (stored.isEmpty())
+        return fallback;
+    const QString text = stored.trimmed().toString();
+    QDate date = QDate::fromString(text, Qt::ISODate);
+    if (!date.isValid())
+        date = QLocale::system().toDate(text, QLocale::ShortFormat);
+    if (!date.isValid())
+        date = QLocale::system().toDate(text, QLocale::LongFormat);
+    return date.isValid() ? date : fallback;
+}
+
+QString MemberRules::birthdayText(QDate date)
+{
+    return date.isValid() ? date.toString(u"yyyy-MM-dd"_s) : QString();
+}
