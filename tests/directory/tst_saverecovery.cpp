@@ -56,6 +56,11 @@ void TestSaveRecovery::questions_data()
                             << QStringList { u"pending"_s, u"done"_s } << true << true;
     QTest::newRow("quit") << Kind::Replayable << QList<int> { cancel }
                           << QStringList { u"pending"_s } << false << false;
+    QTest::newRow("discard") << Kind::Replayable << QList<int> { no, yes }
+                             << QStringList { u"pending"_s, u"confirm"_s } << true << false;
+    QTest::newRow("discard not confirmed, then finish")
+        << Kind::Replayable << QList<int> { no, no, yes, ok }
+        << QStringList { u"pending"_s, u"confirm"_s, u"pending"_s, u"done"_s } << true << true;
     QTest::newRow("replay fails, quit")
         << Kind::Failing << QList<int> { yes, no } << QStringList { u"pending"_s, u"failed"_s }
         << false << false;
