@@ -95,11 +95,7 @@ public:
     // True once the worker's run is over: its progress dialog is gone.
     bool loadEnded() const { return load.started && !load.dialog; }
 
-    QString version() const
-    {
-        return ProfileFile(f.dir.iniPath())
-            .readString(u"GroupInfo"_s, u"Version"_s, u"absent"_s, 128);
-    }
+    QString version() const { return f.dir.savedVersion(); }
 
     QStringList databaseDump() { return dumpDataSet(readBack(f.dir)); }
 

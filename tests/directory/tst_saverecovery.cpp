@@ -165,8 +165,7 @@ void TestSaveRecovery::questions()
     const QStringList original { u"职员"_s, u"经理"_s, u"总监"_s };
     QCOMPARE(db.column(u"SELECT RankName FROM Rank ORDER BY ORankID"_s),
         replayed || kind == Kind::Failing ? renamed : original);
-    QCOMPARE(ProfileFile(dir.iniPath()).readString(u"GroupInfo"_s, u"Version"_s, u"absent"_s, 64),
-        replayed ? u"0007"_s : u"absent"_s);
+    QCOMPARE(dir.savedVersion(), replayed ? u"0007"_s : u"absent"_s);
     QCOMPARE(QFile::exists(path), !loads);
 }
 

@@ -87,11 +87,7 @@ public:
 
     QString journalPath() const { return SaveJournal::pathFor(dir.iniPath()); }
 
-    QString version() const
-    {
-        return ProfileFile(dir.iniPath())
-            .readString(u"GroupInfo"_s, u"Version"_s, u"absent"_s, 128);
-    }
+    QString version() const { return dir.savedVersion(); }
 
     QStringList statements() const
     {

@@ -50,11 +50,6 @@ QJsonObject populatedCounts()
         .object();
 }
 
-QString versionOf(TempServerDir &dir)
-{
-    return ProfileFile(dir.iniPath()).readString(u"GroupInfo"_s, u"Version"_s, u"absent"_s, 128);
-}
-
 // A few hundred more rows on top of populatedDatabase(), so that every
 // partition of the save takes many statements.
 QStringList generatedRows()
@@ -301,8 +296,7 @@ void TestVelmarCtl::resave()
     expected.insert(u"defaultPosition"_s, -1);
     expected.insert(u"version"_s, 42);
     QCOMPARE(QJsonDocument::fromJson(run.out).object(), expected);
-    QCOMPARE(
-        ProfileFile(dir.iniPath()).readString(u"GroupInfo"_s, u"Version"_s, {}, 128), u"0042"_s);
+    QCOMPARE(dir.savedVersion(), u"0042"_s);
     QVERIFY(listener.hasPendingDatagrams() || listener.waitForReadyRead(5000));
     QCOMPARE(listener.receiveDatagram().data(), ServerNotification::datagram(0x0DAC));
 
@@ -332,7 +326,7 @@ void TestVelmarCtl::resaveFailure()
     QVERIFY(run.out.isEmpty());
     QVERIFY2(run.err.contains(u"数据库发生错误."_s), qPrintable(run.err));
     QVERIFY2(run.err.contains(u"velmarctl: the save failed: (80004005)"_s), qPrintable(run.err));
-    QCOMPARE(versionOf(dir), u"absent"_s);
+    QCOMPARE(dir.savedVersion(), u"absent"_s);
     QVERIFY(!listener.hasPendingDatagrams());
 
     // The guest members are gone from the database now; nothing reads it
@@ -356,7 +350,7 @@ void TestVelmarCtl::resaveFailure()
     QCOMPARE(
         QJsonDocument::fromJson(recovered.out).object().value(u"recovered"_s), QJsonValue(true));
     QCOMPARE(dumpDataSet(readBack(dir)), before);
-    QCOMPARE(versionOf(dir), u"0001"_s);
+    QCOMPARE(dir.savedVersion(), u"0001"_s);
     QVERIFY(listener.hasPendingDatagrams() || listener.waitForReadyRead(5000));
     QVERIFY(!QFile::exists(SaveJournal::pathFor(dir.iniPath())));
     const CtlRun again = velmarctl(QStringList { u"recover"_s } + dirArguments(dir));
@@ -379,7 +373,7 @@ void TestVelmarCtl::unsafeText()
         "类别 /Sales/O'Brien\n"
         "等级 it's\n"_s);
     QVERIFY(run.out.isEmpty());
-    QCOMPARE(versionOf(dir), u"absent"_s);
+    QCOMPARE(dir.savedVersion(), u"absent"_s);
 }
 
 void TestVelmarCtl::unusableJournal_data()
@@ -515,7 +509,7 @@ void TestVelmarCtl::killedSave()
         const CtlRun recovered = velmarctl(QStringList { u"recover"_s } + dirArguments(dir));
         QVERIFY2(recovered.exitCode == 0, qPrintable(point + u": "_s + recovered.err));
         ++version;
-        QCOMPARE(versionOf(dir), QString::asprintf("%04d", version));
+        QCOMPARE(dir.savedVersion(), QString::asprintf("%04d", version));
         QVERIFY2(!QFile::exists(journalPath), qPrintable(point));
         QCOMPARE(rowCounts(), countsBefore);
         QCOMPARE(dump(), before);
@@ -523,7 +517,7 @@ void TestVelmarCtl::killedSave()
     // A save that ran to its end.
     const CtlRun saved = velmarctl(QStringList { u"resave"_s } + dirArguments(dir));
     QVERIFY2(saved.exitCode == 0, qPrintable(saved.err));
-    QCOMPARE(versionOf(dir), QString::asprintf("%04d", version + 1));
+    QCOMPARE(dir.savedVersion(), QString::asprintf("%04d", version + 1));
     QVERIFY(!QFile::exists(journalPath));
 }
 
