@@ -9,7 +9,6 @@
 #include "CMainFrame.h"
 #include "CommandIds.h"
 #include "CProgressDlg.h"
-#include "CReadDBThread.h"
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
 #include "GroupTreeModel.h"
@@ -18,7 +17,6 @@
 #include "SaveJournal.h"
 #include "ServerData.h"
 #include "ServerDataFixture.h"
-#include "ServerDataSaver.h"
 #include "ServerDataSet.h"
 #include "ServerNotification.h"
 #include "TestDatabase.h"
@@ -97,11 +95,7 @@ public:
     // True once the worker's run is over: its progress dialog is gone.
     bool loadEnded() const { return load.started && !load.dialog; }
 
-    QString version() const
-    {
-        return ProfileFile(f.dir.iniPath())
-            .readString(u"GroupInfo"_s, u"Version"_s, u"absent"_s, 128);
-    }
+    QString version() const { return f.dir.savedVersion(); }
 
     QStringList databaseDump() { return dumpDataSet(readBack(f.dir)); }
 
@@ -211,9 +205,8 @@ void MainFrameDataTest::saveCommand_data()
     QTest::addColumn<QString>("useDist"); // null: not in Serverinfo.ini
     QTest::addColumn<int>("answer"); // to "确定要保存?"
     QTest::addColumn<QStringList>("ports");
+    // Which ports a save notifies, and when, is the saver's to test.
     QTest::newRow("yes") << QString() << int(MessageService::Yes) << QStringList { u"55052"_s };
-    QTest::newRow("yes, distributed servers")
-        << u"1"_s << int(MessageService::Yes) << QStringList { u"55051"_s, u"55052"_s };
     QTest::newRow("no") << u"1"_s << int(MessageService::No) << QStringList();
 }
 
@@ -243,7 +236,7 @@ void MainFrameDataTest::saveCommand()
     env.f.messages.queueAnswer(answer);
     QTest::keyClick(&frame, Qt::Key_S, Qt::ControlModifier);
 
-    QCOMPARE(env.f.messages.boxTexts(), QStringList { ServerDataSaver::confirmText() });
+    QCOMPARE(env.f.messages.boxTexts(), QStringList { u"确定要保存?"_s });
     QCOMPARE(env.f.messages.boxes().constFirst().buttons, MessageService::Buttons::YesNo);
     QVERIFY(env.f.messages.balloons().isEmpty());
     QCOMPARE(env.listeners.drain(), ports);
@@ -253,15 +246,6 @@ void MainFrameDataTest::saveCommand()
     QCOMPARE(env.version(), saves ? u"0001"_s : u"absent"_s);
     QCOMPARE(frame.isWindowModified(), !saves);
     QCOMPARE(frame.serverData()->isModified(), !saves);
-
-    // The next save asks again and bumps the version again.
-    if (saves) {
-        env.f.messages.clear();
-        frame.commandAction(CommandId::Save)->trigger();
-        QCOMPARE(env.f.messages.boxTexts(), QStringList { ServerDataSaver::confirmText() });
-        QCOMPARE(env.version(), u"0002"_s);
-        QCOMPARE(env.listeners.drain(), ports);
-    }
 }
 
 void MainFrameDataTest::closeAfterLoad_data()
@@ -272,10 +256,8 @@ void MainFrameDataTest::closeAfterLoad_data()
     QTest::addColumn<bool>("written");
     QTest::newRow("not edited") << QString() << 0 << true << false;
     QTest::newRow("cancel") << u"Support"_s << int(MessageService::Cancel) << false << false;
-    QTest::newRow("no") << u"Support"_s << int(MessageService::No) << true << false;
+    // No, and a Yes whose save fails, are the saver's (saveOnClose) to test.
     QTest::newRow("yes") << u"Support"_s << int(MessageService::Yes) << true << true;
-    // A statement fails part-way (a trigger stands in for the database's refusal).
-    QTest::newRow("yes, save fails") << u"Support"_s << int(MessageService::Yes) << false << false;
 }
 
 void MainFrameDataTest::closeAfterLoad()
@@ -285,7 +267,6 @@ void MainFrameDataTest::closeAfterLoad()
     QFETCH(bool, closes);
     QFETCH(bool, written);
     const bool edited = !newGroup.isNull();
-    const bool saveFails = edited && answer == MessageService::Yes && !written;
     DATA_FRAME(env);
     QString error;
     QVERIFY2(env.createDatabase(populatedDatabase(), &error), qPrintable(error));
@@ -293,9 +274,6 @@ void MainFrameDataTest::closeAfterLoad()
     WAIT_FOR_LOAD(env);
     if (edited)
         addGroup(frame, newGroup);
-    if (saveFails)
-        QVERIFY2(
-            createPoisonTrigger(*env.db, u"INSERT"_s, u"Rank"_s, {}, &error), qPrintable(error));
     const QStringList before = env.databaseDump();
     const QStringList memory = dumpServerData(*frame.serverData());
     if (answer)
@@ -306,17 +284,15 @@ void MainFrameDataTest::closeAfterLoad()
     QCOMPARE(frame.isVisible(), !closes);
     if (edited) {
         // Asked once with three buttons; a Yes saves without asking "确定要保存?".
-        QCOMPARE(env.f.messages.boxTexts(), QStringList { ServerDataSaver::closeQuestionText() });
+        QCOMPARE(env.f.messages.boxTexts(), QStringList { u"确定要保存编辑的内容?"_s });
         QCOMPARE(env.f.messages.boxes().constFirst().buttons, MessageService::Buttons::YesNoCancel);
     } else {
         QVERIFY(env.f.messages.boxes().isEmpty());
     }
     QCOMPARE(env.version(), written ? u"0001"_s : u"absent"_s);
     QCOMPARE(env.listeners.drain(), written ? QStringList { u"55052"_s } : QStringList());
-    if (!saveFails)
-        QCOMPARE(env.databaseDump(), written ? memory : before);
-    QCOMPARE(env.f.messages.balloonTexts(),
-        saveFails ? QStringList { ServerDataSaver::databaseErrorText() } : QStringList());
+    QCOMPARE(env.databaseDump(), written ? memory : before);
+    QVERIFY(env.f.messages.balloons().isEmpty());
     // What was not saved stays in memory, still to be saved.
     QCOMPARE(dumpServerData(*frame.serverData()), memory);
     QCOMPARE(frame.isWindowModified(), edited && !written);
@@ -329,13 +305,10 @@ void MainFrameDataTest::unfinishedSaveAtStart_data()
     QTest::addColumn<bool>("loads");
     QTest::addColumn<bool>("finished");
     const int yes = MessageService::Yes;
-    const int no = MessageService::No;
     const int ok = MessageService::Ok;
     const int cancel = MessageService::Cancel;
+    // The other answers are the recovery's own to test (tst_saverecovery).
     QTest::newRow("finish") << QList<int> { yes, ok } << true << true;
-    QTest::newRow("discard") << QList<int> { no, yes } << true << false;
-    QTest::newRow("discard, not confirmed, then finish")
-        << QList<int> { no, no, yes, ok } << true << true;
     QTest::newRow("quit") << QList<int> { cancel } << false << false;
 }
 
@@ -359,8 +332,7 @@ void MainFrameDataTest::unfinishedSaveAtStart()
             createPoisonTrigger(*env.db, u"INSERT"_s, u"Rank"_s, {}, &error), qPrintable(error));
         env.f.messages.queueAnswer(MessageService::Yes);
         frame.commandAction(CommandId::Save)->trigger();
-        QCOMPARE(
-            env.f.messages.balloonTexts(), QStringList { ServerDataSaver::databaseErrorText() });
+        QCOMPARE(env.f.messages.balloonTexts(), QStringList { u"数据库发生错误."_s });
         QVERIFY(QFile::exists(journal));
         env.f.messages.queueAnswer(MessageService::No);
         frame.commandAction(CommandId::Exit)->trigger();
@@ -395,9 +367,6 @@ void MainFrameDataTest::unfinishedSaveAtStart()
         u")没有完成，数据库中的数据可能不完整。\r\n\r\n是: 现在完成上次的保存(推荐)\r\n"
         "否: 放弃上次的保存\r\n取消: 退出程序"_s));
     QCOMPARE(boxes.constFirst().buttons, MessageService::Buttons::YesNoCancel);
-    if (answers.contains(MessageService::No))
-        QCOMPARE(boxes.at(1).text,
-            u"放弃后，数据库将保持现在可能不完整的状态，上次保存的内容无法恢复。\r\n确定要放弃上次的保存吗?"_s);
     if (finished)
         QCOMPARE(boxes.constLast().text, u"上次没有完成的保存已经完成。"_s);
     QCOMPARE(boxes.size(), answers.size());
@@ -416,11 +385,8 @@ void MainFrameDataTest::closeAfterFailedLoad_data()
     QTest::addColumn<QByteArray>("fileContents"); // empty: see "schema"
     QTest::addColumn<bool>("schema"); // a real database whose notice table is missing
     QTest::addColumn<QString>("failure");
-    QTest::newRow("no database") << QByteArray() << false << CReadDBThread::openFailedText();
-    QTest::newRow("not a database")
-        << QByteArray("this is not an SQLite file, it is text\n").repeated(40) << false
-        << CReadDBThread::openFailedText();
-    QTest::newRow("read fails part-way") << QByteArray() << true << CReadDBThread::readFailedText();
+    QTest::newRow("no database") << QByteArray() << false << u"打开数据库时发生错误."_s;
+    QTest::newRow("read fails part-way") << QByteArray() << true << u"当读数据时发生错误."_s;
 }
 
 void MainFrameDataTest::closeAfterFailedLoad()

@@ -62,8 +62,10 @@ QStringList dumpDirectory(const DirectoryData &data)
 QStringList readTrace(const QString &path)
 {
     QString error;
-    const QStringList statements = SqlTrace::readStatements(path, &error);
+    QStringList statements = SqlTrace::readStatements(path, &error);
     if (!error.isEmpty())
         return { u"cannot read the trace "_s + path + u": "_s + error };
+    for (QString &statement : statements)
+        statement.replace(u"\"Group\""_s, u"[Group]"_s);
     return statements;
 }

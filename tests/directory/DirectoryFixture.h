@@ -15,7 +15,8 @@ QStringList dumpDirectory(const DirectoryData &data);
 // The members' fields of one list as a line each.
 QStringList dumpMembers(const MemberList &members, const QString &list);
 
-// The statements an SqlTrace file holds, one per line.
+// The statements an SqlTrace file holds, one per line, with PostgreSQL's
+// "Group" written back as [Group] so that every backend reads alike.
 QStringList readTrace(const QString &path);
 
 class RecordingProgress : public LoadProgress

@@ -56,6 +56,11 @@ void TestSaveRecovery::questions_data()
                             << QStringList { u"pending"_s, u"done"_s } << true << true;
     QTest::newRow("quit") << Kind::Replayable << QList<int> { cancel }
                           << QStringList { u"pending"_s } << false << false;
+    QTest::newRow("discard") << Kind::Replayable << QList<int> { no, yes }
+                             << QStringList { u"pending"_s, u"confirm"_s } << true << false;
+    QTest::newRow("discard not confirmed, then finish")
+        << Kind::Replayable << QList<int> { no, no, yes, ok }
+        << QStringList { u"pending"_s, u"confirm"_s, u"pending"_s, u"done"_s } << true << true;
     QTest::newRow("replay fails, quit")
         << Kind::Failing << QList<int> { yes, no } << QStringList { u"pending"_s, u"failed"_s }
         << false << false;
@@ -160,8 +165,7 @@ void TestSaveRecovery::questions()
     const QStringList original { u"职员"_s, u"经理"_s, u"总监"_s };
     QCOMPARE(db.column(u"SELECT RankName FROM Rank ORDER BY ORankID"_s),
         replayed || kind == Kind::Failing ? renamed : original);
-    QCOMPARE(ProfileFile(dir.iniPath()).readString(u"GroupInfo"_s, u"Version"_s, u"absent"_s, 64),
-        replayed ? u"0007"_s : u"absent"_s);
+    QCOMPARE(dir.savedVersion(), replayed ? u"0007"_s : u"absent"_s);
     QCOMPARE(QFile::exists(path), !loads);
 }
 

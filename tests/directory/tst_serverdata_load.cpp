@@ -31,18 +31,6 @@ Q_DECLARE_METATYPE(ServerDataLoader::Step)
     VELMAR_BACKEND_DATABASE(db);                                                                   \
     QVERIFY(db.writeConnectionString(dir.hives()))
 
-namespace {
-
-QStringList trace(const QString &path)
-{
-    QStringList lines = readTrace(path);
-    for (QString &line : lines)
-        line.replace(u"\"Group\""_s, u"[Group]"_s);
-    return lines;
-}
-
-} // namespace
-
 // The loading worker on a real thread against every backend: what it reads,
 // the order of its signals, and what it leaves in memory when it fails.
 class TestServerDataLoad : public QObject
@@ -52,7 +40,7 @@ class TestServerDataLoad : public QObject
 private Q_SLOTS:
     void fullLoad_data() { TestDatabase::addBackends(); }
     void fullLoad();
-    void emptyDatabase_data() { TestDatabase::addBackends(); }
+    void emptyDatabase_data() { TestDatabase::addSqliteFileBackend(); }
     void emptyDatabase();
     void openFailure_data();
     void openFailure();
@@ -95,7 +83,7 @@ void TestServerDataLoad::fullLoad()
     QCOMPARE(run.events.at(run.events.size() - 3), u"position 6"_s);
 
     // The data sets in their designed order, each read after the one before.
-    const QStringList statements = trace(tracePath);
+    const QStringList statements = readTrace(tracePath);
     QStringList heads;
     static const QRegularExpression table(u"\\bFROM\\s+(\\S+)"_s);
     for (const QString &s : statements)
@@ -252,11 +240,15 @@ void TestServerDataLoad::readFailure_data()
     // Counts kept: members, groups, memberships, positions, tokens, accounts,
     // folders, member rights, pool, notices.
     QTest::addColumn<QList<int>>("kept");
+    // A missing table fails alike on every backend: each step on the SQLite
+    // file, the first one on the others for their drivers' errors.
     for (const TestDatabase::Backend backend : TestDatabase::availableBackends()) {
         const QByteArray name = TestDatabase::backendName(backend).toUtf8();
         QTest::newRow(name + " Relation")
             << backend << u"Relation"_s << ServerDataLoader::Step::Directory
             << QList<int> { 7, 5, 0, 0, 0, 0, 0, 0, 0, 0 };
+        if (backend != TestDatabase::Backend::SqliteFile)
+            continue;
         QTest::newRow(name + " Rank") << backend << u"Rank"_s << ServerDataLoader::Step::Positions
                                       << QList<int> { 7, 5, 6, 0, 0, 0, 0, 0, 0, 0 };
         QTest::newRow(name + " VoipInfo")

@@ -87,18 +87,14 @@ public:
 
     QString journalPath() const { return SaveJournal::pathFor(dir.iniPath()); }
 
-    QString version() const
-    {
-        return ProfileFile(dir.iniPath())
-            .readString(u"GroupInfo"_s, u"Version"_s, u"absent"_s, 128);
-    }
+    QString version() const { return dir.savedVersion(); }
 
     QStringList statements() const
     {
         QStringList out;
         static const QRegularExpression space(u"\\s+"_s);
         for (QString line : readTrace(tracePath))
-            out << line.replace(u"\"Group\""_s, u"[Group]"_s).replace(space, u" "_s).trimmed();
+            out << line.replace(space, u" "_s).trimmed();
         return out;
     }
 
@@ -253,15 +249,15 @@ private Q_SLOTS:
     void notifications();
     void failingStatement_data();
     void failingStatement();
-    void unsafeTexts_data() { TestDatabase::addBackends(); }
+    void unsafeTexts_data() { TestDatabase::addSqliteFileBackend(); }
     void unsafeTexts();
     void unsafeReason_data();
     void unsafeReason();
-    void journal_data() { TestDatabase::addBackends(); }
+    void journal_data() { TestDatabase::addSqliteFileBackend(); }
     void journal();
     void journalNotWritable_data();
     void journalNotWritable();
-    void noticeDeleteFailure_data() { TestDatabase::addBackends(); }
+    void noticeDeleteFailure_data() { TestDatabase::addSqliteFileBackend(); }
     void noticeDeleteFailure();
     void saveOnClose_data();
     void saveOnClose();
@@ -506,10 +502,15 @@ void TestServerDataSave::failingStatement_data()
         { "member rights", Poison::MemberRights, S::FileBox },
         { "pool voip id", Poison::PoolVoipId, S::VoipPool },
     };
+    // Every step on the SQLite file; on the other backends one step that
+    // reports with the balloon and one with the session's error box, for
+    // their drivers' errors.
     for (const TestDatabase::Backend backend : TestDatabase::availableBackends()) {
         for (const auto &[name, poison, step] : poisons) {
-            QTest::addRow("%s %s", qPrintable(TestDatabase::backendName(backend)), name)
-                << backend << poison << step;
+            if (backend == TestDatabase::Backend::SqliteFile || poison == Poison::RegularMemberName
+                || poison == Poison::GroupRights)
+                QTest::addRow("%s %s", qPrintable(TestDatabase::backendName(backend)), name)
+                    << backend << poison << step;
         }
     }
 }
@@ -715,11 +716,7 @@ void TestServerDataSave::journal()
     QCOMPARE(saved.version, 42);
     QCOMPARE(env.version(), u"0042"_s);
     QCOMPARE(saved.statements, recorded.size());
-    QCOMPARE(readTrace(env.tracePath).size(), recorded.size());
-    QStringList sent = readTrace(env.tracePath);
-    for (QString &statement : sent)
-        statement.replace(u"\"Group\""_s, u"[Group]"_s);
-    QCOMPARE(sent, recorded);
+    QCOMPARE(readTrace(env.tracePath), recorded);
     QVERIFY(!QFile::exists(env.journalPath()));
     QVERIFY(env.data.notices()->pendingDeletions().isEmpty());
 
@@ -794,20 +791,14 @@ void TestServerDataSave::noticeDeleteFailure()
     QVERIFY2(
         createPoisonTrigger(*env.db, u"DELETE"_s, u"CONTENTS"_s, {}, &error), qPrintable(error));
     QVERIFY(dropPoisonTrigger(*env.db, u"CONTENTS"_s));
-    if (env.db->backend() == TestDatabase::Backend::PostgresOdbc) {
-        QVERIFY(env.db->exec(
-            u"CREATE TRIGGER poison BEFORE DELETE ON contents FOR EACH ROW WHEN (OLD.ocontentsid = 100) EXECUTE FUNCTION velmar_poison()"_s));
-    } else {
-        const QString name = u"raw-notice"_s;
-        {
-            QSqlDatabase raw = QSqlDatabase::addDatabase(u"QSQLITE"_s, name);
-            raw.setDatabaseName(env.db->filePath());
-            QVERIFY(raw.open());
-            QVERIFY(QSqlQuery(raw).exec(
-                u"CREATE TRIGGER poison BEFORE DELETE ON CONTENTS WHEN OLD.OCONTENTSID = 100 BEGIN SELECT RAISE(ABORT, 'poisoned'); END"_s));
-        }
-        QSqlDatabase::removeDatabase(name);
+    {
+        QSqlDatabase raw = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"raw-notice"_s);
+        raw.setDatabaseName(env.db->filePath());
+        QVERIFY(raw.open());
+        QVERIFY(QSqlQuery(raw).exec(
+            u"CREATE TRIGGER poison BEFORE DELETE ON CONTENTS WHEN OLD.OCONTENTSID = 100 BEGIN SELECT RAISE(ABORT, 'poisoned'); END"_s));
     }
+    QSqlDatabase::removeDatabase(u"raw-notice"_s);
     QCOMPARE(env.data.notices()->deleteRows({ 0, 1 }), 2);
 
     const ServerDataSaver::Result result = env.save(true);

@@ -1,5 +1,6 @@
 #include "TempServerDir.h"
 
+#include "ProfileFile.h"
 #include "RegistryHives.h"
 
 #include <QDir>
@@ -40,6 +41,11 @@ QString TempServerDir::registryDir() const
 QString TempServerDir::iniPath() const
 {
     return filePath(u"Serverinfo.ini"_s);
+}
+
+QString TempServerDir::savedVersion() const
+{
+    return ProfileFile(iniPath()).readString(u"GroupInfo"_s, u"Version"_s, u"absent"_s, 128);
 }
 
 QString TempServerDir::databasePath() const

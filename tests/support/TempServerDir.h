@@ -19,6 +19,9 @@ public:
     QString programDir() const; // <root>/server
     QString registryDir() const; // <root>/registry
     QString iniPath() const; // <programDir>/Serverinfo.ini
+    // [GroupInfo] Version of Serverinfo.ini, which every save bumps; "absent"
+    // when it is not there.
+    QString savedVersion() const;
     QString databasePath() const; // <programDir>/VelmarDB.mdb
     QString filePath(const QString &relative) const; // inside programDir
 

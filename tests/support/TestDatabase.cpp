@@ -78,6 +78,12 @@ void TestDatabase::addBackends()
         QTest::newRow(backendName(backend).toUtf8().constData()) << backend;
 }
 
+void TestDatabase::addSqliteFileBackend()
+{
+    QTest::addColumn<TestDatabase::Backend>("backend");
+    QTest::newRow("sqlite-file") << Backend::SqliteFile;
+}
+
 QString TestDatabase::postgresConnectionString(const QString &databaseName)
 {
     return u"DRIVER={PostgreSQL Unicode};Server=%1;Port=%2;Database=%3;Uid=%4;Pwd=;"_s.arg(

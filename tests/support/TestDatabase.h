@@ -45,6 +45,9 @@ public:
     // per available backend. When PostgreSQL is required but not there, its row
     // is added anyway and creating its database fails with the reason.
     static void addBackends();
+    // The same column with the SQLite file alone: for what does not differ
+    // between backends (refusals before any SQL, files beside the database).
+    static void addSqliteFileBackend();
 
     // The connection string of a PostgreSQL database on the test server.
     static QString postgresConnectionString(const QString &databaseName);
