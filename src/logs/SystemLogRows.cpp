@@ -29,31 +29,12 @@ std::shared_ptr<SystemLogRows> SystemLogRows::search(
     auto rows = std::make_shared<SystemLogRows>(request.codePage);
     const QList<LogFileEntry> files
         = LogSearch::keptFiles(LogSearch::Kind::System, request.logRoot, request.filter);
-    qint64 total = 0;
-    for (const LogFileEntry &file : files)
-        total += file.size;
-    rows->m_store = std::make_unique<LogFileStore>(total);
-    LogFileStore *const store = rows->m_store.get();
-    qint64 taken = 0;
-    const bool done = LogFileLoader::load<Part>(
-        files, control,
-        [store](const LogFileEntry &file) -> std::optional<Part> {
-            std::optional<LogFileBytes> bytes = LogFileStore::read(file.path, file.size, store);
-            if (!bytes)
-                return std::nullopt;
-            return parse(std::move(*bytes));
-        },
-        [&](Part &&part) {
-            // Room for the rest at the rate seen so far, so that the list is
-            // not copied again and again as it grows.
-            taken += part.bytes.view.size();
-            const double rest = taken > 0 ? double(std::max(total, taken)) / double(taken) : 1;
-            const size_t wanted = rows->m_rows.size() + part.rows.size();
-            if (rows->m_rows.capacity() < wanted)
-                rows->m_rows.reserve(size_t(double(wanted) * rest * 1.05) + part.rows.size());
+    rows->m_store = std::make_unique<LogFileStore>(LogFileLoader::totalSize(files));
+    const bool done = LogFileLoader::loadFiles<Part>(
+        files, control, rows->m_store.get(), &parse, [&](Part &&part, double growth) {
+            LogFileLoader::reserveAhead(rows->m_rows, part.rows.size(), growth);
             rows->append(std::move(part));
-        },
-        [](const LogFileEntry &file) { return file.size; });
+        });
     if (!done)
         return nullptr;
     if (request.filter.newestFirst)

@@ -45,34 +45,13 @@ std::shared_ptr<UserLogRows> UserLogRows::search(
     auto rows = std::make_shared<UserLogRows>(request.names, request.codePage);
     const QList<LogFileEntry> files
         = LogSearch::keptFiles(LogSearch::Kind::User, request.logRoot, request.filter);
-    qint64 total = 0;
-    for (const LogFileEntry &file : files)
-        total += file.size;
-    rows->m_store = std::make_unique<LogFileStore>(total);
-    LogFileStore *const store = rows->m_store.get();
-    qint64 taken = 0;
-    const bool done = LogFileLoader::load<Part>(
-        files, control,
-        [store](const LogFileEntry &file) -> std::optional<Part> {
-            std::optional<LogFileBytes> bytes = LogFileStore::read(file.path, file.size, store);
-            if (!bytes)
-                return std::nullopt;
-            return parse(std::move(*bytes));
-        },
-        [&](Part &&part) {
-            // Room for the rest at the rate seen so far, so that the lists
-            // are not copied again and again as they grow.
-            taken += part.bytes.view.size();
-            const double rest = taken > 0 ? double(std::max(total, taken)) / double(taken) : 1;
-            auto room = [rest](auto &list, size_t more) {
-                if (list.capacity() < list.size() + more)
-                    list.reserve(size_t(double(list.size() + more) * rest * 1.05) + more);
-            };
-            room(rows->m_records, part.records.size());
-            room(rows->m_rows, part.rows.size());
+    rows->m_store = std::make_unique<LogFileStore>(LogFileLoader::totalSize(files));
+    const bool done = LogFileLoader::loadFiles<Part>(
+        files, control, rows->m_store.get(), &parse, [&](Part &&part, double growth) {
+            LogFileLoader::reserveAhead(rows->m_records, part.records.size(), growth);
+            LogFileLoader::reserveAhead(rows->m_rows, part.rows.size(), growth);
             rows->append(std::move(part));
-        },
-        [](const LogFileEntry &file) { return file.size; });
+        });
     if (!done)
         return nullptr;
     rows->setNewestFirst(request.filter.newestFirst);
@@ -86,9 +65,8 @@ UserLogRows::Part UserLogRows::parse(LogFileBytes bytes)
     UserLogReader::readRecords(bytes.view, [&](const UserLogReader::Record &read) {
         const auto recordIndex = quint32(part.records.size());
         const qint64 header = read.header.data() - base;
-        part.records.push_back({ LogHeaderExpression::sortKey(read.header), header,
-            read.dataEnd, 0, quint16(read.header.size()),
-            quint16(read.dataBegin - header - read.header.size()) });
+        part.records.push_back({ LogHeaderExpression::sortKey(read.header), header, read.dataEnd, 0,
+            quint16(read.header.size()), quint16(read.dataBegin - header - read.header.size()) });
         const UserLogReader::Fields fields = UserLogReader::splitFields(read.header);
         part.rows.push_back(
             { recordIndex, -1, memberId(fields.value(UserLogReader::SenderField)) });
