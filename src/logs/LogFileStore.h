@@ -17,6 +17,16 @@ struct LogFileBytes
     QByteArrayView view;
     QByteArray owned;
     LogTextEncoding encoding = LogTextEncoding::Utf8;
+
+    // Bytes read elsewhere, prepared for the line readers.
+    static LogFileBytes fromBytes(QByteArray bytes)
+    {
+        LogFileBytes file;
+        file.encoding = LogText::prepare(bytes, true);
+        file.owned = std::move(bytes);
+        file.view = file.owned;
+        return file;
+    }
 };
 
 // One block for the bytes of every file a search reads, taken once at the

@@ -66,11 +66,7 @@ void SystemLogRows::append(Part &&part)
 
 void SystemLogRows::appendFile(QByteArray bytes)
 {
-    LogFileBytes file;
-    file.encoding = LogText::prepare(bytes, true);
-    file.owned = std::move(bytes);
-    file.view = file.owned;
-    append(parse(std::move(file)));
+    append(parse(LogFileBytes::fromBytes(std::move(bytes))));
 }
 
 QByteArrayView SystemLogRows::lineOf(const Row &row) const

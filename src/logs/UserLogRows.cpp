@@ -108,11 +108,7 @@ void UserLogRows::append(Part &&part)
 
 void UserLogRows::appendFile(QByteArray bytes)
 {
-    LogFileBytes file;
-    file.encoding = LogText::prepare(bytes, true);
-    file.owned = std::move(bytes);
-    file.view = file.owned;
-    append(parse(std::move(file)));
+    append(parse(LogFileBytes::fromBytes(std::move(bytes))));
     relist();
 }
 

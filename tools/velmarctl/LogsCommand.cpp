@@ -6,10 +6,10 @@
 #include "DirectoryData.h"
 #include "DirectoryLoader.h"
 #include "LogLocations.h"
+#include "ServerFolder.h"
 #include "SystemLogRows.h"
 #include "UserLogRows.h"
 
-#include <QDir>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -41,10 +41,9 @@ QDateTime LogsCommand::parseDateTime(const QString &text)
 
 LogMemberNames LogsCommand::memberNames(RegistryHives &hives, const QString &serverDir)
 {
-    const QDir dir(serverDir);
+    const ServerFolder folder(serverDir);
     ConsoleMessageService messages;
-    DbSession session(
-        hives, dir.filePath(u"Serverinfo.ini"_s), dir.filePath(u"VelmarDB.mdb"_s), messages);
+    DbSession session(hives, folder.profilePath(), folder.accessDatabasePath(), messages);
     // Opening a local database that is not there would create an empty one.
     if (session.connectionString().contains(u"Microsoft Access Driver"_s)
         && !QFileInfo::exists(session.accessDatabasePath()))
