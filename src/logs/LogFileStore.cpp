@@ -77,3 +77,11 @@ std::optional<LogFileBytes> LogFileStore::read(
     }
     return bytes;
 }
+
+qint64 LogFileStore::bytesHeld(const LogFileStore *store, const std::vector<LogFileBytes> &files)
+{
+    qint64 held = store ? store->capacity() : 0;
+    for (const LogFileBytes &file : files)
+        held += file.owned.capacity();
+    return held + qint64(files.capacity() * sizeof(LogFileBytes));
+}

@@ -7,6 +7,7 @@
 #include <optional>
 #include <QByteArray>
 #include <QByteArrayView>
+#include <vector>
 
 // The bytes of one log file as a search keeps them: a view into the search's
 // store, or bytes of their own when the file had to be converted (UTF-16) or
@@ -52,6 +53,9 @@ public:
     // prepares it for the line readers. nullopt when it cannot be opened.
     static std::optional<LogFileBytes> read(
         const QString &path, qint64 listedSize, LogFileStore *store);
+
+    // The memory a search's files hold: the block and the bytes of their own.
+    static qint64 bytesHeld(const LogFileStore *store, const std::vector<LogFileBytes> &files);
 
 private:
     char *m_data = nullptr;

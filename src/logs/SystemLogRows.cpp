@@ -117,11 +117,6 @@ void SystemLogRows::rowCells(int row, QStringList &cells) const
 
 qint64 SystemLogRows::bytesHeld() const
 {
-    qint64 files = 0;
-    for (const LogFileBytes &file : m_files)
-        files += file.owned.capacity();
-    if (m_store)
-        files += m_store->capacity();
-    return files + qint64(m_files.capacity() * sizeof(LogFileBytes))
+    return LogFileStore::bytesHeld(m_store.get(), m_files)
         + qint64(m_rows.capacity() * sizeof(Row));
 }

@@ -255,12 +255,7 @@ QStringList UserLogRows::fields(int row) const
 
 qint64 UserLogRows::bytesHeld() const
 {
-    qint64 files = 0;
-    for (const LogFileBytes &file : m_files)
-        files += file.owned.capacity();
-    if (m_store)
-        files += m_store->capacity();
-    return files + qint64(m_files.capacity() * sizeof(LogFileBytes))
+    return LogFileStore::bytesHeld(m_store.get(), m_files)
         + qint64(m_records.capacity() * sizeof(Record)) + qint64(m_rows.capacity() * sizeof(Row))
         + qint64(m_listed.capacity() * sizeof(quint32));
 }
