@@ -41,23 +41,23 @@ void printTo(FILE *stream, const QString &text)
 // before the journal is removed.
 SaveJournalRunner::Checkpoint stopPointFromEnvironment()
 {
-    const QString spec = qEnvironmentVariable("VELMAR_SAVE_STOP_AT");
-    if (spec.isEmpty())
+    const QString stopAt = qEnvironmentVariable("VELMAR_SAVE_STOP_AT");
+    if (stopAt.isEmpty())
         return {};
-    return [spec](SaveJournalRunner::Point point, qsizetype index) {
+    return [stopAt](SaveJournalRunner::Point point, qsizetype index) {
         bool stop = false;
         switch (point) {
         case SaveJournalRunner::Point::BeforeStatement:
-            stop = spec == u"statement:%1"_s.arg(index);
+            stop = stopAt == u"statement:%1"_s.arg(index);
             break;
         case SaveJournalRunner::Point::AfterProfileWrite:
-            stop = spec == u"profile"_s;
+            stop = stopAt == u"profile"_s;
             break;
         case SaveJournalRunner::Point::BeforeNotify:
-            stop = spec == u"notify"_s;
+            stop = stopAt == u"notify"_s;
             break;
         case SaveJournalRunner::Point::AfterNotify:
-            stop = spec == u"remove"_s;
+            stop = stopAt == u"remove"_s;
             break;
         }
         if (stop) {
