@@ -2,9 +2,13 @@
 // 200,000 memberships: whether a member is placed, user ID and id lookups,
 // member deletions, id allocation past deleted ids, and moving a group with
 // 500 sub-groups. Not a test: run by hand, see README "Tests and benchmarks".
-// Uses only calls that older builds of the directory have too, so the same
-// program measures before and after.
+// Edits go through the document's editor, undo steps included, as the
+// console makes them.
+#include "CVelmarManagerDoc.h"
 #include "Directory.h"
+#include "ServerDataSet.h"
+
+#include <QUndoStack>
 
 #include <cstdio>
 #include <QCoreApplication>
@@ -56,7 +60,6 @@ DirectoryData build()
         member.displayName = u"成员 %1"_s.arg(id);
         member.password = u"pw"_s;
         member.gender = id % 2;
-        data.memberIndex.insert(id, member);
         data.regularMembers.append(member);
         // Two memberships each, in two different teams.
         tree.addMembership(teams[id % teams.size()], id, -1);
@@ -70,13 +73,16 @@ DirectoryData build()
 int main(int argc, char *argv[])
 {
     QCoreApplication app(argc, argv);
-    Directory directory;
+    CVelmarManagerDoc document;
+    const Directory &directory = *document.directory();
     QElapsedTimer setup;
     setup.start();
-    directory.adopt(build());
+    ServerDataSet set;
+    set.directory = build();
+    document.adopt(std::move(set), CVelmarManagerDoc::LoadState::Complete);
     const DirectoryTree &tree = directory.regularTree()->tree();
     std::printf("%d members, %d memberships, %d groups (built in %.0f ms)\n",
-        directory.regularMembers()->rowCount(), tree.membershipCount(), tree.groupCount(),
+        directory.regularMembers()->memberCount(), tree.membershipCount(), tree.groupCount(),
         double(setup.elapsed()));
 
     // The last members are placed late in the tree walk; unknown ids are the
@@ -117,11 +123,11 @@ int main(int argc, char *argv[])
     constexpr int Deletions = 1000;
     timed("delete member (with 2 memberships)", Deletions, [&] {
         for (int i = 0; i < Deletions; ++i)
-            directory.removeMember(false, directory.regularMembers()->rowCount() - 1);
+            document.editor().deleteMembers(false, { directory.regularMembers()->memberCount() - 1 });
     });
     timed("id lookup after each deletion", 100, [&] {
         for (int i = 0; i < 100; ++i) {
-            directory.removeMember(false, 0);
+            document.editor().deleteMembers(false, { 0 });
             hits += directory.regularMembers()->rowOfId(Members / 2 + i) >= 0 ? 1 : 0;
         }
     });
@@ -130,17 +136,21 @@ int main(int argc, char *argv[])
         for (int i = 0; i < Lookups; ++i)
             next = directory.nextMemberId();
     });
-    GroupTreeModel *model = directory.regularTree();
     constexpr int Moves = 20;
     timed("move a group with 500 sub-groups", Moves, [&] {
         for (int i = 0; i < Moves; ++i) {
-            const QModelIndex mover = model->findGroup(Departments * (TeamsPerDepartment + 1) + 1);
-            const QModelIndex target = model->findGroup(i % 2 == 0
-                    ? Departments * (TeamsPerDepartment + 1) + SubGroups + 2
-                    : DirectoryTree::RegularRootId);
-            if (!model->moveNode(mover, target))
+            const DirectoryNode *mover = tree.findGroup(Departments * (TeamsPerDepartment + 1) + 1);
+            const DirectoryNode *target = i % 2 == 0
+                ? tree.findGroup(Departments * (TeamsPerDepartment + 1) + SubGroups + 2)
+                : tree.root();
+            if (!document.editor().moveNodeInto(false, mover, target).ok())
                 std::fprintf(stderr, "move %d refused\n", i);
         }
+    });
+    const int steps = document.undoStack()->index();
+    timed("undo every step above", steps, [&] {
+        for (int i = 0; i < steps; ++i)
+            document.undoStack()->undo();
     });
     std::printf("(checks: %d hits, next id %d)\n", hits, next);
     return next == Members + 1 ? 0 : 1;

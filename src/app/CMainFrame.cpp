@@ -17,7 +17,7 @@
 #include "MemberListModel.h"
 #include "OutlookBar.h"
 #include "SaveRecovery.h"
-#include "ServerData.h"
+#include "CVelmarManagerDoc.h"
 #include "ServerDataSaver.h"
 #include "SettingsCommands.h"
 #include "ServiceCommands.h"
@@ -285,7 +285,7 @@ void CMainFrame::createLogViews()
         m_context.hives,
         m_programDirectory,
         m_context.clock,
-        m_serverData->directory(),
+        m_document->directory(),
         [](const QString &folder) { QDesktopServices::openUrl(QUrl::fromLocalFile(folder)); },
     };
     addView(ViewId::ChatLog, u"日志管理"_s, u"对话记录"_s, new CLogManagerChatLogFormView(context),
@@ -345,9 +345,6 @@ void CMainFrame::connectServerData()
 {
     // Made once: every view edits this one working copy, and the save and the
     // close question read it.
-    m_serverData = new ServerData(this);
-    connect(
-        m_serverData, &ServerData::modifiedChanged, m_document, &CVelmarManagerDoc::setModified);
     if (m_context.loadServerData)
         connect(this, &CMainFrame::startupReady, this, &CMainFrame::startLoading);
     connect(commandAction(CommandId::Save), &QAction::triggered, this, &CMainFrame::saveDocument);
@@ -357,7 +354,7 @@ bool CMainFrame::queryClose()
 {
     if (!m_loadComplete)
         return true;
-    return ServerDataSaver(*m_serverData, m_session, m_context.messages, m_profilePath,
+    return ServerDataSaver(*m_document, m_session, m_context.messages, m_profilePath,
         m_context.hives, m_programDirectory)
         .saveOnClose();
 }
@@ -376,7 +373,7 @@ void CMainFrame::startLoading()
 
     auto *progress = new CProgressDlg(this);
     auto *reader = new CReadDBThread(m_context.hives, m_profilePath, m_accessDatabasePath,
-        m_context.messages, *m_serverData, m_context.sqlTrace, this);
+        m_context.messages, *m_document, m_context.sqlTrace, this);
     connect(reader, &CReadDBThread::progressText, progress, &CProgressDlg::setText);
     connect(reader, &CReadDBThread::progressRange, progress, &CProgressDlg::setRange);
     connect(reader, &CReadDBThread::progressPosition, progress, &CProgressDlg::setPosition);
@@ -399,11 +396,11 @@ void CMainFrame::startLoading()
 
 void CMainFrame::showDirectoryCounts()
 {
-    const Directory *directory = m_serverData->directory();
+    const Directory *directory = m_document->directory();
     const auto &regular = directory->regularTree()->tree();
     const auto &guest = directory->guestTree()->tree();
     const qint64 members
-        = directory->regularMembers()->rowCount() + directory->members(true)->rowCount();
+        = directory->memberCount();
     m_dashboard->setDirectoryCounts({
         { u"成员"_s, members },
         { u"群组"_s, qint64(regular.groupCount()) + guest.groupCount() },
@@ -414,7 +411,7 @@ void CMainFrame::showDirectoryCounts()
 void CMainFrame::saveDocument()
 {
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-    ServerDataSaver(*m_serverData, m_session, m_context.messages, m_profilePath, m_context.hives,
+    ServerDataSaver(*m_document, m_session, m_context.messages, m_profilePath, m_context.hives,
         m_programDirectory)
         .save(false);
     QGuiApplication::restoreOverrideCursor();

@@ -5,7 +5,7 @@
 #include "MainFrameContext.h"
 #include "ServerFolder.h"
 
-class ServerData;
+class CVelmarManagerDoc;
 
 #include <QHash>
 #include <QMainWindow>
@@ -62,7 +62,7 @@ public:
     DbConnection OpenDBConnection();
 
     // The working copy of the server data that the views edit and the save writes.
-    ServerData *serverData() const { return m_serverData; }
+    CVelmarManagerDoc *serverData() const { return m_document; }
 
     CMainFormView *dashboard() const { return m_dashboard; }
     OutlookBar *outlookBar() const { return m_outlookBar; }
@@ -115,7 +115,6 @@ private:
     // Command 32781.
     void saveDocument();
 
-    ServerData *m_serverData = nullptr;
     bool m_loadComplete = false;
     void readBalloonHelp();
     void createCommands();

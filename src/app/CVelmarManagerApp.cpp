@@ -13,7 +13,7 @@
 #include "ServerServices.h"
 #include "ServiceCommands.h"
 #include "ServiceClock.h"
-#include "ServerData.h"
+#include "CVelmarManagerDoc.h"
 #include "SqlTrace.h"
 #include "ViewIds.h"
 
@@ -182,14 +182,14 @@ void CVelmarManagerApp::prepareLogViewScreenshot(LogFormView *view)
 {
     // The names in the list come from the directory: wait for it, but not
     // for ever when the database cannot be read.
-    if (m_frame->serverData()->loadState() == ServerData::LoadState::NotLoaded
+    if (m_frame->serverData()->loadState() == CVelmarManagerDoc::LoadState::NotLoaded
         && !m_directoryWaitOver) {
         m_directoryWaitOver = true;
         connect(
-            m_frame->serverData(), &ServerData::adopted, this,
+            m_frame->serverData(), &CVelmarManagerDoc::adopted, this,
             [this, view] { prepareLogViewScreenshot(view); }, Qt::SingleShotConnection);
         QTimer::singleShot(15000, view, [this, view] {
-            if (m_frame->serverData()->loadState() == ServerData::LoadState::NotLoaded)
+            if (m_frame->serverData()->loadState() == CVelmarManagerDoc::LoadState::NotLoaded)
                 prepareLogViewScreenshot(view);
         });
         return;

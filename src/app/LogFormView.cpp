@@ -115,7 +115,8 @@ void LogFormView::applyFilter(const LogFilter &filter)
     request.logRoot = LogLocations::logRoot(m_context.hives, m_context.programDirectory);
     // The reading thread gets its own copy of the names.
     if (m_context.directory)
-        request.names = logMemberNames(m_context.directory->memberIndex());
+        request.names = logMemberNames(m_context.directory->memberRows(false).toList(),
+            m_context.directory->memberRows(true).toList());
     m_model->search(request);
     if (m_model->isSearching()) {
         m_progress->setRange(0, 0); // busy until the first report

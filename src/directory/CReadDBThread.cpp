@@ -4,7 +4,7 @@
 #include "DeferredMessageService.h"
 #include "LoadProgress.h"
 #include "MessageService.h"
-#include "ServerData.h"
+#include "CVelmarManagerDoc.h"
 
 using namespace Qt::StringLiterals;
 
@@ -52,7 +52,7 @@ private:
 } // namespace
 
 CReadDBThread::CReadDBThread(const RegistryHives &hives, QString profilePath,
-    QString accessDatabasePath, MessageService &messages, ServerData &target, SqlTrace *trace,
+    QString accessDatabasePath, MessageService &messages, CVelmarManagerDoc &target, SqlTrace *trace,
     QObject *parent)
     : QThread(parent)
     , m_hives(hives)
@@ -97,7 +97,7 @@ void CReadDBThread::onFinished()
     // A failed open read nothing: whatever the working copy holds stays.
     if (m_result.outcome != ServerDataLoader::Outcome::OpenFailed) {
         m_target.adopt(std::exchange(m_data, ServerDataSet()),
-            m_result.ok() ? ServerData::LoadState::Complete : ServerData::LoadState::Partial);
+            m_result.ok() ? CVelmarManagerDoc::LoadState::Complete : CVelmarManagerDoc::LoadState::Partial);
     }
 
     m_deferred->messages.replay(m_messages);

@@ -9,14 +9,14 @@
 
 class MessageService;
 class RegistryHives;
-class ServerData;
+class CVelmarManagerDoc;
 class SqlTrace;
 
 // Reads the server database on its own thread and connection while the
 // user-interface thread keeps painting. The worker touches no object of the
 // user-interface thread: progress goes out as queued signals, and the data it
 // read is handed over once it has ended. Then, on the user-interface thread,
-// the data is adopted into the ServerData (after a failure too: what was read
+// the data is adopted into the CVelmarManagerDoc (after a failure too: what was read
 // stays in memory), the failure boxes are shown, loadCompleted is emitted when
 // everything was read, and workerExited ends the run.
 class CReadDBThread : public QThread
@@ -28,7 +28,7 @@ public:
     // builds its own session from them, whose boxes it shows afterwards on the
     // user-interface thread through messages. target receives the data.
     CReadDBThread(const RegistryHives &hives, QString profilePath, QString accessDatabasePath,
-        MessageService &messages, ServerData &target, SqlTrace *trace = nullptr,
+        MessageService &messages, CVelmarManagerDoc &target, SqlTrace *trace = nullptr,
         QObject *parent = nullptr);
     // Waits for a running worker.
     ~CReadDBThread() override;
@@ -62,7 +62,7 @@ private:
     QString m_profilePath;
     QString m_accessDatabasePath;
     MessageService &m_messages;
-    ServerData &m_target;
+    CVelmarManagerDoc &m_target;
     SqlTrace *m_trace;
 
     // Written by the worker, read on the user-interface thread after it ended.

@@ -4,79 +4,80 @@
 
 Directory::Directory(QObject *parent)
     : QObject(parent)
-    , m_regularMembers(new MemberListModel(false, this))
-    , m_guestMembers(new MemberListModel(true, this))
-    , m_regularTree(new GroupTreeModel(DirectoryTree::Kind::Regular, this))
-    , m_guestTree(new GroupTreeModel(DirectoryTree::Kind::Guest, this))
+    , m_regularMembersModel(new MemberListModel(*this, false, this))
+    , m_guestMembersModel(new MemberListModel(*this, true, this))
+    , m_regularTreeModel(new GroupTreeModel(*this, false, this))
+    , m_guestTreeModel(new GroupTreeModel(*this, true, this))
 {
-    m_regularTree->setMemberIndex(&m_index);
-    m_guestTree->setMemberIndex(&m_index);
-    for (MemberListModel *model : { m_regularMembers, m_guestMembers }) {
-        connect(model, &QAbstractItemModel::dataChanged, this,
-            [this, model](const QModelIndex &topLeft, const QModelIndex &bottomRight) {
-                onMembersChanged(model, topLeft, bottomRight);
-            });
-    }
-    for (GroupTreeModel *model : { m_regularTree, m_guestTree }) {
-        connect(model, &QAbstractItemModel::dataChanged, this,
-            [this](const QModelIndex &, const QModelIndex &, const QList<int> &roles) {
-                // Label refreshes after member edits are no edits of the tree.
-                if (roles.contains(Qt::EditRole) || roles.contains(GroupTreeModel::RankIdRole))
-                    Q_EMIT edited();
-            });
-    }
-    // Rows added, removed or moved directly on a model (drops, moves) are edits too.
-    for (QAbstractItemModel *model : std::initializer_list<QAbstractItemModel *> {
-             m_regularMembers, m_guestMembers, m_regularTree, m_guestTree }) {
-        connect(model, &QAbstractItemModel::rowsInserted, this, &Directory::edited);
-        connect(model, &QAbstractItemModel::rowsRemoved, this, &Directory::edited);
-        connect(model, &QAbstractItemModel::rowsMoved, this, &Directory::edited);
-    }
+    // A member's row icon follows its memberships.
+    const auto repaintIcon = [this](qint32 memberId) {
+        for (MemberListModel *model : { m_regularMembersModel, m_guestMembersModel }) {
+            const int row = model->rowOfId(memberId);
+            if (row >= 0) {
+                const QModelIndex cell = model->index(row, MemberListModel::LoginNameColumn);
+                Q_EMIT model->dataChanged(cell, cell, { MemberListModel::IconIndexRole });
+            }
+        }
+    };
+    connect(this, &Directory::memberPlaced, this, repaintIcon);
+    connect(this, &Directory::memberUnplaced, this, repaintIcon);
 }
+
+Directory::~Directory() = default;
 
 void Directory::adopt(DirectoryData data)
 {
-    m_index = std::move(data.memberIndex);
+    m_regularMembersModel->beginResetModel();
+    m_guestMembersModel->beginResetModel();
+    m_regularTreeModel->beginResetModel();
+    m_guestTreeModel->beginResetModel();
     m_groupCounter = data.groupCounter;
     m_created.clear();
     m_deleted.clear();
     m_createdSet.clear();
     m_deletedSet.clear();
     m_deletedLoginNames.clear();
-    m_regularMembers->setMembers(std::move(data.regularMembers));
-    m_guestMembers->setMembers(std::move(data.guestMembers));
-    m_regularTree->setTree(std::move(data.regularTree));
-    m_guestTree->setTree(std::move(data.guestTree));
+    for (UserInfo &member : data.regularMembers)
+        member.isGuest = 0;
+    for (UserInfo &member : data.guestMembers)
+        member.isGuest = 1;
+    m_regularRows.reset(std::move(data.regularMembers));
+    m_guestRows.reset(std::move(data.guestMembers));
+    m_regularTree = std::move(data.regularTree);
+    m_guestTree = std::move(data.guestTree);
+    m_guestTreeModel->endResetModel();
+    m_regularTreeModel->endResetModel();
+    m_guestMembersModel->endResetModel();
+    m_regularMembersModel->endResetModel();
 }
 
 DirectoryData Directory::toData() const
 {
     DirectoryData data;
-    data.memberIndex = m_index;
-    data.regularMembers = m_regularMembers->members();
-    data.guestMembers = m_guestMembers->members();
-    data.regularTree = m_regularTree->tree();
-    data.guestTree = m_guestTree->tree();
+    data.regularMembers = m_regularRows.toList();
+    data.guestMembers = m_guestRows.toList();
+    data.regularTree = m_regularTree;
+    data.guestTree = m_guestTree;
     data.groupCounter = m_groupCounter;
     return data;
 }
 
 DirectoryContent Directory::content() const
 {
-    return { m_regularMembers->members(), m_guestMembers->members(), m_regularTree->tree(),
-        m_guestTree->tree() };
+    return { m_regularRows.toList(), m_guestRows.toList(), m_regularTree, m_guestTree };
 }
 
 const UserInfo *Directory::findMember(qint32 id) const
 {
-    auto it = m_index.constFind(id);
-    return it == m_index.cend() ? nullptr : &it.value();
+    if (const UserInfo *member = m_regularRows.lastWithId(id))
+        return member;
+    return m_guestRows.lastWithId(id);
 }
 
 void Directory::setPositions(const PositionListModel *positions)
 {
-    m_regularTree->setPositions(positions);
-    m_guestTree->setPositions(positions);
+    m_positions = positions;
+    refreshMembershipLabels();
 }
 
 qint32 Directory::nextGroupId() const
@@ -87,7 +88,7 @@ qint32 Directory::nextGroupId() const
 
 qint32 Directory::nextMemberId() const
 {
-    qint64 id = qint64(std::max(m_regularMembers->maxId(), m_guestMembers->maxId())) + 1;
+    qint64 id = qint64(std::max(m_regularRows.maxId(), m_guestRows.maxId())) + 1;
     // Ids of members deleted since the last save are not reused before it:
     // their dependent rows are removed by id when the save runs.
     while (id <= std::numeric_limits<qint32>::max() && m_deletedSet.contains(qint32(id)))
@@ -95,101 +96,15 @@ qint32 Directory::nextMemberId() const
     return id > std::numeric_limits<qint32>::max() ? -1 : qint32(id);
 }
 
-void Directory::noteGroupId(qint32 id)
-{
-    if (id > m_groupCounter)
-        m_groupCounter = id;
-}
-
-qint32 Directory::addMember(bool guest, UserInfo member)
-{
-    if (member.id == -1)
-        member.id = nextMemberId();
-    if (member.id == -1)
-        return -1;
-    const qint32 id = member.id;
-    member.isGuest = guest ? 1 : 0;
-    m_index.insert(id, member);
-    members(guest)->appendMember(std::move(member));
-    if (!m_createdSet.contains(id)) {
-        m_createdSet.insert(id);
-        m_created.append(id);
-    }
-    // Memberships can name the id before its member exists (a member deleted
-    // and added again); only theirs can change.
-    m_regularTree->refreshMemberLabels(id);
-    m_guestTree->refreshMemberLabels(id);
-    return id;
-}
-
-void Directory::removeMember(bool guest, int row)
-{
-    MemberListModel *list = members(guest);
-    if (row < 0 || row >= list->rowCount())
-        return;
-    const UserInfo member = list->member(row);
-    if (!m_deletedSet.contains(member.id)) {
-        m_deletedSet.insert(member.id);
-        m_deleted.append(member.id);
-        m_deletedLoginNames.append(member.loginName);
-    }
-    // A regular member can be placed in the guest tree as well; a guest
-    // member only there.
-    QList<GroupTreeModel *> trees { m_guestTree };
-    if (!guest)
-        trees.prepend(m_regularTree);
-    for (GroupTreeModel *tree : trees) {
-        const int removed = tree->removeMembershipsOf(member.id);
-        for (int i = 0; i < removed; ++i)
-            Q_EMIT memberUnplaced(member.id);
-    }
-    list->removeRows(row, 1);
-    if (!m_regularMembers->containsId(member.id) && !m_guestMembers->containsId(member.id))
-        m_index.remove(member.id);
-    Q_EMIT edited();
-}
-
-QModelIndex Directory::addGroup(bool guest, const QModelIndex &parent, const QString &name)
-{
-    const qint32 id = nextGroupId();
-    if (id == -2)
-        return {};
-    const QModelIndex added = tree(guest)->addGroup(parent, id, name);
-    if (added.isValid())
-        noteGroupId(id);
-    return added;
-}
-
-QModelIndex Directory::addMembership(
-    bool guest, const QModelIndex &group, qint32 memberId, qint32 rankId)
-{
-    const QModelIndex added = tree(guest)->addMembership(group, memberId, rankId);
-    if (added.isValid())
-        Q_EMIT memberPlaced(memberId);
-    return added;
-}
-
-bool Directory::removeNode(bool guest, const QModelIndex &node)
-{
-    QList<qint32> unplaced;
-    if (!tree(guest)->removeNode(node, &unplaced))
-        return false;
-    for (const qint32 id : std::as_const(unplaced))
-        Q_EMIT memberUnplaced(id);
-    Q_EMIT edited();
-    return true;
-}
-
 bool Directory::hasLoginName(const QString &loginName) const
 {
-    return m_regularMembers->containsLoginName(loginName)
-        || m_guestMembers->containsLoginName(loginName);
+    return m_regularRows.containsLoginName(loginName) || m_guestRows.containsLoginName(loginName);
 }
 
 bool Directory::isPlaced(qint32 memberId, bool guestList) const
 {
-    return m_guestTree->tree().hasMembership(memberId)
-        || (!guestList && m_regularTree->tree().hasMembership(memberId));
+    return m_guestTree.hasMembership(memberId)
+        || (!guestList && m_regularTree.hasMembership(memberId));
 }
 
 void Directory::markSaved()
@@ -201,11 +116,220 @@ void Directory::markSaved()
     m_deletedLoginNames.clear();
 }
 
-void Directory::onMembersChanged(
-    MemberListModel *model, const QModelIndex &topLeft, const QModelIndex &bottomRight)
+int Directory::appendMember(bool guest, UserInfo member)
 {
-    // Display names and the like feed the dialogs that name members by id.
-    for (int row = topLeft.row(); row <= bottomRight.row(); ++row)
-        m_index.insert(model->member(row).id, model->member(row));
-    Q_EMIT edited();
+    member.isGuest = guest ? 1 : 0;
+    const qint32 id = member.id;
+    MemberListModel *model = members(guest);
+    // The blank row stays last: the member goes in front of it.
+    const int row = mutableRows(guest).count();
+    model->beginInsertRows({}, row, row);
+    const int seq = mutableRows(guest).append(std::move(member));
+    model->endInsertRows();
+    // Memberships can name the id before its member exists (a member
+    // deleted and added again); only theirs can change.
+    refreshMember(id);
+    return seq;
+}
+
+UserInfo Directory::removeMember(bool guest, int row)
+{
+    MemberListModel *model = members(guest);
+    model->beginRemoveRows({}, row, row);
+    UserInfo member = mutableRows(guest).remove(row);
+    model->endRemoveRows();
+    refreshMember(member.id);
+    return member;
+}
+
+void Directory::restoreMember(bool guest, int seq, UserInfo member)
+{
+    MemberRows &rows = mutableRows(guest);
+    const qint32 id = member.id;
+    const int row = rows.rowForSeq(seq);
+    MemberListModel *model = members(guest);
+    model->beginInsertRows({}, row, row);
+    rows.restore(seq, std::move(member));
+    model->endInsertRows();
+    refreshMember(id);
+}
+
+void Directory::replaceMember(bool guest, int row, UserInfo member)
+{
+    member.isGuest = guest ? 1 : 0;
+    const qint32 id = member.id;
+    mutableRows(guest).replace(row, std::move(member));
+    MemberListModel *model = members(guest);
+    Q_EMIT model->dataChanged(
+        model->index(row, 0), model->index(row, MemberListModel::ColumnCount - 1));
+    // Names and genders show in both trees.
+    refreshMember(id);
+}
+
+void Directory::refreshMember(qint32 id)
+{
+    for (GroupTreeModel *model : { m_regularTreeModel, m_guestTreeModel }) {
+        for (const DirectoryNode *membership : model->tree().membershipsOf(id)) {
+            const QModelIndex changed = model->indexForNode(membership);
+            Q_EMIT model->dataChanged(changed, changed,
+                { Qt::DisplayRole, GroupTreeModel::MaleRole, GroupTreeModel::LoginNameRole });
+        }
+    }
+}
+
+void Directory::refreshMembershipLabels()
+{
+    for (GroupTreeModel *model : { m_regularTreeModel, m_guestTreeModel }) {
+        // One signal per container rather than one per membership.
+        const auto refresh = [model](const DirectoryNode *container) {
+            if (container->childCount() > 0) {
+                const QModelIndex parent = model->indexForNode(container);
+                Q_EMIT model->dataChanged(model->index(0, 0, parent),
+                    model->index(container->childCount() - 1, 0, parent),
+                    { Qt::DisplayRole, GroupTreeModel::RankIdRole, GroupTreeModel::RankNameRole });
+            }
+        };
+        refresh(model->tree().root());
+        model->tree().forEachGroup([&](const DirectoryNode *group, int) { refresh(group); });
+    }
+}
+
+bool Directory::noteCreated(qint32 id)
+{
+    if (m_createdSet.contains(id))
+        return false;
+    m_createdSet.insert(id);
+    m_created.append(id);
+    return true;
+}
+
+void Directory::unnoteCreated(qint32 id)
+{
+    if (!m_created.isEmpty() && m_created.last() == id) {
+        m_created.removeLast();
+        m_createdSet.remove(id);
+    }
+}
+
+bool Directory::noteDeleted(qint32 id, const QString &loginName)
+{
+    if (m_deletedSet.contains(id))
+        return false;
+    m_deletedSet.insert(id);
+    m_deleted.append(id);
+    m_deletedLoginNames.append(loginName);
+    return true;
+}
+
+void Directory::unnoteDeleted(qint32 id)
+{
+    if (!m_deleted.isEmpty() && m_deleted.last() == id) {
+        m_deleted.removeLast();
+        m_deletedLoginNames.removeLast();
+        m_deletedSet.remove(id);
+    }
+}
+
+DirectoryNode *Directory::addGroup(
+    bool guest, DirectoryNode *parent, qint32 id, const QString &name)
+{
+    GroupTreeModel *model = tree(guest);
+    const int row = parent->childCount();
+    model->beginInsertRows(model->indexForNode(parent), row, row);
+    DirectoryNode *node = mutableTree(guest).addGroup(parent, id, name);
+    model->endInsertRows();
+    if (id > m_groupCounter)
+        m_groupCounter = id;
+    return node;
+}
+
+DirectoryNode *Directory::addMembership(
+    bool guest, DirectoryNode *group, qint32 memberId, qint32 rankId)
+{
+    GroupTreeModel *model = tree(guest);
+    const int row = group->childCount();
+    model->beginInsertRows(model->indexForNode(group), row, row);
+    DirectoryNode *node = mutableTree(guest).addMembership(group, memberId, rankId);
+    model->endInsertRows();
+    Q_EMIT memberPlaced(memberId);
+    return node;
+}
+
+void Directory::notifyMemberships(const DirectoryNode *node, bool placed)
+{
+    std::vector<const DirectoryNode *> pending { node };
+    while (!pending.empty()) {
+        const DirectoryNode *current = pending.back();
+        pending.pop_back();
+        // Children in order, so the notices come out in tree order.
+        for (int row = current->childCount() - 1; row >= 0; --row)
+            pending.push_back(current->child(row));
+        if (current->isMembership()) {
+            if (placed)
+                Q_EMIT memberPlaced(current->id());
+            else
+                Q_EMIT memberUnplaced(current->id());
+        }
+    }
+}
+
+std::unique_ptr<DirectoryNode> Directory::takeNode(bool guest, DirectoryNode *node)
+{
+    GroupTreeModel *model = tree(guest);
+    const QModelIndex index = model->indexForNode(node);
+    model->beginRemoveRows(index.parent(), node->row(), node->row());
+    std::unique_ptr<DirectoryNode> taken = mutableTree(guest).take(node);
+    model->endRemoveRows();
+    notifyMemberships(taken.get(), false);
+    return taken;
+}
+
+DirectoryNode *Directory::insertNode(
+    bool guest, std::unique_ptr<DirectoryNode> node, DirectoryNode *parent, int row)
+{
+    GroupTreeModel *model = tree(guest);
+    if (row < 0 || row > parent->childCount())
+        row = parent->childCount();
+    model->beginInsertRows(model->indexForNode(parent), row, row);
+    DirectoryNode *inserted = mutableTree(guest).insert(std::move(node), parent, row);
+    model->endInsertRows();
+    notifyMemberships(inserted, true);
+    return inserted;
+}
+
+bool Directory::moveNode(bool guest, DirectoryNode *node, DirectoryNode *parent, int row)
+{
+    GroupTreeModel *model = tree(guest);
+    DirectoryNode *source = node->parent();
+    const int from = node->row();
+    const int countAfterTake = parent->childCount() - (source == parent ? 1 : 0);
+    if (row < 0 || row > countAfterTake)
+        row = countAfterTake;
+    if (source == parent && row == from)
+        return false;
+    // beginMoveRows counts the destination before the node is taken out.
+    const int destination = (source == parent && row > from) ? row + 1 : row;
+    if (!model->beginMoveRows(model->indexForNode(source), from, from,
+            model->indexForNode(parent), destination))
+        return false;
+    const bool moved = mutableTree(guest).move(node, parent, row);
+    model->endMoveRows();
+    return moved;
+}
+
+void Directory::renameGroup(bool guest, DirectoryNode *group, const QString &name)
+{
+    mutableTree(guest).setName(group, name);
+    GroupTreeModel *model = tree(guest);
+    const QModelIndex changed = model->indexForNode(group);
+    Q_EMIT model->dataChanged(changed, changed, { Qt::DisplayRole, Qt::EditRole });
+}
+
+void Directory::setRankId(bool guest, DirectoryNode *membership, qint32 rankId)
+{
+    mutableTree(guest).setRankId(membership, rankId);
+    GroupTreeModel *model = tree(guest);
+    const QModelIndex changed = model->indexForNode(membership);
+    Q_EMIT model->dataChanged(
+        changed, changed, { GroupTreeModel::RankIdRole, GroupTreeModel::RankNameRole });
 }

@@ -2,7 +2,6 @@
 
 void DirectoryData::clear()
 {
-    memberIndex.clear();
     regularMembers.clear();
     guestMembers.clear();
     regularTree.clear();

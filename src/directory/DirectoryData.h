@@ -9,7 +9,6 @@
 // thread and adopted by Directory on the user-interface thread.
 struct DirectoryData
 {
-    MemberIndex memberIndex;
     MemberList regularMembers; // IsGuestMember 0 (and anything but 1), in load order
     MemberList guestMembers; // IsGuestMember 1, in load order
     DirectoryTree regularTree { DirectoryTree::Kind::Regular };

@@ -106,12 +106,8 @@ void readMembers(DbConnection &connection, DirectoryData &data, Progress &progre
         member.isGuest = nullFlag ? 0 : (set.intField(isGuestMember) == 1 ? 1 : 0);
         if (nullFlag) {
             nullFlagRows.append(qint32(data.regularMembers.size()));
-            if (!flaggedRegular.contains(member.id))
-                data.memberIndex.insert(member.id, member);
-        } else {
-            if (!member.isGuest)
-                flaggedRegular.insert(member.id);
-            data.memberIndex.insert(member.id, member);
+        } else if (!member.isGuest) {
+            flaggedRegular.insert(member.id);
         }
         (member.isGuest ? data.guestMembers : data.regularMembers).append(std::move(member));
         progress.advance();
@@ -214,8 +210,8 @@ private:
             // gives the name and the stored order.
             DirectoryNode *placed = m_tree.findGroup(next.id);
             if (placed && placed->isGroup()) {
-                placed->name = next.name;
-                placed->position = next.position;
+                m_tree.setName(placed, next.name);
+                m_tree.setPosition(placed, next.position);
             } else {
                 placed = m_tree.addGroup(under, next.id, next.name, next.position);
             }
@@ -308,7 +304,6 @@ void DirectoryLoader::load(DbConnection &connection, DirectoryData &data, LoadPr
     progress.start(u"读取用户信息."_s);
     const int members = readCount(connection, u"SELECT COUNT(*) FROM Member"_s);
     progress.range(members);
-    data.memberIndex.reserve(members);
     data.regularMembers.reserve(members);
     connection.execute(
         u"Update Member Set IsGuestMember = 0 WHERE IsGuestMember <> 0 AND IsGuestMember <> 1"_s);

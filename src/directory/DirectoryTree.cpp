@@ -54,7 +54,7 @@ DirectoryTree::DirectoryTree(Kind kind)
     : m_kind(kind)
     , m_root(std::make_unique<DirectoryNode>(DirectoryNode::Kind::Root))
 {
-    m_root->id = rootId();
+    m_root->m_id = rootId();
 }
 
 DirectoryTree::DirectoryTree(const DirectoryTree &other)
@@ -69,8 +69,8 @@ DirectoryTree &DirectoryTree::operator=(const DirectoryTree &other)
         return *this;
     m_kind = other.m_kind;
     clear();
-    m_root->id = other.m_root->id;
-    m_root->name = other.m_root->name;
+    m_root->m_id = other.m_root->m_id;
+    m_root->m_name = other.m_root->m_name;
 
     // Copies iteratively so that a deep tree cannot exhaust the stack.
     QHash<const DirectoryNode *, DirectoryNode *> copies;
@@ -82,10 +82,10 @@ DirectoryTree &DirectoryTree::operator=(const DirectoryTree &other)
         to->m_children.reserve(from->m_children.size());
         for (const auto &child : from->m_children) {
             auto copy = std::make_unique<DirectoryNode>(child->kind());
-            copy->id = child->id;
-            copy->rankId = child->rankId;
-            copy->position = child->position;
-            copy->name = child->name;
+            copy->m_id = child->m_id;
+            copy->m_rankId = child->m_rankId;
+            copy->m_position = child->m_position;
+            copy->m_name = child->m_name;
             copy->m_parent = to;
             copy->m_row = child->m_row;
             DirectoryNode *raw = copy.get();
@@ -125,7 +125,7 @@ DirectoryTree &DirectoryTree::operator=(DirectoryTree &&other)
     m_placed.swap(other.m_placed);
     m_membershipsOf.swap(other.m_membershipsOf);
     std::swap(m_membershipCount, other.m_membershipCount);
-    other.m_root->id = other.rootId();
+    other.m_root->m_id = other.rootId();
     return *this;
 }
 
@@ -192,9 +192,9 @@ DirectoryNode *DirectoryTree::addGroup(
     if (!parent || !parent->isContainer())
         return nullptr;
     auto node = std::make_unique<DirectoryNode>(DirectoryNode::Kind::Group);
-    node->id = id;
-    node->name = name;
-    node->position = position;
+    node->m_id = id;
+    node->m_name = name;
+    node->m_position = position;
     DirectoryNode *raw = node.get();
     attach(std::move(node), parent, row);
     if (!m_index.contains(id))
@@ -211,9 +211,9 @@ DirectoryNode *DirectoryTree::addMembership(
     if (m_placed.contains({ group, memberId }))
         return nullptr;
     auto node = std::make_unique<DirectoryNode>(DirectoryNode::Kind::Membership);
-    node->id = memberId;
-    node->rankId = rankId;
-    node->position = position;
+    node->m_id = memberId;
+    node->m_rankId = rankId;
+    node->m_position = position;
     DirectoryNode *raw = node.get();
     attach(std::move(node), group, row);
     noteMembership(raw);
@@ -247,15 +247,15 @@ DirectoryNode *DirectoryTree::findMembership(
 
 void DirectoryTree::noteMembership(DirectoryNode *membership)
 {
-    m_placed.insert({ membership->m_parent, membership->id });
-    m_membershipsOf[membership->id].append(membership);
+    m_placed.insert({ membership->m_parent, membership->m_id });
+    m_membershipsOf[membership->m_id].append(membership);
     ++m_membershipCount;
 }
 
 void DirectoryTree::forgetMembership(DirectoryNode *membership)
 {
-    m_placed.remove({ membership->m_parent, membership->id });
-    auto it = m_membershipsOf.find(membership->id);
+    m_placed.remove({ membership->m_parent, membership->m_id });
+    auto it = m_membershipsOf.find(membership->m_id);
     if (it != m_membershipsOf.end()) {
         it.value().removeOne(membership);
         if (it.value().isEmpty())
@@ -313,9 +313,9 @@ void DirectoryTree::indexSubtree(DirectoryNode *top)
             noteMembership(node);
             continue;
         }
-        if (!m_index.contains(node->id))
-            noteIndexed(node->id);
-        m_index.insert(node->id, node);
+        if (!m_index.contains(node->m_id))
+            noteIndexed(node->m_id);
+        m_index.insert(node->m_id, node);
         for (auto &child : node->m_children)
             pending.push_back(child.get());
     }
@@ -331,7 +331,7 @@ void DirectoryTree::unindexSubtree(DirectoryNode *top)
             forgetMembership(node);
             continue;
         }
-        auto it = m_index.find(node->id);
+        auto it = m_index.find(node->m_id);
         if (it != m_index.end() && it.value() == node) {
             m_index.erase(it);
             m_indexOrderStale = true;
@@ -366,7 +366,7 @@ DirectoryNode *DirectoryTree::insert(
 {
     if (!node || !newParent || !newParent->isContainer() || node->isRoot())
         return nullptr;
-    if (node->isMembership() && m_placed.contains({ newParent, node->id }))
+    if (node->isMembership() && m_placed.contains({ newParent, node->m_id }))
         return nullptr;
     DirectoryNode *raw = node.get();
     attach(std::move(node), newParent, row);
@@ -383,17 +383,17 @@ bool DirectoryTree::move(DirectoryNode *node, DirectoryNode *newParent, int row)
             return false;
     }
     if (node->isMembership() && node->m_parent != newParent
-        && m_placed.contains({ newParent, node->id }))
+        && m_placed.contains({ newParent, node->m_id }))
         return false;
     // The node stays in this tree: the group index, the index order and the
     // member index keep pointing at the same nodes, so a subtree of any size
     // moves at the cost of its two sibling lists. Only a membership's own
     // (group, member) pair changes.
     if (node->isMembership())
-        m_placed.remove({ node->m_parent, node->id });
+        m_placed.remove({ node->m_parent, node->m_id });
     attach(detach(node), newParent, row);
     if (node->isMembership())
-        m_placed.insert({ newParent, node->id });
+        m_placed.insert({ newParent, node->m_id });
     return true;
 }
 
@@ -405,7 +405,7 @@ void DirectoryTree::sortMembershipsByPosition(DirectoryNode *group)
     std::stable_sort(children.begin(), children.end(), [](const auto &a, const auto &b) {
         if (a->isMembership() != b->isMembership())
             return !a->isMembership();
-        return a->isMembership() && a->position < b->position;
+        return a->isMembership() && a->m_position < b->m_position;
     });
     renumber(group, 0);
 }

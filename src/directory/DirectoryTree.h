@@ -72,6 +72,14 @@ public:
     // inside the node itself) at row (-1: last; the row counts after the node
     // is taken out). The node keeps its record. Returns false when refused.
     bool move(DirectoryNode *node, DirectoryNode *newParent, int row = -1);
+    // The only ways to change a node's record in place.
+    void setName(DirectoryNode *group, const QString &name) { group->m_name = name; }
+    void setRankId(DirectoryNode *membership, qint32 rankId)
+    {
+        membership->m_rankId = rankId;
+    }
+    void setPosition(DirectoryNode *node, qint32 position) { node->m_position = position; }
+
     // Sorts the memberships directly under a group by their stored order value
     // (stable), keeping sub-groups in front in their order.
     void sortMembershipsByPosition(DirectoryNode *group);

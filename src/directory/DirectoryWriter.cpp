@@ -46,8 +46,8 @@ void writeGroups(DbConnection &connection, const DirectoryTree &tree, const SqlT
             const DirectoryNode *group = container->child(row);
             if (!group->isGroup())
                 continue;
-            connection.execute(insert.format({ qint64(group->id), QStringView(group->name),
-                qint64(container->id), position++, qint64(depth + 1) }));
+            connection.execute(insert.format({ qint64(group->id()), QStringView(group->name()),
+                qint64(container->id()), position++, qint64(depth + 1) }));
         }
     });
 }
@@ -87,12 +87,12 @@ void writeRelations(DbConnection &connection, const DirectoryTree &tree, const S
             const DirectoryNode *membership = container->child(row);
             if (!membership->isMembership())
                 continue;
-            connection.execute(insert.format({ qint64(membership->id), qint64(container->id),
-                qint64(membership->rankId), position++ }));
-            quint8 &trees = placement.trees[membership->id];
+            connection.execute(insert.format({ qint64(membership->id()), qint64(container->id()),
+                qint64(membership->rankId()), position++ }));
+            quint8 &trees = placement.trees[membership->id()];
             if (!(trees & bit)) {
                 trees |= bit;
-                order.push_back(membership->id);
+                order.push_back(membership->id());
             }
         }
     });

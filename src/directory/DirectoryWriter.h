@@ -11,8 +11,8 @@ struct DirectoryData;
 // What the save writes of the directory, borrowed from wherever it is held.
 struct DirectoryContent
 {
-    const MemberList &regularMembers;
-    const MemberList &guestMembers;
+    MemberList regularMembers;
+    MemberList guestMembers;
     const DirectoryTree &regularTree;
     const DirectoryTree &guestTree;
 

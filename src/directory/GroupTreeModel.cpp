@@ -1,65 +1,42 @@
 #include "GroupTreeModel.h"
 
+#include "Directory.h"
+#include "DirectoryEditor.h"
+#include "MemberDragFormat.h"
 #include "PositionListModel.h"
+
+#include <QIODevice>
+#include <QMimeData>
+#include <QtEndian>
 
 using namespace Qt::StringLiterals;
 
-GroupTreeModel::GroupTreeModel(DirectoryTree::Kind kind, QObject *parent)
+QString GroupTreeModel::nodeMimeType()
+{
+    return u"application/x-velmar-directory-node"_s;
+}
+
+GroupTreeModel::GroupTreeModel(const Directory &directory, bool guest, QObject *parent)
     : QAbstractItemModel(parent)
-    , m_tree(kind)
+    , m_directory(directory)
+    , m_guest(guest)
 { }
 
-void GroupTreeModel::setTree(DirectoryTree tree)
+const DirectoryTree &GroupTreeModel::tree() const
 {
-    beginResetModel();
-    m_tree = std::move(tree);
-    endResetModel();
-}
-
-void GroupTreeModel::setMemberIndex(const MemberIndex *index)
-{
-    m_memberIndex = index;
-    refreshMemberLabels();
-}
-
-void GroupTreeModel::setPositions(const PositionListModel *positions)
-{
-    m_positions = positions;
-    refreshMemberLabels();
-}
-
-void GroupTreeModel::refreshMemberLabels()
-{
-    // One signal per group rather than one per membership.
-    const auto refresh = [this](const DirectoryNode *container) {
-        if (container->childCount() > 0) {
-            const QModelIndex parent = indexForNode(container);
-            Q_EMIT dataChanged(index(0, 0, parent), index(container->childCount() - 1, 0, parent),
-                { Qt::DisplayRole, MaleRole, RankNameRole });
-        }
-    };
-    refresh(m_tree.root());
-    m_tree.forEachGroup([&](const DirectoryNode *group, int) { refresh(group); });
-}
-
-void GroupTreeModel::refreshMemberLabels(qint32 memberId)
-{
-    for (const DirectoryNode *membership : m_tree.membershipsOf(memberId)) {
-        const QModelIndex changed = indexForNode(membership);
-        Q_EMIT dataChanged(changed, changed, { Qt::DisplayRole, MaleRole, RankNameRole });
-    }
+    return m_directory.treeData(m_guest);
 }
 
 QString GroupTreeModel::rootLabel() const
 {
-    return m_tree.isGuest() ? u"论坛结构"_s : u"类别"_s;
+    return m_guest ? u"论坛结构"_s : u"类别"_s;
 }
 
-DirectoryNode *GroupTreeModel::nodeForIndex(const QModelIndex &index) const
+const DirectoryNode *GroupTreeModel::nodeForIndex(const QModelIndex &index) const
 {
     if (!index.isValid() || index.model() != this)
         return nullptr;
-    return static_cast<DirectoryNode *>(index.internalPointer());
+    return static_cast<const DirectoryNode *>(index.internalPointer());
 }
 
 QModelIndex GroupTreeModel::indexForNode(const DirectoryNode *node) const
@@ -71,166 +48,18 @@ QModelIndex GroupTreeModel::indexForNode(const DirectoryNode *node) const
 
 QModelIndex GroupTreeModel::rootIndex() const
 {
-    return indexForNode(m_tree.root());
+    return indexForNode(tree().root());
 }
 
 QModelIndex GroupTreeModel::findGroup(qint32 groupId) const
 {
-    return indexForNode(m_tree.findGroup(groupId));
+    return indexForNode(tree().findGroup(groupId));
 }
 
 QModelIndex GroupTreeModel::findMembership(
     qint32 memberId, const QModelIndex &start, bool recursive) const
 {
-    return indexForNode(m_tree.findMembership(memberId, nodeForIndex(start), recursive));
-}
-
-const UserInfo *GroupTreeModel::memberOf(const DirectoryNode *membership) const
-{
-    if (!m_memberIndex)
-        return nullptr;
-    auto it = m_memberIndex->constFind(membership->id);
-    return it == m_memberIndex->cend() ? nullptr : &it.value();
-}
-
-QModelIndex GroupTreeModel::addGroup(
-    const QModelIndex &parent, qint32 id, const QString &name, qint32 position)
-{
-    DirectoryNode *container = nodeForIndex(parent);
-    if (!container || !container->isContainer())
-        return {};
-    const int row = container->childCount();
-    beginInsertRows(parent, row, row);
-    DirectoryNode *node = m_tree.addGroup(container, id, name, position);
-    endInsertRows();
-    return indexForNode(node);
-}
-
-QModelIndex GroupTreeModel::addMembership(
-    const QModelIndex &group, qint32 memberId, qint32 rankId, qint32 position, int row)
-{
-    DirectoryNode *container = nodeForIndex(group);
-    if (!container || !container->isContainer()
-        || m_tree.findMembership(memberId, container, false))
-        return {};
-    if (row < 0 || row > container->childCount())
-        row = container->childCount();
-    beginInsertRows(group, row, row);
-    DirectoryNode *node = m_tree.addMembership(container, memberId, rankId, position, row);
-    endInsertRows();
-    return indexForNode(node);
-}
-
-bool GroupTreeModel::removeNode(const QModelIndex &index, QList<qint32> *removedMembers)
-{
-    DirectoryNode *node = nodeForIndex(index);
-    if (!node || node->isRoot())
-        return false;
-    if (removedMembers) {
-        if (node->isMembership()) {
-            removedMembers->append(node->id);
-        } else {
-            std::vector<const DirectoryNode *> pending { node };
-            while (!pending.empty()) {
-                const DirectoryNode *current = pending.back();
-                pending.pop_back();
-                // Children in order, so the ids come out in tree order.
-                for (int row = current->childCount() - 1; row >= 0; --row)
-                    pending.push_back(current->child(row));
-                if (current->isMembership())
-                    removedMembers->append(current->id);
-            }
-        }
-    }
-    beginRemoveRows(index.parent(), node->row(), node->row());
-    m_tree.take(node);
-    endRemoveRows();
-    return true;
-}
-
-int GroupTreeModel::removeMembershipsOf(qint32 memberId)
-{
-    int removed = 0;
-    while (DirectoryNode *node = m_tree.findMembership(memberId)) {
-        removeNode(indexForNode(node));
-        ++removed;
-    }
-    return removed;
-}
-
-bool GroupTreeModel::moveNode(const QModelIndex &index, const QModelIndex &newParent, int row)
-{
-    DirectoryNode *node = nodeForIndex(index);
-    DirectoryNode *target = nodeForIndex(newParent);
-    if (!node || node->isRoot() || !target || !target->isContainer())
-        return false;
-    for (const DirectoryNode *up = target; up; up = up->parent()) {
-        if (up == node)
-            return false;
-    }
-    DirectoryNode *source = node->parent();
-    if (node->isMembership() && source != target && m_tree.findMembership(node->id, target, false))
-        return false;
-    const int from = node->row();
-    const int countAfterTake = target->childCount() - (source == target ? 1 : 0);
-    if (row < 0 || row > countAfterTake)
-        row = countAfterTake;
-    if (source == target && row == from)
-        return false;
-    // beginMoveRows counts the destination before the node is taken out.
-    const int destination = (source == target && row > from) ? row + 1 : row;
-    if (!beginMoveRows(index.parent(), from, from, newParent, destination))
-        return false;
-    const bool moved = m_tree.move(node, target, row);
-    endMoveRows();
-    return moved;
-}
-
-bool GroupTreeModel::moveBy(const QModelIndex &index, int delta)
-{
-    const DirectoryNode *node = nodeForIndex(index);
-    if (!node || node->isRoot())
-        return false;
-    const int row = node->row() + delta;
-    if (row < 0 || row >= node->parent()->childCount())
-        return false;
-    return moveNode(index, index.parent(), row);
-}
-
-bool GroupTreeModel::moveToFirst(const QModelIndex &index)
-{
-    const DirectoryNode *node = nodeForIndex(index);
-    return node && !node->isRoot() && moveNode(index, index.parent(), 0);
-}
-
-bool GroupTreeModel::moveToLast(const QModelIndex &index)
-{
-    const DirectoryNode *node = nodeForIndex(index);
-    return node && !node->isRoot() && moveNode(index, index.parent(), -1);
-}
-
-bool GroupTreeModel::setRankId(const QModelIndex &membership, qint32 rankId)
-{
-    DirectoryNode *node = nodeForIndex(membership);
-    if (!node || !node->isMembership())
-        return false;
-    if (node->rankId != rankId) {
-        node->rankId = rankId;
-        Q_EMIT dataChanged(membership, membership, { RankIdRole, RankNameRole });
-    }
-    return true;
-}
-
-bool GroupTreeModel::renameGroup(const QModelIndex &group, const QString &name)
-{
-    DirectoryNode *node = nodeForIndex(group);
-    if (!node || !node->isGroup() || name.isEmpty())
-        return false;
-    if (node->name != name) {
-        node->name = name;
-        Q_EMIT dataChanged(group, group, { Qt::DisplayRole, Qt::EditRole });
-    }
-    return true;
+    return indexForNode(tree().findMembership(memberId, nodeForIndex(start), recursive));
 }
 
 QModelIndex GroupTreeModel::index(int row, int column, const QModelIndex &parent) const
@@ -273,37 +102,38 @@ QVariant GroupTreeModel::data(const QModelIndex &index, int role) const
     const DirectoryNode *node = nodeForIndex(index);
     if (!node)
         return {};
+    const UserInfo *member = node->isMembership() ? m_directory.findMember(node->id()) : nullptr;
     switch (role) {
     case Qt::DisplayRole:
     case Qt::EditRole:
         if (node->isRoot())
             return rootLabel();
         if (node->isGroup())
-            return node->name;
-        if (const UserInfo *member = memberOf(node))
-            return member->loginName;
+            return node->name();
+        if (member)
+            return member->displayName.isEmpty() ? member->loginName : member->displayName;
         // A membership of a member the directory does not know still shows up.
-        return QString::number(node->id);
+        return QString::number(node->id());
     case NodeKindRole:
         return int(node->kind());
     case GroupIdRole:
-        return node->isContainer() ? QVariant(node->id) : QVariant();
+        return node->isContainer() ? QVariant(node->id()) : QVariant();
     case MemberIdRole:
-        return node->isMembership() ? QVariant(node->id) : QVariant();
+        return node->isMembership() ? QVariant(node->id()) : QVariant();
+    case LoginNameRole:
+        return member ? QVariant(member->loginName) : QVariant();
     case RankIdRole:
-        return node->isMembership() ? QVariant(node->rankId) : QVariant();
+        return node->isMembership() ? QVariant(node->rankId()) : QVariant();
     case RankNameRole:
-        if (!node->isMembership() || !m_positions)
+        if (!node->isMembership() || !m_directory.positions())
             return {};
-        return m_positions->list().nameForId(node->rankId);
+        return m_directory.positions()->list().nameForId(node->rankId());
     case PositionRole:
-        return node->position;
+        return node->position();
     case MaleRole:
         if (!node->isMembership())
             return {};
-        if (const UserInfo *member = memberOf(node))
-            return member->isMale();
-        return true;
+        return member ? member->isMale() : true;
     default:
         return {};
     }
@@ -313,18 +143,159 @@ Qt::ItemFlags GroupTreeModel::flags(const QModelIndex &index) const
 {
     const DirectoryNode *node = nodeForIndex(index);
     if (!node)
-        return Qt::NoItemFlags;
+        return Qt::ItemIsDropEnabled;
     Qt::ItemFlags result = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
     if (node->isGroup())
-        result |= Qt::ItemIsEditable;
+        result |= Qt::ItemIsEditable | Qt::ItemIsDragEnabled;
+    if (node->isContainer())
+        result |= Qt::ItemIsDropEnabled;
     if (node->isMembership())
-        result |= Qt::ItemNeverHasChildren;
+        result |= Qt::ItemNeverHasChildren | Qt::ItemIsDragEnabled;
     return result;
 }
 
 bool GroupTreeModel::setData(const QModelIndex &index, const QVariant &value, int role)
 {
-    if (role != Qt::EditRole)
+    m_lastRefusal.reset();
+    const DirectoryNode *node = nodeForIndex(index);
+    if (role != Qt::EditRole || !node || !m_editor)
         return false;
-    return renameGroup(index, value.toString());
+    const EditResult result = m_editor->renameGroup(m_guest, node, value.toString());
+    m_lastRefusal = result.refusal;
+    return result.ok();
+}
+
+bool GroupTreeModel::removeRows(int row, int count, const QModelIndex &parent)
+{
+    m_lastRefusal.reset();
+    const DirectoryNode *container = nodeForIndex(parent);
+    if (!m_editor || !container || row < 0 || count <= 0 || row + count > container->childCount())
+        return false;
+    // Bottom-up, so that the rows above stay where they are.
+    for (int i = row + count - 1; i >= row; --i) {
+        const EditResult result = m_editor->deleteNode(m_guest, container->child(i));
+        if (!result.ok()) {
+            m_lastRefusal = result.refusal;
+            return false;
+        }
+    }
+    return true;
+}
+
+bool GroupTreeModel::moveRows(const QModelIndex &sourceParent, int sourceRow, int count,
+    const QModelIndex &destinationParent, int destinationChild)
+{
+    m_lastRefusal.reset();
+    const DirectoryNode *source = nodeForIndex(sourceParent);
+    const DirectoryNode *target = nodeForIndex(destinationParent);
+    if (!m_editor || !source || !target || count != 1 || sourceRow < 0
+        || sourceRow >= source->childCount())
+        return false;
+    const DirectoryNode *node = source->child(sourceRow);
+    using Step = DirectoryEditor::MoveStep;
+    EditResult result;
+    if (source != target) {
+        if (destinationChild != target->childCount())
+            return false;
+        result = m_editor->moveNodeInto(m_guest, node, target);
+    } else if (destinationChild == sourceRow - 1) {
+        result = m_editor->moveNode(m_guest, node, Step::Up);
+    } else if (destinationChild == sourceRow + 2) {
+        result = m_editor->moveNode(m_guest, node, Step::Down);
+    } else if (destinationChild == 0) {
+        result = m_editor->moveNode(m_guest, node, Step::First);
+    } else if (destinationChild == source->childCount()) {
+        result = m_editor->moveNode(m_guest, node, Step::Last);
+    } else {
+        return false;
+    }
+    m_lastRefusal = result.refusal;
+    return result.ok();
+}
+
+Qt::DropActions GroupTreeModel::supportedDragActions() const
+{
+    return Qt::MoveAction;
+}
+
+Qt::DropActions GroupTreeModel::supportedDropActions() const
+{
+    return Qt::MoveAction | Qt::CopyAction;
+}
+
+QStringList GroupTreeModel::mimeTypes() const
+{
+    return { MemberDragFormat::mimeType(), nodeMimeType() };
+}
+
+QMimeData *GroupTreeModel::mimeData(const QModelIndexList &indexes) const
+{
+    // One node is dragged at a time, as the tree control moves one.
+    const DirectoryNode *node = indexes.isEmpty() ? nullptr : nodeForIndex(indexes.first());
+    if (!node || node->isRoot())
+        return nullptr;
+    QList<qint32> path;
+    for (const DirectoryNode *up = node; up->parent(); up = up->parent())
+        path.prepend(up->row());
+    QByteArray block(path.size() * 4, Qt::Uninitialized);
+    for (qsizetype i = 0; i < path.size(); ++i)
+        qToLittleEndian<qint32>(path.at(i), block.data() + 4 * i);
+    auto *data = new QMimeData;
+    data->setData(nodeMimeType(), block);
+    return data;
+}
+
+const DirectoryNode *GroupTreeModel::draggedNode(const QMimeData *data) const
+{
+    const QByteArray block = data->data(nodeMimeType());
+    if (block.isEmpty() || block.size() % 4 != 0)
+        return nullptr;
+    const DirectoryNode *node = tree().root();
+    for (qsizetype i = 0; i < block.size(); i += 4) {
+        const qint32 row = qFromLittleEndian<qint32>(block.constData() + i);
+        if (row < 0 || row >= node->childCount())
+            return nullptr;
+        node = node->child(row);
+    }
+    return node == tree().root() ? nullptr : node;
+}
+
+bool GroupTreeModel::canDropMimeData(
+    const QMimeData *data, Qt::DropAction action, int, int, const QModelIndex &parent) const
+{
+    const DirectoryNode *target = nodeForIndex(parent);
+    if (!data || !target || !target->isContainer()
+        || (action != Qt::MoveAction && action != Qt::CopyAction))
+        return false;
+    if (data->hasFormat(nodeMimeType())) {
+        const DirectoryNode *node = draggedNode(data);
+        if (!node)
+            return false;
+        for (const DirectoryNode *up = target; up; up = up->parent()) {
+            if (up == node)
+                return false;
+        }
+        return !node->isMembership() || node->parent() == target
+            || !tree().findMembership(node->id(), target, false);
+    }
+    return MemberDragFormat::canDecode(data);
+}
+
+bool GroupTreeModel::dropMimeData(const QMimeData *data, Qt::DropAction action, int row,
+    int column, const QModelIndex &parent)
+{
+    m_lastRefusal.reset();
+    if (!m_editor || !canDropMimeData(data, action, row, column, parent))
+        return false;
+    const DirectoryNode *target = nodeForIndex(parent);
+    EditResult result;
+    if (data->hasFormat(nodeMimeType()))
+        result = m_editor->moveNodeInto(m_guest, draggedNode(data), target);
+    else
+        result = m_editor->dropMembers(
+            m_guest, target, data->data(MemberDragFormat::mimeType()));
+    m_lastRefusal = result.refusal;
+    // The node has moved and the grid rows stay: a view showing this model
+    // must not remove the drag's source rows after a move drop.
+    return result.ok();
 }

@@ -1,15 +1,19 @@
 #pragma once
 
 #include "DirectoryTree.h"
+#include "EditRefusal.h"
 #include "UserInfo.h"
 
+#include <optional>
 #include <QAbstractItemModel>
 
-class PositionListModel;
+class Directory;
+class DirectoryEditor;
 
 // One group tree (regular or guest) as an item model: the root, groups with
-// their sub-groups and memberships. Display text: the group name, or the
-// member's login name looked up in the member index. The model owns its tree.
+// their sub-groups and memberships. A view over the directory's tree; edits
+// (renames, drops, moves, removals) go through the editor. Display text: the
+// group name, or the member's name (its user ID while it has none).
 class GroupTreeModel : public QAbstractItemModel
 {
     Q_OBJECT
@@ -20,57 +24,31 @@ public:
         GroupIdRole, // containers: the group id (root: its marker)
         MemberIdRole, // memberships: the member id
         RankIdRole, // memberships: the position id, -1 = none
-        RankNameRole, // memberships: the position name (needs setPositions)
+        RankNameRole, // memberships: the position name
         PositionRole, // the stored order value
         MaleRole, // memberships: the member's gender flag
+        LoginNameRole, // memberships: the member's user ID
     };
 
-    explicit GroupTreeModel(DirectoryTree::Kind kind, QObject *parent = nullptr);
+    // The format of a node dragged inside its tree: the rows from the root
+    // down to the node, 32-bit little-endian each.
+    static QString nodeMimeType();
 
-    bool isGuest() const { return m_tree.isGuest(); }
-    // Adopts a tree loaded elsewhere (model reset).
-    void setTree(DirectoryTree tree);
-    const DirectoryTree &tree() const { return m_tree; }
+    GroupTreeModel(const Directory &directory, bool guest, QObject *parent = nullptr);
 
-    // Where membership labels come from; not owned, may be null.
-    void setMemberIndex(const MemberIndex *index);
-    void setPositions(const PositionListModel *positions);
-    // Repaints every membership label (after the member index changed).
-    void refreshMemberLabels();
-    // Repaints the memberships of one member.
-    void refreshMemberLabels(qint32 memberId);
+    bool isGuest() const { return m_guest; }
+    void setEditor(DirectoryEditor *editor) { m_editor = editor; }
+    const DirectoryTree &tree() const;
 
-    DirectoryNode *nodeForIndex(const QModelIndex &index) const;
+    const DirectoryNode *nodeForIndex(const QModelIndex &index) const;
     QModelIndex indexForNode(const DirectoryNode *node) const;
     QModelIndex rootIndex() const;
     QModelIndex findGroup(qint32 groupId) const;
     QModelIndex findMembership(
         qint32 memberId, const QModelIndex &start = {}, bool recursive = true) const;
 
-    // Appends a group under a root or group index. Returns its index, invalid
-    // when parent is a membership.
-    QModelIndex addGroup(
-        const QModelIndex &parent, qint32 id, const QString &name, qint32 position = 0);
-    // Inserts a membership under a group (row -1: last). Invalid index when the
-    // member already stands directly under the group or group is no container.
-    QModelIndex addMembership(const QModelIndex &group, qint32 memberId, qint32 rankId,
-        qint32 position = 0, int row = -1);
-    // Removes a group (with everything below it) or a membership. The member
-    // ids of the removed memberships are appended to removedMembers when given.
-    bool removeNode(const QModelIndex &index, QList<qint32> *removedMembers = nullptr);
-    // Removes every membership of the member; returns how many went.
-    int removeMembershipsOf(qint32 memberId);
-    // Moves a group or membership with its subtree under newParent at row
-    // (-1: last; counted after the node is taken out). Refused for the root,
-    // into its own subtree, and for a membership whose member already stands
-    // directly under the new parent.
-    bool moveNode(const QModelIndex &index, const QModelIndex &newParent, int row = -1);
-    // Moves among the siblings: -1 up, +1 down.
-    bool moveBy(const QModelIndex &index, int delta);
-    bool moveToFirst(const QModelIndex &index);
-    bool moveToLast(const QModelIndex &index);
-    bool setRankId(const QModelIndex &membership, qint32 rankId);
-    bool renameGroup(const QModelIndex &group, const QString &name);
+    // Why the last edit through the generic API was refused.
+    const std::optional<EditRefusal> &lastRefusal() const { return m_lastRefusal; }
 
     QModelIndex index(int row, int column, const QModelIndex &parent = {}) const override;
     QModelIndex parent(const QModelIndex &child) const override;
@@ -80,14 +58,36 @@ public:
     Qt::ItemFlags flags(const QModelIndex &index) const override;
     // EditRole on a group (not the root) renames it.
     bool setData(const QModelIndex &index, const QVariant &value, int role = Qt::EditRole) override;
+    // Removes groups (with everything below) or memberships.
+    bool removeRows(int row, int count, const QModelIndex &parent = {}) override;
+    // One node at a time, among its siblings or under another group.
+    bool moveRows(const QModelIndex &sourceParent, int sourceRow, int count,
+        const QModelIndex &destinationParent, int destinationChild) override;
+
+    Qt::DropActions supportedDragActions() const override;
+    Qt::DropActions supportedDropActions() const override;
+    QStringList mimeTypes() const override;
+    QMimeData *mimeData(const QModelIndexList &indexes) const override;
+    // The drag-over rules: a group (or the root) takes members dragged from a
+    // grid, and a node of this tree when it is not the node itself or below
+    // it and, for a membership, the group does not hold the member directly.
+    bool canDropMimeData(const QMimeData *data, Qt::DropAction action, int row, int column,
+        const QModelIndex &parent) const override;
+    // Members are placed at the end of the group; a node moves there as the
+    // last child with its subtree.
+    bool dropMimeData(const QMimeData *data, Qt::DropAction action, int row, int column,
+        const QModelIndex &parent) override;
 
     // The root's label: "类别" for the regular tree, "论坛结构" for the guest tree.
     QString rootLabel() const;
 
 private:
-    const UserInfo *memberOf(const DirectoryNode *membership) const;
+    friend class Directory;
 
-    DirectoryTree m_tree;
-    const MemberIndex *m_memberIndex = nullptr;
-    const PositionListModel *m_positions = nullptr;
+    const DirectoryNode *draggedNode(const QMimeData *data) const;
+
+    const Directory &m_directory;
+    bool m_guest;
+    DirectoryEditor *m_editor = nullptr;
+    std::optional<EditRefusal> m_lastRefusal;
 };

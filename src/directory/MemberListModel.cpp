@@ -1,5 +1,12 @@
 #include "MemberListModel.h"
 
+#include "Directory.h"
+#include "DirectoryEditor.h"
+#include "MemberDragFormat.h"
+#include "MemberRules.h"
+
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -50,60 +57,56 @@ qint32 *flagField(UserInfo &member, int column)
 
 } // namespace
 
-MemberListModel::MemberListModel(bool guest, QObject *parent)
+MemberListModel::MemberListModel(const Directory &directory, bool guest, QObject *parent)
     : QAbstractTableModel(parent)
+    , m_directory(directory)
     , m_guest(guest)
 { }
 
-void MemberListModel::setMembers(MemberList members)
+const MemberRows &MemberListModel::rows() const
 {
-    beginResetModel();
-    m_members = std::move(members);
-    for (UserInfo &member : m_members)
-        member.isGuest = m_guest ? 1 : 0;
-    m_rows.reset(m_members);
-    endResetModel();
+    return m_directory.memberRows(m_guest);
+}
+
+int MemberListModel::memberCount() const
+{
+    return rows().count();
+}
+
+const UserInfo &MemberListModel::member(int row) const
+{
+    return rows().at(row);
+}
+
+MemberList MemberListModel::members() const
+{
+    return rows().toList();
 }
 
 int MemberListModel::rowOfId(qint32 id) const
 {
-    return m_rows.rowOfId(id);
+    return rows().rowOfId(id);
 }
 
 int MemberListModel::rowOfLoginName(const QString &loginName) const
 {
-    return m_rows.rowOfLoginName(loginName);
+    return rows().rowOfLoginName(loginName);
 }
 
-qint32 MemberListModel::maxId() const
+bool MemberListModel::containsId(qint32 id) const
 {
-    return m_rows.maxId();
+    return rows().containsId(id);
 }
 
-int MemberListModel::appendMember(UserInfo member)
+bool MemberListModel::containsLoginName(const QString &loginName) const
 {
-    member.isGuest = m_guest ? 1 : 0;
-    const int row = int(m_members.size());
-    beginInsertRows({}, row, row);
-    m_members.append(std::move(member));
-    m_rows.appended(m_members);
-    endInsertRows();
-    return row;
-}
-
-void MemberListModel::setMember(int row, UserInfo member)
-{
-    if (row < 0 || row >= int(m_members.size()))
-        return;
-    member.isGuest = m_guest ? 1 : 0;
-    m_rows.replace(row, m_members.at(row), member);
-    m_members[row] = std::move(member);
-    Q_EMIT dataChanged(index(row, 0), index(row, ColumnCount - 1));
+    return rows().containsLoginName(loginName);
 }
 
 int MemberListModel::rowCount(const QModelIndex &parent) const
 {
-    return parent.isValid() ? 0 : int(m_members.size());
+    // The blank new-member row is always last.
+    return parent.isValid() ? 0 : memberCount() + 1;
 }
 
 int MemberListModel::columnCount(const QModelIndex &parent) const
@@ -131,8 +134,15 @@ QVariant MemberListModel::data(const QModelIndex &index, int role) const
 {
     if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
         return {};
-    const UserInfo &member = m_members.at(index.row());
+    if (index.row() == blankRow()) {
+        return role == IsBlankRowRole ? QVariant(true) : QVariant();
+    }
+    const UserInfo &member = rows().at(index.row());
     switch (role) {
+    case IsBlankRowRole:
+        return false;
+    case IconIndexRole:
+        return (m_directory.isPlaced(member.id, m_guest) ? 0 : 2) + (member.isMale() ? 0 : 1);
     case MemberIdRole:
         return member.id;
     case UserInfoRole:
@@ -142,7 +152,7 @@ QVariant MemberListModel::data(const QModelIndex &index, int role) const
         const int column = index.column();
         if (column == LoginNameColumn)
             return member.loginName;
-        if (QString *text = textField(const_cast<UserInfo &>(member), column))
+        if (const QString *text = textField(const_cast<UserInfo &>(member), column))
             return *text;
         const qint32 flag = *flagField(const_cast<UserInfo &>(member), column);
         if (role == Qt::EditRole)
@@ -154,7 +164,7 @@ QVariant MemberListModel::data(const QModelIndex &index, int role) const
     }
 }
 
-QVariant MemberListModel::headerData(int section, Qt::Orientation orientation, int role) const
+QString MemberListModel::columnTitle(int column)
 {
     static const char16_t *const titles[ColumnCount] = {
         u"用户ID",
@@ -173,10 +183,17 @@ QVariant MemberListModel::headerData(int section, Qt::Orientation orientation, i
         u"是否阳历",
         u"公开信息",
     };
+    if (column < 0 || column >= ColumnCount)
+        return {};
+    return QString::fromUtf16(titles[column]);
+}
+
+QVariant MemberListModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section < 0
         || section >= ColumnCount)
         return QAbstractTableModel::headerData(section, orientation, role);
-    return QString::fromUtf16(titles[section]);
+    return columnTitle(section);
 }
 
 Qt::ItemFlags MemberListModel::flags(const QModelIndex &index) const
@@ -184,24 +201,18 @@ Qt::ItemFlags MemberListModel::flags(const QModelIndex &index) const
     if (!index.isValid())
         return Qt::NoItemFlags;
     Qt::ItemFlags result = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren;
-    if (index.column() != LoginNameColumn)
+    const bool blank = index.row() == blankRow();
+    if (MemberRules::isEditable(index.column(), blank))
         result |= Qt::ItemIsEditable;
+    if (!blank)
+        result |= Qt::ItemIsDragEnabled;
     return result;
 }
 
-bool MemberListModel::setData(const QModelIndex &index, const QVariant &value, int role)
+bool MemberListModel::putCell(UserInfo &member, int column, const QVariant &value)
 {
-    if (role != Qt::EditRole
-        || !checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
-        return false;
-    UserInfo &member = m_members[index.row()];
-    const int column = index.column();
     if (QString *text = textField(member, column)) {
-        const QString newText = value.toString();
-        if (*text != newText) {
-            *text = newText;
-            Q_EMIT dataChanged(index, index, { Qt::DisplayRole, Qt::EditRole });
-        }
+        *text = value.toString();
         return true;
     }
     qint32 *flag = flagField(member, column);
@@ -221,21 +232,65 @@ bool MemberListModel::setData(const QModelIndex &index, const QVariant &value, i
     } else {
         return false;
     }
-    // A stored flag other than 0 and 1 keeps its value while its meaning stays.
-    if ((*flag != 0) != (newFlag != 0)) {
+    if ((*flag != 0) != (newFlag != 0))
         *flag = newFlag;
-        Q_EMIT dataChanged(index, index, { Qt::DisplayRole, Qt::EditRole });
-    }
     return true;
+}
+
+bool MemberListModel::setData(const QModelIndex &index, const QVariant &value, int role)
+{
+    m_lastRefusal.reset();
+    if (role != Qt::EditRole || !m_editor
+        || !checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
+        return false;
+    EditResult result;
+    if (index.row() == blankRow()) {
+        // Other cells of the blank row take an edit but create nothing.
+        if (index.column() != LoginNameColumn)
+            return false;
+        result = m_editor->addMember(m_guest, value.toString());
+    } else {
+        result = m_editor->setMemberCell(m_guest, index.row(), index.column(), value);
+    }
+    m_lastRefusal = result.refusal;
+    return result.ok();
 }
 
 bool MemberListModel::removeRows(int row, int count, const QModelIndex &parent)
 {
-    if (parent.isValid() || row < 0 || count <= 0 || row + count > int(m_members.size()))
+    m_lastRefusal.reset();
+    if (!m_editor || parent.isValid() || row < 0 || count <= 0 || row + count > memberCount())
         return false;
-    beginRemoveRows({}, row, row + count - 1);
-    m_rows.remove(m_members, row, count);
-    m_members.remove(row, count);
-    endRemoveRows();
-    return true;
+    QList<int> selected;
+    for (int i = row; i < row + count; ++i)
+        selected.append(i);
+    return m_editor->deleteMembers(m_guest, selected).ok();
+}
+
+Qt::DropActions MemberListModel::supportedDragActions() const
+{
+    return Qt::CopyAction | Qt::MoveAction;
+}
+
+QStringList MemberListModel::mimeTypes() const
+{
+    return { MemberDragFormat::mimeType() };
+}
+
+QMimeData *MemberListModel::mimeData(const QModelIndexList &indexes) const
+{
+    QList<int> selected;
+    for (const QModelIndex &index : indexes) {
+        if (index.isValid() && index.model() == this && index.row() < blankRow())
+            selected.append(index.row());
+    }
+    std::sort(selected.begin(), selected.end());
+    selected.erase(std::unique(selected.begin(), selected.end()), selected.end());
+    if (selected.isEmpty())
+        return nullptr;
+    QList<DraggedMember> dragged;
+    dragged.reserve(selected.size());
+    for (const int row : std::as_const(selected))
+        dragged.append({ member(row).id, member(row).isMale() });
+    return MemberDragFormat::toMimeData(dragged);
 }

@@ -1,5 +1,7 @@
 #include "PositionListModel.h"
 
+#include "DirectoryEditor.h"
+
 PositionListModel::PositionListModel(QObject *parent)
     : QAbstractListModel(parent)
 { }
@@ -12,60 +14,38 @@ void PositionListModel::setList(PositionList list)
     Q_EMIT positionsChanged();
 }
 
-int PositionListModel::addPosition()
+void PositionListModel::insertPosition(int row, Position position)
 {
-    const int row = m_list.count();
     beginInsertRows({}, row, row);
-    m_list.positions.append({ m_list.newPositionId(), m_list.newPositionName() });
+    m_list.positions.insert(row, std::move(position));
     endInsertRows();
     Q_EMIT positionsChanged();
-    return row;
 }
 
-PositionListModel::RemoveResult PositionListModel::removePosition(int row)
+Position PositionListModel::takePosition(int row)
 {
-    if (row < 0 || row >= m_list.count())
-        return RemoveResult::NoSuchRow;
-    // Id 1 is the permanent default whatever the configured default is.
-    if (m_list.positions.at(row).id == 1)
-        return RemoveResult::PermanentDefault;
-    if (m_list.count() == 1)
-        return RemoveResult::LastPosition;
     beginRemoveRows({}, row, row);
-    m_list.positions.removeAt(row);
+    Position taken = m_list.positions.takeAt(row);
     endRemoveRows();
     Q_EMIT positionsChanged();
-    return RemoveResult::Removed;
+    return taken;
 }
 
-PositionListModel::RenameResult PositionListModel::renamePosition(int row, const QString &name)
+void PositionListModel::setName(int row, const QString &name)
 {
-    if (row < 0 || row >= m_list.count())
-        return RenameResult::NoSuchRow;
-    if (name.isEmpty())
-        return RenameResult::Empty;
-    // Compared with every name, the row's own included: confirming an
-    // unchanged name is refused as well.
-    if (m_list.indexOfName(name) >= 0)
-        return RenameResult::NameInUse;
     m_list.positions[row].name = name;
     const QModelIndex changed = index(row);
     Q_EMIT dataChanged(changed, changed, { Qt::DisplayRole, Qt::EditRole });
     Q_EMIT positionsChanged();
-    return RenameResult::Renamed;
 }
 
-bool PositionListModel::movePosition(int row, int delta)
+void PositionListModel::movePosition(int row, int target)
 {
-    const int target = row + delta;
-    if (row < 0 || row >= m_list.count() || target < 0 || target >= m_list.count() || delta == 0)
-        return false;
     if (!beginMoveRows({}, row, row, {}, target > row ? target + 1 : target))
-        return false;
+        return;
     m_list.positions.move(row, target);
     endMoveRows();
     Q_EMIT positionsChanged();
-    return true;
 }
 
 void PositionListModel::setDefaultPositionId(qint32 id)
@@ -110,7 +90,11 @@ Qt::ItemFlags PositionListModel::flags(const QModelIndex &index) const
 
 bool PositionListModel::setData(const QModelIndex &index, const QVariant &value, int role)
 {
-    if (role != Qt::EditRole || !index.isValid())
+    m_lastRefusal.reset();
+    if (role != Qt::EditRole || !m_editor
+        || !checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
         return false;
-    return renamePosition(index.row(), value.toString()) == RenameResult::Renamed;
+    const EditResult result = m_editor->renamePosition(index.row(), value.toString());
+    m_lastRefusal = result.refusal;
+    return result.ok();
 }

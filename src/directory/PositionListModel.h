@@ -1,11 +1,16 @@
 #pragma once
 
+#include "EditRefusal.h"
 #include "PositionList.h"
+
+#include <optional>
 
 #include <QAbstractListModel>
 
-// The position list as a list model (one row per position, the name as text)
-// with the list's editing rules. Owns its PositionList.
+class DirectoryEditor;
+
+// The document's position list, and its view as a list model (one row per
+// position, the name as text). Only the editor changes it.
 class PositionListModel : public QAbstractListModel
 {
     Q_OBJECT
@@ -16,29 +21,19 @@ public:
         IsDefaultRole, // bool: the default position (shown bold)
     };
 
-    enum class RemoveResult { Removed, PermanentDefault, LastPosition, NoSuchRow };
-    enum class RenameResult { Renamed, Empty, NameInUse, NoSuchRow };
-
     explicit PositionListModel(QObject *parent = nullptr);
 
+    // Adopts a loaded list (model reset); no edit.
     void setList(PositionList list);
     const PositionList &list() const { return m_list; }
-
-    // Appends a position with the next free name and id; returns its row.
-    int addPosition();
-    // Refuses id 1 (the permanent default) and the last remaining position.
-    RemoveResult removePosition(int row);
-    // Refuses an empty name and any name already used, the row's own included.
-    RenameResult renamePosition(int row, const QString &name);
-    // Moves a position one place up (-1) or down (+1).
-    bool movePosition(int row, int delta);
-    // Makes the id the default (-1: none); does not write the profile.
-    void setDefaultPositionId(qint32 id);
+    void setEditor(DirectoryEditor *editor) { m_editor = editor; }
+    // Why the last setData was refused.
+    const std::optional<EditRefusal> &lastRefusal() const { return m_lastRefusal; }
 
     int rowCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     Qt::ItemFlags flags(const QModelIndex &index) const override;
-    // EditRole renames with the rules of renamePosition.
+    // EditRole renames through the editor (its rules and refusals).
     bool setData(const QModelIndex &index, const QVariant &value, int role = Qt::EditRole) override;
 
 Q_SIGNALS:
@@ -46,5 +41,15 @@ Q_SIGNALS:
     void positionsChanged();
 
 private:
+    // The editor is the only writer; each of these keeps the views right.
+    friend class DirectoryEditor;
+    void insertPosition(int row, Position position);
+    Position takePosition(int row);
+    void setName(int row, const QString &name);
+    void movePosition(int row, int target);
+    void setDefaultPositionId(qint32 id);
+
     PositionList m_list;
+    DirectoryEditor *m_editor = nullptr;
+    std::optional<EditRefusal> m_lastRefusal;
 };

@@ -6,7 +6,7 @@
 #include "GroupTreeModel.h"
 #include "MemberListModel.h"
 #include "PositionListModel.h"
-#include "ServerData.h"
+#include "CVelmarManagerDoc.h"
 
 #include <QStringList>
 
@@ -18,7 +18,7 @@ QString groupPath(const DirectoryNode *group)
 {
     QStringList names;
     for (const DirectoryNode *node = group; node && node->isGroup(); node = node->parent())
-        names.prepend(node->name);
+        names.prepend(node->name());
     return u"/"_s + names.join(u'/');
 }
 
@@ -61,7 +61,7 @@ QString SavePreflight::unsafeReason(QStringView text, SqlDialect dialect)
     return {};
 }
 
-QList<SavePreflight::Problem> SavePreflight::check(const ServerData &data, SqlDialect dialect)
+QList<SavePreflight::Problem> SavePreflight::check(const CVelmarManagerDoc &data, SqlDialect dialect)
 {
     QList<Problem> problems;
     Collector collector(dialect, problems);
@@ -70,7 +70,7 @@ QList<SavePreflight::Problem> SavePreflight::check(const ServerData &data, SqlDi
     for (const bool guest : { false, true }) {
         const QString treeName = guest ? u"论坛结构"_s : u"类别"_s;
         directory.tree(guest)->tree().forEachGroup([&](const DirectoryNode *group, int) {
-            collector.check(group->name, [&] { return treeName + u' ' + groupPath(group); });
+            collector.check(group->name(), [&] { return treeName + u' ' + groupPath(group); });
         });
     }
 

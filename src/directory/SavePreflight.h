@@ -6,7 +6,7 @@
 #include <QString>
 #include <QStringView>
 
-class ServerData;
+class CVelmarManagerDoc;
 
 // What the save checks before it writes its journal or runs a statement. Most
 // texts go into their INSERT statements as they stand, between single quotes,
@@ -28,7 +28,7 @@ public:
 
     // Every text of the working copy that the save inserts unescaped, checked
     // for dialect, in the order the save writes them.
-    static QList<Problem> check(const ServerData &data, SqlDialect dialect);
+    static QList<Problem> check(const CVelmarManagerDoc &data, SqlDialect dialect);
 
     // The refusal shown to the administrator; lists at most maxListed items
     // and says how many more there are.

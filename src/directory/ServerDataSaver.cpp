@@ -9,7 +9,7 @@
 #include "PositionListModel.h"
 #include "ProfileFile.h"
 #include "SaveJournal.h"
-#include "ServerData.h"
+#include "CVelmarManagerDoc.h"
 #include "ServerNotifier.h"
 
 #include <QDir>
@@ -39,7 +39,7 @@ bool findIncompleteMember(const Directory &directory, bool &guest, int &row)
 
 } // namespace
 
-ServerDataSaver::ServerDataSaver(ServerData &data, DbSession &session, MessageService &messages,
+ServerDataSaver::ServerDataSaver(CVelmarManagerDoc &data, DbSession &session, MessageService &messages,
     QString profilePath, RegistryHives &hives, QString programDir)
     : m_data(data)
     , m_session(session)
@@ -218,7 +218,7 @@ ServerDataSaver::Result ServerDataSaver::save(bool confirmed)
         }
     }
 
-    if (m_data.loadState() != ServerData::LoadState::Complete) {
+    if (m_data.loadState() != CVelmarManagerDoc::LoadState::Complete) {
         balloon(dataErrorText());
         result.outcome = Outcome::DataError;
         return result;

@@ -10,7 +10,7 @@
 class DbSession;
 class MessageService;
 class RegistryHives;
-class ServerData;
+class CVelmarManagerDoc;
 
 class SaveJournal;
 
@@ -87,7 +87,7 @@ public:
 
     // profilePath: the server information file; hives and programDir locate
     // the notices' upload folder.
-    ServerDataSaver(ServerData &data, DbSession &session, MessageService &messages,
+    ServerDataSaver(CVelmarManagerDoc &data, DbSession &session, MessageService &messages,
         QString profilePath, RegistryHives &hives, QString programDir);
 
     // How the pause between the two notifications is spent (a blocking sleep
@@ -131,7 +131,7 @@ private:
     void balloon(const QString &text);
     void errorBox(const DbError &error);
 
-    ServerData &m_data;
+    CVelmarManagerDoc &m_data;
     DbSession &m_session;
     MessageService &m_messages;
     QString m_profilePath;

@@ -11,7 +11,7 @@
 
 // Every data set the console edits, as plain data: what the loading worker
 // reads on its own thread and hands to the user-interface thread, which moves
-// it into ServerData. Nothing in it is bound to a thread.
+// it into CVelmarManagerDoc. Nothing in it is bound to a thread.
 struct ServerDataSet
 {
     DirectoryData directory;

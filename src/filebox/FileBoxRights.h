@@ -82,6 +82,24 @@ public:
     // Removes the folder and every right on it; returns whether it existed.
     bool removeFolder(qint32 folderId);
 
+    // The three lists and the modified flag as they stand, for an edit to
+    // put back when it is undone (the lists share their data until changed).
+    struct Snapshot
+    {
+        QList<tagFolderData> folders;
+        QList<tagGroupAuthority> groupRights;
+        QList<tagUserAuthority> memberRights;
+        bool modified = false;
+    };
+    Snapshot snapshot() const { return { m_folders, m_groupRights, m_memberRights, m_modified }; }
+    void restore(const Snapshot &snapshot)
+    {
+        m_folders = snapshot.folders;
+        m_groupRights = snapshot.groupRights;
+        m_memberRights = snapshot.memberRights;
+        m_modified = snapshot.modified;
+    }
+
     // FolderPath column <-> memory: doubled backslashes become single on load,
     // every backslash is doubled on save.
     static QString pathFromStored(const QString &stored);

@@ -10,4 +10,4 @@
 // directory the user-interface thread edits.
 using LogMemberNames = QHash<qint32, QString>;
 
-LogMemberNames logMemberNames(const MemberIndex &index);
+LogMemberNames logMemberNames(const MemberList &regular, const MemberList &guest);

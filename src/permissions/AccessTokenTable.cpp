@@ -185,3 +185,27 @@ void AccessTokenTable::editVoipAccount(
         pool->reassign(memberId, account.id);
     m_modified = true;
 }
+
+AccessTokenTable::MemberRecords AccessTokenTable::recordsOf(qint32 memberId) const
+{
+    MemberRecords records;
+    if (const CAccessToken *found = token(memberId))
+        records.token = *found;
+    if (const VoipAccount *found = voipAccount(memberId))
+        records.account = *found;
+    records.tableModified = m_modified;
+    return records;
+}
+
+void AccessTokenTable::restoreRecords(qint32 memberId, const MemberRecords &records)
+{
+    if (records.token)
+        m_tokens.insert_or_assign(memberId, *records.token);
+    else
+        m_tokens.erase(memberId);
+    if (records.account)
+        m_accounts.insert_or_assign(memberId, *records.account);
+    else
+        m_accounts.erase(memberId);
+    m_modified = records.tableModified;
+}

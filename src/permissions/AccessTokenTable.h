@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "CAccessToken.h"
 #include "VoipAccount.h"
 
@@ -75,6 +77,18 @@ public:
     // (new) id (VoipAccountPool::reassign).
     void editVoipAccount(
         qint32 memberId, VoipField field, const QString &text, VoipAccountPool *pool = nullptr);
+
+    // A member's two records as they stand (either may be missing), for an
+    // edit to put back when it is undone; restoring also puts back the
+    // table's modified flag as it was.
+    struct MemberRecords
+    {
+        std::optional<CAccessToken> token;
+        std::optional<VoipAccount> account;
+        bool tableModified = false;
+    };
+    MemberRecords recordsOf(qint32 memberId) const;
+    void restoreRecords(qint32 memberId, const MemberRecords &records);
 
     // Statement texts, exactly as sent.
     static QString selectTokensStatement();

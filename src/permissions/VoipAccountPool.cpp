@@ -15,7 +15,7 @@ QString VoipAccountPool::updateStatement(qint32 memberId, const QString &voipId)
 
 void VoipAccountPool::load(DbConnection &connection, const std::function<void(int)> &countRead)
 {
-    m_entries.clear();
+    clear();
 
     Recordset count = connection.execute(u"SELECT COUNT(*) FROM VoipNumberList"_s);
     const int rows = count.isEOF() ? 0 : count.intField(0);
@@ -49,13 +49,54 @@ void VoipAccountPool::save(DbConnection &connection) const
         connection.execute(updateStatement(entry.memberId, entry.voipId));
 }
 
+void VoipAccountPool::buildIndex() const
+{
+    m_free.clear();
+    m_held.clear();
+    for (qsizetype i = 0; i < m_entries.size(); ++i) {
+        const qint32 memberId = m_entries.at(i).memberId;
+        if (memberId == 0)
+            m_free.insert(int(i));
+        else
+            m_held[memberId].append(int(i));
+    }
+    m_indexed = true;
+}
+
+void VoipAccountPool::setHolder(int index, qint32 memberId)
+{
+    Entry &entry = m_entries[index];
+    if (m_indexed && entry.memberId != memberId) {
+        if (entry.memberId == 0) {
+            m_free.erase(index);
+        } else if (auto it = m_held.find(entry.memberId); it != m_held.end()) {
+            it->removeOne(index);
+            if (it->isEmpty())
+                m_held.erase(it);
+        }
+        if (memberId == 0) {
+            m_free.insert(index);
+        } else {
+            auto &held = m_held[memberId];
+            held.insert(std::lower_bound(held.begin(), held.end(), index), index);
+        }
+    }
+    entry.memberId = memberId;
+}
+
 int VoipAccountPool::firstFree() const
 {
-    for (qsizetype i = 0; i < m_entries.size(); ++i) {
-        if (m_entries.at(i).isFree())
-            return int(i);
-    }
-    return -1;
+    if (!m_indexed)
+        buildIndex();
+    return m_free.empty() ? -1 : *m_free.begin();
+}
+
+QList<int> VoipAccountPool::accountsOf(qint32 memberId) const
+{
+    if (!m_indexed)
+        buildIndex();
+    const auto it = m_held.constFind(memberId);
+    return it == m_held.cend() ? QList<int>() : *it;
 }
 
 int VoipAccountPool::indexOfVoipId(const QString &voipId) const
@@ -71,7 +112,7 @@ bool VoipAccountPool::assign(int index, qint32 memberId)
 {
     if (index < 0 || index >= m_entries.size())
         return false;
-    m_entries[index].memberId = memberId;
+    setHolder(index, memberId);
     return true;
 }
 
@@ -80,20 +121,16 @@ const VoipAccountPool::Entry *VoipAccountPool::assignFirstFree(qint32 memberId)
     const int index = firstFree();
     if (index < 0)
         return nullptr;
-    m_entries[index].memberId = memberId;
+    setHolder(index, memberId);
     return &m_entries.at(index);
 }
 
 int VoipAccountPool::releaseMember(qint32 memberId)
 {
-    int released = 0;
-    for (Entry &entry : m_entries) {
-        if (entry.memberId == memberId) {
-            entry.memberId = 0;
-            ++released;
-        }
-    }
-    return released;
+    const QList<int> held = accountsOf(memberId);
+    for (const int index : held)
+        setHolder(index, 0);
+    return int(held.size());
 }
 
 void VoipAccountPool::reassign(qint32 memberId, const QString &newVoipId)

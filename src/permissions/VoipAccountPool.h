@@ -1,5 +1,8 @@
 #pragma once
 
+#include <set>
+#include <QHash>
+
 #include <functional>
 #include <QList>
 #include <QString>
@@ -36,11 +39,21 @@ public:
     const QList<Entry> &entries() const { return m_entries; }
     int size() const { return int(m_entries.size()); }
     bool isEmpty() const { return m_entries.isEmpty(); }
-    void clear() { m_entries.clear(); }
-    void append(const Entry &entry) { m_entries.append(entry); }
+    void clear()
+    {
+        m_entries.clear();
+        m_indexed = false;
+    }
+    void append(const Entry &entry)
+    {
+        m_entries.append(entry);
+        m_indexed = false;
+    }
 
     // Index of the first free account, or -1.
     int firstFree() const;
+    // Indexes of the accounts the member holds, ascending.
+    QList<int> accountsOf(qint32 memberId) const;
     // Index of the first account with that id (exact comparison), or -1.
     int indexOfVoipId(const QString &voipId) const;
     // Marks the account at index as held by memberId; false for a bad index.
@@ -57,5 +70,13 @@ public:
     static QString updateStatement(qint32 memberId, const QString &voipId);
 
 private:
+    void buildIndex() const;
+    void setHolder(int index, qint32 memberId);
+
     QList<Entry> m_entries;
+    // Free accounts and accounts per member, built on first use: a pool of
+    // 100,000 accounts is not walked for every member created or deleted.
+    mutable bool m_indexed = false;
+    mutable std::set<int> m_free;
+    mutable QHash<qint32, QList<int>> m_held;
 };

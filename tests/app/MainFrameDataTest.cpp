@@ -15,7 +15,7 @@
 #include "NotificationListeners.h"
 #include "ProfileFile.h"
 #include "SaveJournal.h"
-#include "ServerData.h"
+#include "CVelmarManagerDoc.h"
 #include "ServerDataFixture.h"
 #include "ServerDataSet.h"
 #include "ServerNotification.h"
@@ -192,7 +192,7 @@ void MainFrameDataTest::loadFillsDashboard()
             u"所属关系: %1"_s.arg(memberships) }));
     QVERIFY(!QGuiApplication::overrideCursor());
     QVERIFY(frame.commandAction(CommandId::Save)->isEnabled());
-    QCOMPARE(frame.serverData()->loadState(), ServerData::LoadState::Complete);
+    QCOMPARE(frame.serverData()->loadState(), CVelmarManagerDoc::LoadState::Complete);
     // The working copy is what the database holds, and nothing is edited yet.
     QCOMPARE(dumpServerData(*frame.serverData()), env.databaseDump());
     QVERIFY(!frame.isWindowModified());
@@ -412,7 +412,7 @@ void MainFrameDataTest::closeAfterFailedLoad()
     QCOMPARE(directoryRows(frame), QStringList({ u"成员: —"_s, u"群组: —"_s }));
     QVERIFY(!frame.commandAction(CommandId::Save)->isEnabled());
     QCOMPARE(frame.serverData()->loadState(),
-        schema ? ServerData::LoadState::Partial : ServerData::LoadState::NotLoaded);
+        schema ? CVelmarManagerDoc::LoadState::Partial : CVelmarManagerDoc::LoadState::NotLoaded);
 
     // Even an edit of what a failed load left is not offered for saving: the
     // save rewrites whole tables and would delete every row that was not read.

@@ -8,7 +8,7 @@
 #include "PositionListModel.h"
 #include "SaveJournal.h"
 #include "ScriptedMessageService.h"
-#include "ServerData.h"
+#include "CVelmarManagerDoc.h"
 #include "ServerDataSet.h"
 #include "TempServerDir.h"
 #include "TestDatabase.h"
@@ -113,7 +113,7 @@ QStringList dumpDataSet(const ServerDataSet &data)
         data.notices);
 }
 
-QStringList dumpServerData(const ServerData &data)
+QStringList dumpServerData(const CVelmarManagerDoc &data)
 {
     return dumpParts(data.directory()->toData(), data.positions()->list(), data.permissions(),
         data.fileBox(), data.voipPool(), data.notices()->records());
@@ -138,7 +138,7 @@ QStringList ThreadRun::progressRanges() const
 }
 
 ThreadRun runReadThread(
-    TempServerDir &dir, ServerData &target, MessageService &messages, SqlTrace *trace)
+    TempServerDir &dir, CVelmarManagerDoc &target, MessageService &messages, SqlTrace *trace)
 {
     ThreadRun run;
     QEventLoop loop;

@@ -7,7 +7,7 @@
 #include <QStringList>
 
 class MessageService;
-class ServerData;
+class CVelmarManagerDoc;
 class SqlTrace;
 class TempServerDir;
 class TestDatabase;
@@ -30,7 +30,7 @@ QStringList populatedDatabase();
 // Every data set as comparable lines (the member level is left out: the save
 // derives it; see dumpDirectory).
 QStringList dumpDataSet(const ServerDataSet &data);
-QStringList dumpServerData(const ServerData &data);
+QStringList dumpServerData(const CVelmarManagerDoc &data);
 
 // What one CReadDBThread run did, in the order the user-interface thread saw it.
 struct ThreadRun
@@ -48,7 +48,7 @@ struct ThreadRun
 // Starts a CReadDBThread on the server folder's settings and runs the event
 // loop until it has exited.
 ThreadRun runReadThread(
-    TempServerDir &dir, ServerData &target, MessageService &messages, SqlTrace *trace = nullptr);
+    TempServerDir &dir, CVelmarManagerDoc &target, MessageService &messages, SqlTrace *trace = nullptr);
 
 // Reads the database again into a fresh data set (ServerDataLoader, no thread).
 ServerDataSet readBack(TempServerDir &dir, ServerDataLoader::Result *result = nullptr);

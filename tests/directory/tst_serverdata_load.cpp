@@ -11,7 +11,7 @@
 #include "ProfileFile.h"
 #include "Recordset.h"
 #include "ScriptedMessageService.h"
-#include "ServerData.h"
+#include "CVelmarManagerDoc.h"
 #include "ServerDataFixture.h"
 #include "ServerDataSaver.h"
 #include "ServerDataSet.h"
@@ -58,7 +58,7 @@ void TestServerDataLoad::fullLoad()
     const QString tracePath = dir.filePath(u"trace.sql"_s);
     SqlTrace sqlTrace(tracePath);
 
-    ServerData data;
+    CVelmarManagerDoc data;
     QAbstractItemModelTester regularTester(data.directory()->regularTree());
     QAbstractItemModelTester memberTester(data.directory()->regularMembers());
     QAbstractItemModelTester noticeTester(data.notices());
@@ -117,7 +117,7 @@ void TestServerDataLoad::fullLoad()
     QCOMPARE(data.fileBox().groupRights().size(), 2);
     QCOMPARE(data.fileBox().memberRights().size(), 2);
     QCOMPARE(data.notices()->rowCount(), 2);
-    QCOMPARE(data.loadState(), ServerData::LoadState::Complete);
+    QCOMPARE(data.loadState(), CVelmarManagerDoc::LoadState::Complete);
     QVERIFY(!data.isModified());
 
     // Trees and memberships as the database holds them.
@@ -152,7 +152,7 @@ void TestServerDataLoad::fullLoad()
 void TestServerDataLoad::emptyDatabase()
 {
     DATABASE(db);
-    ServerData data;
+    CVelmarManagerDoc data;
     ScriptedMessageService messages;
     const ThreadRun run = runReadThread(dir, data, messages);
     QCOMPARE(run.exitResult, 1);
@@ -170,7 +170,7 @@ void TestServerDataLoad::emptyDatabase()
     QCOMPARE(data.directory()->regularMembers()->rowCount(), 0);
     QCOMPARE(data.positions()->rowCount(), 0);
     QCOMPARE(data.notices()->rowCount(), 0);
-    QCOMPARE(data.loadState(), ServerData::LoadState::Complete);
+    QCOMPARE(data.loadState(), CVelmarManagerDoc::LoadState::Complete);
 }
 
 void TestServerDataLoad::openFailure_data()
@@ -207,7 +207,7 @@ void TestServerDataLoad::openFailure()
     if (!remoteAddress.isEmpty())
         ProfileFile(dir.iniPath()).writeString(u"DBInfo"_s, u"DBAddr"_s, remoteAddress);
 
-    ServerData data;
+    CVelmarManagerDoc data;
     ScriptedMessageService messages;
     const ThreadRun run = runReadThread(dir, data, messages);
     QVERIFY(run.finished);
@@ -222,7 +222,7 @@ void TestServerDataLoad::openFailure()
     if (sessionBox)
         QVERIFY2(texts.first().startsWith(u"(80004005) Unspecified error\r\nSource - "_s),
             qPrintable(texts.first()));
-    QCOMPARE(data.loadState(), ServerData::LoadState::NotLoaded);
+    QCOMPARE(data.loadState(), CVelmarManagerDoc::LoadState::NotLoaded);
     // Nothing was read, so there is nothing a save could write.
     messages.clear();
     DbSession session(dir.hives(), dir.iniPath(), dir.databasePath(), messages);
@@ -275,7 +275,7 @@ void TestServerDataLoad::readFailure()
     QVERIFY2(db.execAll(populatedDatabase()), qPrintable(db.errorString()));
     QVERIFY2(db.exec(u"DROP TABLE "_s + dropped), qPrintable(db.errorString()));
 
-    ServerData data;
+    CVelmarManagerDoc data;
     ScriptedMessageService messages;
     const ThreadRun run = runReadThread(dir, data, messages);
     QVERIFY(run.finished);
@@ -303,7 +303,7 @@ void TestServerDataLoad::readFailure()
         data.notices()->rowCount(),
     };
     QCOMPARE(counts, kept);
-    QCOMPARE(data.loadState(), ServerData::LoadState::Partial);
+    QCOMPARE(data.loadState(), CVelmarManagerDoc::LoadState::Partial);
     QVERIFY(!data.isModified());
 
     // A save would delete every row that was not read: it is refused and the
@@ -351,7 +351,7 @@ void TestServerDataLoad::lockedDatabase()
             holder.execute(u"BEGIN EXCLUSIVE"_s);
         }
 
-        ServerData data;
+        CVelmarManagerDoc data;
         ScriptedMessageService messages;
         const ThreadRun run = runReadThread(dir, data, messages);
         QVERIFY(run.finished);
@@ -359,12 +359,12 @@ void TestServerDataLoad::lockedDatabase()
         QCOMPARE(run.result.outcome, ServerDataLoader::Outcome::ReadFailed);
         QCOMPARE(run.result.failedStep, ServerDataLoader::Step::Directory);
         QCOMPARE(messages.boxTexts(), QStringList { u"当读数据时发生错误."_s });
-        QCOMPARE(data.loadState(), ServerData::LoadState::Partial);
+        QCOMPARE(data.loadState(), CVelmarManagerDoc::LoadState::Partial);
         holder.execute(u"ROLLBACK"_s);
     }
 
     // Once the lock is gone everything is there.
-    ServerData data;
+    CVelmarManagerDoc data;
     ScriptedMessageService messages;
     const ThreadRun run = runReadThread(dir, data, messages);
     QCOMPARE(run.exitResult, 1);

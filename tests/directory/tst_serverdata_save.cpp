@@ -13,7 +13,7 @@
 #include "SaveJournal.h"
 #include "SavePreflight.h"
 #include "ScriptedMessageService.h"
-#include "ServerData.h"
+#include "CVelmarManagerDoc.h"
 #include "ServerDataFixture.h"
 #include "ServerDataSaver.h"
 #include "ServerDataSet.h"
@@ -54,7 +54,7 @@ public:
             *error = result.error.formatted();
             return false;
         }
-        data.adopt(std::move(set), ServerData::LoadState::Complete);
+        data.adopt(std::move(set), CVelmarManagerDoc::LoadState::Complete);
         return listeners.bind(error);
     }
 
@@ -103,7 +103,7 @@ public:
     ScriptedMessageService messages;
     std::unique_ptr<SqlTrace> trace;
     QString tracePath;
-    ServerData data;
+    CVelmarManagerDoc data;
     NotificationListeners listeners;
     QList<int> pauses;
     QStringList portsAtPause;

@@ -54,7 +54,7 @@ LogMemberNames LogsCommand::memberNames(RegistryHives &hives, const QString &ser
     try {
         DirectoryData data;
         DirectoryLoader::load(connection, data);
-        return logMemberNames(data.memberIndex);
+        return logMemberNames(data.regularMembers, data.guestMembers);
     } catch (const DbException &) {
         return {};
     }

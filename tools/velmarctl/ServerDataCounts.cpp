@@ -3,15 +3,26 @@
 #include "Directory.h"
 #include "NoticeListModel.h"
 #include "PositionListModel.h"
-#include "ServerData.h"
+#include "CVelmarManagerDoc.h"
+
+#include <QSet>
 
 using namespace Qt::StringLiterals;
 
-QJsonObject ServerDataCounts::of(const ServerData &data)
+QJsonObject ServerDataCounts::of(const CVelmarManagerDoc &data)
 {
     const Directory &directory = *data.directory();
-    const int regularMembers = directory.regularMembers()->rowCount();
-    const int guestMembers = directory.guestMembers()->rowCount();
+    const int regularMembers = directory.regularMembers()->memberCount();
+    const int guestMembers = directory.guestMembers()->memberCount();
+    // Distinct ids: a duplicated id is one member to everything that looks
+    // members up.
+    QSet<qint32> ids;
+    ids.reserve(regularMembers + guestMembers);
+    for (const bool guest : { false, true }) {
+        const MemberRows &rows = directory.memberRows(guest);
+        for (int row = 0; row < rows.count(); ++row)
+            ids.insert(rows.at(row).id);
+    }
     int freeAccounts = 0;
     for (const VoipAccountPool::Entry &entry : data.voipPool().entries())
         freeAccounts += entry.isFree() ? 1 : 0;
@@ -20,7 +31,7 @@ QJsonObject ServerDataCounts::of(const ServerData &data)
         { u"members"_s,
             QJsonObject { { u"regular"_s, regularMembers }, { u"guest"_s, guestMembers },
                 { u"total"_s, regularMembers + guestMembers },
-                { u"index"_s, int(directory.memberIndex().size()) } } },
+                { u"index"_s, int(ids.size()) } } },
         { u"groups"_s,
             QJsonObject { { u"regular"_s, directory.regularTree()->tree().groupCount() },
                 { u"guest"_s, directory.guestTree()->tree().groupCount() } } },

@@ -2,12 +2,12 @@
 
 #include <QJsonObject>
 
-class ServerData;
+class CVelmarManagerDoc;
 
 // How many records of each data set the working copy holds, as the JSON
 // object velmarctl prints.
 class ServerDataCounts
 {
 public:
-    static QJsonObject of(const ServerData &data);
+    static QJsonObject of(const CVelmarManagerDoc &data);
 };

@@ -6,7 +6,7 @@
 #include "DbSession.h"
 #include "RegistryHives.h"
 #include "SaveRecovery.h"
-#include "ServerData.h"
+#include "CVelmarManagerDoc.h"
 #include "ServerDataCounts.h"
 #include "ServerDataSaver.h"
 #include "ServerFolder.h"
@@ -242,7 +242,7 @@ int VelmarCtl::run(const Options &options)
         return recover(options);
 
     ConsoleMessageService messages;
-    ServerData data;
+    CVelmarManagerDoc data;
 
     // Nothing reads a database that a cut-short save may have left half
     // written.
