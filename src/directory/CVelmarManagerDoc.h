@@ -65,8 +65,10 @@ public:
     const AccessTokenTable &permissions() const { return m_permissions; }
     const VoipAccountPool &voipPool() const { return m_voipPool; }
     const FileBoxRights &fileBox() const { return m_fileBox; }
-    // The save clears the tables' own flags; nothing else writes through these.
+    // The tables as the save writes them, bypassing the journal: for the
+    // save and for tests that prepare what a save meets.
     AccessTokenTable &permissionsForSave() { return m_permissions; }
+    VoipAccountPool &voipPoolForSave() { return m_voipPool; }
     FileBoxRights &fileBoxForSave() { return m_fileBox; }
 
     DirectoryEditor &editor() { return m_editor; }

@@ -135,8 +135,8 @@ QStringList directoryRows(const CMainFrame &frame)
 
 void addGroup(CMainFrame &frame, const QString &name)
 {
-    Directory *directory = frame.serverData()->directory();
-    directory->addGroup(false, directory->regularTree()->rootIndex(), name);
+    CVelmarManagerDoc &document = *frame.serverData();
+    document.editor().addGroup(false, document.directory()->treeData(false).root(), name);
 }
 
 } // namespace

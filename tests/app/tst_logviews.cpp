@@ -1,3 +1,5 @@
+#include "CVelmarManagerDoc.h"
+#include "ServerDataSet.h"
 #include "CLogManagerChatLogFormView.h"
 #include "CLogManagerFilterDlg.h"
 #include "CLogManagerFilterDlgListener.h"
@@ -52,30 +54,33 @@ void click(QWidget *button)
 }
 
 // Members 101..103 in one group of the regular tree.
-void fillDirectory(Directory &directory)
+void fillDirectory(CVelmarManagerDoc &document)
 {
     const QList<std::pair<qint32, QString>> members
         = { { 101, u"张三"_s }, { 102, u"李四"_s }, { 103, u"王五"_s } };
-    const QModelIndex group
-        = directory.addGroup(false, directory.regularTree()->rootIndex(), u"研发部"_s);
+    ServerDataSet set;
+    DirectoryTree &tree = set.directory.regularTree;
+    DirectoryNode *group = tree.addGroup(tree.root(), 1, u"研发部"_s);
     for (const auto &[id, name] : members) {
         UserInfo member;
         member.id = id;
         member.loginName = u"user%1"_s.arg(id);
         member.displayName = name;
-        directory.addMember(false, member);
-        directory.addMembership(false, group, id, -1);
+        set.directory.regularMembers.append(member);
+        tree.addMembership(group, id, -1);
     }
+    document.adopt(std::move(set), CVelmarManagerDoc::LoadState::Complete);
 }
 
 // A server folder with a log root, the directory and a recorded folder opener.
 struct LogViewFixture
 {
     TempServerDir dir;
-    Directory directory;
+    CVelmarManagerDoc document;
+    const Directory &directory = *document.directory();
     QStringList openedFolders;
 
-    LogViewFixture() { fillDirectory(directory); }
+    LogViewFixture() { fillDirectory(document); }
 
     LogViewContext context()
     {

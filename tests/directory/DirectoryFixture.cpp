@@ -28,15 +28,15 @@ void dumpTree(
     tree.forEachGroup([&](const DirectoryNode *group, int depth) {
         groups << u"%1 depth %2 parent %3 group %4 %5"_s.arg(name)
                       .arg(depth)
-                      .arg(group->parent()->id)
-                      .arg(group->id)
-                      .arg(group->name);
+                      .arg(group->parent()->id())
+                      .arg(group->id())
+                      .arg(group->name());
     });
     tree.forEachMembership([&](const DirectoryNode *membership) {
         relations << u"%1 group %2 member %3 rank %4"_s.arg(name)
-                         .arg(membership->parent()->id)
-                         .arg(membership->id)
-                         .arg(membership->rankId);
+                         .arg(membership->parent()->id())
+                         .arg(membership->id())
+                         .arg(membership->rankId());
     });
 }
 

@@ -1,5 +1,9 @@
+#include "CVelmarManagerDoc.h"
 #include "Directory.h"
 #include "DirectoryTree.h"
+#include "ServerDataSet.h"
+
+#include <QUndoStack>
 
 #include <QRandomGenerator>
 #include <QSet>
@@ -47,8 +51,8 @@ void checkTree(DirectoryTree &tree, QRandomGenerator &random)
     for (DirectoryNode *node : nodes) {
         if (node->isGroup()) {
             containers.append(node);
-            groupIds.insert(node->id);
-            QCOMPARE(tree.findGroup(node->id), node);
+            groupIds.insert(node->id());
+            QCOMPARE(tree.findGroup(node->id()), node);
         } else {
             ++memberships;
         }
@@ -62,13 +66,13 @@ void checkTree(DirectoryTree &tree, QRandomGenerator &random)
     qint32 largestPlaced = 0;
     for (const DirectoryNode *node : nodes) {
         if (node->isMembership())
-            largestPlaced = std::max(largestPlaced, node->id);
+            largestPlaced = std::max(largestPlaced, node->id());
     }
     for (qint32 id = 0; id <= largestPlaced + 1; ++id) {
         QSet<DirectoryNode *> all;
         DirectoryNode *first = nullptr;
         for (DirectoryNode *node : nodes) {
-            if (node->isMembership() && node->id == id) {
+            if (node->isMembership() && node->id() == id) {
                 all.insert(node);
                 if (!first)
                     first = node;
@@ -84,7 +88,7 @@ void checkTree(DirectoryTree &tree, QRandomGenerator &random)
         DirectoryNode *below = nullptr;
         DirectoryNode *direct = nullptr;
         for (DirectoryNode *node : nodes) {
-            if (!node->isMembership() || node->id != id)
+            if (!node->isMembership() || node->id() != id)
                 continue;
             if (!below && isBelow(node, start))
                 below = node;
@@ -111,7 +115,7 @@ void checkMembers(const Directory &directory)
         const MemberListModel *list = directory.members(guest);
         QHash<qint32, int> firstRowOfId;
         QHash<QString, int> firstRowOfLogin;
-        for (int row = 0; row < list->rowCount(); ++row) {
+        for (int row = 0; row < list->memberCount(); ++row) {
             const UserInfo &member = list->member(row);
             firstRowOfId.insert(member.id, firstRowOfId.value(member.id, row));
             firstRowOfLogin.insert(member.loginName, firstRowOfLogin.value(member.loginName, row));
@@ -138,12 +142,12 @@ void checkMembers(const Directory &directory)
         QSet<qint32> ids;
         for (const DirectoryNode *node : walk(tree)) {
             if (node->isMembership())
-                ids.insert(node->id);
+                ids.insert(node->id());
         }
         return ids;
     };
-    const QSet<qint32> guestPlaced = placedIds(directory.guestTree()->tree());
-    const QSet<qint32> regularPlaced = placedIds(directory.regularTree()->tree());
+    const QSet<qint32> guestPlaced = placedIds(directory.treeData(true));
+    const QSet<qint32> regularPlaced = placedIds(directory.treeData(false));
     for (qint32 id = 0; id <= std::max(largest, MemberIds + 30) + 1; ++id) {
         const bool inGuestTree = guestPlaced.contains(id);
         const bool inRegularTree = regularPlaced.contains(id);
@@ -223,76 +227,60 @@ void TestDirectoryIndex::treeIndexesFollowRandomEdits()
 void TestDirectoryIndex::directoryIndexesFollowRandomEdits()
 {
     QRandomGenerator random(4242);
-    Directory directory;
+    CVelmarManagerDoc document;
+    const Directory &directory = *document.directory();
+    DirectoryEditor &editor = document.editor();
+    QUndoStack &undo = *document.undoStack();
+    using Step = DirectoryEditor::MoveStep;
     int largest = 0;
-    for (int step = 0; step < 1200; ++step) {
+    for (int step = 0; step < 1500; ++step) {
         const bool guest = random.bounded(3) == 0;
-        GroupTreeModel *model = directory.tree(guest);
-        MemberListModel *list = directory.members(guest);
-        const int what = random.bounded(100);
+        const DirectoryTree &tree = directory.treeData(guest);
+        const MemberListModel *list = directory.members(guest);
+        const int what = random.bounded(110);
         if (what < 20) {
-            UserInfo member;
-            // Ids are allocated or given (now and then one already listed).
-            member.id = random.bounded(4) == 0 ? random.bounded(1, MemberIds + 1) : -1;
-            member.loginName = u"user%1"_s.arg(random.bounded(12));
-            member.password = u"pw"_s;
-            directory.addMember(guest, member);
-        } else if (what < 30 && list->rowCount() > 0) {
-            directory.removeMember(guest, random.bounded(list->rowCount()));
-        } else if (what < 35 && list->rowCount() > 0) {
-            const int row = random.bounded(list->rowCount());
-            UserInfo member = list->member(row);
-            if (random.bounded(2) == 0)
-                member.id = random.bounded(1, MemberIds + 1);
-            else
-                member.loginName = u"user%1"_s.arg(random.bounded(12));
-            list->setMember(row, member);
+            editor.addMember(guest, u"user%1"_s.arg(random.bounded(12)));
+        } else if (what < 30 && list->memberCount() > 0) {
+            QList<int> rows;
+            for (int i = random.bounded(1, 3); i > 0; --i)
+                rows.append(random.bounded(list->memberCount()));
+            editor.deleteMembers(guest, rows);
+        } else if (what < 35 && list->memberCount() > 0) {
+            editor.setMemberCell(guest, random.bounded(list->memberCount()),
+                MemberListModel::DisplayNameColumn, u"n%1"_s.arg(random.bounded(5)));
         } else if (what < 45) {
-            directory.addGroup(
-                guest, model->indexForNode(randomNode(model->tree(), random, true)), u"g"_s);
+            editor.addGroup(guest, randomNode(tree, random, true), u"g"_s);
         } else if (what < 70) {
-            directory.addMembership(guest,
-                model->indexForNode(randomNode(model->tree(), random, true)),
-                random.bounded(1, MemberIds + 30), -1);
+            editor.placeMembers(guest, randomNode(tree, random, true),
+                { random.bounded(1, MemberIds + 30), random.bounded(1, MemberIds + 30) });
         } else if (what < 78) {
-            directory.removeNode(
-                guest, model->indexForNode(randomNode(model->tree(), random, false)));
+            editor.deleteNode(guest, randomNode(tree, random, false));
         } else if (what < 90) {
-            model->moveNode(model->indexForNode(randomNode(model->tree(), random, false)),
-                model->indexForNode(randomNode(model->tree(), random, true)),
-                random.bounded(-1, 4));
+            editor.moveNodeInto(
+                guest, randomNode(tree, random, false), randomNode(tree, random, true));
         } else if (what < 96) {
-            const QModelIndex node = model->indexForNode(randomNode(model->tree(), random, false));
-            switch (random.bounded(4)) {
-            case 0:
-                model->moveBy(node, -1);
-                break;
-            case 1:
-                model->moveBy(node, 1);
-                break;
-            case 2:
-                model->moveToFirst(node);
-                break;
-            default:
-                model->moveToLast(node);
-                break;
-            }
-        } else if (what < 98) {
+            editor.moveNode(guest, randomNode(tree, random, false), Step(random.bounded(4)));
+        } else if (what < 104) {
+            // Back and forth through the journal: every index must follow.
+            const int target = random.bounded(undo.count() + 1);
+            undo.setIndex(target);
+        } else if (what < 106) {
             // A reload of the same content: every index is built anew.
-            directory.adopt(directory.toData());
+            ServerDataSet set;
+            set.directory = directory.toData();
+            document.adopt(std::move(set), CVelmarManagerDoc::LoadState::Complete);
             QVERIFY(directory.deletedMemberIds().isEmpty());
-        } else if (what == 98) {
-            directory.markSaved();
+        } else if (what < 108) {
+            document.markSaved();
         } else {
-            directory.adopt(DirectoryData {});
+            document.adopt(ServerDataSet {}, CVelmarManagerDoc::LoadState::Complete);
         }
         checkMembers(directory);
-        // checkTree adds and takes out a membership; no view watches these models.
-        checkTree(const_cast<DirectoryTree &>(directory.regularTree()->tree()), random);
-        checkTree(const_cast<DirectoryTree &>(directory.guestTree()->tree()), random);
+        // checkTree adds and takes out a membership, leaving the tree as it was.
+        checkTree(const_cast<DirectoryTree &>(directory.treeData(false)), random);
+        checkTree(const_cast<DirectoryTree &>(directory.treeData(true)), random);
         largest = std::max(largest,
-            directory.regularTree()->tree().membershipCount()
-                + directory.regularMembers()->rowCount());
+            directory.treeData(false).membershipCount() + directory.regularMembers()->memberCount());
         if (QTest::currentTestFailed())
             QFAIL(qPrintable(u"after step %1 (operation %2)"_s.arg(step).arg(what)));
     }

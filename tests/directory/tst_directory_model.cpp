@@ -1,4 +1,6 @@
+#include "CVelmarManagerDoc.h"
 #include "Directory.h"
+#include "ServerDataSet.h"
 #include "DirectoryTree.h"
 #include "EscapeMarkers.h"
 #include "GroupTreeModel.h"
@@ -8,6 +10,7 @@
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
 #include <QTest>
+#include <QUndoStack>
 
 using namespace Qt::StringLiterals;
 
@@ -45,16 +48,30 @@ QStringList shape(const DirectoryTree &tree)
         pending.pop_back();
         if (!node->isRoot())
             out << QString(level * 2, u' ')
-                    + (node->isGroup() ? u"G%1 %2"_s.arg(node->id).arg(node->name)
-                                       : u"M%1 r%2"_s.arg(node->id).arg(node->rankId));
+                    + (node->isGroup() ? u"G%1 %2"_s.arg(node->id()).arg(node->name())
+                                       : u"M%1 r%2"_s.arg(node->id()).arg(node->rankId()));
         for (int row = node->childCount() - 1; row >= 0; --row) {
             // Row and parent links must follow every change of the children.
             if (node->child(row)->row() != row || node->child(row)->parent() != node)
-                out << u"broken link at row %1 of %2"_s.arg(row).arg(node->id);
+                out << u"broken link at row %1 of %2"_s.arg(row).arg(node->id());
             pending.emplace_back(node->child(row), level + 1);
         }
     }
     return out;
+}
+
+void load(CVelmarManagerDoc &document, MemberList regular, MemberList guest = {},
+    DirectoryTree regularTree = DirectoryTree(), qint32 groupCounter = 0,
+    DirectoryTree guestTree = DirectoryTree(DirectoryTree::Kind::Guest))
+{
+    ServerDataSet set;
+    set.directory.regularMembers = std::move(regular);
+    set.directory.guestMembers = std::move(guest);
+    set.directory.regularTree = std::move(regularTree);
+    set.directory.guestTree = std::move(guestTree);
+    set.directory.groupCounter = groupCounter;
+    set.positions.positions = { { 1, u"Staff"_s } };
+    document.adopt(std::move(set), CVelmarManagerDoc::LoadState::Complete);
 }
 
 } // namespace
@@ -74,8 +91,6 @@ private Q_SLOTS:
     void treeSortsMembershipsByStoredOrder();
 
     void groupModelStructure();
-    void groupModelEditing();
-    void groupModelLabels();
 
     void memberModel();
     void memberModelChoiceColumns();
@@ -152,7 +167,7 @@ void TestDirectoryModel::treeCopyIsDeepAndIndexed()
     DirectoryTree copy = original;
     QCOMPARE(shape(copy), shape(original));
     QVERIFY(copy.findGroup(11) != original.findGroup(11));
-    QCOMPARE(copy.findGroup(11)->name, u"East"_s);
+    QCOMPARE(copy.findGroup(11)->name(), u"East"_s);
     QCOMPARE(copy.groupIdsInIndexOrder(), QList<qint32>({ 10, 11, 20 }));
     QVERIFY(!copy.addMembership(copy.findGroup(20), 1, 0));
     copy.take(copy.findGroup(10));
@@ -164,16 +179,16 @@ void TestDirectoryModel::treeCopyIsDeepAndIndexed()
     QCOMPARE(moved.groupCount(), 1);
     QCOMPARE(copy.groupCount(), 0); // NOLINT: a moved-from tree is empty and usable
     QVERIFY(copy.addGroup(copy.root(), 5, u"again"_s));
-    QCOMPARE(copy.root()->id, -1);
+    QCOMPARE(copy.root()->id(), -1);
 }
 
 void TestDirectoryModel::treeFindMembershipIsDepthFirstInOrder()
 {
     DirectoryTree tree = sampleTree();
     // m1 under East (inside Sales) is met before m1 directly under Staff.
-    QCOMPARE(tree.findMembership(1)->parent()->id, 11);
+    QCOMPARE(tree.findMembership(1)->parent()->id(), 11);
     QVERIFY(!tree.findMembership(1, tree.findGroup(10), false));
-    QCOMPARE(tree.findMembership(1, tree.findGroup(10), true)->parent()->id, 11);
+    QCOMPARE(tree.findMembership(1, tree.findGroup(10), true)->parent()->id(), 11);
     QVERIFY(!tree.findMembership(42));
 }
 
@@ -189,15 +204,16 @@ void TestDirectoryModel::treeSortsMembershipsByStoredOrder()
     tree.sortMembershipsByPosition(group);
     QStringList order;
     for (int row = 0; row < group->childCount(); ++row)
-        order << QString::number(group->child(row)->id);
+        order << QString::number(group->child(row)->id());
     QCOMPARE(order, QStringList({ u"2"_s, u"8"_s, u"9"_s, u"7"_s }));
 }
 
 void TestDirectoryModel::groupModelStructure()
 {
-    GroupTreeModel model(DirectoryTree::Kind::Regular);
+    CVelmarManagerDoc document;
+    load(document, { member(1, u"anna"_s, 0) }, {}, sampleTree());
+    GroupTreeModel &model = *document.directory()->regularTree();
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-    model.setTree(sampleTree());
     QCOMPARE(model.rowCount(), 1);
     const QModelIndex root = model.rootIndex();
     QCOMPARE(root.data().toString(), u"类别"_s);
@@ -214,86 +230,31 @@ void TestDirectoryModel::groupModelStructure()
     QVERIFY(!(model.flags(root) & Qt::ItemIsEditable));
     QVERIFY(model.flags(east) & Qt::ItemIsEditable);
     QVERIFY(!(model.flags(m1) & Qt::ItemIsEditable));
+    // Labels: the member's user ID while it has no name; a membership naming
+    // a member the directory does not know shows its id.
+    QCOMPARE(m1.data().toString(), u"anna"_s);
+    QCOMPARE(m1.data(GroupTreeModel::MaleRole).toBool(), false);
+    QCOMPARE(model.findMembership(2).data().toString(), u"2"_s);
 
-    GroupTreeModel guest(DirectoryTree::Kind::Guest);
+    const GroupTreeModel &guest = *document.directory()->guestTree();
     QCOMPARE(guest.rootIndex().data().toString(), u"论坛结构"_s);
     QCOMPARE(guest.findGroup(-100), guest.rootIndex());
 }
 
-void TestDirectoryModel::groupModelEditing()
-{
-    GroupTreeModel model(DirectoryTree::Kind::Regular);
-    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-    model.setTree(sampleTree());
-
-    const QModelIndex added = model.addGroup(model.findGroup(20), 30, u"New"_s);
-    QVERIFY(added.isValid());
-    QCOMPARE(model.tree().findGroup(30)->parent()->id, 20);
-    QVERIFY(!model.addGroup(model.findMembership(2), 31, u"x"_s).isValid());
-
-    QVERIFY(model.addMembership(added, 2, 1).isValid());
-    QVERIFY(!model.addMembership(added, 2, 1).isValid());
-    QVERIFY(model.addMembership(added, 5, -1, 0, 0).isValid()); // inserted first
-    QCOMPARE(model.index(0, 0, model.findGroup(30)).data(GroupTreeModel::MemberIdRole).toInt(), 5);
-
-    // Moves among siblings and under another group, checked by the tester.
-    const QModelIndex staff = model.findGroup(20);
-    QVERIFY(model.moveBy(model.findGroup(10), +1));
-    QCOMPARE(model.findGroup(10).row(), 1);
-    QVERIFY(!model.moveBy(model.findGroup(10), +1));
-    QVERIFY(model.moveToFirst(model.findGroup(10)));
-    QCOMPARE(model.findGroup(10).row(), 0);
-    QVERIFY(model.moveToLast(model.findMembership(1, staff, false)));
-    QVERIFY(model.moveNode(model.findGroup(11), staff, 0));
-    QCOMPARE(model.findGroup(11).parent(), model.findGroup(20));
-    QVERIFY(!model.moveNode(model.findGroup(20), model.findGroup(11)));
-    QVERIFY(!model.moveNode(model.rootIndex(), staff));
-
-    QVERIFY(model.setRankId(model.findMembership(2), 7));
-    QCOMPARE(model.findMembership(2).data(GroupTreeModel::RankIdRole).toInt(), 7);
-    QVERIFY(!model.setRankId(staff, 7));
-    QVERIFY(model.setData(staff, u"Personnel"_s));
-    QCOMPARE(model.tree().findGroup(20)->name, u"Personnel"_s);
-    QVERIFY(!model.setData(staff, QString()));
-    QVERIFY(!model.setData(model.rootIndex(), u"x"_s));
-
-    // Removing a group takes its sub-groups and memberships, in tree order.
-    QList<qint32> removed;
-    QVERIFY(model.removeNode(model.findGroup(20), &removed));
-    QCOMPARE(removed, QList<qint32>({ 1, 5, 2, 1 }));
-    QVERIFY(!model.findGroup(11).isValid());
-    QVERIFY(!model.findGroup(30).isValid());
-    QCOMPARE(model.tree().membershipCount(), 1);
-    QVERIFY(!model.removeNode(model.rootIndex()));
-    QCOMPARE(model.removeMembershipsOf(2), 1);
-    QCOMPARE(model.tree().membershipCount(), 0);
-}
-
-void TestDirectoryModel::groupModelLabels()
-{
-    MemberIndex index;
-    index.insert(1, member(1, u"anna"_s, 0));
-    GroupTreeModel model(DirectoryTree::Kind::Regular);
-    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-    model.setTree(sampleTree());
-    model.setMemberIndex(&index);
-    QCOMPARE(model.findMembership(1).data().toString(), u"anna"_s);
-    QCOMPARE(model.findMembership(1).data(GroupTreeModel::MaleRole).toBool(), false);
-    // A membership naming a member the directory does not know shows its id.
-    QCOMPARE(model.findMembership(2).data().toString(), u"2"_s);
-}
-
 void TestDirectoryModel::memberModel()
 {
-    MemberListModel model(false);
-    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    CVelmarManagerDoc document;
     UserInfo anna = member(1, u"anna"_s);
     anna.nickname = u"it's me"_s;
     anna.officePhone = u"110"_s;
     anna.homePhone = u"220"_s;
     anna.isGuest = 1; // the list decides
-    model.setMembers({ anna, member(2, u"bert"_s), member(1, u"anna2"_s) });
-    QCOMPARE(model.rowCount(), 3);
+    load(document, { anna, member(2, u"bert"_s), member(1, u"anna2"_s) });
+    MemberListModel &model = *document.directory()->regularMembers();
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    // Three members and the blank new-member row.
+    QCOMPARE(model.rowCount(), 4);
+    QCOMPARE(model.index(3, 0).data(MemberListModel::IsBlankRowRole).toBool(), true);
     QCOMPARE(model.columnCount(), 15);
     QCOMPARE(model.member(0).isGuest, 0);
     QCOMPARE(model.headerData(0, Qt::Horizontal).toString(), u"用户ID"_s);
@@ -306,33 +267,41 @@ void TestDirectoryModel::memberModel()
     QCOMPARE(model.index(1, 0).data(MemberListModel::MemberIdRole).toInt(), 2);
     QCOMPARE(model.index(0, 3).data(MemberListModel::UserInfoRole).value<UserInfo>().nickname,
         u"it's me"_s);
+    // The later row of a doubled id stands for the member.
+    QCOMPARE(document.directory()->findMember(1)->loginName, u"anna2"_s);
 
-    // The first row of a doubled id; lookups follow removals and appends.
+    // The first row of a doubled id; lookups follow removals and additions.
     QCOMPARE(model.rowOfId(1), 0);
     QCOMPARE(model.rowOfLoginName(u"bert"_s), 1);
     QVERIFY(model.removeRows(0, 1));
     QCOMPARE(model.rowOfId(1), 1);
-    QCOMPARE(model.appendMember(member(9, u"zed"_s)), 2);
-    QCOMPARE(model.rowOfId(9), 2);
-    QCOMPARE(model.maxId(), 9);
+    QVERIFY(!model.removeRows(2, 1)); // the blank row stays
+    QVERIFY(model.setData(model.index(model.blankRow(), 0), u"zed"_s));
+    QCOMPARE(model.rowOfLoginName(u"zed"_s), 2);
+    QCOMPARE(model.member(2).id, 3);
 
     QVERIFY(!(model.flags(model.index(0, 0)) & Qt::ItemIsEditable));
+    QVERIFY(model.flags(model.index(model.blankRow(), 0)) & Qt::ItemIsEditable);
     QVERIFY(!model.setData(model.index(0, 0), u"renamed"_s));
     QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
     QVERIFY(model.setData(model.index(0, MemberListModel::EmailColumn), u"b@x.cn"_s));
     QCOMPARE(model.member(0).email, u"b@x.cn"_s);
     QCOMPARE(changed.count(), 1);
+    // Other cells of the blank row create nothing.
+    QVERIFY(!model.setData(model.index(model.blankRow(), 1), u"x"_s));
+    QCOMPARE(model.memberCount(), 3);
 }
 
 void TestDirectoryModel::memberModelChoiceColumns()
 {
-    MemberListModel model(true);
-    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    CVelmarManagerDoc document;
     UserInfo info = member(1, u"anna"_s, 2); // any non-zero gender is male
     info.bPublic = 1;
     info.bSolar = 0;
     info.bAdmin = 1;
-    model.setMembers({ info });
+    load(document, {}, { info });
+    MemberListModel &model = *document.directory()->guestMembers();
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
     QCOMPARE(model.member(0).isGuest, 1);
     QCOMPARE(model.index(0, MemberListModel::GenderColumn).data().toString(), u"男生"_s);
     QCOMPARE(model.index(0, MemberListModel::AdminColumn).data().toString(), u"是"_s);
@@ -353,33 +322,28 @@ void TestDirectoryModel::memberModelChoiceColumns()
 
 void TestDirectoryModel::directoryMemberIds()
 {
-    Directory directory;
-    DirectoryData data;
-    data.regularMembers = { member(1, u"a"_s), member(2, u"b"_s) };
-    data.guestMembers = { member(7, u"g"_s), member(8, u"h"_s) };
-    for (const auto &list : { data.regularMembers, data.guestMembers })
-        for (const UserInfo &info : list)
-            data.memberIndex.insert(info.id, info);
-    directory.adopt(data);
+    CVelmarManagerDoc document;
+    const Directory &directory = *document.directory();
+    load(document, { member(1, u"a"_s), member(2, u"b"_s) }, { member(7, u"g"_s), member(8, u"h"_s) });
     QCOMPARE(directory.nextMemberId(), 9);
 
     // Member 8 deleted since the last save: its id is not given out again.
-    directory.removeMember(true, 1);
+    QVERIFY(document.editor().deleteMembers(true, { 1 }).ok());
     QCOMPARE(directory.deletedMemberIds(), QList<qint32>({ 8 }));
     QCOMPARE(directory.deletedLoginNames(), QStringList({ u"h"_s }));
     QVERIFY(!directory.findMember(8));
     QCOMPARE(directory.nextMemberId(), 9);
-    QCOMPARE(directory.addMember(false, member(-1, u"new"_s)), 9);
+    QCOMPARE(document.editor().addMember(false, u"new"_s).id, 9);
     QCOMPARE(directory.createdMemberIds(), QList<qint32>({ 9 }));
     QCOMPARE(directory.findMember(9)->loginName, u"new"_s);
     QCOMPARE(directory.regularMembers()->rowOfId(9), 2);
 
-    // Edits reach the member index.
+    // Edits reach the lookups by id.
     QVERIFY(directory.regularMembers()->setData(
         directory.regularMembers()->index(0, MemberListModel::DisplayNameColumn), u"Anna"_s));
     QCOMPARE(directory.findMember(1)->displayName, u"Anna"_s);
 
-    directory.markSaved();
+    document.markSaved();
     QVERIFY(directory.deletedMemberIds().isEmpty());
     QVERIFY(directory.createdMemberIds().isEmpty());
     QCOMPARE(directory.nextMemberId(), 10);
@@ -387,40 +351,39 @@ void TestDirectoryModel::directoryMemberIds()
 
 void TestDirectoryModel::directoryGroupCounter()
 {
-    Directory directory;
+    CVelmarManagerDoc document;
+    const Directory &directory = *document.directory();
     QCOMPARE(directory.nextGroupId(), 1);
-    DirectoryData data;
-    data.regularTree = sampleTree();
-    data.groupCounter = 20;
-    directory.adopt(std::move(data));
-    QSignalSpy edited(&directory, &Directory::edited);
-    const QModelIndex added
-        = directory.addGroup(true, directory.guestTree()->rootIndex(), u"新 类别"_s);
-    QCOMPARE(added.data(GroupTreeModel::GroupIdRole).toInt(), 21);
+    load(document, {}, {}, sampleTree(), 20);
+    const EditResult added
+        = document.editor().addGroup(true, directory.treeData(true).root(), u"新 类别"_s);
+    QCOMPARE(added.id, 21);
+    QCOMPARE(directory.guestTree()->findGroup(21).data().toString(), u"新 类别"_s);
     QCOMPARE(directory.groupCounter(), 21);
-    QVERIFY(edited.count() >= 1);
-    // Removing the group does not give its id back.
-    QVERIFY(directory.removeNode(true, added));
+    QVERIFY(document.isModified());
+    // Removing the group does not give its id back; undoing the addition does.
+    QVERIFY(document.editor().deleteNode(true, directory.treeData(true).findGroup(21)).ok());
     QCOMPARE(directory.nextGroupId(), 22);
+    document.undoStack()->undo();
+    document.undoStack()->undo();
+    QCOMPARE(directory.nextGroupId(), 21);
+    QVERIFY(!document.isModified());
 
-    DirectoryData full;
-    full.groupCounter = std::numeric_limits<qint32>::max();
-    directory.adopt(std::move(full));
+    load(document, {}, {}, DirectoryTree(), std::numeric_limits<qint32>::max());
     QCOMPARE(directory.nextGroupId(), -2);
-    QVERIFY(!directory.addGroup(false, directory.regularTree()->rootIndex(), u"x"_s).isValid());
+    QVERIFY(!document.editor().addGroup(false, directory.treeData(false).root(), u"x"_s).ok());
 }
 
 void TestDirectoryModel::directoryRemoveMember()
 {
-    Directory directory;
-    DirectoryData data;
-    data.regularMembers = { member(1, u"a"_s), member(2, u"b"_s) };
-    data.guestMembers = { member(3, u"g"_s) };
-    data.regularTree = sampleTree();
-    DirectoryNode *guestGroup = data.guestTree.addGroup(data.guestTree.root(), 50, u"Forum"_s);
-    data.guestTree.addMembership(guestGroup, 1, -1);
-    data.guestTree.addMembership(guestGroup, 3, -1);
-    directory.adopt(std::move(data));
+    CVelmarManagerDoc document;
+    const Directory &directory = *document.directory();
+    DirectoryTree guestTree(DirectoryTree::Kind::Guest);
+    DirectoryNode *guestGroup = guestTree.addGroup(guestTree.root(), 50, u"Forum"_s);
+    guestTree.addMembership(guestGroup, 1, -1);
+    guestTree.addMembership(guestGroup, 3, -1);
+    load(document, { member(1, u"a"_s), member(2, u"b"_s) }, { member(3, u"g"_s) }, sampleTree(),
+        50, std::move(guestTree));
     QAbstractItemModelTester t1(
         directory.regularTree(), QAbstractItemModelTester::FailureReportingMode::QtTest);
     QAbstractItemModelTester t2(
@@ -428,41 +391,40 @@ void TestDirectoryModel::directoryRemoveMember()
     QSignalSpy unplaced(&directory, &Directory::memberUnplaced);
 
     // A regular member leaves both trees.
-    directory.removeMember(false, 0);
+    QVERIFY(document.editor().deleteMembers(false, { 0 }).ok());
     QCOMPARE(unplaced.count(), 3);
-    QVERIFY(!directory.regularTree()->tree().hasMembership(1));
-    QVERIFY(!directory.guestTree()->tree().hasMembership(1));
-    QCOMPARE(directory.regularTree()->tree().membershipCount(), 1);
+    QVERIFY(!directory.treeData(false).hasMembership(1));
+    QVERIFY(!directory.treeData(true).hasMembership(1));
+    QCOMPARE(directory.treeData(false).membershipCount(), 1);
 
     // A guest member leaves the guest tree only.
-    directory.regularTree()->addMembership(directory.regularTree()->findGroup(20), 3, -1);
-    directory.removeMember(true, 0);
-    QVERIFY(!directory.guestTree()->tree().hasMembership(3));
-    QVERIFY(directory.regularTree()->tree().hasMembership(3));
+    QVERIFY(document.editor().placeMembers(false, directory.treeData(false).findGroup(20), { 3 }).ok());
+    QVERIFY(document.editor().deleteMembers(true, { 0 }).ok());
+    QVERIFY(!directory.treeData(true).hasMembership(3));
+    QVERIFY(directory.treeData(false).hasMembership(3));
     QCOMPARE(directory.deletedMemberIds(), QList<qint32>({ 1, 3 }));
 }
 
 void TestDirectoryModel::directoryRemoveGroupUnplacesMembers()
 {
-    Directory directory;
-    DirectoryData data;
-    data.regularMembers = { member(1, u"a"_s), member(2, u"b"_s) };
-    data.regularTree = sampleTree();
-    directory.adopt(std::move(data));
+    CVelmarManagerDoc document;
+    const Directory &directory = *document.directory();
+    load(document, { member(1, u"a"_s), member(2, u"b"_s) }, {}, sampleTree());
     QSignalSpy placed(&directory, &Directory::memberPlaced);
     QSignalSpy unplaced(&directory, &Directory::memberUnplaced);
-    QVERIFY(
-        !directory.addMembership(false, directory.regularTree()->findGroup(10), 2, 1).isValid());
+    const EditResult again
+        = document.editor().placeMembers(false, directory.treeData(false).findGroup(10), { 2 });
+    QCOMPARE(again.skipped, 1);
     QCOMPARE(placed.count(), 0);
-    QVERIFY(directory.addMembership(false, directory.regularTree()->findGroup(11), 2, 1).isValid());
+    QVERIFY(document.editor().placeMembers(false, directory.treeData(false).findGroup(11), { 2 }).ok());
     QCOMPARE(placed.count(), 1);
-    QVERIFY(directory.removeNode(false, directory.regularTree()->findGroup(10)));
+    QVERIFY(document.editor().deleteNode(false, directory.treeData(false).findGroup(10)).ok());
     QList<qint32> ids;
     for (const auto &args : std::as_const(unplaced))
         ids << args.at(0).toInt();
     QCOMPARE(ids, QList<qint32>({ 1, 2, 2 }));
     // Members stay in their list when their groups go.
-    QCOMPARE(directory.regularMembers()->rowCount(), 2);
+    QCOMPARE(directory.regularMembers()->memberCount(), 2);
 }
 
 QTEST_GUILESS_MAIN(TestDirectoryModel)

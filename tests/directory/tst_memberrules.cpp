@@ -1,4 +1,6 @@
+#include "CVelmarManagerDoc.h"
 #include "Directory.h"
+#include "ServerDataSet.h"
 #include "MemberListModel.h"
 #include "MemberRules.h"
 
@@ -18,6 +20,14 @@ UserInfo member(qint32 id, const QString &login)
     info.id = id;
     info.password = u"pw"_s;
     return info;
+}
+
+void load(CVelmarManagerDoc &document, MemberList regular, MemberList guest)
+{
+    ServerDataSet set;
+    set.directory.regularMembers = std::move(regular);
+    set.directory.guestMembers = std::move(guest);
+    document.adopt(std::move(set), CVelmarManagerDoc::LoadState::Complete);
 }
 
 } // namespace
@@ -185,16 +195,16 @@ void TestMemberRules::userIdBytesOutsideTheCodePageAreRefused()
 
 void TestMemberRules::duplicatesAreCaseSensitiveAcrossBothLists()
 {
-    Directory directory;
-    directory.addMember(false, member(1, u"abc"_s));
-    directory.addMember(true, member(2, u"guest"_s));
+    CVelmarManagerDoc document;
+    load(document, { member(1, u"abc"_s) }, { member(2, u"guest"_s) });
+    const Directory &directory = *document.directory();
     const auto exists = [&](const QString &name) { return directory.hasLoginName(name); };
     QVERIFY(!m_rules.checkNewUserId(u"Abc"_s, exists));
     QCOMPARE(m_rules.checkNewUserId(u"abc"_s, exists)->text, ExistsText);
     // Present only in the guest grid is present too.
     QCOMPARE(m_rules.checkNewUserId(u"guest"_s, exists)->text, ExistsText);
     // A deleted user ID is free again.
-    directory.removeMember(false, 0);
+    QVERIFY(document.editor().deleteMembers(false, { 0 }).ok());
     QVERIFY(!m_rules.checkNewUserId(u"abc"_s, exists));
 }
 
@@ -216,9 +226,10 @@ void TestMemberRules::passwordRuleAndNewMemberDefaults()
     QVERIFY(!MemberRules::checkPasswordOnLeave(u" "));
 
     // A new member shows 男生, 公开, 阳历 and 是.
-    MemberListModel list(false);
-    list.appendMember(MemberRules::newMember(u"new"_s));
-    QCOMPARE(list.member(0).id, -1);
+    QCOMPARE(MemberRules::newMember(u"new"_s).id, -1);
+    CVelmarManagerDoc document;
+    QCOMPARE(document.editor().addMember(false, u"new"_s).id, 1);
+    const MemberListModel &list = *document.directory()->regularMembers();
     const QStringList shown {
         list.index(0, MemberListModel::GenderColumn).data().toString(),
         list.index(0, MemberListModel::PublicColumn).data().toString(),
@@ -248,19 +259,20 @@ void TestMemberRules::birthdayForms()
 
 void TestMemberRules::nextIdSkipsIdsDeletedSinceTheSave()
 {
-    Directory directory;
-    for (const qint32 id : { 1, 2, 7, 8 })
-        directory.addMember(false, member(id, u"m%1"_s.arg(id)));
-    directory.removeMember(false, 3); // member 8
+    CVelmarManagerDoc document;
+    load(document,
+        { member(1, u"m1"_s), member(2, u"m2"_s), member(7, u"m7"_s), member(8, u"m8"_s) }, {});
+    const Directory &directory = *document.directory();
+    QVERIFY(document.editor().deleteMembers(false, { 3 }).ok()); // member 8
     QVERIFY(directory.isDeletedSinceSave(8));
     QCOMPARE(directory.nextMemberId(), 9);
     // A guest member's id counts as well.
-    directory.addMember(true, member(9, u"g9"_s));
+    QCOMPARE(document.editor().addMember(true, u"g9"_s).id, 9);
     QCOMPARE(directory.nextMemberId(), 10);
-    directory.removeMember(true, 0);
+    QVERIFY(document.editor().deleteMembers(true, { 0 }).ok());
     QCOMPARE(directory.nextMemberId(), 10);
     // After the save the rows of the deleted members are gone and their ids free.
-    directory.markSaved();
+    document.markSaved();
     QVERIFY(!directory.isDeletedSinceSave(9));
     QCOMPARE(directory.nextMemberId(), 8);
 }

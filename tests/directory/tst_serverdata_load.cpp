@@ -100,9 +100,8 @@ void TestServerDataLoad::fullLoad()
 
     // Counts of every data set.
     Directory &directory = *data.directory();
-    QCOMPARE(directory.regularMembers()->rowCount(), 5);
-    QCOMPARE(directory.guestMembers()->rowCount(), 2);
-    QCOMPARE(directory.memberIndex().size(), 6);
+    QCOMPARE(directory.regularMembers()->memberCount(), 5);
+    QCOMPARE(directory.guestMembers()->memberCount(), 2);
     QCOMPARE(directory.regularTree()->tree().groupCount(), 3);
     QCOMPARE(directory.guestTree()->tree().groupCount(), 2);
     QCOMPARE(directory.regularTree()->tree().membershipCount(), 4);
@@ -167,7 +166,7 @@ void TestServerDataLoad::emptyDatabase()
         data.directory()->regularTree()->rowCount(data.directory()->regularTree()->rootIndex()), 0);
     QCOMPARE(
         data.directory()->guestTree()->rowCount(data.directory()->guestTree()->rootIndex()), 0);
-    QCOMPARE(data.directory()->regularMembers()->rowCount(), 0);
+    QCOMPARE(data.directory()->regularMembers()->memberCount(), 0);
     QCOMPARE(data.positions()->rowCount(), 0);
     QCOMPARE(data.notices()->rowCount(), 0);
     QCOMPARE(data.loadState(), CVelmarManagerDoc::LoadState::Complete);
@@ -290,7 +289,7 @@ void TestServerDataLoad::readFailure()
     // What was read before the failure stays in memory.
     const Directory &directory = *data.directory();
     const QList<int> counts {
-        directory.regularMembers()->rowCount() + directory.guestMembers()->rowCount(),
+        directory.memberCount(),
         directory.regularTree()->tree().groupCount() + directory.guestTree()->tree().groupCount(),
         directory.regularTree()->tree().membershipCount()
             + directory.guestTree()->tree().membershipCount(),
@@ -368,7 +367,7 @@ void TestServerDataLoad::lockedDatabase()
     ScriptedMessageService messages;
     const ThreadRun run = runReadThread(dir, data, messages);
     QCOMPARE(run.exitResult, 1);
-    QCOMPARE(data.directory()->regularMembers()->rowCount(), 5);
+    QCOMPARE(data.directory()->regularMembers()->memberCount(), 5);
     QCOMPARE(data.notices()->rowCount(), 2);
 }
 

@@ -127,16 +127,6 @@ enum class Poison {
     PoolVoipId,
 };
 
-UserInfo newMember(const QString &login, const QString &name)
-{
-    UserInfo member;
-    member.loginName = login;
-    member.displayName = name;
-    member.password = u"secret"_s;
-    member.id = -1; // the next free id
-    return member;
-}
-
 // The table a trigger poison sits on, and the rows it refuses.
 QString triggerTable(Poison poison)
 {
@@ -180,7 +170,7 @@ bool applyPoison(SaveEnv &env, Poison poison, QString *error)
     switch (poison) {
     case Poison::DeletedMemberRows:
         // carl (3) is deleted; his memo row cannot be.
-        directory.removeMember(false, directory.regularMembers()->rowOfId(3));
+        env.data.editor().deleteMembers(false, { directory.regularMembers()->rowOfId(3) });
         return env.db->exec(u"INSERT INTO LeavedMemo (OMemberID) VALUES (3)"_s)
             && createPoisonTrigger(*env.db, u"DELETE"_s, table, {}, error);
     case Poison::RegularGroupName:
@@ -199,11 +189,11 @@ bool applyPoison(SaveEnv &env, Poison poison, QString *error)
     case Poison::PoolVoipId:
         return createPoisonTrigger(*env.db, u"UPDATE"_s, table, {}, error);
     case Poison::AccessTokenRows:
-        env.data.permissions().setFlag(1, CAccessToken::ChatOn, false);
+        env.data.permissionsForSave().setFlag(1, CAccessToken::ChatOn, false);
         return createPoisonTrigger(*env.db, u"INSERT"_s, table, {}, error);
     case Poison::VoipId:
-        env.data.permissions().editVoipAccount(
-            1, AccessTokenTable::VoipField::Id, u"v100b"_s, &env.data.voipPool());
+        env.data.permissionsForSave().editVoipAccount(
+            1, AccessTokenTable::VoipField::Id, u"v100b"_s, &env.data.voipPoolForSave());
         return createPoisonTrigger(*env.db, u"INSERT"_s, table, {}, error);
     case Poison::PositionName:
     case Poison::FolderPath:
@@ -296,10 +286,9 @@ void TestServerDataSave::statementOrder()
 {
     SAVE_ENV(env, smallDatabase());
     env.traceTo(u"save.sql"_s);
-    // The editing Parts delete member 3 with its permissions and a notice.
+    // Member 3 goes with its permissions, and a notice.
     Directory &directory = *env.data.directory();
-    directory.removeMember(false, directory.regularMembers()->rowOfId(3));
-    env.data.permissions().removeMemberPermissions(3);
+    QVERIFY(env.data.editor().deleteMembers(false, { directory.regularMembers()->rowOfId(3) }).ok());
     QCOMPARE(env.data.notices()->deleteRows({ 0 }), 1);
     QVERIFY(env.data.isModified());
 
@@ -388,10 +377,10 @@ void TestServerDataSave::refusals()
     SAVE_ENV(env, populatedDatabase());
     env.traceTo(u"save.sql"_s);
     const QStringList before = dumpDataSet(readBack(env.dir));
-    env.data.directory()->removeMember(false, 0);
+    QVERIFY(env.data.editor().deleteMembers(false, { 0 }).ok());
     if (emptyField >= 0) {
         MemberListModel &members = *env.data.directory()->members(guest);
-        QVERIFY(members.setData(members.index(members.rowCount() - 1, emptyField), QString()));
+        QVERIFY(members.setData(members.index(members.memberCount() - 1, emptyField), QString()));
     }
 
     if (answer != 0)
@@ -400,7 +389,7 @@ void TestServerDataSave::refusals()
     QCOMPARE(result.outcome, outcome);
     if (outcome == ServerDataSaver::Outcome::MemberMissing) {
         QCOMPARE(result.memberIsGuest, guest);
-        QCOMPARE(result.memberRow, env.data.directory()->members(guest)->rowCount() - 1);
+        QCOMPARE(result.memberRow, env.data.directory()->members(guest)->memberCount() - 1);
     }
     QCOMPARE(
         env.messages.balloonTexts(), balloon.isEmpty() ? QStringList() : QStringList { balloon });
@@ -588,22 +577,32 @@ void TestServerDataSave::unsafeTexts()
     SAVE_ENV(env, populatedDatabase());
     env.traceTo(u"unsafe.trace"_s);
     Directory &directory = *env.data.directory();
-    GroupTreeModel &tree = *directory.regularTree();
-    const QModelIndex sales = tree.index(0, 0, tree.rootIndex());
-    QVERIFY(directory.addGroup(false, sales, u"O'Brien"_s).isValid());
-    QVERIFY(directory.addGroup(true, directory.guestTree()->rootIndex(), u"Bob's"_s).isValid());
-    UserInfo oneil = newMember(u"oneil"_s, u"O'Neil"_s);
-    oneil.email = u"o'neil@x.cn"_s;
-    oneil.nickname = u"it's fine"_s; // escaped on the way in: never named
-    QVERIFY(directory.addMember(false, oneil) > 0);
-    QVERIFY(directory.addMember(true, newMember(u"g'uest"_s, u"Guest"_s)) > 0);
-    PositionListModel &positions = *env.data.positions();
-    QCOMPARE(positions.renamePosition(positions.addPosition(), u"it's"_s),
-        PositionListModel::RenameResult::Renamed);
-    env.data.permissions().editVoipAccount(
-        1, AccessTokenTable::VoipField::Password, u"p'w"_s, &env.data.voipPool());
-    env.data.fileBox().addFolder(u"it's\\mine"_s);
-    env.data.voipPool().append({ u"p'q"_s, u"pp"_s, 0 });
+    DirectoryEditor &editor = env.data.editor();
+    const DirectoryNode *sales = directory.treeData(false).root()->child(0);
+    QVERIFY(editor.addGroup(false, sales, u"O'Brien"_s).ok());
+    QVERIFY(editor.addGroup(true, directory.treeData(true).root(), u"Bob's"_s).ok());
+    // The character rule keeps quotes out of user IDs, but not out of the
+    // other cells; the nickname is escaped on the way in and never named.
+    QVERIFY(editor.addMember(false, u"oneil"_s).ok());
+    MemberListModel &members = *directory.regularMembers();
+    const int row = members.rowOfLoginName(u"oneil"_s);
+    for (const auto &[column, text] : { std::pair { MemberListModel::DisplayNameColumn, u"O'Neil"_s },
+             { MemberListModel::PasswordColumn, u"pw"_s },
+             { MemberListModel::EmailColumn, u"o'neil@x.cn"_s },
+             { MemberListModel::NicknameColumn, u"it's fine"_s } })
+        QVERIFY(members.setData(members.index(row, column), text));
+    QVERIFY(editor.addMember(true, u"guest2"_s).ok());
+    MemberListModel &guests = *directory.guestMembers();
+    QVERIFY(guests.setData(guests.index(guests.rowOfLoginName(u"guest2"_s),
+                               MemberListModel::DisplayNameColumn),
+        u"G'uest"_s));
+    QVERIFY(guests.setData(
+        guests.index(guests.rowOfLoginName(u"guest2"_s), MemberListModel::PasswordColumn), u"pw"_s));
+    QVERIFY(editor.addPosition(u"it's"_s).ok());
+    env.data.permissionsForSave().editVoipAccount(
+        1, AccessTokenTable::VoipField::Password, u"p'w"_s, &env.data.voipPoolForSave());
+    env.data.fileBoxForSave().addFolder(u"it's\\mine"_s);
+    env.data.voipPoolForSave().append({ u"p'q"_s, u"pp"_s, 0 });
     env.data.setModified();
     const QStringList memory = dumpServerData(env.data);
     const QStringList before = dumpDataSet(readBack(env.dir));
@@ -618,7 +617,7 @@ void TestServerDataSave::unsafeTexts()
             "论坛结构 /Bob's\r\n"
             "会员 oneil 的 姓名\r\n"
             "会员 oneil 的 邮箱\r\n"
-            "论坛用户 g'uest 的 用户ID\r\n"
+            "论坛用户 guest2 的 姓名\r\n"
             "等级 it's\r\n"
             "会员 anna 的 VoIP 密码\r\n"
             "文件夹 it's\\mine\r\n"
@@ -760,8 +759,8 @@ void TestServerDataSave::journalNotWritable()
         QSKIP("root writes into read-only folders; the other row covers the refusal");
     SAVE_ENV(env, populatedDatabase());
     env.traceTo(u"readonly.trace"_s);
-    env.data.directory()->addGroup(
-        false, env.data.directory()->regularTree()->rootIndex(), u"New"_s);
+    env.data.editor().addGroup(
+        false, env.data.directory()->treeData(false).root(), u"New"_s);
     const QStringList before = dumpDataSet(readBack(env.dir));
     const QString folder = QFileInfo(env.journalPath()).absolutePath();
     if (readOnlyFolder)
@@ -842,8 +841,8 @@ void TestServerDataSave::saveOnClose()
         QVERIFY2(createPoisonTrigger(*env.db, u"INSERT"_s, u"\"Group\""_s, {}, &error),
             qPrintable(error));
     if (modified)
-        env.data.directory()->addGroup(
-            false, env.data.directory()->regularTree()->rootIndex(), u"New"_s);
+        env.data.editor().addGroup(
+            false, env.data.directory()->treeData(false).root(), u"New"_s);
     QCOMPARE(env.data.isModified(), modified);
     if (answer)
         env.messages.queueAnswer(answer);
@@ -878,8 +877,8 @@ void TestServerDataSave::lockedDatabase()
     if (postgres)
         QVERIFY(env.db->exec(
             u"ALTER DATABASE "_s + env.db->databaseName() + u" SET lock_timeout = '1s'"_s));
-    env.data.directory()->addGroup(
-        false, env.data.directory()->regularTree()->rootIndex(), u"New"_s);
+    env.data.editor().addGroup(
+        false, env.data.directory()->treeData(false).root(), u"New"_s);
     const QStringList memory = dumpServerData(env.data);
     const QStringList database = dumpDataSet(readBack(env.dir));
 
