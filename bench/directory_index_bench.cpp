@@ -8,11 +8,10 @@
 #include "Directory.h"
 #include "ServerDataSet.h"
 
-#include <QUndoStack>
-
 #include <cstdio>
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QUndoStack>
 
 using namespace Qt::StringLiterals;
 
@@ -123,7 +122,8 @@ int main(int argc, char *argv[])
     constexpr int Deletions = 1000;
     timed("delete member (with 2 memberships)", Deletions, [&] {
         for (int i = 0; i < Deletions; ++i)
-            document.editor().deleteMembers(false, { directory.regularMembers()->memberCount() - 1 });
+            document.editor().deleteMembers(
+                false, { directory.regularMembers()->memberCount() - 1 });
     });
     timed("id lookup after each deletion", 100, [&] {
         for (int i = 0; i < 100; ++i) {

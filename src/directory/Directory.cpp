@@ -309,8 +309,8 @@ bool Directory::moveNode(bool guest, DirectoryNode *node, DirectoryNode *parent,
         return false;
     // beginMoveRows counts the destination before the node is taken out.
     const int destination = (source == parent && row > from) ? row + 1 : row;
-    if (!model->beginMoveRows(model->indexForNode(source), from, from,
-            model->indexForNode(parent), destination))
+    if (!model->beginMoveRows(
+            model->indexForNode(source), from, from, model->indexForNode(parent), destination))
         return false;
     const bool moved = mutableTree(guest).move(node, parent, row);
     model->endMoveRows();

@@ -281,8 +281,8 @@ bool GroupTreeModel::canDropMimeData(
     return MemberDragFormat::canDecode(data);
 }
 
-bool GroupTreeModel::dropMimeData(const QMimeData *data, Qt::DropAction action, int row,
-    int column, const QModelIndex &parent)
+bool GroupTreeModel::dropMimeData(
+    const QMimeData *data, Qt::DropAction action, int row, int column, const QModelIndex &parent)
 {
     m_lastRefusal.reset();
     if (!m_editor || !canDropMimeData(data, action, row, column, parent))
@@ -292,8 +292,7 @@ bool GroupTreeModel::dropMimeData(const QMimeData *data, Qt::DropAction action, 
     if (data->hasFormat(nodeMimeType()))
         result = m_editor->moveNodeInto(m_guest, draggedNode(data), target);
     else
-        result = m_editor->dropMembers(
-            m_guest, target, data->data(MemberDragFormat::mimeType()));
+        result = m_editor->dropMembers(m_guest, target, data->data(MemberDragFormat::mimeType()));
     m_lastRefusal = result.refusal;
     // The node has moved and the grid rows stay: a view showing this model
     // must not remove the drag's source rows after a move drop.

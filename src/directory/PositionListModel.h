@@ -4,7 +4,6 @@
 #include "PositionList.h"
 
 #include <optional>
-
 #include <QAbstractListModel>
 
 class DirectoryEditor;

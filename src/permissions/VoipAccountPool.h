@@ -1,11 +1,10 @@
 #pragma once
 
-#include <set>
-#include <QHash>
-
 #include <functional>
+#include <QHash>
 #include <QList>
 #include <QString>
+#include <set>
 
 class DbConnection;
 

@@ -3,11 +3,10 @@
 #include "DirectoryTree.h"
 #include "ServerDataSet.h"
 
-#include <QUndoStack>
-
 #include <QRandomGenerator>
 #include <QSet>
 #include <QTest>
+#include <QUndoStack>
 
 using namespace Qt::StringLiterals;
 
@@ -280,7 +279,8 @@ void TestDirectoryIndex::directoryIndexesFollowRandomEdits()
         checkTree(const_cast<DirectoryTree &>(directory.treeData(false)), random);
         checkTree(const_cast<DirectoryTree &>(directory.treeData(true)), random);
         largest = std::max(largest,
-            directory.treeData(false).membershipCount() + directory.regularMembers()->memberCount());
+            directory.treeData(false).membershipCount()
+                + directory.regularMembers()->memberCount());
         if (QTest::currentTestFailed())
             QFAIL(qPrintable(u"after step %1 (operation %2)"_s.arg(step).arg(what)));
     }

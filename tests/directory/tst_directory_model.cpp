@@ -1,10 +1,10 @@
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
-#include "ServerDataSet.h"
 #include "DirectoryTree.h"
 #include "EscapeMarkers.h"
 #include "GroupTreeModel.h"
 #include "MemberListModel.h"
+#include "ServerDataSet.h"
 
 #include <limits>
 #include <QAbstractItemModelTester>
@@ -324,7 +324,8 @@ void TestDirectoryModel::directoryMemberIds()
 {
     CVelmarManagerDoc document;
     const Directory &directory = *document.directory();
-    load(document, { member(1, u"a"_s), member(2, u"b"_s) }, { member(7, u"g"_s), member(8, u"h"_s) });
+    load(document, { member(1, u"a"_s), member(2, u"b"_s) },
+        { member(7, u"g"_s), member(8, u"h"_s) });
     QCOMPARE(directory.nextMemberId(), 9);
 
     // Member 8 deleted since the last save: its id is not given out again.
@@ -398,7 +399,8 @@ void TestDirectoryModel::directoryRemoveMember()
     QCOMPARE(directory.treeData(false).membershipCount(), 1);
 
     // A guest member leaves the guest tree only.
-    QVERIFY(document.editor().placeMembers(false, directory.treeData(false).findGroup(20), { 3 }).ok());
+    QVERIFY(
+        document.editor().placeMembers(false, directory.treeData(false).findGroup(20), { 3 }).ok());
     QVERIFY(document.editor().deleteMembers(true, { 0 }).ok());
     QVERIFY(!directory.treeData(true).hasMembership(3));
     QVERIFY(directory.treeData(false).hasMembership(3));
@@ -416,7 +418,8 @@ void TestDirectoryModel::directoryRemoveGroupUnplacesMembers()
         = document.editor().placeMembers(false, directory.treeData(false).findGroup(10), { 2 });
     QCOMPARE(again.skipped, 1);
     QCOMPARE(placed.count(), 0);
-    QVERIFY(document.editor().placeMembers(false, directory.treeData(false).findGroup(11), { 2 }).ok());
+    QVERIFY(
+        document.editor().placeMembers(false, directory.treeData(false).findGroup(11), { 2 }).ok());
     QCOMPARE(placed.count(), 1);
     QVERIFY(document.editor().deleteNode(false, directory.treeData(false).findGroup(10)).ok());
     QList<qint32> ids;

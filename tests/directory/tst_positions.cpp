@@ -1,4 +1,6 @@
 #include "CVelmarManagerDoc.h"
+#include "Directory.h"
+#include "MembershipPositionModel.h"
 #include "PositionList.h"
 #include "PositionListModel.h"
 #include "ProfileFile.h"
@@ -39,6 +41,7 @@ private Q_SLOTS:
     void modelAddRemoveRules();
     void modelRenameRules();
     void modelMoveAndDefault();
+    void membershipGrid();
 };
 
 void TestPositions::lookups()
@@ -220,6 +223,68 @@ void TestPositions::modelMoveAndDefault()
     QCOMPARE(model.list().defaultPositionId(), -1);
     document.undoStack()->redo();
     QCOMPARE(PositionList::readDefaultPositionId(profile), 3);
+}
+
+void TestPositions::membershipGrid()
+{
+    CVelmarManagerDoc document;
+    ServerDataSet set;
+    set.positions.positions = { { 1, u"Staff"_s }, { 2, u"Boss"_s }, { 3, u"Chef"_s } };
+    DirectoryTree &tree = set.directory.regularTree;
+    DirectoryNode *sales = tree.addGroup(tree.root(), 10, u"Sales"_s);
+    tree.addMembership(sales, 1, -1);
+    tree.addMembership(sales, 2, 2);
+    DirectoryNode *east = tree.addGroup(sales, 11, u"East"_s);
+    tree.addMembership(east, 1, 9); // a position no longer listed
+    tree.addMembership(tree.root(), 2, 3);
+    for (const auto &[id, login] : { std::pair { 1, u"anna"_s }, { 2, u"bert"_s } }) {
+        UserInfo member;
+        member.id = id;
+        member.loginName = login;
+        set.directory.regularMembers.append(member);
+    }
+    document.adopt(std::move(set), CVelmarManagerDoc::LoadState::Complete);
+    MembershipPositionModel model(document);
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+
+    const auto rows = [&model] {
+        QStringList out;
+        for (int row = 0; row < model.rowCount(); ++row) {
+            QStringList cells;
+            for (int column = 0; column < model.columnCount(); ++column)
+                cells << model.index(row, column).data().toString();
+            out << cells.join(u'|');
+        }
+        return out;
+    };
+    QCOMPARE(model.headerData(2, Qt::Horizontal).toString(), u"等级"_s);
+    // Tree order; no position shows the second entry, an unknown one the last.
+    QCOMPARE(rows(),
+        QStringList({ u"anna|Sales|Boss"_s, u"bert|Sales|Boss"_s, u"anna|East|Chef"_s,
+            u"bert|类别|Chef"_s }));
+    QCOMPARE(model.index(0, 2).data(MembershipPositionModel::RankIdRole).toInt(), -1);
+
+    QVERIFY(model.setData(model.index(0, 2), u"Staff"_s));
+    QCOMPARE(model.index(0, 2).data(MembershipPositionModel::RankIdRole).toInt(), 1);
+    QVERIFY(model.setData(model.index(0, 2), u"nobody"_s));
+    QCOMPARE(model.index(0, 2).data(MembershipPositionModel::RankIdRole).toInt(), -1);
+    QVERIFY(model.setPosition({ 0, 3 }, 203).ok());
+    QCOMPARE(model.index(3, 2).data(MembershipPositionModel::RankIdRole).toInt(), 3);
+    QVERIFY(!model.setPosition({ 0 }, 204).ok());
+
+    // Deleting a position moves its holders to position 1, and undo puts
+    // them back.
+    QVERIFY(document.editor().deletePosition(1).ok());
+    QCOMPARE(model.index(1, 2).data(MembershipPositionModel::RankIdRole).toInt(), 1);
+    QCOMPARE(model.index(1, 2).data().toString(), u"Staff"_s);
+    document.undoStack()->undo();
+    QCOMPARE(model.index(1, 2).data(MembershipPositionModel::RankIdRole).toInt(), 2);
+
+    // A tree change rebuilds the grid.
+    QVERIFY(document.editor()
+                .deleteNode(false, document.directory()->treeData(false).findGroup(11))
+                .ok());
+    QCOMPARE(model.rowCount(), 3);
 }
 
 QTEST_GUILESS_MAIN(TestPositions)

@@ -1,4 +1,5 @@
 #include "CRegistry.h"
+#include "CVelmarManagerDoc.h"
 #include "DbConnection.h"
 #include "DbSession.h"
 #include "Directory.h"
@@ -13,7 +14,6 @@
 #include "SaveJournal.h"
 #include "SavePreflight.h"
 #include "ScriptedMessageService.h"
-#include "CVelmarManagerDoc.h"
 #include "ServerDataFixture.h"
 #include "ServerDataSaver.h"
 #include "ServerDataSet.h"
@@ -288,7 +288,8 @@ void TestServerDataSave::statementOrder()
     env.traceTo(u"save.sql"_s);
     // Member 3 goes with its permissions, and a notice.
     Directory &directory = *env.data.directory();
-    QVERIFY(env.data.editor().deleteMembers(false, { directory.regularMembers()->rowOfId(3) }).ok());
+    QVERIFY(
+        env.data.editor().deleteMembers(false, { directory.regularMembers()->rowOfId(3) }).ok());
     QCOMPARE(env.data.notices()->deleteRows({ 0 }), 1);
     QVERIFY(env.data.isModified());
 
@@ -586,18 +587,20 @@ void TestServerDataSave::unsafeTexts()
     QVERIFY(editor.addMember(false, u"oneil"_s).ok());
     MemberListModel &members = *directory.regularMembers();
     const int row = members.rowOfLoginName(u"oneil"_s);
-    for (const auto &[column, text] : { std::pair { MemberListModel::DisplayNameColumn, u"O'Neil"_s },
-             { MemberListModel::PasswordColumn, u"pw"_s },
-             { MemberListModel::EmailColumn, u"o'neil@x.cn"_s },
-             { MemberListModel::NicknameColumn, u"it's fine"_s } })
+    for (const auto &[column, text] :
+        { std::pair { MemberListModel::DisplayNameColumn, u"O'Neil"_s },
+            { MemberListModel::PasswordColumn, u"pw"_s },
+            { MemberListModel::EmailColumn, u"o'neil@x.cn"_s },
+            { MemberListModel::NicknameColumn, u"it's fine"_s } })
         QVERIFY(members.setData(members.index(row, column), text));
     QVERIFY(editor.addMember(true, u"guest2"_s).ok());
     MemberListModel &guests = *directory.guestMembers();
-    QVERIFY(guests.setData(guests.index(guests.rowOfLoginName(u"guest2"_s),
-                               MemberListModel::DisplayNameColumn),
+    QVERIFY(guests.setData(
+        guests.index(guests.rowOfLoginName(u"guest2"_s), MemberListModel::DisplayNameColumn),
         u"G'uest"_s));
     QVERIFY(guests.setData(
-        guests.index(guests.rowOfLoginName(u"guest2"_s), MemberListModel::PasswordColumn), u"pw"_s));
+        guests.index(guests.rowOfLoginName(u"guest2"_s), MemberListModel::PasswordColumn),
+        u"pw"_s));
     QVERIFY(editor.addPosition(u"it's"_s).ok());
     env.data.permissionsForSave().editVoipAccount(
         1, AccessTokenTable::VoipField::Password, u"p'w"_s, &env.data.voipPoolForSave());
@@ -759,8 +762,7 @@ void TestServerDataSave::journalNotWritable()
         QSKIP("root writes into read-only folders; the other row covers the refusal");
     SAVE_ENV(env, populatedDatabase());
     env.traceTo(u"readonly.trace"_s);
-    env.data.editor().addGroup(
-        false, env.data.directory()->treeData(false).root(), u"New"_s);
+    env.data.editor().addGroup(false, env.data.directory()->treeData(false).root(), u"New"_s);
     const QStringList before = dumpDataSet(readBack(env.dir));
     const QString folder = QFileInfo(env.journalPath()).absolutePath();
     if (readOnlyFolder)
@@ -841,8 +843,7 @@ void TestServerDataSave::saveOnClose()
         QVERIFY2(createPoisonTrigger(*env.db, u"INSERT"_s, u"\"Group\""_s, {}, &error),
             qPrintable(error));
     if (modified)
-        env.data.editor().addGroup(
-            false, env.data.directory()->treeData(false).root(), u"New"_s);
+        env.data.editor().addGroup(false, env.data.directory()->treeData(false).root(), u"New"_s);
     QCOMPARE(env.data.isModified(), modified);
     if (answer)
         env.messages.queueAnswer(answer);
@@ -877,8 +878,7 @@ void TestServerDataSave::lockedDatabase()
     if (postgres)
         QVERIFY(env.db->exec(
             u"ALTER DATABASE "_s + env.db->databaseName() + u" SET lock_timeout = '1s'"_s));
-    env.data.editor().addGroup(
-        false, env.data.directory()->treeData(false).root(), u"New"_s);
+    env.data.editor().addGroup(false, env.data.directory()->treeData(false).root(), u"New"_s);
     const QStringList memory = dumpServerData(env.data);
     const QStringList database = dumpDataSet(readBack(env.dir));
 

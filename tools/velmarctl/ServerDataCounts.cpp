@@ -1,9 +1,9 @@
 #include "ServerDataCounts.h"
 
+#include "CVelmarManagerDoc.h"
 #include "Directory.h"
 #include "NoticeListModel.h"
 #include "PositionListModel.h"
-#include "CVelmarManagerDoc.h"
 
 #include <QSet>
 
@@ -30,8 +30,7 @@ QJsonObject ServerDataCounts::of(const CVelmarManagerDoc &data)
     return QJsonObject {
         { u"members"_s,
             QJsonObject { { u"regular"_s, regularMembers }, { u"guest"_s, guestMembers },
-                { u"total"_s, regularMembers + guestMembers },
-                { u"index"_s, int(ids.size()) } } },
+                { u"total"_s, regularMembers + guestMembers }, { u"index"_s, int(ids.size()) } } },
         { u"groups"_s,
             QJsonObject { { u"regular"_s, directory.regularTree()->tree().groupCount() },
                 { u"guest"_s, directory.guestTree()->tree().groupCount() } } },
