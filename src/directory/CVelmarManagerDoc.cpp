@@ -43,7 +43,9 @@ CVelmarManagerDoc::CVelmarManagerDoc(QObject *parent)
 
 CVelmarManagerDoc::~CVelmarManagerDoc()
 {
-    // The commands hold nodes and records of the data sets: they go first.
+    // The commands hold nodes and records of the data sets: they go first,
+    // quietly, as the window that listens may be half gone already.
+    m_undo->blockSignals(true);
     m_undo->clear();
 }
 
