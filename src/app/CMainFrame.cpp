@@ -17,10 +17,9 @@
 #include "MemberListModel.h"
 #include "OutlookBar.h"
 #include "SaveRecovery.h"
-#include "CVelmarManagerDoc.h"
 #include "ServerDataSaver.h"
-#include "SettingsCommands.h"
 #include "ServiceCommands.h"
+#include "SettingsCommands.h"
 #include "ViewIds.h"
 
 #include <QAction>
@@ -28,6 +27,7 @@
 #include <QCloseEvent>
 #include <QDesktopServices>
 #include <QDir>
+#include <QDockWidget>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QMenuBar>
@@ -36,6 +36,8 @@
 #include <QStatusBar>
 #include <QStyle>
 #include <QToolBar>
+#include <QUndoStack>
+#include <QUndoView>
 #include <QUrl>
 
 using namespace Qt::StringLiterals;
@@ -84,6 +86,7 @@ CMainFrame::CMainFrame(const MainFrameContext &context, QWidget *parent)
     m_folder.prepareDatabaseSettings(m_context.hives);
 
     createCommands();
+    createJournal();
     createMenus();
     createToolBar();
     statusBar()->setObjectName(u"statusBar"_s);
@@ -185,6 +188,36 @@ void CMainFrame::createCommands()
     connect(about, &QAction::triggered, this, &CMainFrame::showAbout);
 }
 
+void CMainFrame::createJournal()
+{
+    QUndoStack *stack = m_document->undoStack();
+    // Labelled with the step they undo or redo ("撤销 添加用户 alice").
+    m_undoAction = stack->createUndoAction(this, u"撤销"_s);
+    m_undoAction->setObjectName(u"undoAction"_s);
+    m_undoAction->setShortcut(QKeySequence(u"Ctrl+Z"_s));
+    m_redoAction = stack->createRedoAction(this, u"重做"_s);
+    m_redoAction->setObjectName(u"redoAction"_s);
+    m_redoAction->setShortcut(QKeySequence(u"Ctrl+Y"_s));
+
+    m_journalDock = new QDockWidget(u"修改记录"_s, this);
+    m_journalDock->setObjectName(u"journalDock"_s);
+    m_journalDock->setAllowedAreas(Qt::BottomDockWidgetArea | Qt::RightDockWidgetArea);
+    m_journalView = new QUndoView(stack, m_journalDock);
+    m_journalView->setObjectName(u"journalView"_s);
+    // Loads and saves empty the stack, so its first entry is always the
+    // state the database holds.
+    m_journalView->setEmptyLabel(u"已保存"_s);
+    m_journalView->setCleanIcon(style()->standardIcon(QStyle::SP_DialogSaveButton));
+    m_journalDock->setWidget(m_journalView);
+    addDockWidget(Qt::BottomDockWidgetArea, m_journalDock);
+    // Kept low under the views, which need the height.
+    resizeDocks({ m_journalDock }, { 110 }, Qt::Vertical);
+
+    QAction *toggle = m_journalDock->toggleViewAction();
+    toggle->setObjectName(u"journalToggle"_s);
+    toggle->setText(u"修改记录(&J)"_s);
+}
+
 void CMainFrame::createMenus()
 {
     using namespace CommandId;
@@ -207,10 +240,11 @@ void CMainFrame::createMenus()
     addMenu(u"文件(&F)"_s, u"menuFile"_s,
         { c(SendRegistrationMail), c(UseExternalData), nullptr, c(Save), nullptr, c(Exit) });
     addMenu(u"编辑(&E)"_s, u"menuEdit"_s,
-        { c(AddCategory), c(RenameCategory), c(DeleteCategory), nullptr, c(AddMember),
-            c(DeleteMember), nullptr, c(AddRank), c(RenameRank), c(DeleteRank), nullptr,
-            c(DeletePermission), nullptr, c(AssignPhoneNumbers) });
-    addMenu(u"查看(&V)"_s, u"menuView"_s, { c(ToolBar), c(StatusBar), c(BalloonHelp) });
+        { m_undoAction, m_redoAction, nullptr, c(AddCategory), c(RenameCategory), c(DeleteCategory),
+            nullptr, c(AddMember), c(DeleteMember), nullptr, c(AddRank), c(RenameRank),
+            c(DeleteRank), nullptr, c(DeletePermission), nullptr, c(AssignPhoneNumbers) });
+    addMenu(u"查看(&V)"_s, u"menuView"_s,
+        { c(ToolBar), c(StatusBar), c(BalloonHelp), nullptr, m_journalDock->toggleViewAction() });
     addMenu(u"服务管理(&M)"_s, u"menuServices"_s,
         { c(StartServices), c(StopServices), nullptr, c(DatabaseSettings),
             c(FileServiceSettings) });
@@ -399,8 +433,7 @@ void CMainFrame::showDirectoryCounts()
     const Directory *directory = m_document->directory();
     const auto &regular = directory->regularTree()->tree();
     const auto &guest = directory->guestTree()->tree();
-    const qint64 members
-        = directory->memberCount();
+    const qint64 members = directory->memberCount();
     m_dashboard->setDirectoryCounts({
         { u"成员"_s, members },
         { u"群组"_s, qint64(regular.groupCount()) + guest.groupCount() },

@@ -1,0 +1,210 @@
+// Undo, redo and the journal panel of the main frame, on a frame that has
+// loaded a real (empty) SQLite server database: edits made through the
+// document's editor, the edit menu's actions and shortcuts, the title's
+// modified marker and the journal after a save. The save notifies
+// 127.0.0.1:55052, which the test listens on, so it runs alone (SERIAL).
+
+#include "AppTestSupport.h"
+#include "CMainFrame.h"
+#include "CProgressDlg.h"
+#include "CVelmarManagerDoc.h"
+#include "Directory.h"
+#include "NotificationListeners.h"
+#include "TestDatabase.h"
+
+#include <memory>
+#include <QAction>
+#include <QDockWidget>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTest>
+#include <QUndoStack>
+#include <QUndoView>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// A ceiling for the worker, generous for sanitizer builds; nothing is timed.
+constexpr int LoadTimeoutMs = 60000;
+
+// The rows the journal view shows, the saved state first.
+QStringList journalRows(const CMainFrame &frame)
+{
+    auto *view = frame.findChild<QUndoView *>(u"journalView"_s);
+    QStringList rows;
+    if (!view)
+        return rows;
+    for (int row = 0; row < view->model()->rowCount(); ++row)
+        rows.append(view->model()->index(row, 0).data().toString());
+    return rows;
+}
+
+void addGroup(CMainFrame &frame, const QString &name)
+{
+    CVelmarManagerDoc &doc = frame.document();
+    QVERIFY(doc.editor().addGroup(false, doc.directory()->treeData(false).root(), name).ok());
+}
+
+QStringList menuTexts(const CMainFrame &frame, const QString &menuName)
+{
+    QStringList texts;
+    if (auto *menu = frame.menuBar()->findChild<QMenu *>(menuName)) {
+        for (QAction *action : menu->actions())
+            texts.append(action->isSeparator() ? u"-"_s : action->text());
+    }
+    return texts;
+}
+
+} // namespace
+
+class JournalTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void menusAndPanelBeforeEditing();
+    void undoRedoFollowTheStack();
+    void journalViewUndoesToEntry();
+    void saveEmptiesJournal();
+
+private:
+    CMainFrame &frame() { return *m_f->frame; }
+
+    std::unique_ptr<FrameFixture> m_f;
+    std::unique_ptr<TestDatabase> m_db;
+    std::unique_ptr<NotificationListeners> m_listeners;
+};
+
+void JournalTest::init()
+{
+    m_f = std::make_unique<FrameFixture>();
+    m_listeners = std::make_unique<NotificationListeners>();
+    QString error;
+    QVERIFY2(m_listeners->bind(&error), qPrintable(error));
+    m_db = std::make_unique<TestDatabase>(TestDatabase::Backend::SqliteFile, m_f->dir.programDir());
+    QVERIFY2(m_db->isValid() && m_db->writeConnectionString(m_f->dir.hives()),
+        qPrintable(m_db->errorString()));
+
+    MainFrameContext context = m_f->context();
+    context.loadServerData = true;
+    m_f->frame = std::make_unique<CMainFrame>(context);
+    QVERIFY(showActive(&frame()));
+    QTRY_VERIFY_WITH_TIMEOUT(
+        frame().document().loadState() == CVelmarManagerDoc::LoadState::Complete
+            && !frame().findChild<CProgressDlg *>(),
+        LoadTimeoutMs);
+    // The reader's dialog had the focus: the frame takes it back for the shortcuts.
+    QVERIFY(showActive(&frame()));
+    QVERIFY(m_f->messages.boxes().isEmpty());
+}
+
+void JournalTest::cleanup()
+{
+    m_f.reset();
+    m_db.reset();
+    m_listeners.reset();
+}
+
+void JournalTest::menusAndPanelBeforeEditing()
+{
+    QStringList edit = menuTexts(frame(), u"menuEdit"_s);
+    QCOMPARE(edit.mid(0, 4), QStringList({ u"撤销"_s, u"重做"_s, u"-"_s, u"添加 类别(&A)"_s }));
+    QCOMPARE(frame().undoAction()->objectName(), u"undoAction"_s);
+    QCOMPARE(frame().redoAction()->objectName(), u"redoAction"_s);
+    QCOMPARE(frame().undoAction()->shortcut(), QKeySequence(u"Ctrl+Z"_s));
+    QCOMPARE(frame().redoAction()->shortcut(), QKeySequence(u"Ctrl+Y"_s));
+    QVERIFY(!frame().undoAction()->isEnabled());
+    QVERIFY(!frame().redoAction()->isEnabled());
+
+    QDockWidget *dock = frame().journalDock();
+    QCOMPARE(dock->objectName(), u"journalDock"_s);
+    QCOMPARE(dock->windowTitle(), u"修改记录"_s);
+    QVERIFY(dock->isVisible());
+    QCOMPARE(frame().dockWidgetArea(dock), Qt::BottomDockWidgetArea);
+    QCOMPARE(journalRows(frame()), QStringList { u"已保存"_s });
+
+    // The view menu's toggle hides and shows the panel.
+    QVERIFY(menuTexts(frame(), u"menuView"_s).contains(u"修改记录(&J)"_s));
+    auto *toggle = frame().findChild<QAction *>(u"journalToggle"_s);
+    QVERIFY(toggle);
+    QVERIFY(toggle->isChecked());
+    toggle->trigger();
+    QVERIFY(dock->isHidden());
+    QVERIFY(!toggle->isChecked());
+    toggle->trigger();
+    QVERIFY(dock->isVisible());
+}
+
+void JournalTest::undoRedoFollowTheStack()
+{
+    QAction *undo = frame().undoAction();
+    QAction *redo = frame().redoAction();
+    addGroup(frame(), u"Sales"_s);
+    addGroup(frame(), u"Support"_s);
+    QVERIFY(undo->isEnabled());
+    QCOMPARE(undo->text(), u"撤销 添加类别 Support"_s);
+    QVERIFY(!redo->isEnabled());
+    QCOMPARE(redo->text(), u"重做"_s);
+    QVERIFY(frame().isWindowModified());
+
+    // The administrator's shortcut, as typed on the window.
+    QTest::keyClick(&frame(), Qt::Key_Z, Qt::ControlModifier);
+    QCOMPARE(frame().document().journal(), QStringList { u"添加类别 Sales"_s });
+    QCOMPARE(undo->text(), u"撤销 添加类别 Sales"_s);
+    QVERIFY(redo->isEnabled());
+    QCOMPARE(redo->text(), u"重做 添加类别 Support"_s);
+    QVERIFY(frame().isWindowModified());
+
+    // Back at the state that was loaded: the marker goes.
+    QTest::keyClick(&frame(), Qt::Key_Z, Qt::ControlModifier);
+    QVERIFY(!undo->isEnabled());
+    QCOMPARE(undo->text(), u"撤销"_s);
+    QVERIFY(!frame().isWindowModified());
+    QVERIFY(!frame().document().isModified());
+    QCOMPARE(frame().document().directory()->treeData(false).root()->childCount(), 0);
+
+    QTest::keyClick(&frame(), Qt::Key_Y, Qt::ControlModifier);
+    QCOMPARE(frame().document().journal(), QStringList { u"添加类别 Sales"_s });
+    QVERIFY(frame().isWindowModified());
+    redo->trigger();
+    QVERIFY(!redo->isEnabled());
+    QCOMPARE(frame().document().directory()->treeData(false).root()->childCount(), 2);
+}
+
+void JournalTest::journalViewUndoesToEntry()
+{
+    addGroup(frame(), u"Sales"_s);
+    addGroup(frame(), u"Support"_s);
+    QCOMPARE(journalRows(frame()),
+        QStringList({ u"已保存"_s, u"添加类别 Sales"_s, u"添加类别 Support"_s }));
+
+    // Choosing the saved state undoes every step; the steps stay listed for redo.
+    auto *view = frame().findChild<QUndoView *>(u"journalView"_s);
+    view->setCurrentIndex(view->model()->index(0, 0));
+    QCOMPARE(frame().document().undoStack()->index(), 0);
+    QVERIFY(!frame().isWindowModified());
+    QCOMPARE(journalRows(frame()).size(), 3);
+    view->setCurrentIndex(view->model()->index(1, 0));
+    QCOMPARE(frame().document().journal(), QStringList { u"添加类别 Sales"_s });
+    QVERIFY(frame().isWindowModified());
+}
+
+void JournalTest::saveEmptiesJournal()
+{
+    addGroup(frame(), u"Sales"_s);
+    m_f->messages.queueAnswer(MessageService::Yes);
+    QTest::keyClick(&frame(), Qt::Key_S, Qt::ControlModifier);
+    QCOMPARE(m_f->messages.boxTexts(), QStringList { u"确定要保存?"_s });
+    QCOMPARE(m_db->count(u"[Group]"_s, u"GroupName = 'Sales'"_s), 1);
+    QCOMPARE(m_listeners->drain(), QStringList { u"55052"_s });
+
+    QCOMPARE(journalRows(frame()), QStringList { u"已保存"_s });
+    QVERIFY(!frame().undoAction()->isEnabled());
+    QVERIFY(!frame().isWindowModified());
+}
+
+QTEST_MAIN(JournalTest)
+#include "JournalTest.moc"
