@@ -103,7 +103,13 @@ CMainFrame::CMainFrame(const MainFrameContext &context, QWidget *parent)
     resize(1024, 720);
 }
 
-CMainFrame::~CMainFrame() = default;
+CMainFrame::~CMainFrame()
+{
+    // The document goes with the frame's children and empties its undo
+    // stack on the way, which reports the edits as no longer pending: by
+    // then this is no CMainFrame any more.
+    disconnect(m_document, nullptr, this, nullptr);
+}
 
 void CMainFrame::readBalloonHelp()
 {
