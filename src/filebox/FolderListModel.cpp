@@ -49,7 +49,7 @@ int FolderListModel::columnCount(const QModelIndex &parent) const
 
 QVariant FolderListModel::data(const QModelIndex &index, int role) const
 {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
+    if (!index.isValid() || !checkIndex(index, CheckIndexOption::ParentIsInvalid))
         return {};
     const qint32 id = m_folderIds.at(index.row());
     if (role == FolderIdRole)

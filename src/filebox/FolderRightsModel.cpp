@@ -84,7 +84,7 @@ int FolderRightsModel::columnCount(const QModelIndex &parent) const
 
 QVariant FolderRightsModel::data(const QModelIndex &index, int role) const
 {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
+    if (!index.isValid() || !checkIndex(index, CheckIndexOption::ParentIsInvalid))
         return {};
     const Row &row = m_rows.at(index.row());
     switch (role) {
@@ -139,7 +139,7 @@ QVariant FolderRightsModel::headerData(int section, Qt::Orientation orientation,
 
 Qt::ItemFlags FolderRightsModel::flags(const QModelIndex &index) const
 {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
+    if (!index.isValid() || !checkIndex(index, CheckIndexOption::ParentIsInvalid))
         return Qt::NoItemFlags;
     Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
     if (index.column() == AuthorityColumn)
@@ -150,7 +150,7 @@ Qt::ItemFlags FolderRightsModel::flags(const QModelIndex &index) const
 bool FolderRightsModel::setData(const QModelIndex &index, const QVariant &value, int role)
 {
     m_lastRefusal.reset();
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid)
+    if (!index.isValid() || !checkIndex(index, CheckIndexOption::ParentIsInvalid)
         || index.column() != AuthorityColumn || (role != Qt::EditRole && role != AuthorityRole))
         return false;
     qint32 authority = -1;

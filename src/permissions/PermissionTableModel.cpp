@@ -98,7 +98,7 @@ int PermissionTableModel::columnCount(const QModelIndex &parent) const
 
 QVariant PermissionTableModel::data(const QModelIndex &index, int role) const
 {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
+    if (!index.isValid() || !checkIndex(index, CheckIndexOption::ParentIsInvalid))
         return {};
     const int column = index.column();
     if (index.row() == CheckAllRow) {
@@ -160,7 +160,7 @@ QVariant PermissionTableModel::headerData(int section, Qt::Orientation orientati
 
 Qt::ItemFlags PermissionTableModel::flags(const QModelIndex &index) const
 {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
+    if (!index.isValid() || !checkIndex(index, CheckIndexOption::ParentIsInvalid))
         return Qt::NoItemFlags;
     const int column = index.column();
     if (index.row() == CheckAllRow)
@@ -177,7 +177,7 @@ Qt::ItemFlags PermissionTableModel::flags(const QModelIndex &index) const
 bool PermissionTableModel::setData(const QModelIndex &index, const QVariant &value, int role)
 {
     m_lastRefusal.reset();
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
+    if (!index.isValid() || !checkIndex(index, CheckIndexOption::ParentIsInvalid))
         return false;
     const int column = index.column();
     PermissionEditor editor(m_document);
