@@ -16,6 +16,7 @@
 #include "GroupTreeModel.h"
 #include "MemberListModel.h"
 #include "OutlookBar.h"
+#include "PermissionEditor.h"
 #include "SaveRecovery.h"
 #include "ServerDataSaver.h"
 #include "ServiceCommands.h"
@@ -388,6 +389,8 @@ void CMainFrame::connectServerData()
     if (m_context.loadServerData)
         connect(this, &CMainFrame::startupReady, this, &CMainFrame::startLoading);
     connect(commandAction(CommandId::Save), &QAction::triggered, this, &CMainFrame::saveDocument);
+    connect(commandAction(CommandId::AssignPhoneNumbers), &QAction::triggered, this,
+        &CMainFrame::assignPhoneNumbers);
 }
 
 bool CMainFrame::queryClose()
@@ -419,8 +422,9 @@ void CMainFrame::startLoading()
     connect(reader, &CReadDBThread::progressPosition, progress, &CProgressDlg::setPosition);
     connect(reader, &CReadDBThread::loadCompleted, this, [this] {
         m_loadComplete = true;
-        if (QAction *save = commandAction(CommandId::Save))
-            save->setEnabled(true);
+        // What works on the whole working copy waits for all of it.
+        commandAction(CommandId::Save)->setEnabled(true);
+        commandAction(CommandId::AssignPhoneNumbers)->setEnabled(true);
         showDirectoryCounts();
     });
     connect(reader, &CReadDBThread::workerExited, this, [progress, reader](int) {
@@ -454,6 +458,26 @@ void CMainFrame::saveDocument()
         m_programDirectory)
         .save(false);
     QGuiApplication::restoreOverrideCursor();
+}
+
+void CMainFrame::assignPhoneNumbers()
+{
+    const EditResult result = PermissionEditor(*m_document).assignTelephony();
+    MessageService::Box box;
+    box.parent = this;
+    if (!result.ok()) {
+        box.text = result.refusal->text;
+        box.icon = result.refusal->icon;
+    } else if (result.applied == 0 && result.skipped == 0) {
+        box.text = u"所有会员都已有电话号码."_s;
+        box.icon = MessageService::Icon::Information;
+    } else {
+        box.text = u"已分配电话号码: %1 个会员; 没有可用号码: %2 个会员."_s.arg(result.applied)
+                       .arg(result.skipped);
+        box.icon = result.skipped ? MessageService::Icon::Exclamation
+                                  : MessageService::Icon::Information;
+    }
+    m_context.messages.showMessage(box);
 }
 
 void CMainFrame::closeEvent(QCloseEvent *event)

@@ -124,6 +124,8 @@ private:
     void showDirectoryCounts();
     // Command 32781.
     void saveDocument();
+    // Command 32827.
+    void assignPhoneNumbers();
 
     bool m_loadComplete = false;
     void readBalloonHelp();

@@ -1,11 +1,14 @@
 // Undo, redo and the journal panel of the main frame, on a frame that has
-// loaded a real (empty) SQLite server database: edits made through the
-// document's editor, the edit menu's actions and shortcuts, the title's
-// modified marker and the journal after a save. The save notifies
-// 127.0.0.1:55052, which the test listens on, so it runs alone (SERIAL).
+// loaded a real SQLite server database (three members without telephone
+// accounts, two free pool accounts): edits made through the document's
+// editor, the edit menu's actions and shortcuts, the title's modified marker,
+// the journal after a save, and the automatic assignment of telephone numbers
+// as one undoable step. The save notifies 127.0.0.1:55052, which the test
+// listens on, so it runs alone (SERIAL).
 
 #include "AppTestSupport.h"
 #include "CMainFrame.h"
+#include "CommandIds.h"
 #include "CProgressDlg.h"
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
@@ -27,6 +30,30 @@ namespace {
 
 // A ceiling for the worker, generous for sanitizer builds; nothing is timed.
 constexpr int LoadTimeoutMs = 60000;
+
+const QStringList Statements = {
+    u"INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, bPublic, bSolar, "
+    "bAdmin, MemberLevel, IsGuestMember) VALUES (1, 'alice', 'Alice', 'pw', 0, 1, 1, 0, 0, 0)"_s,
+    u"INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, bPublic, bSolar, "
+    "bAdmin, MemberLevel, IsGuestMember) VALUES (2, 'bob', 'Bob', 'pw', 0, 1, 1, 0, 0, 0)"_s,
+    u"INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, bPublic, bSolar, "
+    "bAdmin, MemberLevel, IsGuestMember) VALUES (3, 'carol', 'Carol', 'pw', 0, 1, 1, 0, 0, 1)"_s,
+    u"INSERT INTO VoipNumberList (VOIP_ID, VOIP_PASS, OMemberID) VALUES ('7001', 'p1', 0)"_s,
+    u"INSERT INTO VoipNumberList (VOIP_ID, VOIP_PASS, OMemberID) VALUES ('7002', 'p2', NULL)"_s,
+};
+
+// The telephone account of each member ("" for none) and the holder of each pool entry.
+QStringList telephony(const CVelmarManagerDoc &doc)
+{
+    QStringList lines;
+    for (const qint32 id : { 1, 2, 3 }) {
+        const VoipAccount *account = doc.permissions().voipAccount(id);
+        lines.append(u"%1:%2"_s.arg(id).arg(account ? account->id : QString()));
+    }
+    for (const VoipAccountPool::Entry &entry : doc.voipPool().entries())
+        lines.append(u"%1>%2"_s.arg(entry.voipId).arg(entry.memberId));
+    return lines;
+}
 
 // The rows the journal view shows, the saved state first.
 QStringList journalRows(const CMainFrame &frame)
@@ -69,6 +96,7 @@ private Q_SLOTS:
     void undoRedoFollowTheStack();
     void journalViewUndoesToEntry();
     void saveEmptiesJournal();
+    void assignPhoneNumbersIsOneStep();
 
 private:
     CMainFrame &frame() { return *m_f->frame; }
@@ -85,7 +113,8 @@ void JournalTest::init()
     QString error;
     QVERIFY2(m_listeners->bind(&error), qPrintable(error));
     m_db = std::make_unique<TestDatabase>(TestDatabase::Backend::SqliteFile, m_f->dir.programDir());
-    QVERIFY2(m_db->isValid() && m_db->writeConnectionString(m_f->dir.hives()),
+    QVERIFY2(m_db->isValid() && m_db->writeConnectionString(m_f->dir.hives())
+            && m_db->execAll(Statements),
         qPrintable(m_db->errorString()));
 
     MainFrameContext context = m_f->context();
@@ -203,6 +232,37 @@ void JournalTest::saveEmptiesJournal()
 
     QCOMPARE(journalRows(frame()), QStringList { u"已保存"_s });
     QVERIFY(!frame().undoAction()->isEnabled());
+    QVERIFY(!frame().isWindowModified());
+}
+
+void JournalTest::assignPhoneNumbersIsOneStep()
+{
+    CVelmarManagerDoc &doc = frame().document();
+    const QStringList loaded = telephony(doc);
+    QCOMPARE(loaded, QStringList({ u"1:"_s, u"2:"_s, u"3:"_s, u"7001>0"_s, u"7002>0"_s }));
+    QAction *command = frame().commandAction(CommandId::AssignPhoneNumbers);
+    QVERIFY(command->isEnabled());
+
+    // Two free accounts for three members: the member list first, the guest waits.
+    command->trigger();
+    QCOMPARE(m_f->messages.boxTexts(),
+        QStringList { u"已分配电话号码: 2 个会员; 没有可用号码: 1 个会员."_s });
+    QCOMPARE(m_f->messages.boxes().constFirst().icon, MessageService::Icon::Exclamation);
+    QCOMPARE(telephony(doc),
+        QStringList({ u"1:7001"_s, u"2:7002"_s, u"3:"_s, u"7001>1"_s, u"7002>2"_s }));
+    QCOMPARE(doc.journal(), QStringList { u"自动分配电话号码"_s });
+    QCOMPARE(frame().undoAction()->text(), u"撤销 自动分配电话号码"_s);
+    QVERIFY(frame().isWindowModified());
+
+    // Nobody left to serve but the guest, and the pool is dry: nothing is
+    // given and no step is added.
+    command->trigger();
+    QCOMPARE(m_f->messages.boxTexts().constLast(),
+        u"已分配电话号码: 0 个会员; 没有可用号码: 1 个会员."_s);
+    QCOMPARE(doc.journal().size(), 1);
+
+    QTest::keyClick(&frame(), Qt::Key_Z, Qt::ControlModifier);
+    QCOMPARE(telephony(doc), loaded);
     QVERIFY(!frame().isWindowModified());
 }
 
