@@ -16,11 +16,11 @@
 #include "GroupTreeModel.h"
 #include "MemberListModel.h"
 #include "OutlookBar.h"
+#include "PermissionEditor.h"
 #include "SaveRecovery.h"
-#include "CVelmarManagerDoc.h"
 #include "ServerDataSaver.h"
-#include "SettingsCommands.h"
 #include "ServiceCommands.h"
+#include "SettingsCommands.h"
 #include "ViewIds.h"
 
 #include <QAction>
@@ -28,6 +28,7 @@
 #include <QCloseEvent>
 #include <QDesktopServices>
 #include <QDir>
+#include <QDockWidget>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QMenuBar>
@@ -36,6 +37,8 @@
 #include <QStatusBar>
 #include <QStyle>
 #include <QToolBar>
+#include <QUndoStack>
+#include <QUndoView>
 #include <QUrl>
 
 using namespace Qt::StringLiterals;
@@ -84,6 +87,7 @@ CMainFrame::CMainFrame(const MainFrameContext &context, QWidget *parent)
     m_folder.prepareDatabaseSettings(m_context.hives);
 
     createCommands();
+    createJournal();
     createMenus();
     createToolBar();
     statusBar()->setObjectName(u"statusBar"_s);
@@ -100,7 +104,13 @@ CMainFrame::CMainFrame(const MainFrameContext &context, QWidget *parent)
     resize(1024, 720);
 }
 
-CMainFrame::~CMainFrame() = default;
+CMainFrame::~CMainFrame()
+{
+    // The document goes with the frame's children and empties its undo
+    // stack on the way, which reports the edits as no longer pending: by
+    // then this is no CMainFrame any more.
+    disconnect(m_document, nullptr, this, nullptr);
+}
 
 void CMainFrame::readBalloonHelp()
 {
@@ -185,6 +195,36 @@ void CMainFrame::createCommands()
     connect(about, &QAction::triggered, this, &CMainFrame::showAbout);
 }
 
+void CMainFrame::createJournal()
+{
+    QUndoStack *stack = m_document->undoStack();
+    // Labelled with the step they undo or redo ("撤销 添加用户 alice").
+    m_undoAction = stack->createUndoAction(this, u"撤销"_s);
+    m_undoAction->setObjectName(u"undoAction"_s);
+    m_undoAction->setShortcut(QKeySequence(u"Ctrl+Z"_s));
+    m_redoAction = stack->createRedoAction(this, u"重做"_s);
+    m_redoAction->setObjectName(u"redoAction"_s);
+    m_redoAction->setShortcut(QKeySequence(u"Ctrl+Y"_s));
+
+    m_journalDock = new QDockWidget(u"修改记录"_s, this);
+    m_journalDock->setObjectName(u"journalDock"_s);
+    m_journalDock->setAllowedAreas(Qt::BottomDockWidgetArea | Qt::RightDockWidgetArea);
+    m_journalView = new QUndoView(stack, m_journalDock);
+    m_journalView->setObjectName(u"journalView"_s);
+    // Loads and saves empty the stack, so its first entry is always the
+    // state the database holds.
+    m_journalView->setEmptyLabel(u"已保存"_s);
+    m_journalView->setCleanIcon(style()->standardIcon(QStyle::SP_DialogSaveButton));
+    m_journalDock->setWidget(m_journalView);
+    addDockWidget(Qt::BottomDockWidgetArea, m_journalDock);
+    // Kept low under the views, which need the height.
+    resizeDocks({ m_journalDock }, { 110 }, Qt::Vertical);
+
+    QAction *toggle = m_journalDock->toggleViewAction();
+    toggle->setObjectName(u"journalToggle"_s);
+    toggle->setText(u"修改记录(&J)"_s);
+}
+
 void CMainFrame::createMenus()
 {
     using namespace CommandId;
@@ -207,10 +247,11 @@ void CMainFrame::createMenus()
     addMenu(u"文件(&F)"_s, u"menuFile"_s,
         { c(SendRegistrationMail), c(UseExternalData), nullptr, c(Save), nullptr, c(Exit) });
     addMenu(u"编辑(&E)"_s, u"menuEdit"_s,
-        { c(AddCategory), c(RenameCategory), c(DeleteCategory), nullptr, c(AddMember),
-            c(DeleteMember), nullptr, c(AddRank), c(RenameRank), c(DeleteRank), nullptr,
-            c(DeletePermission), nullptr, c(AssignPhoneNumbers) });
-    addMenu(u"查看(&V)"_s, u"menuView"_s, { c(ToolBar), c(StatusBar), c(BalloonHelp) });
+        { m_undoAction, m_redoAction, nullptr, c(AddCategory), c(RenameCategory), c(DeleteCategory),
+            nullptr, c(AddMember), c(DeleteMember), nullptr, c(AddRank), c(RenameRank),
+            c(DeleteRank), nullptr, c(DeletePermission), nullptr, c(AssignPhoneNumbers) });
+    addMenu(u"查看(&V)"_s, u"menuView"_s,
+        { c(ToolBar), c(StatusBar), c(BalloonHelp), nullptr, m_journalDock->toggleViewAction() });
     addMenu(u"服务管理(&M)"_s, u"menuServices"_s,
         { c(StartServices), c(StopServices), nullptr, c(DatabaseSettings),
             c(FileServiceSettings) });
@@ -348,6 +389,8 @@ void CMainFrame::connectServerData()
     if (m_context.loadServerData)
         connect(this, &CMainFrame::startupReady, this, &CMainFrame::startLoading);
     connect(commandAction(CommandId::Save), &QAction::triggered, this, &CMainFrame::saveDocument);
+    connect(commandAction(CommandId::AssignPhoneNumbers), &QAction::triggered, this,
+        &CMainFrame::assignPhoneNumbers);
 }
 
 bool CMainFrame::queryClose()
@@ -379,8 +422,9 @@ void CMainFrame::startLoading()
     connect(reader, &CReadDBThread::progressPosition, progress, &CProgressDlg::setPosition);
     connect(reader, &CReadDBThread::loadCompleted, this, [this] {
         m_loadComplete = true;
-        if (QAction *save = commandAction(CommandId::Save))
-            save->setEnabled(true);
+        // What works on the whole working copy waits for all of it.
+        commandAction(CommandId::Save)->setEnabled(true);
+        commandAction(CommandId::AssignPhoneNumbers)->setEnabled(true);
         showDirectoryCounts();
     });
     connect(reader, &CReadDBThread::workerExited, this, [progress, reader](int) {
@@ -399,8 +443,7 @@ void CMainFrame::showDirectoryCounts()
     const Directory *directory = m_document->directory();
     const auto &regular = directory->regularTree()->tree();
     const auto &guest = directory->guestTree()->tree();
-    const qint64 members
-        = directory->memberCount();
+    const qint64 members = directory->memberCount();
     m_dashboard->setDirectoryCounts({
         { u"成员"_s, members },
         { u"群组"_s, qint64(regular.groupCount()) + guest.groupCount() },
@@ -415,6 +458,26 @@ void CMainFrame::saveDocument()
         m_programDirectory)
         .save(false);
     QGuiApplication::restoreOverrideCursor();
+}
+
+void CMainFrame::assignPhoneNumbers()
+{
+    const EditResult result = PermissionEditor(*m_document).assignTelephony();
+    MessageService::Box box;
+    box.parent = this;
+    if (!result.ok()) {
+        box.text = result.refusal->text;
+        box.icon = result.refusal->icon;
+    } else if (result.applied == 0 && result.skipped == 0) {
+        box.text = u"所有会员都已有电话号码."_s;
+        box.icon = MessageService::Icon::Information;
+    } else {
+        box.text = u"已分配电话号码: %1 个会员; 没有可用号码: %2 个会员."_s.arg(result.applied)
+                       .arg(result.skipped);
+        box.icon = result.skipped ? MessageService::Icon::Exclamation
+                                  : MessageService::Icon::Information;
+    }
+    m_context.messages.showMessage(box);
 }
 
 void CMainFrame::closeEvent(QCloseEvent *event)

@@ -14,9 +14,11 @@ class CMainFormView;
 class CVelmarManagerDoc;
 class OutlookBar;
 class QAction;
+class QDockWidget;
 class QSplitter;
 class QStackedWidget;
 class QToolBar;
+class QUndoView;
 class ServiceCommands;
 
 // The main window: the command table as menus and tool bar, the outlook bar
@@ -74,6 +76,14 @@ public:
     QAction *commandAction(int commandId) const { return m_commands.value(commandId); }
     QList<int> commandIds() const { return m_commands.keys(); }
 
+    // Undo and redo of the document's edits, at the top of the edit menu;
+    // they have no id in the command table.
+    QAction *undoAction() const { return m_undoAction; }
+    QAction *redoAction() const { return m_redoAction; }
+    // The journal panel: the edits since the last save or load, the saved
+    // state first; choosing an entry undoes or redoes up to it.
+    QDockWidget *journalDock() const { return m_journalDock; }
+
     // Puts view into the pane (the frame takes it) and its item into the
     // outlook bar; an existing view or place holder with the same id is replaced.
     void addView(int viewId, const QString &group, const QString &caption, QWidget *view,
@@ -114,10 +124,13 @@ private:
     void showDirectoryCounts();
     // Command 32781.
     void saveDocument();
+    // Command 32827.
+    void assignPhoneNumbers();
 
     bool m_loadComplete = false;
     void readBalloonHelp();
     void createCommands();
+    void createJournal();
     void createMenus();
     void createToolBar();
     void createCentralArea();
@@ -138,6 +151,10 @@ private:
     DbSession m_session;
 
     QHash<int, QAction *> m_commands;
+    QAction *m_undoAction = nullptr;
+    QAction *m_redoAction = nullptr;
+    QDockWidget *m_journalDock = nullptr;
+    QUndoView *m_journalView = nullptr;
     QToolBar *m_toolBar = nullptr;
     OutlookBar *m_outlookBar = nullptr;
     QSplitter *m_splitter = nullptr;

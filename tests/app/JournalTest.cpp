@@ -1,0 +1,270 @@
+// Undo, redo and the journal panel of the main frame, on a frame that has
+// loaded a real SQLite server database (three members without telephone
+// accounts, two free pool accounts): edits made through the document's
+// editor, the edit menu's actions and shortcuts, the title's modified marker,
+// the journal after a save, and the automatic assignment of telephone numbers
+// as one undoable step. The save notifies 127.0.0.1:55052, which the test
+// listens on, so it runs alone (SERIAL).
+
+#include "AppTestSupport.h"
+#include "CMainFrame.h"
+#include "CommandIds.h"
+#include "CProgressDlg.h"
+#include "CVelmarManagerDoc.h"
+#include "Directory.h"
+#include "NotificationListeners.h"
+#include "TestDatabase.h"
+
+#include <memory>
+#include <QAction>
+#include <QDockWidget>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTest>
+#include <QUndoStack>
+#include <QUndoView>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// A ceiling for the worker, generous for sanitizer builds; nothing is timed.
+constexpr int LoadTimeoutMs = 60000;
+
+const QStringList Statements = {
+    u"INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, bPublic, bSolar, "
+    "bAdmin, MemberLevel, IsGuestMember) VALUES (1, 'alice', 'Alice', 'pw', 0, 1, 1, 0, 0, 0)"_s,
+    u"INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, bPublic, bSolar, "
+    "bAdmin, MemberLevel, IsGuestMember) VALUES (2, 'bob', 'Bob', 'pw', 0, 1, 1, 0, 0, 0)"_s,
+    u"INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, bPublic, bSolar, "
+    "bAdmin, MemberLevel, IsGuestMember) VALUES (3, 'carol', 'Carol', 'pw', 0, 1, 1, 0, 0, 1)"_s,
+    u"INSERT INTO VoipNumberList (VOIP_ID, VOIP_PASS, OMemberID) VALUES ('7001', 'p1', 0)"_s,
+    u"INSERT INTO VoipNumberList (VOIP_ID, VOIP_PASS, OMemberID) VALUES ('7002', 'p2', NULL)"_s,
+};
+
+// The telephone account of each member ("" for none) and the holder of each pool entry.
+QStringList telephony(const CVelmarManagerDoc &doc)
+{
+    QStringList lines;
+    for (const qint32 id : { 1, 2, 3 }) {
+        const VoipAccount *account = doc.permissions().voipAccount(id);
+        lines.append(u"%1:%2"_s.arg(id).arg(account ? account->id : QString()));
+    }
+    for (const VoipAccountPool::Entry &entry : doc.voipPool().entries())
+        lines.append(u"%1>%2"_s.arg(entry.voipId).arg(entry.memberId));
+    return lines;
+}
+
+// The rows the journal view shows, the saved state first.
+QStringList journalRows(const CMainFrame &frame)
+{
+    auto *view = frame.findChild<QUndoView *>(u"journalView"_s);
+    QStringList rows;
+    if (!view)
+        return rows;
+    for (int row = 0; row < view->model()->rowCount(); ++row)
+        rows.append(view->model()->index(row, 0).data().toString());
+    return rows;
+}
+
+void addGroup(CMainFrame &frame, const QString &name)
+{
+    CVelmarManagerDoc &doc = frame.document();
+    QVERIFY(doc.editor().addGroup(false, doc.directory()->treeData(false).root(), name).ok());
+}
+
+QStringList menuTexts(const CMainFrame &frame, const QString &menuName)
+{
+    QStringList texts;
+    if (auto *menu = frame.menuBar()->findChild<QMenu *>(menuName)) {
+        for (QAction *action : menu->actions())
+            texts.append(action->isSeparator() ? u"-"_s : action->text());
+    }
+    return texts;
+}
+
+} // namespace
+
+class JournalTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void menusAndPanelBeforeEditing();
+    void undoRedoFollowTheStack();
+    void journalViewUndoesToEntry();
+    void saveEmptiesJournal();
+    void assignPhoneNumbersIsOneStep();
+
+private:
+    CMainFrame &frame() { return *m_f->frame; }
+
+    std::unique_ptr<FrameFixture> m_f;
+    std::unique_ptr<TestDatabase> m_db;
+    std::unique_ptr<NotificationListeners> m_listeners;
+};
+
+void JournalTest::init()
+{
+    m_f = std::make_unique<FrameFixture>();
+    m_listeners = std::make_unique<NotificationListeners>();
+    QString error;
+    QVERIFY2(m_listeners->bind(&error), qPrintable(error));
+    m_db = std::make_unique<TestDatabase>(TestDatabase::Backend::SqliteFile, m_f->dir.programDir());
+    QVERIFY2(m_db->isValid() && m_db->writeConnectionString(m_f->dir.hives())
+            && m_db->execAll(Statements),
+        qPrintable(m_db->errorString()));
+
+    MainFrameContext context = m_f->context();
+    context.loadServerData = true;
+    m_f->frame = std::make_unique<CMainFrame>(context);
+    QVERIFY(showActive(&frame()));
+    QTRY_VERIFY_WITH_TIMEOUT(
+        frame().document().loadState() == CVelmarManagerDoc::LoadState::Complete
+            && !frame().findChild<CProgressDlg *>(),
+        LoadTimeoutMs);
+    // The reader's dialog had the focus: the frame takes it back for the shortcuts.
+    QVERIFY(showActive(&frame()));
+    QVERIFY(m_f->messages.boxes().isEmpty());
+}
+
+void JournalTest::cleanup()
+{
+    m_f.reset();
+    m_db.reset();
+    m_listeners.reset();
+}
+
+void JournalTest::menusAndPanelBeforeEditing()
+{
+    QStringList edit = menuTexts(frame(), u"menuEdit"_s);
+    QCOMPARE(edit.mid(0, 4), QStringList({ u"撤销"_s, u"重做"_s, u"-"_s, u"添加 类别(&A)"_s }));
+    QCOMPARE(frame().undoAction()->objectName(), u"undoAction"_s);
+    QCOMPARE(frame().redoAction()->objectName(), u"redoAction"_s);
+    QCOMPARE(frame().undoAction()->shortcut(), QKeySequence(u"Ctrl+Z"_s));
+    QCOMPARE(frame().redoAction()->shortcut(), QKeySequence(u"Ctrl+Y"_s));
+    QVERIFY(!frame().undoAction()->isEnabled());
+    QVERIFY(!frame().redoAction()->isEnabled());
+
+    QDockWidget *dock = frame().journalDock();
+    QCOMPARE(dock->objectName(), u"journalDock"_s);
+    QCOMPARE(dock->windowTitle(), u"修改记录"_s);
+    QVERIFY(dock->isVisible());
+    QCOMPARE(frame().dockWidgetArea(dock), Qt::BottomDockWidgetArea);
+    QCOMPARE(journalRows(frame()), QStringList { u"已保存"_s });
+
+    // The view menu's toggle hides and shows the panel.
+    QVERIFY(menuTexts(frame(), u"menuView"_s).contains(u"修改记录(&J)"_s));
+    auto *toggle = frame().findChild<QAction *>(u"journalToggle"_s);
+    QVERIFY(toggle);
+    QVERIFY(toggle->isChecked());
+    toggle->trigger();
+    QVERIFY(dock->isHidden());
+    QVERIFY(!toggle->isChecked());
+    toggle->trigger();
+    QVERIFY(dock->isVisible());
+}
+
+void JournalTest::undoRedoFollowTheStack()
+{
+    QAction *undo = frame().undoAction();
+    QAction *redo = frame().redoAction();
+    addGroup(frame(), u"Sales"_s);
+    addGroup(frame(), u"Support"_s);
+    QVERIFY(undo->isEnabled());
+    QCOMPARE(undo->text(), u"撤销 添加类别 Support"_s);
+    QVERIFY(!redo->isEnabled());
+    QCOMPARE(redo->text(), u"重做"_s);
+    QVERIFY(frame().isWindowModified());
+
+    // The administrator's shortcut, as typed on the window.
+    QTest::keyClick(&frame(), Qt::Key_Z, Qt::ControlModifier);
+    QCOMPARE(frame().document().journal(), QStringList { u"添加类别 Sales"_s });
+    QCOMPARE(undo->text(), u"撤销 添加类别 Sales"_s);
+    QVERIFY(redo->isEnabled());
+    QCOMPARE(redo->text(), u"重做 添加类别 Support"_s);
+    QVERIFY(frame().isWindowModified());
+
+    // Back at the state that was loaded: the marker goes.
+    QTest::keyClick(&frame(), Qt::Key_Z, Qt::ControlModifier);
+    QVERIFY(!undo->isEnabled());
+    QCOMPARE(undo->text(), u"撤销"_s);
+    QVERIFY(!frame().isWindowModified());
+    QVERIFY(!frame().document().isModified());
+    QCOMPARE(frame().document().directory()->treeData(false).root()->childCount(), 0);
+
+    QTest::keyClick(&frame(), Qt::Key_Y, Qt::ControlModifier);
+    QCOMPARE(frame().document().journal(), QStringList { u"添加类别 Sales"_s });
+    QVERIFY(frame().isWindowModified());
+    redo->trigger();
+    QVERIFY(!redo->isEnabled());
+    QCOMPARE(frame().document().directory()->treeData(false).root()->childCount(), 2);
+}
+
+void JournalTest::journalViewUndoesToEntry()
+{
+    addGroup(frame(), u"Sales"_s);
+    addGroup(frame(), u"Support"_s);
+    QCOMPARE(journalRows(frame()),
+        QStringList({ u"已保存"_s, u"添加类别 Sales"_s, u"添加类别 Support"_s }));
+
+    // Choosing the saved state undoes every step; the steps stay listed for redo.
+    auto *view = frame().findChild<QUndoView *>(u"journalView"_s);
+    view->setCurrentIndex(view->model()->index(0, 0));
+    QCOMPARE(frame().document().undoStack()->index(), 0);
+    QVERIFY(!frame().isWindowModified());
+    QCOMPARE(journalRows(frame()).size(), 3);
+    view->setCurrentIndex(view->model()->index(1, 0));
+    QCOMPARE(frame().document().journal(), QStringList { u"添加类别 Sales"_s });
+    QVERIFY(frame().isWindowModified());
+}
+
+void JournalTest::saveEmptiesJournal()
+{
+    addGroup(frame(), u"Sales"_s);
+    m_f->messages.queueAnswer(MessageService::Yes);
+    QTest::keyClick(&frame(), Qt::Key_S, Qt::ControlModifier);
+    QCOMPARE(m_f->messages.boxTexts(), QStringList { u"确定要保存?"_s });
+    QCOMPARE(m_db->count(u"[Group]"_s, u"GroupName = 'Sales'"_s), 1);
+    QCOMPARE(m_listeners->drain(), QStringList { u"55052"_s });
+
+    QCOMPARE(journalRows(frame()), QStringList { u"已保存"_s });
+    QVERIFY(!frame().undoAction()->isEnabled());
+    QVERIFY(!frame().isWindowModified());
+}
+
+void JournalTest::assignPhoneNumbersIsOneStep()
+{
+    CVelmarManagerDoc &doc = frame().document();
+    const QStringList loaded = telephony(doc);
+    QCOMPARE(loaded, QStringList({ u"1:"_s, u"2:"_s, u"3:"_s, u"7001>0"_s, u"7002>0"_s }));
+    QAction *command = frame().commandAction(CommandId::AssignPhoneNumbers);
+    QVERIFY(command->isEnabled());
+
+    // Two free accounts for three members: the member list first, the guest waits.
+    command->trigger();
+    QCOMPARE(m_f->messages.boxTexts(),
+        QStringList { u"已分配电话号码: 2 个会员; 没有可用号码: 1 个会员."_s });
+    QCOMPARE(m_f->messages.boxes().constFirst().icon, MessageService::Icon::Exclamation);
+    QCOMPARE(telephony(doc),
+        QStringList({ u"1:7001"_s, u"2:7002"_s, u"3:"_s, u"7001>1"_s, u"7002>2"_s }));
+    QCOMPARE(doc.journal(), QStringList { u"自动分配电话号码"_s });
+    QCOMPARE(frame().undoAction()->text(), u"撤销 自动分配电话号码"_s);
+    QVERIFY(frame().isWindowModified());
+
+    // Nobody left to serve but the guest, and the pool is dry: nothing is
+    // given and no step is added.
+    command->trigger();
+    QCOMPARE(m_f->messages.boxTexts().constLast(),
+        u"已分配电话号码: 0 个会员; 没有可用号码: 1 个会员."_s);
+    QCOMPARE(doc.journal().size(), 1);
+
+    QTest::keyClick(&frame(), Qt::Key_Z, Qt::ControlModifier);
+    QCOMPARE(telephony(doc), loaded);
+    QVERIFY(!frame().isWindowModified());
+}
+
+QTEST_MAIN(JournalTest)
+#include "JournalTest.moc"
