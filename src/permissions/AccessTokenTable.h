@@ -1,11 +1,10 @@
 #pragma once
 
-#include <optional>
-
 #include "CAccessToken.h"
 #include "VoipAccount.h"
 
 #include <map>
+#include <optional>
 #include <QList>
 #include <QString>
 
