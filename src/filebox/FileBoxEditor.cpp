@@ -30,8 +30,8 @@ EditResult FileBoxEditor::addFolder(const QString &path)
     const qint32 id = largest + 1;
 
     CVelmarManagerDoc *doc = &m_document;
-    m_document.push(u"添加文件夹 %1"_s.arg(path),
-        [doc, id, path] { doc->m_fileBox.addFolder(id, path); },
+    m_document.push(
+        u"添加文件夹 %1"_s.arg(path), [doc, id, path] { doc->m_fileBox.addFolder(id, path); },
         [doc, before = rights.snapshot()] { doc->m_fileBox.restore(before); });
     return EditResult::done(id);
 }
@@ -44,7 +44,8 @@ EditResult FileBoxEditor::removeFolder(qint32 folderId)
     if (!listed)
         return EditResult::refused(EditRefusal::message(u"文件夹不存在."_s));
     CVelmarManagerDoc *doc = &m_document;
-    m_document.push(u"删除文件夹 %1"_s.arg(rights.pathByFolderId(folderId)),
+    m_document.push(
+        u"删除文件夹 %1"_s.arg(rights.pathByFolderId(folderId)),
         [doc, folderId] { doc->m_fileBox.removeFolder(folderId); },
         [doc, before = rights.snapshot()] { doc->m_fileBox.restore(before); });
     return EditResult::done(folderId);
@@ -114,7 +115,8 @@ EditResult FileBoxEditor::setRight(bool group, qint32 ownerId, qint32 folderId, 
         ? u"删除 %1 在 %2 的权限"_s.arg(name, path)
         : u"设置 %1 在 %2 的权限: %3"_s.arg(name, path, AuthorityCode::displayText(authority));
     CVelmarManagerDoc *doc = &m_document;
-    m_document.push(text,
+    m_document.push(
+        text,
         [doc, group, ownerId, folderId, authority] {
             FileBoxRights &box = doc->m_fileBox;
             if (authority == AuthorityCode::None) {

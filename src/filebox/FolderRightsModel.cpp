@@ -169,9 +169,8 @@ bool FolderRightsModel::setData(const QModelIndex &index, const QVariant &value,
     }
     const Row row = m_rows.at(index.row());
     FileBoxEditor editor(m_document);
-    const EditResult result = row.group
-        ? editor.setGroupRight(row.ownerId, m_folderId, authority)
-        : editor.setMemberRight(row.ownerId, m_folderId, authority);
+    const EditResult result = row.group ? editor.setGroupRight(row.ownerId, m_folderId, authority)
+                                        : editor.setMemberRight(row.ownerId, m_folderId, authority);
     m_lastRefusal = result.refusal;
     return result.ok();
 }

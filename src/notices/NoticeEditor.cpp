@@ -26,8 +26,8 @@ EditResult NoticeEditor::deleteNotices(QList<int> rows)
         : u"删除 %1 个公告"_s.arg(rows.size());
     // The rows as the deletion took them, for undo to put back.
     auto taken = std::make_shared<QList<int>>();
-    m_document.push(text,
-        [notices, rows, taken] { *taken = notices->deleteRows(rows); },
+    m_document.push(
+        text, [notices, rows, taken] { *taken = notices->deleteRows(rows); },
         [notices, taken] { notices->undeleteRows(*taken); });
     return EditResult::done(-1, int(taken->size()));
 }

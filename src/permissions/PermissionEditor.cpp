@@ -71,7 +71,8 @@ EditResult PermissionEditor::setFlag(qint32 memberId, CAccessToken::Feature feat
     auto before = std::make_shared<PermissionsBefore>();
     before->records.emplace_back(memberId, table.recordsOf(memberId));
     CVelmarManagerDoc *doc = &m_document;
-    m_document.push(u"修改用户 %1 的%2"_s.arg(member->loginName, CAccessToken::title(feature)),
+    m_document.push(
+        u"修改用户 %1 的%2"_s.arg(member->loginName, CAccessToken::title(feature)),
         [doc, memberId, feature, on] { doc->m_permissions.setFlag(memberId, feature, on); },
         [doc, before] { before->restore(doc->m_permissions, doc->m_voipPool); });
     return EditResult::done(memberId);
@@ -108,10 +109,9 @@ EditResult PermissionEditor::setFlagForMembers(
         return EditResult::done(-1, 0, skipped);
 
     CVelmarManagerDoc *doc = &m_document;
-    m_document.push(u"修改 %1 个用户的%2"_s.arg(changed.size()).arg(CAccessToken::title(feature)),
-        [doc, changed, feature, on] {
-            doc->m_permissions.setFlagForMembers(changed, feature, on);
-        },
+    m_document.push(
+        u"修改 %1 个用户的%2"_s.arg(changed.size()).arg(CAccessToken::title(feature)),
+        [doc, changed, feature, on] { doc->m_permissions.setFlagForMembers(changed, feature, on); },
         [doc, before] { before->restore(doc->m_permissions, doc->m_voipPool); });
     return EditResult::done(-1, int(changed.size()), skipped);
 }
@@ -126,7 +126,9 @@ EditResult PermissionEditor::setVoipAccount(
     const VoipAccountPool &pool = m_document.m_voipPool;
     const bool isId = field == AccessTokenTable::VoipField::Id;
     const VoipAccount *account = table.voipAccount(memberId);
-    if (account && (isId ? account->id : account->password) == text)
+    // No record reads as the empty account the grid shows for it.
+    const QString current = account ? (isId ? account->id : account->password) : QString();
+    if (current == text)
         return EditResult::done(memberId, 0);
 
     auto before = std::make_shared<PermissionsBefore>();
@@ -195,8 +197,8 @@ EditResult PermissionEditor::assignTelephony()
         if (!entry.isFree() || entry.voipId.isEmpty() || taken.contains(entry.voipId))
             continue;
         taken.insert(entry.voipId);
-        plan.push_back({ waiting.at(qsizetype(plan.size())), int(i), entry.voipId,
-            entry.voipPassword });
+        plan.push_back(
+            { waiting.at(qsizetype(plan.size())), int(i), entry.voipId, entry.voipPassword });
     }
     const int applied = int(plan.size());
     const int skipped = int(waiting.size()) - applied;
@@ -209,7 +211,8 @@ EditResult PermissionEditor::assignTelephony()
         before->holders.emplace_back(given.index, 0);
     }
     CVelmarManagerDoc *doc = &m_document;
-    m_document.push(u"自动分配电话号码"_s,
+    m_document.push(
+        u"自动分配电话号码"_s,
         [doc, plan = std::move(plan)] {
             for (const Given &given : plan) {
                 doc->m_voipPool.assign(given.index, given.memberId);

@@ -149,8 +149,7 @@ void TestFileBoxEditing::rights()
     // None removes the right.
     QVERIFY(editor.setMemberRight(3, 1, 0).ok());
     QCOMPARE(rightsLines(doc),
-        (QStringList { u"g 1 10 1"_s, u"g 2 50 1"_s, u"g 1 11 1"_s, u"m 2 1 2"_s,
-            u"m 2 4 2"_s }));
+        (QStringList { u"g 1 10 1"_s, u"g 2 50 1"_s, u"g 1 11 1"_s, u"m 2 1 2"_s, u"m 2 4 2"_s }));
     QCOMPARE(doc.journal(),
         (QStringList { u"设置 East 在 share\\docs 的权限: 只读"_s,
             u"设置 gina 在 public 的权限: 读/写"_s, u"设置 Sales 在 share\\docs 的权限: 只读"_s,
