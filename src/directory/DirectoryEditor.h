@@ -47,6 +47,9 @@ public:
     // A group goes with its sub-groups, their memberships and the file-box
     // rights of each group; a membership goes alone. The root stays.
     EditResult deleteNode(bool guest, const DirectoryNode *node);
+    // Deletes count children of a container from row on, as deleteNode
+    // does, in one step.
+    EditResult deleteChildren(bool guest, const DirectoryNode *container, int row, int count);
     EditResult moveNode(bool guest, const DirectoryNode *node, MoveStep step);
     // Moves a group or membership with its subtree under another container
     // as its last child. Refused into itself or below itself, and for a
@@ -60,8 +63,7 @@ public:
     // lying block is refused whole.
     EditResult dropMembers(bool guest, const DirectoryNode *group, QByteArrayView block);
     // -1 for no position.
-    EditResult setMembershipPosition(
-        bool guest, const DirectoryNode *membership, qint32 rankId);
+    EditResult setMembershipPosition(bool guest, const DirectoryNode *membership, qint32 rankId);
     // The position grid's command over several memberships at once.
     EditResult setMembershipPositions(
         bool guest, const QList<const DirectoryNode *> &memberships, qint32 rankId);

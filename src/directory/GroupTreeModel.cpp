@@ -171,15 +171,9 @@ bool GroupTreeModel::removeRows(int row, int count, const QModelIndex &parent)
     const DirectoryNode *container = nodeForIndex(parent);
     if (!m_editor || !container || row < 0 || count <= 0 || row + count > container->childCount())
         return false;
-    // Bottom-up, so that the rows above stay where they are.
-    for (int i = row + count - 1; i >= row; --i) {
-        const EditResult result = m_editor->deleteNode(m_guest, container->child(i));
-        if (!result.ok()) {
-            m_lastRefusal = result.refusal;
-            return false;
-        }
-    }
-    return true;
+    const EditResult result = m_editor->deleteChildren(m_guest, container, row, count);
+    m_lastRefusal = result.refusal;
+    return result.ok();
 }
 
 bool GroupTreeModel::moveRows(const QModelIndex &sourceParent, int sourceRow, int count,
@@ -281,8 +275,8 @@ bool GroupTreeModel::canDropMimeData(
     return MemberDragFormat::canDecode(data);
 }
 
-bool GroupTreeModel::dropMimeData(const QMimeData *data, Qt::DropAction action, int row,
-    int column, const QModelIndex &parent)
+bool GroupTreeModel::dropMimeData(
+    const QMimeData *data, Qt::DropAction action, int row, int column, const QModelIndex &parent)
 {
     m_lastRefusal.reset();
     if (!m_editor || !canDropMimeData(data, action, row, column, parent))
@@ -292,8 +286,7 @@ bool GroupTreeModel::dropMimeData(const QMimeData *data, Qt::DropAction action, 
     if (data->hasFormat(nodeMimeType()))
         result = m_editor->moveNodeInto(m_guest, draggedNode(data), target);
     else
-        result = m_editor->dropMembers(
-            m_guest, target, data->data(MemberDragFormat::mimeType()));
+        result = m_editor->dropMembers(m_guest, target, data->data(MemberDragFormat::mimeType()));
     m_lastRefusal = result.refusal;
     // The node has moved and the grid rows stay: a view showing this model
     // must not remove the drag's source rows after a move drop.
