@@ -90,8 +90,7 @@ EditResult DirectoryEditor::addMember(bool guest, const QString &userId)
     state->member.id = id;
     state->member.isGuest = guest ? 1 : 0;
     CVelmarManagerDoc *doc = &m_document;
-    m_document.push(
-        u"添加用户 %1"_s.arg(userId),
+    m_document.push(u"添加用户 %1"_s.arg(userId),
         [doc, state, guest] {
             Directory &dir = *doc->m_directory;
             const qint32 memberId = state->member.id;
@@ -145,8 +144,7 @@ EditResult DirectoryEditor::setMemberCell(bool guest, int row, int column, const
     const int seq = rows.seqAt(row);
     const QString title = MemberListModel::columnTitle(column);
     Directory *dir = &directory;
-    m_document.push(
-        u"修改用户 %1 的%2"_s.arg(before.loginName, title),
+    m_document.push(u"修改用户 %1 的%2"_s.arg(before.loginName, title),
         [dir, guest, seq, after] {
             dir->replaceMember(guest, dir->memberRows(guest).rowOfSeq(seq), after);
         },
@@ -188,8 +186,7 @@ EditResult DirectoryEditor::deleteMembers(bool guest, QList<int> rows)
         ? u"删除用户 %1"_s.arg(directory.memberRows(guest).at(rows.first()).loginName)
         : u"删除 %1 个用户"_s.arg(rows.size());
     CVelmarManagerDoc *doc = &m_document;
-    m_document.push(
-        text,
+    m_document.push(text,
         [doc, deleted, guest] {
             Directory &dir = *doc->m_directory;
             for (Deleted &entry : *deleted) {
@@ -203,8 +200,7 @@ EditResult DirectoryEditor::deleteMembers(bool guest, QList<int> rows)
                 for (const bool inGuestTree : { false, true }) {
                     if (!inGuestTree && guest)
                         continue;
-                    const QList<DirectoryNode *> nodes
-                        = dir.treeData(inGuestTree).membershipsOf(id);
+                    const QList<DirectoryNode *> nodes = dir.treeData(inGuestTree).membershipsOf(id);
                     for (DirectoryNode *node : nodes) {
                         TakenNode taken;
                         taken.node = node;
@@ -266,8 +262,7 @@ EditResult DirectoryEditor::addGroup(bool guest, const DirectoryNode *parent, co
     taken->parent = mutableNode(parent);
     const qint32 counterBefore = directory.groupCounter();
     Directory *dir = &directory;
-    m_document.push(
-        u"添加类别 %1"_s.arg(name),
+    m_document.push(u"添加类别 %1"_s.arg(name),
         [dir, guest, taken, id, name] {
             if (!taken->held)
                 taken->node = dir->addGroup(guest, taken->parent, id, name);
@@ -290,8 +285,7 @@ EditResult DirectoryEditor::renameGroup(bool guest, const DirectoryNode *group, 
         return EditResult::done(group->id(), 0);
     Directory *dir = m_document.m_directory;
     DirectoryNode *node = mutableNode(group);
-    m_document.push(
-        u"修改类别 %1 为 %2"_s.arg(group->name(), name),
+    m_document.push(u"修改类别 %1 为 %2"_s.arg(group->name(), name),
         [dir, guest, node, name] { dir->renameGroup(guest, node, name); },
         [dir, guest, node, before = group->name()] { dir->renameGroup(guest, node, before); });
     return EditResult::done(group->id());
@@ -313,12 +307,12 @@ EditResult DirectoryEditor::deleteNode(bool guest, const DirectoryNode *node)
         text = u"删除类别 %1"_s.arg(node->name());
     } else {
         const UserInfo *member = dir->findMember(node->id());
-        text = u"从 %1 删除用户 %2"_s.arg(
-            node->parent()->isRoot() ? (guest ? u"论坛结构"_s : u"类别"_s) : node->parent()->name(),
+        text = u"从 %1 删除用户 %2"_s.arg(node->parent()->isRoot()
+                                                  ? (guest ? u"论坛结构"_s : u"类别"_s)
+                                                  : node->parent()->name(),
             member ? member->loginName : QString::number(node->id()));
     }
-    m_document.push(
-        text,
+    m_document.push(text,
         [dir, doc, guest, taken, rights] {
             if (taken->node->isGroup()) {
                 // The rights of the group and of each group below it go too.
@@ -401,8 +395,7 @@ EditResult DirectoryEditor::moveNode(bool guest, const DirectoryNode *node, Move
         ? node->name()
         : (dir->findMember(node->id()) ? dir->findMember(node->id())->loginName
                                        : QString::number(node->id()));
-    m_document.push(
-        u"%1 %2"_s.arg(QString::fromUtf16(names[int(step)]), label),
+    m_document.push(u"%1 %2"_s.arg(QString::fromUtf16(names[int(step)]), label),
         [dir, guest, moved, parent, to] { dir->moveNode(guest, moved, parent, to); },
         [dir, guest, moved, parent, from] { dir->moveNode(guest, moved, parent, from); });
     return EditResult::done(node->isGroup() ? node->id() : -1);
@@ -426,10 +419,9 @@ EditResult DirectoryEditor::moveNodeInto(
     DirectoryNode *to = mutableNode(target);
     const int fromRow = node->row();
     const QString label = node->isGroup() ? node->name() : QString::number(node->id());
-    const QString targetLabel
-        = target->isRoot() ? (guest ? u"论坛结构"_s : u"类别"_s) : target->name();
-    m_document.push(
-        u"移动 %1 到 %2"_s.arg(label, targetLabel),
+    const QString targetLabel = target->isRoot() ? (guest ? u"论坛结构"_s : u"类别"_s)
+                                                 : target->name();
+    m_document.push(u"移动 %1 到 %2"_s.arg(label, targetLabel),
         [dir, guest, moved, to] { dir->moveNode(guest, moved, to, -1); },
         [dir, guest, moved, from, fromRow] { dir->moveNode(guest, moved, from, fromRow); });
     return EditResult::done(node->isGroup() ? node->id() : -1);
@@ -460,8 +452,7 @@ EditResult DirectoryEditor::placeMembers(
     DirectoryNode *target = mutableNode(group);
     auto taken = std::make_shared<std::vector<TakenNode>>(size_t(placed.size()));
     const QString where = group->isRoot() ? (guest ? u"论坛结构"_s : u"类别"_s) : group->name();
-    m_document.push(
-        u"添加群组 %1 (%2)"_s.arg(where).arg(placed.size()),
+    m_document.push(u"添加群组 %1 (%2)"_s.arg(where).arg(placed.size()),
         [dir, guest, target, taken, placed, rankId] {
             for (size_t i = 0; i < taken->size(); ++i) {
                 TakenNode &slot = (*taken)[i];
@@ -478,8 +469,7 @@ EditResult DirectoryEditor::placeMembers(
     return EditResult::done(-1, int(placed.size()), skipped);
 }
 
-EditResult DirectoryEditor::dropMembers(
-    bool guest, const DirectoryNode *group, QByteArrayView block)
+EditResult DirectoryEditor::dropMembers(bool guest, const DirectoryNode *group, QByteArrayView block)
 {
     const auto members = MemberDragFormat::decode(block);
     if (!members)
@@ -511,8 +501,7 @@ EditResult DirectoryEditor::setMembershipPositions(
         return EditResult::done(-1, 0);
     Directory *dir = m_document.m_directory;
     const QString name = m_document.m_positions->list().nameForId(rankId);
-    m_document.push(
-        u"等级设置 %1"_s.arg(name),
+    m_document.push(u"等级设置 %1"_s.arg(name),
         [dir, guest, changes, rankId] {
             for (const auto &[node, before] : changes)
                 dir->setRankId(guest, node, rankId);
@@ -535,8 +524,7 @@ EditResult DirectoryEditor::addPosition(const std::optional<QString> &name)
     const Position position { list.newPositionId(), name ? *name : list.newPositionName() };
     const int row = list.count();
     Directory *dir = m_document.m_directory;
-    m_document.push(
-        u"追加等级 %1"_s.arg(position.name),
+    m_document.push(u"追加等级 %1"_s.arg(position.name),
         [positions, dir, row, position] {
             positions->insertPosition(row, position);
             // Memberships can name the id before the position exists.
@@ -561,8 +549,7 @@ EditResult DirectoryEditor::renamePosition(int row, const QString &name)
         return EditResult::refused(EditRefusal::message(nameInUseText(), true));
     Directory *dir = m_document.m_directory;
     const QString before = list.positions.at(row).name;
-    m_document.push(
-        u"等级名修改 %1 为 %2"_s.arg(before, name),
+    m_document.push(u"等级名修改 %1 为 %2"_s.arg(before, name),
         [positions, dir, row, name] {
             positions->setName(row, name);
             dir->refreshMembershipLabels();
@@ -587,8 +574,7 @@ EditResult DirectoryEditor::deletePosition(int row)
         return EditResult::refused(EditRefusal::message(u"默认的职务至少1个以上."_s, true));
     Directory *dir = m_document.m_directory;
     const Position removed = list.positions.at(row);
-    m_document.push(
-        u"删除等级 %1"_s.arg(removed.name),
+    m_document.push(u"删除等级 %1"_s.arg(removed.name),
         [positions, dir, row] {
             positions->takePosition(row);
             dir->refreshMembershipLabels();
@@ -608,8 +594,7 @@ EditResult DirectoryEditor::movePosition(int row, int delta)
     if (row < 0 || row >= count || delta == 0 || target < 0 || target >= count)
         return EditResult::refused(EditRefusal::message(u"没有可以移动的位置."_s));
     const Position &moved = positions->list().positions.at(row);
-    m_document.push(
-        u"%1 %2"_s.arg(delta < 0 ? u"向上移动"_s : u"向下移动"_s, moved.name),
+    m_document.push(u"%1 %2"_s.arg(delta < 0 ? u"向上移动"_s : u"向下移动"_s, moved.name),
         [positions, row, target] { positions->movePosition(row, target); },
         [positions, row, target] { positions->movePosition(target, row); });
     return EditResult::done(moved.id);
@@ -628,8 +613,7 @@ EditResult DirectoryEditor::setDefaultPosition(qint32 positionId)
         return EditResult::refused(EditRefusal::message(u"不能写入 Serverinfo.ini."_s, true));
     CVelmarManagerDoc *doc = &m_document;
     auto written = std::make_shared<bool>(true);
-    m_document.push(
-        u"默认登记设置 %1"_s.arg(positions->list().nameForId(positionId)),
+    m_document.push(u"默认登记设置 %1"_s.arg(positions->list().nameForId(positionId)),
         [doc, positions, positionId, written] {
             if (!*written)
                 doc->writeDefaultPosition(positionId);

@@ -63,7 +63,8 @@ public:
     // lying block is refused whole.
     EditResult dropMembers(bool guest, const DirectoryNode *group, QByteArrayView block);
     // -1 for no position.
-    EditResult setMembershipPosition(bool guest, const DirectoryNode *membership, qint32 rankId);
+    EditResult setMembershipPosition(
+        bool guest, const DirectoryNode *membership, qint32 rankId);
     // The position grid's command over several memberships at once.
     EditResult setMembershipPositions(
         bool guest, const QList<const DirectoryNode *> &memberships, qint32 rankId);

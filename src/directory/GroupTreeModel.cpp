@@ -275,8 +275,8 @@ bool GroupTreeModel::canDropMimeData(
     return MemberDragFormat::canDecode(data);
 }
 
-bool GroupTreeModel::dropMimeData(
-    const QMimeData *data, Qt::DropAction action, int row, int column, const QModelIndex &parent)
+bool GroupTreeModel::dropMimeData(const QMimeData *data, Qt::DropAction action, int row,
+    int column, const QModelIndex &parent)
 {
     m_lastRefusal.reset();
     if (!m_editor || !canDropMimeData(data, action, row, column, parent))
@@ -286,7 +286,8 @@ bool GroupTreeModel::dropMimeData(
     if (data->hasFormat(nodeMimeType()))
         result = m_editor->moveNodeInto(m_guest, draggedNode(data), target);
     else
-        result = m_editor->dropMembers(m_guest, target, data->data(MemberDragFormat::mimeType()));
+        result = m_editor->dropMembers(
+            m_guest, target, data->data(MemberDragFormat::mimeType()));
     m_lastRefusal = result.refusal;
     // The node has moved and the grid rows stay: a view showing this model
     // must not remove the drag's source rows after a move drop.
