@@ -406,6 +406,8 @@ private Q_SLOTS:
     void undoRestoresEverything_data();
     void undoRestoresEverything();
     void modifiedFlagAndJournal();
+    void nodeDragsStayInTheirTree();
+    void undoAndRedoAChainOfEdits();
 };
 
 void TestDocument::newMemberRefusals_data()
@@ -424,6 +426,8 @@ void TestDocument::newMemberRefusals_data()
     QTest::newRow("exists") << false << u"abc"_s << u"用户已存在."_s << QString() << false;
     QTest::newRow("exists in the guest list")
         << false << u"guest1"_s << u"用户已存在."_s << QString() << false;
+    QTest::newRow("21 bytes") << false << u"abcdefghij0123456789x"_s << u"已经超过20名."_s
+                              << QString() << false;
     QTest::newRow("exists in the member list")
         << true << u"carol"_s << u"用户已存在."_s << QString() << false;
 }
@@ -1071,6 +1075,91 @@ void TestDocument::modifiedFlagAndJournal()
     QCOMPARE(d.doc.notices()->deleteRows({ 0 }), 1);
     QVERIFY(d.doc.isModified());
     QVERIFY(d.doc.journal().isEmpty());
+}
+
+void TestDocument::nodeDragsStayInTheirTree()
+{
+    Doc d;
+    const QStringList before = dump(d.doc);
+    QVERIFY(!d.tree()->mimeData({ d.tree()->rootIndex() }));
+    // A guest-tree node dragged over the organisation tree names nothing there.
+    const std::unique_ptr<QMimeData> guest(
+        d.tree(true)->mimeData({ d.at(d.membership(5, 20, true), true) }));
+    QVERIFY(guest);
+    QVERIFY(!d.tree()->canDropMimeData(guest.get(), Qt::MoveAction, -1, 0, d.at(d.group(12))));
+    QVERIFY(!d.tree()->dropMimeData(guest.get(), Qt::MoveAction, -1, 0, d.at(d.group(12))));
+    QMimeData stale;
+    stale.setData(GroupTreeModel::nodeMimeType(), fields({ -1, 0, 7 }));
+    QVERIFY(!d.tree()->canDropMimeData(&stale, Qt::MoveAction, -1, 0, d.at(d.group(12))));
+    stale.setData(GroupTreeModel::nodeMimeType(), fields({ -1 }).left(6));
+    QVERIFY(!d.tree()->dropMimeData(&stale, Qt::MoveAction, -1, 0, d.at(d.group(12))));
+    QCOMPARE(dump(d.doc), before);
+    QCOMPARE(d.steps(), 0);
+    // Its own tree takes it.
+    const std::unique_ptr<QMimeData> own(
+        d.tree(true)->mimeData({ d.at(d.membership(5, 20, true), true) }));
+    QVERIFY(
+        d.tree(true)->dropMimeData(own.get(), Qt::MoveAction, -1, 0, d.tree(true)->rootIndex()));
+    QCOMPARE(d.childLabels(d.root(true)), QStringList({ u"G20"_s, u"M5"_s }));
+}
+
+void TestDocument::undoAndRedoAChainOfEdits()
+{
+    Doc d;
+    d.doc.setDefaultPositionWriter([](qint32) { return true; });
+    const auto rowOf
+        = [&d](qint32 id, bool guest = false) { return d.members(guest)->rowOfId(id); };
+    const QList<std::function<EditResult()>> chain {
+        [&] { return d.ed().addMember(false, u"newbie"_s); },
+        [&] {
+            return d.ed().placeMembers(false, d.group(12), { 9, 8 });
+        },
+        [&] { return d.ed().addGroup(false, d.group(12), u"新 类别"_s); },
+        [&] { return d.ed().moveNodeInto(false, d.membership(9, 12), d.group(21)); },
+        [&] { return d.ed().setMembershipPosition(false, d.membership(9, 21), 3); },
+        [&] { return d.ed().renamePosition(2, u"主管"_s); },
+        [&] { return d.ed().setMemberCell(false, rowOf(9), Column::DisplayNameColumn, u"新人"_s); },
+        [&] { return d.ed().deletePosition(2); },
+        [&] { return d.ed().deleteNode(false, d.group(12)); },
+        [&] {
+            return d.ed().deleteMembers(false, { 0, rowOf(9) });
+        },
+        [&] { return d.ed().addMember(true, u"guest3"_s); },
+        [&] {
+            return d.ed().dropMembers(
+                true, d.group(20, true), MemberDragFormat::encode({ { 10, true }, { 2, false } }));
+        },
+        [&] { return d.ed().moveNode(true, d.membership(10, 20, true), Step::First); },
+        [&] { return d.ed().setDefaultPosition(1); },
+        [&] { return d.ed().addPosition(); },
+        [&] { return d.ed().deleteMembers(true, { rowOf(10, true) }); },
+    };
+    QList<QStringList> states { dump(d.doc) };
+    for (const auto &edit : chain) {
+        const EditResult result = edit();
+        QVERIFY2(result.ok(), qPrintable(d.doc.journal().join(u" / ")));
+        states << dump(d.doc);
+    }
+    QCOMPARE(d.ed().addMember(true, u"last"_s).id, 11); // 9 and 10 were deleted since the save
+    d.doc.undoStack()->undo();
+    for (int i = int(chain.size()) - 1; i >= 0; --i) {
+        d.doc.undoStack()->undo();
+        QCOMPARE(dump(d.doc), states.at(i));
+    }
+    QVERIFY(!d.doc.isModified());
+    for (int i = 1; i <= int(chain.size()); ++i) {
+        d.doc.undoStack()->redo();
+        QCOMPARE(dump(d.doc), states.at(i));
+    }
+    // Half-way back, a new edit drops the steps that were undone with the
+    // nodes and records they hold.
+    for (int i = 0; i < 8; ++i)
+        d.doc.undoStack()->undo();
+    QCOMPARE(dump(d.doc), states.at(chain.size() - 8));
+    QVERIFY(d.ed().deleteMembers(false, { 0 }).ok());
+    QCOMPARE(d.steps(), int(chain.size()) - 8 + 1);
+    d.doc.undoStack()->undo();
+    QCOMPARE(dump(d.doc), states.at(chain.size() - 8));
 }
 
 QTEST_GUILESS_MAIN(TestDocument)
