@@ -9,6 +9,7 @@
 #include <memory>
 #include <QAbstractItemModelTester>
 #include <QMimeData>
+#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QtEndian>
 #include <QTest>
@@ -408,6 +409,7 @@ private Q_SLOTS:
     void modifiedFlagAndJournal();
     void nodeDragsStayInTheirTree();
     void undoAndRedoAChainOfEdits();
+    void undoAndRedoRandomEdits();
 };
 
 void TestDocument::newMemberRefusals_data()
@@ -1160,6 +1162,124 @@ void TestDocument::undoAndRedoAChainOfEdits()
     QCOMPARE(d.steps(), int(chain.size()) - 8 + 1);
     d.doc.undoStack()->undo();
     QCOMPARE(dump(d.doc), states.at(chain.size() - 8));
+}
+
+void TestDocument::undoAndRedoRandomEdits()
+{
+    Doc d;
+    d.doc.setDefaultPositionWriter([](qint32) { return true; });
+    QRandomGenerator random(20261123);
+    const auto pick = [&random](int n) { return n > 0 ? int(random.bounded(n)) : -1; };
+    QList<QStringList> states { dump(d.doc) };
+    for (int i = 0; i < 400; ++i) {
+        const bool guest = pick(3) == 0;
+        QList<const DirectoryNode *> nodes;
+        QList<const DirectoryNode *> containers { d.root(guest) };
+        std::function<void(const DirectoryNode *)> walk = [&](const DirectoryNode *parent) {
+            for (int row = 0; row < parent->childCount(); ++row) {
+                nodes << parent->child(row);
+                if (parent->child(row)->isContainer())
+                    containers << parent->child(row);
+                walk(parent->child(row));
+            }
+        };
+        walk(d.root(guest));
+        const DirectoryNode *node = nodes.value(pick(int(nodes.size())));
+        const DirectoryNode *container = containers.at(pick(int(containers.size())));
+        const int members = d.members(guest)->memberCount();
+        const QString text = QString::number(i);
+        GroupTreeModel *tree = d.tree(guest);
+        const QModelIndex target = d.at(container, guest);
+        switch (pick(14)) {
+        case 0:
+            d.ed().addMember(guest, u"m"_s + text);
+            break;
+        case 1:
+            d.ed().deleteMembers(guest, { pick(members), pick(members) });
+            break;
+        case 2:
+            d.ed().addGroup(guest, container, u"g"_s + text);
+            break;
+        case 3:
+            d.ed().deleteNode(guest, node);
+            break;
+        case 4:
+            d.ed().moveNode(guest, node, Step(pick(4)));
+            break;
+        case 5:
+            d.ed().moveNodeInto(guest, node, container);
+            break;
+        case 6: {
+            QList<qint32> ids;
+            for (int k = 0; k < 3 && members > 0; ++k)
+                ids << d.members(guest)->member(pick(members)).id;
+            d.ed().placeMembers(guest, container, ids);
+            break;
+        }
+        case 7:
+            if (node && node->isMembership())
+                d.ed().setMembershipPosition(guest, node, d.doc.positions()->list().idAt(pick(4)));
+            break;
+        case 8:
+            d.ed().setMemberCell(guest, pick(members), pick(Column::ColumnCount), u"x"_s + text);
+            break;
+        case 9: {
+            const int count = container->childCount();
+            const int row = pick(count);
+            tree->removeRows(row, 1 + pick(count - row), target);
+            break;
+        }
+        case 10:
+            if (node)
+                tree->moveRows(d.at(node->parent(), guest), node->row(), 1, target,
+                    pick(container->childCount() + 1));
+            break;
+        case 11: {
+            const std::unique_ptr<QMimeData> data(pick(2)
+                    ? d.members(!guest)->mimeData({ d.members(!guest)->index(pick(members), 0) })
+                    : tree->mimeData({ d.at(node, guest) }));
+            if (data && tree->canDropMimeData(data.get(), Qt::MoveAction, -1, 0, target))
+                tree->dropMimeData(data.get(), Qt::MoveAction, -1, 0, target);
+            break;
+        }
+        case 12:
+            d.members(guest)->setData(
+                d.members(guest)->index(pick(members + 1), pick(Column::ColumnCount)),
+                pick(2) ? QVariant(pick(2) == 1) : QVariant(u"y"_s + text));
+            break;
+        default: {
+            const int count = d.doc.positions()->list().count();
+            switch (pick(5)) {
+            case 0:
+                d.ed().addPosition();
+                break;
+            case 1:
+                d.ed().deletePosition(pick(count));
+                break;
+            case 2:
+                d.ed().renamePosition(pick(count), u"p"_s + text);
+                break;
+            case 3:
+                d.ed().movePosition(pick(count), pick(3) - 1);
+                break;
+            default:
+                d.ed().setDefaultPosition(d.doc.positions()->list().idAt(pick(count + 1)));
+            }
+        }
+        }
+        if (d.steps() == states.size())
+            states << dump(d.doc);
+        QCOMPARE(d.steps(), states.size() - 1);
+    }
+    QVERIFY(states.size() > 100);
+    for (qsizetype i = states.size() - 2; i >= 0; --i) {
+        d.doc.undoStack()->undo();
+        QCOMPARE(dump(d.doc), states.at(i));
+    }
+    for (qsizetype i = 1; i < states.size(); ++i) {
+        d.doc.undoStack()->redo();
+        QCOMPARE(dump(d.doc), states.at(i));
+    }
 }
 
 QTEST_GUILESS_MAIN(TestDocument)
