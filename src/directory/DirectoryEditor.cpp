@@ -38,6 +38,16 @@ bool isInside(const DirectoryNode *node, const DirectoryNode *ancestor)
     return false;
 }
 
+// Whether the node stands in the tree: views can hold nodes an edit took out
+// (the undo stack keeps them alive) or nodes of the other tree.
+bool inTree(const DirectoryNode *node, const DirectoryTree &tree)
+{
+    const DirectoryNode *up = node;
+    while (up && up->parent())
+        up = up->parent();
+    return up && up == tree.root();
+}
+
 EditResult refusedSilently()
 {
     return EditResult::refused(EditRefusal {});
@@ -253,7 +263,7 @@ EditResult DirectoryEditor::deleteMembers(bool guest, QList<int> rows)
 EditResult DirectoryEditor::addGroup(bool guest, const DirectoryNode *parent, const QString &name)
 {
     Directory &directory = *m_document.m_directory;
-    if (!parent || !parent->isContainer())
+    if (!parent || !parent->isContainer() || !inTree(parent, directory.treeData(guest)))
         return refusedSilently();
     const qint32 id = directory.nextGroupId();
     if (id == -2)
@@ -279,7 +289,8 @@ EditResult DirectoryEditor::addGroup(bool guest, const DirectoryNode *parent, co
 
 EditResult DirectoryEditor::renameGroup(bool guest, const DirectoryNode *group, const QString &name)
 {
-    if (!group || !group->isGroup() || name.isEmpty())
+    if (!group || !group->isGroup() || name.isEmpty()
+        || !inTree(group, m_document.m_directory->treeData(guest)))
         return refusedSilently();
     if (group->name() == name)
         return EditResult::done(group->id(), 0);
@@ -293,7 +304,7 @@ EditResult DirectoryEditor::renameGroup(bool guest, const DirectoryNode *group, 
 
 EditResult DirectoryEditor::deleteNode(bool guest, const DirectoryNode *node)
 {
-    if (!node || node->isRoot())
+    if (!node || node->isRoot() || !inTree(node, m_document.m_directory->treeData(guest)))
         return refusedSilently();
     Directory *dir = m_document.m_directory;
     CVelmarManagerDoc *doc = &m_document;
@@ -350,7 +361,8 @@ EditResult DirectoryEditor::deleteChildren(
     bool guest, const DirectoryNode *container, int row, int count)
 {
     if (!container || !container->isContainer() || row < 0 || count <= 0
-        || row + count > container->childCount())
+        || row + count > container->childCount()
+        || !inTree(container, m_document.m_directory->treeData(guest)))
         return refusedSilently();
     if (count == 1)
         return deleteNode(guest, container->child(row));
@@ -366,7 +378,7 @@ EditResult DirectoryEditor::deleteChildren(
 
 EditResult DirectoryEditor::moveNode(bool guest, const DirectoryNode *node, MoveStep step)
 {
-    if (!node || node->isRoot())
+    if (!node || node->isRoot() || !inTree(node, m_document.m_directory->treeData(guest)))
         return refusedSilently();
     const int from = node->row();
     const int last = node->parent()->childCount() - 1;
@@ -405,7 +417,8 @@ EditResult DirectoryEditor::moveNodeInto(
     bool guest, const DirectoryNode *node, const DirectoryNode *target)
 {
     const DirectoryTree &tree = m_document.m_directory->treeData(guest);
-    if (!node || node->isRoot() || !target || !target->isContainer() || isInside(target, node))
+    if (!node || node->isRoot() || !target || !target->isContainer() || isInside(target, node)
+        || !inTree(node, tree) || !inTree(target, tree))
         return EditResult::refused(EditRefusal::message(u"不能移动到这里."_s));
     if (node->isMembership() && node->parent() != target
         && tree.findMembership(node->id(), target, false))
@@ -430,9 +443,9 @@ EditResult DirectoryEditor::moveNodeInto(
 EditResult DirectoryEditor::placeMembers(
     bool guest, const DirectoryNode *group, const QList<qint32> &memberIds)
 {
-    if (!group || !group->isContainer())
-        return refusedSilently();
     const DirectoryTree &tree = m_document.m_directory->treeData(guest);
+    if (!group || !group->isContainer() || !inTree(group, tree))
+        return refusedSilently();
     QList<qint32> placed;
     QSet<qint32> seen;
     int skipped = 0;
@@ -491,8 +504,9 @@ EditResult DirectoryEditor::setMembershipPositions(
     bool guest, const QList<const DirectoryNode *> &memberships, qint32 rankId)
 {
     std::vector<std::pair<DirectoryNode *, qint32>> changes;
+    const DirectoryTree &tree = m_document.m_directory->treeData(guest);
     for (const DirectoryNode *node : memberships) {
-        if (!node || !node->isMembership())
+        if (!node || !node->isMembership() || !inTree(node, tree))
             return refusedSilently();
         if (node->rankId() != rankId)
             changes.emplace_back(mutableNode(node), node->rankId());

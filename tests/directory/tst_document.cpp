@@ -408,6 +408,7 @@ private Q_SLOTS:
     void undoRestoresEverything();
     void modifiedFlagAndJournal();
     void nodeDragsStayInTheirTree();
+    void nodesOutsideTheTreeAreRefused();
     void undoAndRedoAChainOfEdits();
     void undoAndRedoRandomEdits();
 };
@@ -1103,6 +1104,34 @@ void TestDocument::nodeDragsStayInTheirTree()
     QVERIFY(
         d.tree(true)->dropMimeData(own.get(), Qt::MoveAction, -1, 0, d.tree(true)->rootIndex()));
     QCOMPARE(d.childLabels(d.root(true)), QStringList({ u"G20"_s, u"M5"_s }));
+}
+
+void TestDocument::nodesOutsideTheTreeAreRefused()
+{
+    Doc d;
+    // Views may still hold nodes the last step took out of the tree (the
+    // undo stack keeps them), or nodes of the other tree.
+    const DirectoryNode *g11 = d.group(11);
+    const DirectoryNode *m2 = d.membership(2, 11);
+    const DirectoryNode *m5 = d.membership(5, 20, true);
+    QVERIFY(d.ed().deleteNode(false, d.group(10)).ok());
+    const QStringList before = dump(d.doc);
+    QVERIFY(!d.ed().deleteNode(false, m2).ok());
+    QVERIFY(!d.ed().deleteNode(false, m5).ok());
+    QVERIFY(!d.ed().deleteChildren(false, g11, 0, 1).ok());
+    QVERIFY(!d.ed().moveNode(false, m2, Step::First).ok());
+    QVERIFY(!d.ed().moveNodeInto(false, m2, d.group(12)).ok());
+    QVERIFY(!d.ed().moveNodeInto(false, d.membership(1, 12), g11).ok());
+    QVERIFY(!d.ed().moveNodeInto(false, m5, d.group(12)).ok());
+    QVERIFY(!d.ed().setMembershipPosition(false, m2, 3).ok());
+    QVERIFY(!d.ed().setMembershipPosition(false, m5, 3).ok());
+    QVERIFY(!d.ed().renameGroup(false, g11, u"x"_s).ok());
+    QVERIFY(!d.ed().addGroup(false, g11, u"x"_s).ok());
+    QVERIFY(!d.ed().addGroup(false, d.group(20, true), u"x"_s).ok());
+    QVERIFY(!d.ed().placeMembers(false, g11, { 8 }).ok());
+    QVERIFY(!d.ed().placeMembers(true, d.group(12), { 8 }).ok());
+    QCOMPARE(dump(d.doc), before);
+    QCOMPARE(d.steps(), 1);
 }
 
 void TestDocument::undoAndRedoAChainOfEdits()
