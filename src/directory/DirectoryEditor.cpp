@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <QUndoStack>
 
 using namespace Qt::StringLiterals;
 
@@ -35,6 +36,16 @@ bool isInside(const DirectoryNode *node, const DirectoryNode *ancestor)
             return true;
     }
     return false;
+}
+
+// Whether the node stands in the tree: views can hold nodes an edit took out
+// (the undo stack keeps them alive) or nodes of the other tree.
+bool inTree(const DirectoryNode *node, const DirectoryTree &tree)
+{
+    const DirectoryNode *up = node;
+    while (up && up->parent())
+        up = up->parent();
+    return up && up == tree.root();
 }
 
 EditResult refusedSilently()
@@ -256,7 +267,7 @@ EditResult DirectoryEditor::deleteMembers(bool guest, QList<int> rows)
 EditResult DirectoryEditor::addGroup(bool guest, const DirectoryNode *parent, const QString &name)
 {
     Directory &directory = *m_document.m_directory;
-    if (!parent || !parent->isContainer())
+    if (!parent || !parent->isContainer() || !inTree(parent, directory.treeData(guest)))
         return refusedSilently();
     const qint32 id = directory.nextGroupId();
     if (id == -2)
@@ -283,7 +294,8 @@ EditResult DirectoryEditor::addGroup(bool guest, const DirectoryNode *parent, co
 
 EditResult DirectoryEditor::renameGroup(bool guest, const DirectoryNode *group, const QString &name)
 {
-    if (!group || !group->isGroup() || name.isEmpty())
+    if (!group || !group->isGroup() || name.isEmpty()
+        || !inTree(group, m_document.m_directory->treeData(guest)))
         return refusedSilently();
     if (group->name() == name)
         return EditResult::done(group->id(), 0);
@@ -298,7 +310,7 @@ EditResult DirectoryEditor::renameGroup(bool guest, const DirectoryNode *group, 
 
 EditResult DirectoryEditor::deleteNode(bool guest, const DirectoryNode *node)
 {
-    if (!node || node->isRoot())
+    if (!node || node->isRoot() || !inTree(node, m_document.m_directory->treeData(guest)))
         return refusedSilently();
     Directory *dir = m_document.m_directory;
     CVelmarManagerDoc *doc = &m_document;
@@ -351,9 +363,28 @@ EditResult DirectoryEditor::deleteNode(bool guest, const DirectoryNode *node)
     return EditResult::done(node->isGroup() ? node->id() : -1);
 }
 
+EditResult DirectoryEditor::deleteChildren(
+    bool guest, const DirectoryNode *container, int row, int count)
+{
+    if (!container || !container->isContainer() || row < 0 || count <= 0
+        || row + count > container->childCount()
+        || !inTree(container, m_document.m_directory->treeData(guest)))
+        return refusedSilently();
+    if (count == 1)
+        return deleteNode(guest, container->child(row));
+    // One step of the journal, however many nodes; bottom-up, so that the
+    // rows above stay where they are.
+    QUndoStack *undo = m_document.m_undo;
+    undo->beginMacro(u"删除 %1 个节点"_s.arg(count));
+    for (int i = row + count - 1; i >= row; --i)
+        deleteNode(guest, container->child(i));
+    undo->endMacro();
+    return EditResult::done(-1, count);
+}
+
 EditResult DirectoryEditor::moveNode(bool guest, const DirectoryNode *node, MoveStep step)
 {
-    if (!node || node->isRoot())
+    if (!node || node->isRoot() || !inTree(node, m_document.m_directory->treeData(guest)))
         return refusedSilently();
     const int from = node->row();
     const int last = node->parent()->childCount() - 1;
@@ -393,7 +424,8 @@ EditResult DirectoryEditor::moveNodeInto(
     bool guest, const DirectoryNode *node, const DirectoryNode *target)
 {
     const DirectoryTree &tree = m_document.m_directory->treeData(guest);
-    if (!node || node->isRoot() || !target || !target->isContainer() || isInside(target, node))
+    if (!node || node->isRoot() || !target || !target->isContainer() || isInside(target, node)
+        || !inTree(node, tree) || !inTree(target, tree))
         return EditResult::refused(EditRefusal::message(u"不能移动到这里."_s));
     if (node->isMembership() && node->parent() != target
         && tree.findMembership(node->id(), target, false))
@@ -419,9 +451,9 @@ EditResult DirectoryEditor::moveNodeInto(
 EditResult DirectoryEditor::placeMembers(
     bool guest, const DirectoryNode *group, const QList<qint32> &memberIds)
 {
-    if (!group || !group->isContainer())
-        return refusedSilently();
     const DirectoryTree &tree = m_document.m_directory->treeData(guest);
+    if (!group || !group->isContainer() || !inTree(group, tree))
+        return refusedSilently();
     QList<qint32> placed;
     QSet<qint32> seen;
     int skipped = 0;
@@ -482,8 +514,9 @@ EditResult DirectoryEditor::setMembershipPositions(
     bool guest, const QList<const DirectoryNode *> &memberships, qint32 rankId)
 {
     std::vector<std::pair<DirectoryNode *, qint32>> changes;
+    const DirectoryTree &tree = m_document.m_directory->treeData(guest);
     for (const DirectoryNode *node : memberships) {
-        if (!node || !node->isMembership())
+        if (!node || !node->isMembership() || !inTree(node, tree))
             return refusedSilently();
         if (node->rankId() != rankId)
             changes.emplace_back(mutableNode(node), node->rankId());
@@ -516,9 +549,12 @@ EditResult DirectoryEditor::addPosition(const std::optional<QString> &name)
     const Position position { list.newPositionId(), name ? *name : list.newPositionName() };
     const int row = list.count();
     Directory *dir = m_document.m_directory;
-    m_document.push(
-        u"追加等级 %1"_s.arg(position.name),
-        [positions, row, position] { positions->insertPosition(row, position); },
+    m_document.push(u"追加等级 %1"_s.arg(position.name),
+        [positions, dir, row, position] {
+            positions->insertPosition(row, position);
+            // Memberships can name the id before the position exists.
+            dir->refreshMembershipLabels();
+        },
         [positions, dir, row] {
             positions->takePosition(row);
             dir->refreshMembershipLabels();

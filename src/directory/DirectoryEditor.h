@@ -47,6 +47,9 @@ public:
     // A group goes with its sub-groups, their memberships and the file-box
     // rights of each group; a membership goes alone. The root stays.
     EditResult deleteNode(bool guest, const DirectoryNode *node);
+    // Deletes count children of a container from row on, as deleteNode
+    // does, in one step.
+    EditResult deleteChildren(bool guest, const DirectoryNode *container, int row, int count);
     EditResult moveNode(bool guest, const DirectoryNode *node, MoveStep step);
     // Moves a group or membership with its subtree under another container
     // as its last child. Refused into itself or below itself, and for a

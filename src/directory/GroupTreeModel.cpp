@@ -171,15 +171,9 @@ bool GroupTreeModel::removeRows(int row, int count, const QModelIndex &parent)
     const DirectoryNode *container = nodeForIndex(parent);
     if (!m_editor || !container || row < 0 || count <= 0 || row + count > container->childCount())
         return false;
-    // Bottom-up, so that the rows above stay where they are.
-    for (int i = row + count - 1; i >= row; --i) {
-        const EditResult result = m_editor->deleteNode(m_guest, container->child(i));
-        if (!result.ok()) {
-            m_lastRefusal = result.refusal;
-            return false;
-        }
-    }
-    return true;
+    const EditResult result = m_editor->deleteChildren(m_guest, container, row, count);
+    m_lastRefusal = result.refusal;
+    return result.ok();
 }
 
 bool GroupTreeModel::moveRows(const QModelIndex &sourceParent, int sourceRow, int count,
@@ -234,9 +228,12 @@ QMimeData *GroupTreeModel::mimeData(const QModelIndexList &indexes) const
     const DirectoryNode *node = indexes.isEmpty() ? nullptr : nodeForIndex(indexes.first());
     if (!node || node->isRoot())
         return nullptr;
+    // The root id first: the regular and the guest tree take the same drops,
+    // and a path read in the other tree would name an unrelated node.
     QList<qint32> path;
     for (const DirectoryNode *up = node; up->parent(); up = up->parent())
         path.prepend(up->row());
+    path.prepend(tree().rootId());
     QByteArray block(path.size() * 4, Qt::Uninitialized);
     for (qsizetype i = 0; i < path.size(); ++i)
         qToLittleEndian<qint32>(path.at(i), block.data() + 4 * i);
@@ -248,10 +245,11 @@ QMimeData *GroupTreeModel::mimeData(const QModelIndexList &indexes) const
 const DirectoryNode *GroupTreeModel::draggedNode(const QMimeData *data) const
 {
     const QByteArray block = data->data(nodeMimeType());
-    if (block.isEmpty() || block.size() % 4 != 0)
+    if (block.size() < 8 || block.size() % 4 != 0
+        || qFromLittleEndian<qint32>(block.constData()) != tree().rootId())
         return nullptr;
     const DirectoryNode *node = tree().root();
-    for (qsizetype i = 0; i < block.size(); i += 4) {
+    for (qsizetype i = 4; i < block.size(); i += 4) {
         const qint32 row = qFromLittleEndian<qint32>(block.constData() + i);
         if (row < 0 || row >= node->childCount())
             return nullptr;

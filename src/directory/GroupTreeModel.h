@@ -30,8 +30,8 @@ public:
         LoginNameRole, // memberships: the member's user ID
     };
 
-    // The format of a node dragged inside its tree: the rows from the root
-    // down to the node, 32-bit little-endian each.
+    // The format of a node dragged inside its tree: the tree's root id, then
+    // the rows from the root down to the node, 32-bit little-endian each.
     static QString nodeMimeType();
 
     GroupTreeModel(const Directory &directory, bool guest, QObject *parent = nullptr);

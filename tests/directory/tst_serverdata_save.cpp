@@ -1,3 +1,4 @@
+#include "NoticeEditor.h"
 #include "CRegistry.h"
 #include "CVelmarManagerDoc.h"
 #include "DbConnection.h"
@@ -290,7 +291,7 @@ void TestServerDataSave::statementOrder()
     Directory &directory = *env.data.directory();
     QVERIFY(
         env.data.editor().deleteMembers(false, { directory.regularMembers()->rowOfId(3) }).ok());
-    QCOMPARE(env.data.notices()->deleteRows({ 0 }), 1);
+    QCOMPARE(NoticeEditor(env.data).deleteNotices({ 0 }).applied, 1);
     QVERIFY(env.data.isModified());
 
     env.messages.queueAnswer(MessageService::Yes);
@@ -670,7 +671,7 @@ void TestServerDataSave::journal()
     env.traceTo(u"journal.trace"_s);
     ProfileFile(env.dir.iniPath()).writeString(u"ServerInfo"_s, u"UseDist"_s, u"1"_s);
     ProfileFile(env.dir.iniPath()).writeString(u"GroupInfo"_s, u"Version"_s, u"0041"_s);
-    QCOMPARE(env.data.notices()->deleteRows({ 0 }), 1);
+    QCOMPARE(NoticeEditor(env.data).deleteNotices({ 0 }).applied, 1);
     const NoticeRecord notice = env.data.notices()->pendingDeletions().constFirst();
 
     // The journal written just before the first statement, as the saver
@@ -800,7 +801,7 @@ void TestServerDataSave::noticeDeleteFailure()
             u"CREATE TRIGGER poison BEFORE DELETE ON CONTENTS WHEN OLD.OCONTENTSID = 100 BEGIN SELECT RAISE(ABORT, 'poisoned'); END"_s));
     }
     QSqlDatabase::removeDatabase(u"raw-notice"_s);
-    QCOMPARE(env.data.notices()->deleteRows({ 0, 1 }), 2);
+    QCOMPARE(NoticeEditor(env.data).deleteNotices({ 0, 1 }).applied, 2);
 
     const ServerDataSaver::Result result = env.save(true);
     QVERIFY(result.ok());
