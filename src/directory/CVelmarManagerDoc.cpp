@@ -36,9 +36,6 @@ CVelmarManagerDoc::CVelmarManagerDoc(QObject *parent)
     m_directory->guestTree()->setEditor(&m_editor);
     m_positions->setEditor(&m_editor);
     connect(m_undo, &QUndoStack::cleanChanged, this, &CVelmarManagerDoc::updateModified);
-    // A notice deletion is made on the list itself, before it reaches the
-    // journal; it counts as an edit all the same.
-    connect(m_notices, &NoticeListModel::documentModified, this, [this] { setModified(true); });
 }
 
 CVelmarManagerDoc::~CVelmarManagerDoc()

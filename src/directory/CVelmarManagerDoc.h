@@ -113,7 +113,11 @@ Q_SIGNALS:
     void adopted();
 
 private:
+    // The editors are the only writers of the data sets.
     friend class DirectoryEditor;
+    friend class PermissionEditor;
+    friend class FileBoxEditor;
+    friend class NoticeEditor;
 
     void updateModified();
 

@@ -84,21 +84,31 @@ void NoticeListModel::setRecords(QList<NoticeRecord> records)
     endResetModel();
 }
 
-int NoticeListModel::deleteRows(QList<int> rows)
+QList<int> NoticeListModel::deleteRows(QList<int> rows)
 {
     rows.removeIf([this](int row) { return row < 0 || row >= m_records.size(); });
+    // Bottom-most first, so that the rows still to go keep their numbers.
     std::sort(rows.begin(), rows.end(), std::greater<int>());
     rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
-    if (rows.isEmpty())
-        return 0;
-
-    Q_EMIT documentModified();
     for (int row : std::as_const(rows)) {
         beginRemoveRows({}, row, row);
         m_pending.append(m_records.takeAt(row));
         endRemoveRows();
     }
-    return int(rows.size());
+    return rows;
+}
+
+void NoticeListModel::undeleteRows(const QList<int> &rows)
+{
+    // The last record taken is the top-most row: back in reverse order, each
+    // row's number is right again when its turn comes.
+    for (auto row = rows.crbegin(); row != rows.crend(); ++row) {
+        if (m_pending.isEmpty() || *row < 0 || *row > m_records.size())
+            return;
+        beginInsertRows({}, *row, *row);
+        m_records.insert(*row, m_pending.takeLast());
+        endInsertRows();
+    }
 }
 
 QList<NoticeBoard::Failure> NoticeListModel::commit(

@@ -12,7 +12,7 @@ class RegistryHives;
 
 // The working copy of the notice board: the listed notices in result order
 // (one row each, four columns) and the notices removed from the list but not
-// yet deleted from the database.
+// yet deleted from the database. Only NoticeEditor removes rows.
 class NoticeListModel : public QAbstractTableModel
 {
     Q_OBJECT
@@ -39,11 +39,6 @@ public:
     const QList<NoticeRecord> &records() const { return m_records; }
     const NoticeRecord &record(int row) const { return m_records.at(row); }
 
-    // Removes the given rows (any order, duplicates and bad rows ignored),
-    // bottom-most first, each record going to the end of the pending-deletion
-    // list. documentModified is emitted once before the first removal. Returns
-    // how many rows were removed.
-    int deleteRows(QList<int> rows);
     const QList<NoticeRecord> &pendingDeletions() const { return m_pending; }
     bool hasPendingDeletions() const { return !m_pending.isEmpty(); }
     // After a save has deleted them (or tried to: a failed DELETE is not
@@ -56,10 +51,19 @@ public:
     QList<NoticeBoard::Failure> commit(DbConnection &connection, RegistryHives &hives,
         const QString &programDir, DbSession *session = nullptr);
 
-Q_SIGNALS:
-    void documentModified();
-
 private:
+    // Deleting notices is an edit of the document: NoticeEditor makes it one
+    // step of the undo stack through these.
+    friend class NoticeEditor;
+
+    // Removes the given rows (any order, duplicates and bad rows ignored),
+    // bottom-most first, each record going to the end of the pending-deletion
+    // list. Returns the rows removed, in the order they went.
+    QList<int> deleteRows(QList<int> rows);
+    // Takes back a deleteRows: rows as it returned them; the records come off
+    // the end of the pending-deletion list and go back where they stood.
+    void undeleteRows(const QList<int> &rows);
+
     QList<NoticeRecord> m_records;
     QList<NoticeRecord> m_pending;
 };

@@ -186,6 +186,15 @@ void AccessTokenTable::editVoipAccount(
     m_modified = true;
 }
 
+void AccessTokenTable::giveVoipAccount(
+    qint32 memberId, const QString &voipId, const QString &voipPassword)
+{
+    m_accounts.insert_or_assign(memberId, VoipAccount { voipId, voipPassword });
+    // The defaults with VoipOn set are every feature on.
+    ensureToken(memberId).setFlag(CAccessToken::VoipOn, true);
+    m_modified = true;
+}
+
 AccessTokenTable::MemberRecords AccessTokenTable::recordsOf(qint32 memberId) const
 {
     MemberRecords records;

@@ -1,11 +1,10 @@
 #pragma once
 
-#include <optional>
-
 #include "CAccessToken.h"
 #include "VoipAccount.h"
 
 #include <map>
+#include <optional>
 #include <QList>
 #include <QString>
 
@@ -77,6 +76,11 @@ public:
     // (new) id (VoipAccountPool::reassign).
     void editVoipAccount(
         qint32 memberId, VoipField field, const QString &text, VoipAccountPool *pool = nullptr);
+
+    // A pool account was given to a member without one: it becomes the
+    // member's VoIP account and VoipOn is set (a member without a permission
+    // record gets one with every feature on). Marks the table modified.
+    void giveVoipAccount(qint32 memberId, const QString &voipId, const QString &voipPassword);
 
     // A member's two records as they stand (either may be missing), for an
     // edit to put back when it is undone; restoring also puts back the

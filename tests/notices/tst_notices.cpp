@@ -1,11 +1,14 @@
 #include "CRegistry.h"
+#include "CVelmarManagerDoc.h"
 #include "DbConnection.h"
 #include "DbSession.h"
 #include "NoticeBoard.h"
+#include "NoticeEditor.h"
 #include "NoticeListModel.h"
 #include "NoticeText.h"
 #include "RegistryHives.h"
 #include "ScriptedMessageService.h"
+#include "ServerDataSet.h"
 #include "SqlTrace.h"
 #include "TempServerDir.h"
 #include "TestDatabase.h"
@@ -82,6 +85,15 @@ NoticeRecord notice(qint32 id, const QString &title = {})
     return record;
 }
 
+// The notices as a load hands them to the document; deletions go through its
+// editor.
+void adoptNotices(CVelmarManagerDoc &doc, QList<NoticeRecord> notices)
+{
+    ServerDataSet data;
+    data.notices = std::move(notices);
+    doc.adopt(std::move(data), CVelmarManagerDoc::LoadState::Complete);
+}
+
 // Makes the DELETE of one notice fail inside the database, as a lock or a
 // permission would: a trigger that refuses it.
 bool refuseDeletionOf(TestDatabase &db, qint32 noticeId, QString *error)
@@ -134,8 +146,6 @@ private Q_SLOTS:
 
     // The list model.
     void modelShowsFourColumns();
-    void deletingRowsQueuesThemBottomUp();
-    void reloadDropsPendingDeletions();
 
     // Uploaded files.
     void uploadFolder();
@@ -259,47 +269,6 @@ void TestNotices::modelShowsFourColumns()
     QCOMPARE(model.index(0, 3).data().toString(), u"2007/12/31"_s);
     QCOMPARE(model.index(1, 2).data(NoticeListModel::NoticeIdRole).toInt(), 4);
     QCOMPARE(model.record(0).id, 3);
-}
-
-void TestNotices::deletingRowsQueuesThemBottomUp()
-{
-    NoticeListModel model;
-    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-    model.setRecords({ notice(10), notice(11), notice(12), notice(13), notice(14), notice(15) });
-
-    int rowsWhenMarked = -1;
-    int marks = 0;
-    connect(&model, &NoticeListModel::documentModified, this, [&] {
-        ++marks;
-        rowsWhenMarked = model.rowCount();
-    });
-
-    QCOMPARE(model.deleteRows({ 2, 5, 2, 9, -1 }), 2);
-    QCOMPARE(marks, 1);
-    QCOMPARE(rowsWhenMarked, 6); // marked before the first row goes
-    QCOMPARE(model.rowCount(), 4);
-    QCOMPARE(model.pendingDeletions().size(), 2);
-    QCOMPARE(model.pendingDeletions().at(0).id, 15);
-    QCOMPARE(model.pendingDeletions().at(1).id, 12);
-    QCOMPARE(model.record(2).id, 13);
-
-    QCOMPARE(model.deleteRows({ 0 }), 1);
-    QCOMPARE(model.pendingDeletions().last().id, 10);
-
-    // Nothing selected: nothing changes, nothing is marked.
-    QCOMPARE(model.deleteRows({}), 0);
-    QCOMPARE(marks, 2);
-}
-
-void TestNotices::reloadDropsPendingDeletions()
-{
-    NoticeListModel model;
-    model.setRecords({ notice(1), notice(2) });
-    model.deleteRows({ 0 });
-    QVERIFY(model.hasPendingDeletions());
-    model.setRecords({ notice(1), notice(2) });
-    QVERIFY(!model.hasPendingDeletions());
-    QCOMPARE(model.rowCount(), 2);
 }
 
 void TestNotices::uploadFolder()
@@ -459,14 +428,15 @@ void TestNotices::commitDeletesBottomUp()
     QVERIFY(makeItem(work.filePath(u"S-50"_s), true));
     WorkingDirectory cwd(work.path());
 
-    NoticeListModel model;
+    CVelmarManagerDoc doc;
     {
         DbConnection connection = db.connect();
-        model.setRecords(NoticeBoard::load(connection));
+        adoptNotices(doc, NoticeBoard::load(connection));
     }
+    NoticeListModel &model = *doc.notices();
     QCOMPARE(model.record(1).id, 20);
     QCOMPARE(model.record(4).id, 50);
-    QCOMPARE(model.deleteRows({ 1, 4 }), 2);
+    QCOMPARE(NoticeEditor(doc).deleteNotices({ 1, 4 }).applied, 2);
 
     TracedConnection traced(db, dir.filePath(u"save.sql"_s));
     const QList<NoticeBoard::Failure> failures
@@ -501,12 +471,13 @@ void TestNotices::failingDeleteDoesNotStopTheOthers()
     }
     WorkingDirectory cwd(work.path());
 
-    NoticeListModel model;
+    CVelmarManagerDoc doc;
     {
         DbConnection connection = db.connect();
-        model.setRecords(NoticeBoard::load(connection));
+        adoptNotices(doc, NoticeBoard::load(connection));
     }
-    QCOMPARE(model.deleteRows({ 0, 1, 2 }), 3);
+    NoticeListModel &model = *doc.notices();
+    QCOMPARE(NoticeEditor(doc).deleteNotices({ 0, 1, 2 }).applied, 3);
 
     ScriptedMessageService messages;
     DbSession session(dir.hives(), dir.iniPath(), dir.databasePath(), messages);

@@ -1,0 +1,109 @@
+#include "CVelmarManagerDoc.h"
+#include "DocumentFixture.h"
+#include "NoticeEditor.h"
+#include "NoticeListModel.h"
+
+#include <QAbstractItemModelTester>
+#include <QSignalSpy>
+#include <QTest>
+#include <QUndoStack>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QList<qint32> ids(const QList<NoticeRecord> &records)
+{
+    QList<qint32> out;
+    for (const NoticeRecord &record : records)
+        out.append(record.id);
+    return out;
+}
+
+class Document
+{
+public:
+    Document() { doc.adopt(sampleServerData(), CVelmarManagerDoc::LoadState::Complete); }
+    CVelmarManagerDoc doc;
+};
+
+} // namespace
+
+class TestNoticeEditing : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void deletionGoesBottomUpAndUndoes();
+    void nothingToDelete();
+    void reloadDropsPendingDeletions();
+};
+
+void TestNoticeEditing::deletionGoesBottomUpAndUndoes()
+{
+    Document d;
+    CVelmarManagerDoc &doc = d.doc;
+    NoticeListModel &model = *doc.notices();
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    QSignalSpy removed(&model, &QAbstractItemModel::rowsRemoved);
+    const QStringList before = documentState(doc);
+    QVERIFY(!doc.isModified());
+
+    // Rows 2 and 5 selected (with a repeat and rows that do not exist).
+    EditResult result = NoticeEditor(doc).deleteNotices({ 2, 5, 2, 9, -1 });
+    QVERIFY(result.ok());
+    QCOMPARE(result.applied, 2);
+    QCOMPARE(removed.size(), 2);
+    QCOMPARE(removed.at(0).at(1).toInt(), 5);
+    QCOMPARE(removed.at(1).at(1).toInt(), 2);
+    QCOMPARE(ids(model.records()), (QList<qint32> { 10, 11, 13, 14 }));
+    QCOMPARE(ids(model.pendingDeletions()), (QList<qint32> { 15, 12 }));
+    QVERIFY(doc.isModified());
+    QCOMPARE(doc.journal(), QStringList { u"删除 2 个公告"_s });
+    const QStringList afterFirst = documentState(doc);
+
+    QVERIFY(NoticeEditor(doc).deleteNotices({ 0 }).ok());
+    QCOMPARE(ids(model.pendingDeletions()), (QList<qint32> { 15, 12, 10 }));
+    QCOMPARE(doc.journal().last(), u"删除公告 Notice 10"_s);
+    const QStringList afterSecond = documentState(doc);
+
+    doc.undoStack()->undo();
+    QCOMPARE(documentState(doc), afterFirst);
+    doc.undoStack()->undo();
+    QCOMPARE(documentState(doc), before);
+    QVERIFY(!model.hasPendingDeletions());
+    QVERIFY(!doc.isModified());
+    doc.undoStack()->redo();
+    doc.undoStack()->redo();
+    QCOMPARE(documentState(doc), afterSecond);
+}
+
+void TestNoticeEditing::nothingToDelete()
+{
+    Document d;
+    CVelmarManagerDoc &doc = d.doc;
+    const QStringList before = documentState(doc);
+    for (const QList<int> &rows : { QList<int> {}, QList<int> { 6, -1 } }) {
+        const EditResult result = NoticeEditor(doc).deleteNotices(rows);
+        QVERIFY(!result.ok());
+        QVERIFY(result.refusal->text.isEmpty());
+    }
+    QCOMPARE(doc.undoStack()->count(), 0);
+    QCOMPARE(documentState(doc), before);
+}
+
+void TestNoticeEditing::reloadDropsPendingDeletions()
+{
+    Document d;
+    CVelmarManagerDoc &doc = d.doc;
+    QVERIFY(NoticeEditor(doc).deleteNotices({ 0, 1 }).ok());
+    QVERIFY(doc.notices()->hasPendingDeletions());
+    doc.adopt(sampleServerData(), CVelmarManagerDoc::LoadState::Complete);
+    QVERIFY(!doc.notices()->hasPendingDeletions());
+    QCOMPARE(doc.notices()->rowCount(), 6);
+    QCOMPARE(doc.undoStack()->count(), 0);
+    QVERIFY(!doc.isModified());
+}
+
+QTEST_GUILESS_MAIN(TestNoticeEditing)
+#include "tst_notice_editing.moc"
