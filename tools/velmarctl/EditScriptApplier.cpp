@@ -2,11 +2,15 @@
 
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
+#include "FileBoxEditor.h"
 #include "MemberListModel.h"
 #include "MemberRules.h"
+#include "NoticeEditor.h"
+#include "NoticeListModel.h"
+#include "PermissionEditor.h"
 #include "PositionListModel.h"
 
-#include <QSet>
+#include <algorithm>
 #include <QUndoStack>
 
 using namespace Qt::StringLiterals;
@@ -72,11 +76,6 @@ int columnOf(Edit::MemberText cell)
         return MemberListModel::DescriptionColumn;
     }
     return -1;
-}
-
-QString notInThisBuild(const char16_t *command)
-{
-    return QString::fromUtf16(command) + u": not available in this build"_s;
 }
 
 } // namespace
@@ -454,37 +453,133 @@ QString EditScriptApplier::apply(const Edit::PositionMove &move)
     return {};
 }
 
-QString EditScriptApplier::apply(const Edit::PermissionSet &)
+QString EditScriptApplier::apply(const Edit::PermissionSet &set)
 {
-    return notInThisBuild(u"permission set");
+    QList<qint32> members;
+    QString target;
+    QString error;
+    if (const auto *userId = std::get_if<QString>(&set.target)) {
+        const std::optional<MemberRef> member = findMember(*userId, &error);
+        if (!member)
+            return error;
+        members.append(member->id);
+        target = *userId;
+    } else {
+        const EditGroupRef &ref = std::get<EditGroupRef>(set.target);
+        const DirectoryNode *group = findGroup(ref, &error);
+        if (!group)
+            return error;
+        // The members standing directly under the group.
+        for (int row = 0; row < group->childCount(); ++row) {
+            if (group->child(row)->isMembership())
+                members.append(group->child(row)->id());
+        }
+        target = ref.toText();
+    }
+    PermissionEditor editor(m_document);
+    JournalStep step(m_document.undoStack(), u"权限设置 %1"_s.arg(target));
+    for (int feature = 0; feature < Edit::FeatureCount; ++feature) {
+        const std::optional<bool> on = set.flags[size_t(feature)];
+        if (!on)
+            continue;
+        // The features are listed in the record's flag order.
+        const auto flag = CAccessToken::Feature(feature);
+        const EditResult result = std::holds_alternative<QString>(set.target)
+            ? editor.setFlag(members.first(), flag, *on)
+            : editor.setFlagForMembers(members, flag, *on);
+        if (!result.ok())
+            return refusalText(result, u"the permissions of %1 cannot be set"_s.arg(target));
+    }
+    return {};
 }
 
-QString EditScriptApplier::apply(const Edit::VoipSet &)
+QString EditScriptApplier::apply(const Edit::VoipSet &set)
 {
-    return notInThisBuild(u"voip set");
+    QString error;
+    const std::optional<MemberRef> member = findMember(set.userId, &error);
+    if (!member)
+        return error;
+    PermissionEditor editor(m_document);
+    JournalStep step(m_document.undoStack(), u"VoIP %1"_s.arg(set.userId));
+    for (const auto &[field, text] : { std::pair { AccessTokenTable::VoipField::Id, set.account },
+             std::pair { AccessTokenTable::VoipField::Password, set.password } }) {
+        const EditResult result = editor.setVoipAccount(member->id, field, text);
+        if (!result.ok())
+            return refusalText(result, u"the VoIP account of %1 cannot be set"_s.arg(set.userId));
+    }
+    return {};
 }
 
 QString EditScriptApplier::apply(const Edit::VoipAssign &)
 {
-    return notInThisBuild(u"voip assign");
+    const EditResult result = PermissionEditor(m_document).assignTelephony();
+    if (!result.ok())
+        return refusalText(result, u"the telephone numbers cannot be assigned"_s);
+    m_output(u"voip assign: %1 assigned, %2 left without an account"_s.arg(result.applied)
+                 .arg(result.skipped));
+    return {};
 }
 
-QString EditScriptApplier::apply(const Edit::FolderAdd &)
+QString EditScriptApplier::apply(const Edit::FolderAdd &add)
 {
-    return notInThisBuild(u"folder add");
+    const EditResult result = FileBoxEditor(m_document).addFolder(add.path);
+    if (!result.ok())
+        return refusalText(result, u"the folder %1 cannot be added"_s.arg(add.path));
+    m_output(u"folder %1 %2"_s.arg(add.path).arg(result.id));
+    return {};
 }
 
-QString EditScriptApplier::apply(const Edit::FolderRemove &)
+QString EditScriptApplier::apply(const Edit::FolderRemove &remove)
 {
-    return notInThisBuild(u"folder remove");
+    const qint32 folderId = m_document.fileBox().folderIdByPath(remove.path);
+    if (folderId < 0)
+        return u"no folder %1"_s.arg(remove.path);
+    const EditResult result = FileBoxEditor(m_document).removeFolder(folderId);
+    if (!result.ok())
+        return refusalText(result, u"the folder %1 cannot be removed"_s.arg(remove.path));
+    return {};
 }
 
-QString EditScriptApplier::apply(const Edit::RightSet &)
+QString EditScriptApplier::apply(const Edit::RightSet &set)
 {
-    return notInThisBuild(u"right set");
+    const qint32 folderId = m_document.fileBox().folderIdByPath(set.folder);
+    if (folderId < 0)
+        return u"no folder %1"_s.arg(set.folder);
+    const auto authority = qint32(set.authority);
+    FileBoxEditor editor(m_document);
+    EditResult result;
+    QString error;
+    if (const auto *ref = std::get_if<EditGroupRef>(&set.holder)) {
+        const DirectoryNode *group = findGroup(*ref, &error);
+        if (!group)
+            return error;
+        if (!group->isGroup())
+            return u"rights belong to a group, not to the root"_s;
+        result = editor.setGroupRight(group->id(), folderId, authority);
+    } else {
+        const std::optional<MemberRef> member = findMember(std::get<QString>(set.holder), &error);
+        if (!member)
+            return error;
+        result = editor.setMemberRight(member->id, folderId, authority);
+    }
+    if (!result.ok())
+        return refusalText(result, u"the right on %1 cannot be set"_s.arg(set.folder));
+    return {};
 }
 
-QString EditScriptApplier::apply(const Edit::NoticeDelete &)
+QString EditScriptApplier::apply(const Edit::NoticeDelete &del)
 {
-    return notInThisBuild(u"notice delete");
+    const QList<NoticeRecord> &records = m_document.notices()->records();
+    QList<int> rows;
+    for (const qint32 id : del.ids) {
+        const auto found = std::find_if(records.cbegin(), records.cend(),
+            [id](const NoticeRecord &record) { return record.id == id; });
+        if (found == records.cend())
+            return u"no notice %1"_s.arg(id);
+        rows.append(int(found - records.cbegin()));
+    }
+    const EditResult result = NoticeEditor(m_document).deleteNotices(rows);
+    if (!result.ok())
+        return refusalText(result, u"the notices cannot be deleted"_s);
+    return {};
 }
