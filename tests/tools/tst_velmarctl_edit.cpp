@@ -25,6 +25,7 @@ QStringList dirArguments(TempServerDir &dir)
 //   [Group]: Sales(10) { East(11) }, HQ(20); guest Forum(50) { Lounge(51) }
 //   Relation: anna@Sales(2) bert@East(1) carl@HQ(1); guest gina@Forum(1) gus@Lounge(1)
 //   Rank: 1 职员, 2 经理, 3 总监; DefaultPositionID 2
+//   AccessToken for anna; pool v1 (free); Folder 1 share; notices 100 and 101
 QStringList organisation()
 {
     const QString member
@@ -52,6 +53,11 @@ QStringList organisation()
         u"INSERT INTO Rank (ORankID, RankName) VALUES (1,'职员')"_s,
         u"INSERT INTO Rank (ORankID, RankName) VALUES (2,'经理')"_s,
         u"INSERT INTO Rank (ORankID, RankName) VALUES (3,'总监')"_s,
+        u"INSERT INTO AccessToken (OMemberID, MessageOn, ChatOn, FileTransferOn, TTSOn, VoiceToPhoneOn, OneToOneCallOn, SMSOn, VoipOn) VALUES (1,1,1,1,1,1,1,1,0)"_s,
+        u"INSERT INTO VoipNumberList (VOIP_ID, VOIP_PASS, OMemberID) VALUES ('v1','p1',0)"_s,
+        u"INSERT INTO Folder (OFolderID, FolderPath) VALUES (1,'share')"_s,
+        u"INSERT INTO CONTENTS (OCONTENTSID, TITLE, WRITEDATE, OMEMBERID, MEMBERID, MEMBERNAME, CONTENTS, FilePath, FileSessionID, WriteEndDate) VALUES (100,'First','2007-10-08 12:00:00',1,'anna','Anna','body','','','')"_s,
+        u"INSERT INTO CONTENTS (OCONTENTSID, TITLE, WRITEDATE, OMEMBERID, MEMBERID, MEMBERNAME, CONTENTS, FilePath, FileSessionID, WriteEndDate) VALUES (101,'Second','2008-01-01 09:00:00',1,'anna','Anna','text','','','')"_s,
     };
 }
 
@@ -125,6 +131,7 @@ class TestVelmarCtlEdit : public QObject
 
 private Q_SLOTS:
     void script();
+    void otherDataSets();
     void dryRun();
     void refusedLine_data();
     void refusedLine();
@@ -168,6 +175,41 @@ void TestVelmarCtlEdit::script()
         QStringList({ u"3@20:1"_s, u"3@52:-1"_s, u"4@50:1"_s, u"6@52:4"_s, u"7@51:4"_s }));
     QCOMPARE(db.column(u"SELECT ORankID || ' ' || RankName FROM Rank"_s),
         QStringList({ u"1 职员"_s, u"2 经理"_s, u"4 顾问"_s, u"3 董事"_s }));
+}
+
+void TestVelmarCtlEdit::otherDataSets()
+{
+    SERVER(dir, db);
+    const CtlRun run = velmarctl(QStringList { u"edit"_s } + dirArguments(dir) << writeScript(dir,
+                                     "permission set anna sms=off file=on\n"
+                                     "permission set /Sales/East chat=off\n"
+                                     "voip set carl 9001 s1\n"
+                                     "voip assign\n"
+                                     "folder add 'D:\\Share'\n"
+                                     "right set 'D:\\Share' group /Sales write\n"
+                                     "right set 'D:\\Share' member carl read\n"
+                                     "folder remove share\n"
+                                     "notice delete 100\n"));
+    QVERIFY2(run.exitCode == 0, qPrintable(run.err));
+    // The pool's one free account went to anna, the first member without one.
+    QCOMPARE(run.outText(),
+        u"voip assign: 1 assigned, 3 left without an account\n"
+        "folder D:\\Share 2\n"
+        "9 steps saved (version 1)\n"_s);
+    QCOMPARE(db.column(u"SELECT OMemberID || ':' || MessageOn || ChatOn || FileTransferOn || TTSOn "
+                       "|| VoiceToPhoneOn || OneToOneCallOn || SMSOn || VoipOn FROM AccessToken "
+                       "WHERE OMemberID IN (1, 2) ORDER BY OMemberID"_s),
+        QStringList({ u"1:11111101"_s, u"2:10111110"_s }));
+    QCOMPARE(db.column(u"SELECT OMemberID || ' ' || ID || ' ' || Pass FROM VoipInfo "
+                       "WHERE OMemberID IN (1, 3) ORDER BY OMemberID"_s),
+        QStringList({ u"1 v1 p1"_s, u"3 9001 s1"_s }));
+    QCOMPARE(db.column(u"SELECT OFolderID || ' ' || FolderPath FROM Folder"_s),
+        QStringList { u"2 D:\\\\Share"_s });
+    QCOMPARE(db.column(u"SELECT OGroupID || Authority FROM GroupAuthority WHERE OFolderID = 2"_s),
+        QStringList { u"10W"_s });
+    QCOMPARE(db.column(u"SELECT OMemberID || Authority FROM UserAuthority WHERE OFolderID = 2"_s),
+        QStringList { u"3R"_s });
+    QCOMPARE(db.column(u"SELECT OCONTENTSID FROM CONTENTS"_s), QStringList { u"101"_s });
 }
 
 void TestVelmarCtlEdit::dryRun()
@@ -236,6 +278,9 @@ void TestVelmarCtlEdit::refusedLine_data()
         << QByteArray("unplace /HQ anna") << u"anna is not placed directly under /HQ"_s;
     QTest::newRow("guest member in the organisation") << QByteArray(
         "place /HQ gus") << u"gus is a guest member: it is placed in the guest tree (guest:/...)"_s;
+    QTest::newRow("unknown folder")
+        << QByteArray("right set nowhere member anna read") << u"no folder nowhere"_s;
+    QTest::newRow("unknown notice") << QByteArray("notice delete 101 7") << u"no notice 7"_s;
     // The parse, before anything is loaded.
     QTest::newRow("unbalanced quote")
         << QByteArray("member add 'dora --password x") << u"unbalanced single quote"_s;
