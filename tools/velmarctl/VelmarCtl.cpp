@@ -211,7 +211,7 @@ bool VelmarCtl::parse(
     const QCommandLineOption sqlTrace(
         u"sql-trace"_s, u"Write every statement executed to this file."_s, u"file"_s);
     const QCommandLineOption timings(u"timings"_s,
-        u"resave: print the save's phases (journal, statements) on standard error; edit: the\n"
+        u"resave: print the save's phases (journal, statements) on standard error; edit: the "
         "phases load, parse, edits and save."_s);
     const QCommandLineOption dryRun(
         u"dry-run"_s, u"edit: apply the script, print the journal and save nothing."_s);
