@@ -126,7 +126,9 @@ EditResult PermissionEditor::setVoipAccount(
     const VoipAccountPool &pool = m_document.m_voipPool;
     const bool isId = field == AccessTokenTable::VoipField::Id;
     const VoipAccount *account = table.voipAccount(memberId);
-    if (account && (isId ? account->id : account->password) == text)
+    // No record reads as the empty account the grid shows for it.
+    const QString current = account ? (isId ? account->id : account->password) : QString();
+    if (current == text)
         return EditResult::done(memberId, 0);
 
     auto before = std::make_shared<PermissionsBefore>();

@@ -141,6 +141,10 @@ void TestPermissionEditing::flagEditsRefusedOrUnchanged()
     result = editor.setVoipAccount(1, AccessTokenTable::VoipField::Id, u"v100"_s);
     QVERIFY(result.ok());
     QCOMPARE(result.applied, 0);
+    // No account reads as an empty one.
+    result = editor.setVoipAccount(7, AccessTokenTable::VoipField::Password, QString());
+    QVERIFY(result.ok());
+    QCOMPARE(result.applied, 0);
     result = editor.setFlagForMembers({ 1, 99 }, CAccessToken::ChatOn, true);
     QCOMPARE(result.applied, 0);
     QCOMPARE(result.skipped, 1);
