@@ -100,6 +100,7 @@ group add /Sales/West
 group rename /HQ 'Head Office'
 group move /Sales/West first
 group move #20 into /Sales
+group move /Sales/West down
 member add zoe --name "Zoe Z" --password pz --female --lunar --no-admin --email z@x.cn --birthday 1990-05-06
 member add gwen --guest --password pg --private
 member set carl --name 'Carl C' --male --public --admin --phone 123
@@ -107,6 +108,7 @@ position add 顾问
 position rename 总监 董事
 position move 顾问 up
 position default 顾问
+position delete 经理
 place /Sales/West zoe carl
 place guest:/Forum/Lounge gwen
 membership position /Sales/West carl none
@@ -150,7 +152,7 @@ void TestVelmarCtlEdit::script()
         "member zoe 6\n"
         "member gwen 7\n"
         "position 顾问 4\n"
-        "17 steps saved (version 1)\n"_s);
+        "19 steps saved (version 1)\n"_s);
     QCOMPARE(dir.savedVersion(), u"0001"_s);
     // Written once the batch was saved.
     QCOMPARE(defaultPosition(dir), u"4"_s);
@@ -174,7 +176,7 @@ void TestVelmarCtlEdit::script()
                        "ORDER BY OMemberID, OGroupID"_s),
         QStringList({ u"3@20:1"_s, u"3@52:-1"_s, u"4@50:1"_s, u"6@52:4"_s, u"7@51:4"_s }));
     QCOMPARE(db.column(u"SELECT ORankID || ' ' || RankName FROM Rank"_s),
-        QStringList({ u"1 职员"_s, u"2 经理"_s, u"4 顾问"_s, u"3 董事"_s }));
+        QStringList({ u"1 职员"_s, u"4 顾问"_s, u"3 董事"_s }));
 }
 
 void TestVelmarCtlEdit::otherDataSets()
@@ -229,6 +231,7 @@ void TestVelmarCtlEdit::dryRun()
         "修改类别 HQ 为 Head Office\n"
         "最上面 West\n"
         "移动 Head Office 到 Sales\n"
+        "向下移动 West\n"
         "添加用户 zoe\n"
         "添加用户 gwen\n"
         "修改用户 carl\n"
@@ -236,13 +239,14 @@ void TestVelmarCtlEdit::dryRun()
         "等级名修改 总监 为 董事\n"
         "向上移动 顾问\n"
         "默认登记设置 顾问\n"
+        "删除等级 经理\n"
         "添加群组 West (2)\n"
         "添加群组 Lounge (1)\n"
         "等级设置 无等级\n"
         "从 Sales 删除用户 anna\n"
         "删除 2 个用户\n"
         "删除类别 East\n"
-        "17 steps (dry run, nothing saved)\n"_s);
+        "19 steps (dry run, nothing saved)\n"_s);
     QCOMPARE(snapshot(dir, db), before);
 }
 
