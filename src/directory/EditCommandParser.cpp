@@ -2,6 +2,8 @@
 
 #include "MemberRules.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -411,6 +413,18 @@ QString choiceList(const QList<QStringView> &choices)
 }
 
 } // namespace
+
+bool EditCommandParser::isCommandWord(QStringView word)
+{
+    return std::any_of(std::begin(Families), std::end(Families),
+        [word](const Family &family) { return family.word == word; });
+}
+
+bool EditCommandParser::takesValue(QStringView option)
+{
+    return std::any_of(std::begin(TextOptions), std::end(TextOptions),
+        [option](const TextOption &text) { return text.name == option; });
+}
 
 EditCommandParser::Result EditCommandParser::parse(const QStringList &words, int line)
 {

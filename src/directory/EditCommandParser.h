@@ -26,4 +26,10 @@ public:
     };
 
     static Result parse(const QStringList &words, int line);
+
+    // Whether a word starts a command ("member", "group", "place", ...).
+    static bool isCommandWord(QStringView word);
+    // Whether an option of "member add" and "member set" takes the next word
+    // as its value (--name, --password, ...; not the flags).
+    static bool takesValue(QStringView option);
 };

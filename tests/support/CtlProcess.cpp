@@ -2,12 +2,15 @@
 
 #include <QProcess>
 
-CtlRun runCommand(
-    const QString &program, const QStringList &arguments, const QProcessEnvironment &environment)
+CtlRun runCommand(const QString &program, const QStringList &arguments,
+    const QProcessEnvironment &environment, const QByteArray &input)
 {
     QProcess process;
     process.setProcessEnvironment(environment);
     process.start(program, arguments);
+    if (!input.isEmpty())
+        process.write(input);
+    process.closeWriteChannel();
     CtlRun run;
     if (!process.waitForFinished(120000) || process.exitStatus() != QProcess::NormalExit)
         return run;

@@ -16,5 +16,7 @@ struct CtlRun
     QString outText() const { return QString::fromUtf8(out); }
 };
 
+// input goes to the command's standard input, which is then closed.
 CtlRun runCommand(const QString &program, const QStringList &arguments,
-    const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment());
+    const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment(),
+    const QByteArray &input = {});

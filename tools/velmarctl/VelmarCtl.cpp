@@ -3,10 +3,15 @@
 #include "ConnectionStringMask.h"
 #include "ConsoleMessageService.h"
 #include "CReadDBThread.h"
+#include "CVelmarManagerDoc.h"
 #include "DbSession.h"
+#include "EditCommandParser.h"
+#include "EditScript.h"
+#include "EditScriptApplier.h"
+#include "PositionList.h"
+#include "ProfileFile.h"
 #include "RegistryHives.h"
 #include "SaveRecovery.h"
-#include "CVelmarManagerDoc.h"
 #include "ServerDataCounts.h"
 #include "ServerDataSaver.h"
 #include "ServerFolder.h"
@@ -19,7 +24,9 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QEventLoop>
+#include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -88,7 +95,85 @@ struct Folder
     QString databasePath;
 };
 
+QString milliseconds(qint64 ns)
+{
+    return QString::number(double(ns) / 1e6, 'f', 1);
+}
+
+// Reads and parses the script of an edit (its file, standard input, or the
+// words of a one-line form). False with the refusal printed.
+bool readEditScript(const VelmarCtl::Options &options, QList<EditCommand> *commands)
+{
+    if (!options.editWords.isEmpty()) {
+        EditCommandParser::Result parsed = EditCommandParser::parse(options.editWords, 1);
+        if (!parsed.command) {
+            printTo(stderr, u"line 1: %1\n"_s.arg(parsed.error));
+            return false;
+        }
+        commands->append(std::move(*parsed.command));
+        return true;
+    }
+    QFile file;
+    const bool opened = options.editFile.isEmpty()
+        ? file.open(stdin, QIODevice::ReadOnly)
+        : (file.setFileName(options.editFile), file.open(QIODevice::ReadOnly));
+    if (!opened) {
+        printTo(
+            stderr, u"velmarctl: cannot read %1: %2\n"_s.arg(options.editFile, file.errorString()));
+        return false;
+    }
+    EditScript::Result parsed = EditScript::parse(file);
+    if (!parsed.ok()) {
+        printTo(stderr, parsed.error + u'\n');
+        return false;
+    }
+    *commands = std::move(parsed.commands);
+    return true;
+}
+
 } // namespace
+
+bool VelmarCtl::splitOneLineForm(
+    const QStringList &arguments, QStringList *ownArguments, QStringList *words)
+{
+    // velmarctl's own options; any other word after the command word is the
+    // command's, and the word after a member text option is its value
+    // whatever it looks like (as in a script).
+    static const QStringList withValue
+        = { u"--server-dir"_s, u"--registry-dir"_s, u"--sql-trace"_s };
+    static const QStringList flags = { u"--dry-run"_s, u"--timings"_s };
+    const auto isOwn = [](const QString &word) {
+        return flags.contains(word)
+            || std::any_of(withValue.cbegin(), withValue.cend(),
+                [&word](const QString &option) { return word.startsWith(option + u'='); });
+    };
+
+    ownArguments->clear();
+    words->clear();
+    ownArguments->append(arguments.value(0));
+    qsizetype i = 1;
+    bool inCommand = false;
+    bool valueNext = false;
+    for (; i < arguments.size(); ++i) {
+        const QString &word = arguments.at(i);
+        if (!valueNext && withValue.contains(word) && i + 1 < arguments.size()) {
+            ownArguments->append({ word, arguments.at(++i) });
+            continue;
+        }
+        if (!valueNext && isOwn(word)) {
+            ownArguments->append(word);
+            continue;
+        }
+        if (!inCommand) {
+            if (!EditCommandParser::isCommandWord(word))
+                return false;
+            inCommand = true;
+        }
+        words->append(word);
+        valueNext = !valueNext && EditCommandParser::takesValue(word);
+    }
+    return inCommand;
+}
 
 bool VelmarCtl::parse(
     const QStringList &arguments, Options &options, QString &message, bool &helpShown)
@@ -102,6 +187,12 @@ bool VelmarCtl::parse(
         "           and the server notifications) and print the counts and the version\n"
         "  recover  finish a save that was cut short (its journal beside Serverinfo.ini);\n"
         "           load and resave refuse (exit 3) while one is pending\n"
+        "  edit [FILE]\n"
+        "           apply an edit script (FILE or standard input) to the loaded data, one\n"
+        "           command per line, then save as the console saves; the first refused\n"
+        "           line ends it with 'line N: ' and the reason (exit 1, nothing saved), a\n"
+        "           refused save exits 2. Each edit command is also a command of its own:\n"
+        "           velmarctl member add alice --password x\n"
         "  logs chat|system|user --from DATETIME --to DATETIME\n"
         "           print the rows the log view lists for that period, one per line\n"
         "           (DATETIME: YYYY-MM-DDTHH:MM:SS or 'YYYY-MM-DD HH:MM:SS')\n"
@@ -111,7 +202,8 @@ bool VelmarCtl::parse(
         "  notify PORT [--code N]\n"
         "           send the 32-byte change notification to 127.0.0.1:PORT"_s);
     parser.addPositionalArgument(u"command"_s,
-        u"load, resave, recover, logs, services status|start|stop or notify PORT"_s);
+        u"load, resave, recover, edit [FILE], an edit command, logs, services status|start|stop "
+        "or notify PORT"_s);
     const QCommandLineOption serverDir(
         u"server-dir"_s, u"The server folder (Serverinfo.ini, VelmarDB.mdb)."_s, u"dir"_s);
     const QCommandLineOption registryDir(
@@ -119,7 +211,10 @@ bool VelmarCtl::parse(
     const QCommandLineOption sqlTrace(
         u"sql-trace"_s, u"Write every statement executed to this file."_s, u"file"_s);
     const QCommandLineOption timings(u"timings"_s,
-        u"resave: print the save's phases (journal, statements) on standard error."_s);
+        u"resave: print the save's phases (journal, statements) on standard error; edit: the "
+        "phases load, parse, edits and save."_s);
+    const QCommandLineOption dryRun(
+        u"dry-run"_s, u"edit: apply the script, print the journal and save nothing."_s);
     const QCommandLineOption discard(
         u"discard"_s, u"recover: drop the pending save's journal instead of finishing it."_s);
     const QCommandLineOption from(
@@ -133,9 +228,12 @@ bool VelmarCtl::parse(
     const QCommandLineOption code(
         u"code"_s, u"notify: the code at bytes 18-19 (default 0x0DAC)."_s, u"n"_s);
     const QCommandLineOption help = parser.addHelpOption();
-    parser.addOptions(
-        { serverDir, registryDir, sqlTrace, timings, discard, from, to, oldestFirst, format, code });
-    if (!parser.parse(arguments)) {
+    parser.addOptions({ serverDir, registryDir, sqlTrace, timings, dryRun, discard, from, to,
+        oldestFirst, format, code });
+    QStringList ownArguments;
+    QStringList editWords;
+    const bool oneLine = splitOneLineForm(arguments, &ownArguments, &editWords);
+    if (!parser.parse(oneLine ? ownArguments : arguments)) {
         message = parser.errorText();
         return false;
     }
@@ -145,6 +243,21 @@ bool VelmarCtl::parse(
         return false;
     }
     const QStringList positional = parser.positionalArguments();
+    if (oneLine || positional.value(0) == u"edit"_s) {
+        if (oneLine ? !positional.isEmpty() : positional.size() > 2) {
+            message = u"expected edit [FILE] or one edit command\n\n"_s + parser.helpText();
+            return false;
+        }
+        options.command = u"edit"_s;
+        options.editWords = editWords;
+        options.editFile = oneLine ? QString() : positional.value(1);
+        options.dryRun = parser.isSet(dryRun);
+        options.serverDir = resolveServerDir(parser.value(serverDir));
+        options.registryDir = parser.value(registryDir);
+        options.sqlTrace = parser.value(sqlTrace);
+        options.timings = parser.isSet(timings);
+        return true;
+    }
     static const QStringList actions = { u"status"_s, u"start"_s, u"stop"_s };
     if (!positional.isEmpty() && positional.first() == u"services"_s) {
         if (positional.size() != 2 || !actions.contains(positional.at(1))) {
@@ -194,7 +307,8 @@ bool VelmarCtl::parse(
             return false;
         }
     } else if (positional.size() != 1 || !commands.contains(positional.first())) {
-        message = u"expected one command: load, resave, recover, logs, services or notify\n\n"_s
+        message = u"expected one command: load, resave, recover, edit, an edit command, logs, "
+                  "services or notify\n\n"_s
             + parser.helpText();
         return false;
     }
@@ -220,6 +334,18 @@ int VelmarCtl::run(const Options &options)
     if (options.command == u"notify"_s)
         return ServiceCommand::runNotify(options.port, options.code);
 
+    // A script is read whole before anything is loaded: a refused line costs
+    // no load.
+    QElapsedTimer clock;
+    clock.start();
+    QList<EditCommand> commands;
+    EditTimings timings;
+    if (options.command == u"edit"_s) {
+        if (!readEditScript(options, &commands))
+            return EditRefused;
+        timings.parseNs = clock.nsecsElapsed();
+    }
+
     const Folder folder(options);
     RegistryHives *hives = folder.hives.get();
     if (options.command == u"logs"_s)
@@ -243,6 +369,7 @@ int VelmarCtl::run(const Options &options)
 
     ConsoleMessageService messages;
     CVelmarManagerDoc data;
+    clock.restart();
 
     // Nothing reads a database that a cut-short save may have left half
     // written.
@@ -279,6 +406,14 @@ int VelmarCtl::run(const Options &options)
     }
     if (loadResult != 1)
         return LoadFailed;
+    timings.loadNs = clock.nsecsElapsed();
+
+    if (options.command == u"edit"_s) {
+        DbSession session(*hives, profilePath, databasePath, messages, trace.get());
+        ServerDataSaver saver(data, session, messages, profilePath, *hives, options.serverDir);
+        saver.setCheckpoint(stopPointFromEnvironment());
+        return edit(options, commands, data, saver, profilePath, timings);
+    }
 
     QJsonObject report = ServerDataCounts::of(data);
     if (options.command == u"resave"_s) {
@@ -306,6 +441,75 @@ int VelmarCtl::run(const Options &options)
         report.insert(u"version"_s, result.version);
     }
     printTo(stdout, QString::fromUtf8(QJsonDocument(report).toJson(QJsonDocument::Indented)));
+    return Success;
+}
+
+int VelmarCtl::edit(const Options &options, const QList<EditCommand> &commands,
+    CVelmarManagerDoc &document, ServerDataSaver &saver, const QString &profilePath,
+    EditTimings timings)
+{
+    const auto printTimings = [&] {
+        if (!options.timings)
+            return;
+        printTo(stderr,
+            u"load: %1 ms\nparse: %2 ms (%3 commands)\nedits: %4 ms\nsave: %5 ms\n"_s.arg(
+                milliseconds(timings.loadNs), milliseconds(timings.parseNs),
+                QString::number(commands.size()), milliseconds(timings.editNs),
+                milliseconds(timings.saveNs)));
+    };
+
+    // The console writes a new default position at once; a batch writes it
+    // only once everything it holds has been saved.
+    std::optional<qint32> defaultPosition;
+    document.setDefaultPositionWriter([&defaultPosition](qint32 positionId) {
+        defaultPosition = positionId;
+        return true;
+    });
+
+    QElapsedTimer clock;
+    clock.start();
+    EditScriptApplier applier(document, [](const QString &line) { printTo(stdout, line + u'\n'); });
+    for (const EditCommand &command : commands) {
+        const QString refusal = applier.apply(command);
+        if (!refusal.isEmpty()) {
+            printTo(stderr, u"line %1: %2\n"_s.arg(command.line).arg(refusal));
+            return EditRefused;
+        }
+    }
+    timings.editNs = clock.nsecsElapsed();
+
+    const QStringList journal = document.journal();
+    if (options.dryRun) {
+        printTo(stdout,
+            journal.join(u'\n') + (journal.isEmpty() ? u""_s : u"\n"_s)
+                + u"%1 steps (dry run, nothing saved)\n"_s.arg(journal.size()));
+        printTimings();
+        return Success;
+    }
+
+    clock.restart();
+    const ServerDataSaver::Result result = saver.save(true);
+    timings.saveNs = clock.nsecsElapsed();
+    if (!result.ok()) {
+        // The saver has shown its designed message on standard error.
+        if (result.outcome != ServerDataSaver::Outcome::DatabaseError)
+            return SaveRefused;
+        printTo(stderr,
+            u"velmarctl: the save failed: %1\n"_s.arg(
+                result.error.formatted().replace(u"\r\n"_s, u"\n"_s)));
+        return SaveFailed;
+    }
+    if (defaultPosition) {
+        ProfileFile profile(profilePath);
+        if (!PositionList::writeDefaultPositionId(profile, *defaultPosition)) {
+            printTo(stderr,
+                u"velmarctl: the data was saved, but DefaultPositionID could not be written to "
+                "%1\n"_s.arg(profilePath));
+            return SaveFailed;
+        }
+    }
+    printTo(stdout, u"%1 steps saved (version %2)\n"_s.arg(journal.size()).arg(result.version));
+    printTimings();
     return Success;
 }
 

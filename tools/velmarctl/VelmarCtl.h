@@ -1,5 +1,6 @@
 #pragma once
 
+#include "EditCommand.h"
 #include "LogsCommand.h"
 
 #include <QString>
@@ -9,6 +10,9 @@
 // and save sequences (CReadDBThread, ServerDataSaver) on a server folder and
 // reports what they read, so that an installation or a data set can be
 // checked without a display; and lists the daemons' logs as the log views do.
+class CVelmarManagerDoc;
+class ServerDataSaver;
+
 class VelmarCtl
 {
 public:
@@ -20,11 +24,15 @@ public:
         SaveFailed = 4,
         ServiceFailed = 5, // a daemon did not start or stop
         NotifyFailed = 6, // the datagram could not be sent
+        // edit: a line of the script was refused (nothing saved), or the
+        // save refused the edited data (nothing written).
+        EditRefused = 1,
+        SaveRefused = 2,
     };
 
     struct Options
     {
-        QString command; // "load", "resave", "recover", "logs", "services" or "notify"
+        QString command; // "load", "resave", "recover", "edit", "logs", "services" or "notify"
         QString servicesAction; // services: "status", "start" or "stop"
         quint16 port = 0; // notify
         quint16 code = 0x0DAC; // notify
@@ -34,6 +42,11 @@ public:
         bool timings = false; // resave: print the save's phases on standard error
         bool discard = false; // recover: drop the journal instead of finishing it
         LogsCommand::Options logs; // "logs" only
+        // edit: the script file (empty: standard input), or the words of a
+        // one-line form ("velmarctl member add alice ...").
+        QString editFile;
+        QStringList editWords;
+        bool dryRun = false; // edit: print the journal, save nothing
     };
 
     // Parses arguments (the program name first). Returns false with a message
@@ -50,5 +63,23 @@ public:
     static int run(const Options &options);
 
 private:
+    // The phases of an edit, in nanoseconds.
+    struct EditTimings
+    {
+        qint64 parseNs = 0;
+        qint64 loadNs = 0;
+        qint64 editNs = 0;
+        qint64 saveNs = 0;
+    };
+
     static int recover(const Options &options);
+    // Applies the parsed script to the loaded document and saves it.
+    static int edit(const Options &options, const QList<EditCommand> &commands,
+        CVelmarManagerDoc &document, ServerDataSaver &saver, const QString &profilePath,
+        EditTimings timings);
+    // A one-line form: the words of one edit command on the command line,
+    // with velmarctl's own options before or among them. Returns false when
+    // the arguments are no such form.
+    static bool splitOneLineForm(
+        const QStringList &arguments, QStringList *ownArguments, QStringList *words);
 };

@@ -1,0 +1,359 @@
+#include "CtlProcess.h"
+#include "ProfileFile.h"
+#include "TempServerDir.h"
+#include "TestDatabase.h"
+
+#include <QFile>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+CtlRun velmarctl(const QStringList &arguments, const QByteArray &input = {})
+{
+    return runCommand(
+        QStringLiteral(VELMARCTL_PATH), arguments, QProcessEnvironment::systemEnvironment(), input);
+}
+
+QStringList dirArguments(TempServerDir &dir)
+{
+    return { u"--server-dir"_s, dir.programDir(), u"--registry-dir"_s, dir.registryDir() };
+}
+
+//   Member: anna(1) bert(2) carl(3); guest gina(4) gus(5)
+//   [Group]: Sales(10) { East(11) }, HQ(20); guest Forum(50) { Lounge(51) }
+//   Relation: anna@Sales(2) bert@East(1) carl@HQ(1); guest gina@Forum(1) gus@Lounge(1)
+//   Rank: 1 职员, 2 经理, 3 总监; DefaultPositionID 2
+//   AccessToken for anna; pool v1 (free); Folder 1 share; notices 100 and 101
+QStringList organisation()
+{
+    const QString member
+        = u"INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember) VALUES "_s;
+    const QString group
+        = u"INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup) VALUES "_s;
+    const QString relation
+        = u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES "_s;
+    return {
+        member + u"(1,'anna','Anna','','pw1',0,1,'','','','','','',1,0,'',1,0)"_s,
+        member + u"(2,'bert','Bert','','pw2',1,1,'','','','','','',1,0,'',2,0)"_s,
+        member + u"(3,'carl','Carl','','pw3',0,0,'','','','','','',1,0,'',1,0)"_s,
+        member + u"(4,'gina','Gina','','pw4',0,1,'','','','','','',1,0,'',1,1)"_s,
+        member + u"(5,'gus','Gus','','pw5',1,1,'','','','','','',1,0,'',2,1)"_s,
+        group + u"(10,'Sales',-1,0,1,0)"_s,
+        group + u"(11,'East',10,0,2,0)"_s,
+        group + u"(20,'HQ',-1,1,1,0)"_s,
+        group + u"(50,'Forum',-100,0,1,1)"_s,
+        group + u"(51,'Lounge',50,0,2,1)"_s,
+        relation + u"(1,10,2,0,0)"_s,
+        relation + u"(2,11,1,0,0)"_s,
+        relation + u"(3,20,1,0,0)"_s,
+        relation + u"(4,50,1,0,1)"_s,
+        relation + u"(5,51,1,0,1)"_s,
+        u"INSERT INTO Rank (ORankID, RankName) VALUES (1,'职员')"_s,
+        u"INSERT INTO Rank (ORankID, RankName) VALUES (2,'经理')"_s,
+        u"INSERT INTO Rank (ORankID, RankName) VALUES (3,'总监')"_s,
+        u"INSERT INTO AccessToken (OMemberID, MessageOn, ChatOn, FileTransferOn, TTSOn, VoiceToPhoneOn, OneToOneCallOn, SMSOn, VoipOn) VALUES (1,1,1,1,1,1,1,1,0)"_s,
+        u"INSERT INTO VoipNumberList (VOIP_ID, VOIP_PASS, OMemberID) VALUES ('v1','p1',0)"_s,
+        u"INSERT INTO Folder (OFolderID, FolderPath) VALUES (1,'share')"_s,
+        u"INSERT INTO CONTENTS (OCONTENTSID, TITLE, WRITEDATE, OMEMBERID, MEMBERID, MEMBERNAME, CONTENTS, FilePath, FileSessionID, WriteEndDate) VALUES (100,'First','2007-10-08 12:00:00',1,'anna','Anna','body','','','')"_s,
+        u"INSERT INTO CONTENTS (OCONTENTSID, TITLE, WRITEDATE, OMEMBERID, MEMBERID, MEMBERNAME, CONTENTS, FilePath, FileSessionID, WriteEndDate) VALUES (101,'Second','2008-01-01 09:00:00',1,'anna','Anna','text','','','')"_s,
+    };
+}
+
+// The tables an edit rewrites, row by row, and the server information file
+// (version and default position).
+QStringList snapshot(TempServerDir &dir, TestDatabase &db)
+{
+    QStringList lines;
+    for (const QString &sql : { u"SELECT * FROM Member ORDER BY OMemberID"_s,
+             u"SELECT * FROM [Group] ORDER BY OGroupID"_s,
+             u"SELECT * FROM Relation ORDER BY OMemberID, OGroupID"_s, u"SELECT * FROM Rank"_s,
+             u"SELECT * FROM AccessToken ORDER BY OMemberID"_s }) {
+        for (const QVariantList &row : db.rows(sql)) {
+            QStringList cells;
+            for (const QVariant &cell : row)
+                cells << (cell.isNull() ? u"NULL"_s : cell.toString());
+            lines << cells.join(u'|');
+        }
+    }
+    lines << QString::fromUtf8(dir.readFile(u"Serverinfo.ini"_s));
+    return lines;
+}
+
+QString defaultPosition(TempServerDir &dir)
+{
+    return ProfileFile(dir.iniPath())
+        .readString(u"ServerInfo"_s, u"DefaultPositionID"_s, u"absent"_s, 32);
+}
+
+QString writeScript(TempServerDir &dir, const QByteArray &text)
+{
+    dir.writeFile(u"script.txt"_s, text);
+    return dir.filePath(u"script.txt"_s);
+}
+
+// Every directory form, in an order where each line leans on the ones
+// before it (a group added, then moved and filled).
+const QByteArray FullScript = R"(# the organisation's new shape
+group add /Sales/West
+group rename /HQ 'Head Office'
+group move /Sales/West first
+group move #20 into /Sales
+group move /Sales/West down
+member add zoe --name "Zoe Z" --password pz --female --lunar --no-admin --email z@x.cn --birthday 1990-05-06
+member add gwen --guest --password pg --private
+member set carl --name 'Carl C' --male --public --admin --phone 123
+position add 顾问
+position rename 总监 董事
+position move 顾问 up
+position default 顾问
+position delete 经理
+place /Sales/West zoe carl
+place guest:/Forum/Lounge gwen
+membership position /Sales/West carl none
+unplace /Sales anna
+member delete bert gus
+group delete /Sales/East
+)";
+
+} // namespace
+
+#define SERVER(dir, db)                                                                            \
+    TempServerDir dir;                                                                             \
+    TestDatabase db(TestDatabase::Backend::SqliteFile, dir.programDir());                          \
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()));                                          \
+    QVERIFY2(db.execAll(organisation()), qPrintable(db.errorString()));                            \
+    QVERIFY(ProfileFile(dir.iniPath()).writeString(u"ServerInfo"_s, u"DefaultPositionID"_s, u"2"_s))
+
+// velmarctl edit applying scripts to a real server folder and database.
+class TestVelmarCtlEdit : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void script();
+    void otherDataSets();
+    void dryRun();
+    void refusedLine_data();
+    void refusedLine();
+    void refusedSave();
+    void oneLineForms();
+};
+
+void TestVelmarCtlEdit::script()
+{
+    SERVER(dir, db);
+    const CtlRun run
+        = velmarctl(QStringList { u"edit"_s } + dirArguments(dir) << writeScript(dir, FullScript));
+    QVERIFY2(run.exitCode == 0, qPrintable(run.err));
+    QCOMPARE(run.outText(),
+        u"group /Sales/West 52\n"
+        "member zoe 6\n"
+        "member gwen 7\n"
+        "position 顾问 4\n"
+        "19 steps saved (version 1)\n"_s);
+    QCOMPARE(dir.savedVersion(), u"0001"_s);
+    // Written once the batch was saved.
+    QCOMPARE(defaultPosition(dir), u"4"_s);
+
+    QCOMPARE(db.column(u"SELECT OGroupID || ' ' || GroupName || ' ' || OGroupID_P FROM [Group] "
+                       "WHERE IsGuestGroup = 0 ORDER BY Depth, Position"_s),
+        QStringList({ u"10 Sales -1"_s, u"52 West 10"_s, u"20 Head Office 10"_s }));
+    QCOMPARE(db.rows(u"SELECT MemberID, MemberName, Passwd, Gender, bPublic, bSolar, bAdmin, "
+                     "Email, BirthDay, HomePhone, IsGuestMember FROM Member "
+                     "WHERE OMemberID IN (3, 6, 7) ORDER BY OMemberID"_s),
+        QList<QVariantList>({
+            { u"carl"_s, u"Carl C"_s, u"pw3"_s, 1, 1, 1, 1, u""_s, u""_s, u"123"_s, 0 },
+            { u"zoe"_s, u"Zoe Z"_s, u"pz"_s, 0, 1, 0, 0, u"z@x.cn"_s, u"1990-05-06"_s, u""_s, 0 },
+            { u"gwen"_s, u""_s, u"pg"_s, 1, 0, 1, 1, u""_s, u""_s, u""_s, 1 },
+        }));
+    QCOMPARE(db.count(u"Member"_s, u"OMemberID IN (2, 5)"_s), 0);
+    // zoe with the new default, carl without a position beside his HQ
+    // membership, anna in no group;
+    // bert's and gus's relations went with them.
+    QCOMPARE(db.column(u"SELECT OMemberID || '@' || OGroupID || ':' || ORankID FROM Relation "
+                       "ORDER BY OMemberID, OGroupID"_s),
+        QStringList({ u"3@20:1"_s, u"3@52:-1"_s, u"4@50:1"_s, u"6@52:4"_s, u"7@51:4"_s }));
+    QCOMPARE(db.column(u"SELECT ORankID || ' ' || RankName FROM Rank"_s),
+        QStringList({ u"1 职员"_s, u"4 顾问"_s, u"3 董事"_s }));
+}
+
+void TestVelmarCtlEdit::otherDataSets()
+{
+    SERVER(dir, db);
+    const CtlRun run = velmarctl(QStringList { u"edit"_s } + dirArguments(dir) << writeScript(dir,
+                                     "permission set anna sms=off file=on\n"
+                                     "permission set /Sales/East chat=off\n"
+                                     "voip set carl 9001 s1\n"
+                                     "voip assign\n"
+                                     "folder add 'D:\\Share'\n"
+                                     "right set 'D:\\Share' group /Sales write\n"
+                                     "right set 'D:\\Share' member carl read\n"
+                                     "folder remove share\n"
+                                     "notice delete 100\n"));
+    QVERIFY2(run.exitCode == 0, qPrintable(run.err));
+    // The pool's one free account went to anna, the first member without one.
+    QCOMPARE(run.outText(),
+        u"voip assign: 1 assigned, 3 left without an account\n"
+        "folder D:\\Share 2\n"
+        "9 steps saved (version 1)\n"_s);
+    QCOMPARE(db.column(u"SELECT OMemberID || ':' || MessageOn || ChatOn || FileTransferOn || TTSOn "
+                       "|| VoiceToPhoneOn || OneToOneCallOn || SMSOn || VoipOn FROM AccessToken "
+                       "WHERE OMemberID IN (1, 2) ORDER BY OMemberID"_s),
+        QStringList({ u"1:11111101"_s, u"2:10111110"_s }));
+    QCOMPARE(db.column(u"SELECT OMemberID || ' ' || ID || ' ' || Pass FROM VoipInfo "
+                       "WHERE OMemberID IN (1, 3) ORDER BY OMemberID"_s),
+        QStringList({ u"1 v1 p1"_s, u"3 9001 s1"_s }));
+    QCOMPARE(db.column(u"SELECT OFolderID || ' ' || FolderPath FROM Folder"_s),
+        QStringList { u"2 D:\\\\Share"_s });
+    QCOMPARE(db.column(u"SELECT OGroupID || Authority FROM GroupAuthority WHERE OFolderID = 2"_s),
+        QStringList { u"10W"_s });
+    QCOMPARE(db.column(u"SELECT OMemberID || Authority FROM UserAuthority WHERE OFolderID = 2"_s),
+        QStringList { u"3R"_s });
+    QCOMPARE(db.column(u"SELECT OCONTENTSID FROM CONTENTS"_s), QStringList { u"101"_s });
+}
+
+void TestVelmarCtlEdit::dryRun()
+{
+    SERVER(dir, db);
+    const QStringList before = snapshot(dir, db);
+    // The script from standard input.
+    const CtlRun run
+        = velmarctl(QStringList { u"edit"_s, u"--dry-run"_s } + dirArguments(dir), FullScript);
+    QVERIFY2(run.exitCode == 0, qPrintable(run.err));
+    QCOMPARE(run.outText(),
+        u"group /Sales/West 52\n"
+        "member zoe 6\n"
+        "member gwen 7\n"
+        "position 顾问 4\n"
+        "添加类别 West\n"
+        "修改类别 HQ 为 Head Office\n"
+        "最上面 West\n"
+        "移动 Head Office 到 Sales\n"
+        "向下移动 West\n"
+        "添加用户 zoe\n"
+        "添加用户 gwen\n"
+        "修改用户 carl\n"
+        "追加等级 顾问\n"
+        "等级名修改 总监 为 董事\n"
+        "向上移动 顾问\n"
+        "默认登记设置 顾问\n"
+        "删除等级 经理\n"
+        "添加群组 West (2)\n"
+        "添加群组 Lounge (1)\n"
+        "等级设置 无等级\n"
+        "从 Sales 删除用户 anna\n"
+        "删除 2 个用户\n"
+        "删除类别 East\n"
+        "19 steps (dry run, nothing saved)\n"_s);
+    QCOMPARE(snapshot(dir, db), before);
+}
+
+void TestVelmarCtlEdit::refusedLine_data()
+{
+    QTest::addColumn<QByteArray>("line"); // the third line, after two good ones
+    QTest::addColumn<QString>("error");
+    // The editors' designed texts.
+    QTest::newRow("empty password")
+        << QByteArray("member add dana --name Dana") << u"用户密码错误."_s;
+    QTest::newRow("password left empty")
+        << QByteArray("member set anna --password ''") << u"用户密码错误."_s;
+    QTest::newRow("character rule") << QByteArray("member add a.b --password x")
+                                    << u"数字, 英文, '_' 除了以上特殊字符不能输入."_s;
+    QTest::newRow("user ID in the guest list")
+        << QByteArray("member add gina --password x") << u"用户已存在."_s;
+    QTest::newRow("too long") << QByteArray("member set anna --mobile 12345678901234")
+                              << u"已经超过13名."_s;
+    QTest::newRow("position 1") << QByteArray("position delete 职员")
+                                << u"不能删除选择的默认的职务."_s;
+    QTest::newRow("position name used")
+        << QByteArray("position rename 经理 总监") << u"相同的等级已经存在."_s;
+    QTest::newRow("move past the end")
+        << QByteArray("group move /HQ down") << u"没有可以移动的位置."_s;
+    QTest::newRow("into itself") << QByteArray("group move /Sales into /Sales/East")
+                                 << u"不能移动到这里."_s;
+    // Lookups.
+    QTest::newRow("unknown member")
+        << QByteArray("place /HQ anna nobody") << u"no member with the user ID nobody"_s;
+    QTest::newRow("unknown group")
+        << QByteArray("group rename /Sales/West X") << u"no group /Sales/West"_s;
+    QTest::newRow("not placed there")
+        << QByteArray("unplace /HQ anna") << u"anna is not placed directly under /HQ"_s;
+    QTest::newRow("guest member in the organisation") << QByteArray(
+        "place /HQ gus") << u"gus is a guest member: it is placed in the guest tree (guest:/...)"_s;
+    QTest::newRow("unknown folder")
+        << QByteArray("right set nowhere member anna read") << u"no folder nowhere"_s;
+    QTest::newRow("unknown notice") << QByteArray("notice delete 101 7") << u"no notice 7"_s;
+    // The parse, before anything is loaded.
+    QTest::newRow("unbalanced quote")
+        << QByteArray("member add 'dora --password x") << u"unbalanced single quote"_s;
+    QTest::newRow("unknown word") << QByteArray("memeber add dora")
+                                  << u"unknown command: memeber"_s;
+}
+
+void TestVelmarCtlEdit::refusedLine()
+{
+    QFETCH(QByteArray, line);
+    QFETCH(QString, error);
+    SERVER(dir, db);
+    const QStringList before = snapshot(dir, db);
+    // Accepted lines before the refused one, the default position among
+    // them: none of it reaches the database or the server information file.
+    const QString script = writeScript(dir,
+        "position default 总监\n\nmember add dora --password x\n" + line + "\nplace /HQ dora\n");
+    for (const bool dryRun : { false, true }) {
+        QStringList arguments = QStringList { u"edit"_s } + dirArguments(dir) << script;
+        if (dryRun)
+            arguments << u"--dry-run"_s;
+        const CtlRun run = velmarctl(arguments);
+        QCOMPARE(run.exitCode, 1);
+        QCOMPARE(run.err, u"line 4: "_s + error + u'\n');
+        QCOMPARE(snapshot(dir, db), before);
+    }
+}
+
+void TestVelmarCtlEdit::refusedSave()
+{
+    SERVER(dir, db);
+    const QStringList before = snapshot(dir, db);
+    const CtlRun run = velmarctl(QStringList { u"edit"_s } + dirArguments(dir)
+        << writeScript(dir, "position default 总监\ngroup add \"/O'Brien\"\n"));
+    QCOMPARE(run.exitCode, 2);
+    QCOMPARE(run.err,
+        u"以下内容含有数据库不能保存的字符(如单引号)，什么都没有保存。请修改后再保存:\n"
+        "类别 /O'Brien\n"_s);
+    QCOMPARE(snapshot(dir, db), before);
+}
+
+void TestVelmarCtlEdit::oneLineForms()
+{
+    SERVER(dir, db);
+    // velmarctl's own options before, among and after the command's words;
+    // the word after a text option is its value, whatever it looks like.
+    CtlRun run = velmarctl(QStringList { u"--dry-run"_s, u"member"_s, u"add"_s, u"dora"_s,
+                               u"--name"_s, u"--timings"_s, u"--password"_s, u"x"_s }
+        + dirArguments(dir));
+    QVERIFY2(run.exitCode == 0, qPrintable(run.err));
+    QCOMPARE(run.outText(), u"member dora 6\n添加用户 dora\n1 steps (dry run, nothing saved)\n"_s);
+    QCOMPARE(db.count(u"Member"_s, u"MemberID = 'dora'"_s), 0);
+
+    run = velmarctl(dirArguments(dir)
+        + QStringList { u"member"_s, u"add"_s, u"dora"_s, u"--name"_s, u"--timings"_s,
+            u"--password"_s, u"x"_s });
+    QVERIFY2(run.exitCode == 0, qPrintable(run.err));
+    QCOMPARE(run.outText(), u"member dora 6\n1 steps saved (version 1)\n"_s);
+    QCOMPARE(db.column(u"SELECT MemberName FROM Member WHERE MemberID = 'dora'"_s),
+        QStringList { u"--timings"_s });
+
+    run = velmarctl(QStringList { u"position"_s, u"default"_s, u"总监"_s } + dirArguments(dir));
+    QVERIFY2(run.exitCode == 0, qPrintable(run.err));
+    QCOMPARE(defaultPosition(dir), u"3"_s);
+
+    run = velmarctl(QStringList { u"place"_s, u"/HQ"_s, u"nobody"_s } + dirArguments(dir));
+    QCOMPARE(run.exitCode, 1);
+    QCOMPARE(run.err, u"line 1: no member with the user ID nobody\n"_s);
+}
+
+QTEST_GUILESS_MAIN(TestVelmarCtlEdit)
+#include "tst_velmarctl_edit.moc"
