@@ -1,10 +1,10 @@
 #include "CReadDBThread.h"
 
+#include "CVelmarManagerDoc.h"
 #include "DbSession.h"
 #include "DeferredMessageService.h"
 #include "LoadProgress.h"
 #include "MessageService.h"
-#include "CVelmarManagerDoc.h"
 
 using namespace Qt::StringLiterals;
 
@@ -52,8 +52,8 @@ private:
 } // namespace
 
 CReadDBThread::CReadDBThread(const RegistryHives &hives, QString profilePath,
-    QString accessDatabasePath, MessageService &messages, CVelmarManagerDoc &target, SqlTrace *trace,
-    QObject *parent)
+    QString accessDatabasePath, MessageService &messages, CVelmarManagerDoc &target,
+    SqlTrace *trace, QObject *parent)
     : QThread(parent)
     , m_hives(hives)
     , m_profilePath(std::move(profilePath))
@@ -97,7 +97,8 @@ void CReadDBThread::onFinished()
     // A failed open read nothing: whatever the working copy holds stays.
     if (m_result.outcome != ServerDataLoader::Outcome::OpenFailed) {
         m_target.adopt(std::exchange(m_data, ServerDataSet()),
-            m_result.ok() ? CVelmarManagerDoc::LoadState::Complete : CVelmarManagerDoc::LoadState::Partial);
+            m_result.ok() ? CVelmarManagerDoc::LoadState::Complete
+                          : CVelmarManagerDoc::LoadState::Partial);
     }
 
     m_deferred->messages.replay(m_messages);

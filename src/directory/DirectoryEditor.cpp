@@ -549,7 +549,8 @@ EditResult DirectoryEditor::addPosition(const std::optional<QString> &name)
     const Position position { list.newPositionId(), name ? *name : list.newPositionName() };
     const int row = list.count();
     Directory *dir = m_document.m_directory;
-    m_document.push(u"追加等级 %1"_s.arg(position.name),
+    m_document.push(
+        u"追加等级 %1"_s.arg(position.name),
         [positions, dir, row, position] {
             positions->insertPosition(row, position);
             // Memberships can name the id before the position exists.

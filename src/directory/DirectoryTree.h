@@ -74,10 +74,7 @@ public:
     bool move(DirectoryNode *node, DirectoryNode *newParent, int row = -1);
     // The only ways to change a node's record in place.
     void setName(DirectoryNode *group, const QString &name) { group->m_name = name; }
-    void setRankId(DirectoryNode *membership, qint32 rankId)
-    {
-        membership->m_rankId = rankId;
-    }
+    void setRankId(DirectoryNode *membership, qint32 rankId) { membership->m_rankId = rankId; }
     void setPosition(DirectoryNode *node, qint32 position) { node->m_position = position; }
 
     // Sorts the memberships directly under a group by their stored order value

@@ -1,12 +1,12 @@
 #include "SavePreflight.h"
 
+#include "CVelmarManagerDoc.h"
 #include "Directory.h"
 #include "DirectoryTree.h"
 #include "FileBoxRights.h"
 #include "GroupTreeModel.h"
 #include "MemberListModel.h"
 #include "PositionListModel.h"
-#include "CVelmarManagerDoc.h"
 
 #include <QStringList>
 
@@ -61,7 +61,8 @@ QString SavePreflight::unsafeReason(QStringView text, SqlDialect dialect)
     return {};
 }
 
-QList<SavePreflight::Problem> SavePreflight::check(const CVelmarManagerDoc &data, SqlDialect dialect)
+QList<SavePreflight::Problem> SavePreflight::check(
+    const CVelmarManagerDoc &data, SqlDialect dialect)
 {
     QList<Problem> problems;
     Collector collector(dialect, problems);

@@ -1,5 +1,6 @@
 #include "ServerDataSaver.h"
 
+#include "CVelmarManagerDoc.h"
 #include "DbConnection.h"
 #include "DbSession.h"
 #include "Directory.h"
@@ -9,7 +10,6 @@
 #include "PositionListModel.h"
 #include "ProfileFile.h"
 #include "SaveJournal.h"
-#include "CVelmarManagerDoc.h"
 #include "ServerNotifier.h"
 
 #include <QDir>
@@ -39,8 +39,8 @@ bool findIncompleteMember(const Directory &directory, bool &guest, int &row)
 
 } // namespace
 
-ServerDataSaver::ServerDataSaver(CVelmarManagerDoc &data, DbSession &session, MessageService &messages,
-    QString profilePath, RegistryHives &hives, QString programDir)
+ServerDataSaver::ServerDataSaver(CVelmarManagerDoc &data, DbSession &session,
+    MessageService &messages, QString profilePath, RegistryHives &hives, QString programDir)
     : m_data(data)
     , m_session(session)
     , m_messages(messages)

@@ -15,7 +15,6 @@
 #include "NotificationListeners.h"
 #include "ProfileFile.h"
 #include "SaveJournal.h"
-#include "CVelmarManagerDoc.h"
 #include "ServerDataFixture.h"
 #include "ServerDataSet.h"
 #include "ServerNotification.h"

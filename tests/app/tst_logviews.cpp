@@ -1,14 +1,14 @@
-#include "CVelmarManagerDoc.h"
-#include "ServerDataSet.h"
 #include "CLogManagerChatLogFormView.h"
 #include "CLogManagerFilterDlg.h"
 #include "CLogManagerFilterDlgListener.h"
 #include "CLogManagerSysLogFormView.h"
 #include "CLogManagerUserLogFormView.h"
 #include "CRegistry.h"
+#include "CVelmarManagerDoc.h"
 #include "Directory.h"
 #include "GroupTreeModel.h"
 #include "LogTableModel.h"
+#include "ServerDataSet.h"
 #include "TempServerDir.h"
 
 #include <QAbstractItemModelTester>

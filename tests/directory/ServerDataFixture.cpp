@@ -1,6 +1,7 @@
 #include "ServerDataFixture.h"
 
 #include "CReadDBThread.h"
+#include "CVelmarManagerDoc.h"
 #include "DbSession.h"
 #include "Directory.h"
 #include "DirectoryFixture.h"
@@ -8,7 +9,6 @@
 #include "PositionListModel.h"
 #include "SaveJournal.h"
 #include "ScriptedMessageService.h"
-#include "CVelmarManagerDoc.h"
 #include "ServerDataSet.h"
 #include "TempServerDir.h"
 #include "TestDatabase.h"

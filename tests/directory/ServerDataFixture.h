@@ -47,8 +47,8 @@ struct ThreadRun
 
 // Starts a CReadDBThread on the server folder's settings and runs the event
 // loop until it has exited.
-ThreadRun runReadThread(
-    TempServerDir &dir, CVelmarManagerDoc &target, MessageService &messages, SqlTrace *trace = nullptr);
+ThreadRun runReadThread(TempServerDir &dir, CVelmarManagerDoc &target, MessageService &messages,
+    SqlTrace *trace = nullptr);
 
 // Reads the database again into a fresh data set (ServerDataLoader, no thread).
 ServerDataSet readBack(TempServerDir &dir, ServerDataLoader::Result *result = nullptr);

@@ -1,7 +1,7 @@
-#include "NoticeEditor.h"
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
 #include "MemberDragFormat.h"
+#include "NoticeEditor.h"
 #include "NoticeListModel.h"
 #include "PositionListModel.h"
 #include "ServerDataSet.h"

@@ -1,8 +1,8 @@
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
-#include "ServerDataSet.h"
 #include "MemberListModel.h"
 #include "MemberRules.h"
+#include "ServerDataSet.h"
 
 #include <QTest>
 

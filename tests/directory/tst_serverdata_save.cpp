@@ -1,4 +1,3 @@
-#include "NoticeEditor.h"
 #include "CRegistry.h"
 #include "CVelmarManagerDoc.h"
 #include "DbConnection.h"
@@ -7,6 +6,7 @@
 #include "DirectoryFixture.h"
 #include "GroupTreeModel.h"
 #include "MemberListModel.h"
+#include "NoticeEditor.h"
 #include "NoticeListModel.h"
 #include "NotificationListeners.h"
 #include "PositionListModel.h"
