@@ -152,6 +152,30 @@ int main(int argc, char *argv[])
         for (int i = 0; i < steps; ++i)
             document.undoStack()->undo();
     });
+
+    // What a batch of new members does: 10,000 created, each placed in a
+    // team, then all of it undone and redone.
+    constexpr int Added = 10000;
+    const int before = document.undoStack()->index();
+    timed("add member (user ID checks, pool, records)", Added, [&] {
+        for (int i = 0; i < Added; ++i)
+            document.editor().addMember(false, u"new%1"_s.arg(i));
+    });
+    const DirectoryNode *team = tree.findGroup(2);
+    timed("place member", Added, [&] {
+        const MemberRows &rows = directory.memberRows(false);
+        for (int i = 0; i < Added; ++i)
+            document.editor().placeMembers(false, team, { rows.at(rows.count() - 1 - i).id });
+    });
+    const int batch = document.undoStack()->index() - before;
+    timed("undo the additions and placements", batch, [&] {
+        for (int i = 0; i < batch; ++i)
+            document.undoStack()->undo();
+    });
+    timed("redo them", batch, [&] {
+        for (int i = 0; i < batch; ++i)
+            document.undoStack()->redo();
+    });
     std::printf("(checks: %d hits, next id %d)\n", hits, next);
     return next == Members + 1 ? 0 : 1;
 }

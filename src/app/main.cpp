@@ -1,3 +1,4 @@
+#include "AllocatorTuning.h"
 #include "CVelmarManagerApp.h"
 #include "StartupOptions.h"
 
@@ -6,6 +7,7 @@
 
 int main(int argc, char *argv[])
 {
+    AllocatorTuning::prepare(argv);
     // The usage is printed before any window system is needed.
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--help") == 0 || std::strcmp(argv[i], "-h") == 0) {

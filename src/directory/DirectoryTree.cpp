@@ -122,7 +122,6 @@ DirectoryTree &DirectoryTree::operator=(DirectoryTree &&other)
     m_index.swap(other.m_index);
     m_indexOrder.swap(other.m_indexOrder);
     std::swap(m_indexOrderStale, other.m_indexOrderStale);
-    m_placed.swap(other.m_placed);
     m_membershipsOf.swap(other.m_membershipsOf);
     std::swap(m_membershipCount, other.m_membershipCount);
     other.m_root->m_id = other.rootId();
@@ -153,7 +152,6 @@ void DirectoryTree::clear()
     m_index.clear();
     m_indexOrder.clear();
     m_indexOrderStale = false;
-    m_placed.clear();
     m_membershipsOf.clear();
     m_membershipCount = 0;
 }
@@ -208,15 +206,20 @@ DirectoryNode *DirectoryTree::addMembership(
 {
     if (!group || !group->isContainer())
         return nullptr;
-    if (m_placed.contains({ group, memberId }))
-        return nullptr;
+    // One lookup serves the test and the entry: loading places 200,000.
+    auto &memberships = m_membershipsOf[memberId];
+    for (const DirectoryNode *membership : std::as_const(memberships)) {
+        if (membership->m_parent == group)
+            return nullptr;
+    }
     auto node = std::make_unique<DirectoryNode>(DirectoryNode::Kind::Membership);
     node->m_id = memberId;
     node->m_rankId = rankId;
     node->m_position = position;
     DirectoryNode *raw = node.get();
     attach(std::move(node), group, row);
-    noteMembership(raw);
+    memberships.append(raw);
+    ++m_membershipCount;
     return raw;
 }
 
@@ -247,14 +250,12 @@ DirectoryNode *DirectoryTree::findMembership(
 
 void DirectoryTree::noteMembership(DirectoryNode *membership)
 {
-    m_placed.insert({ membership->m_parent, membership->m_id });
     m_membershipsOf[membership->m_id].append(membership);
     ++m_membershipCount;
 }
 
 void DirectoryTree::forgetMembership(DirectoryNode *membership)
 {
-    m_placed.remove({ membership->m_parent, membership->m_id });
     auto it = m_membershipsOf.find(membership->m_id);
     if (it != m_membershipsOf.end()) {
         it.value().removeOne(membership);
@@ -366,7 +367,7 @@ DirectoryNode *DirectoryTree::insert(
 {
     if (!node || !newParent || !newParent->isContainer() || node->isRoot())
         return nullptr;
-    if (node->isMembership() && m_placed.contains({ newParent, node->m_id }))
+    if (node->isMembership() && holdsDirectly(newParent, node->m_id))
         return nullptr;
     DirectoryNode *raw = node.get();
     attach(std::move(node), newParent, row);
@@ -383,17 +384,12 @@ bool DirectoryTree::move(DirectoryNode *node, DirectoryNode *newParent, int row)
             return false;
     }
     if (node->isMembership() && node->m_parent != newParent
-        && m_placed.contains({ newParent, node->m_id }))
+        && holdsDirectly(newParent, node->m_id))
         return false;
     // The node stays in this tree: the group index, the index order and the
     // member index keep pointing at the same nodes, so a subtree of any size
-    // moves at the cost of its two sibling lists. Only a membership's own
-    // (group, member) pair changes.
-    if (node->isMembership())
-        m_placed.remove({ node->m_parent, node->m_id });
+    // moves at the cost of its two sibling lists.
     attach(detach(node), newParent, row);
-    if (node->isMembership())
-        m_placed.insert({ newParent, node->m_id });
     return true;
 }
 
@@ -436,4 +432,18 @@ void DirectoryTree::forEachMembership(
             visit(child);
         return true;
     });
+}
+
+bool DirectoryTree::holdsDirectly(const DirectoryNode *group, qint32 memberId) const
+{
+    // A member stands in a group or two: its own short list is the cheapest
+    // place to look, for groups of any size.
+    const auto it = m_membershipsOf.constFind(memberId);
+    if (it == m_membershipsOf.cend())
+        return false;
+    for (const DirectoryNode *membership : *it) {
+        if (membership->m_parent == group)
+            return true;
+    }
+    return false;
 }

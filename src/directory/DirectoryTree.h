@@ -96,6 +96,7 @@ private:
     void unindexSubtree(DirectoryNode *node);
     void noteIndexed(qint32 id);
     void noteMembership(DirectoryNode *membership);
+    bool holdsDirectly(const DirectoryNode *group, qint32 memberId) const;
     void forgetMembership(DirectoryNode *membership);
     std::unique_ptr<DirectoryNode> detach(DirectoryNode *node);
     static void renumber(DirectoryNode *parent, int fromRow);
@@ -108,9 +109,6 @@ private:
     // groupIdsInIndexOrder() drops the stale entries when asked.
     mutable QList<qint32> m_indexOrder;
     mutable bool m_indexOrderStale = false;
-    // (group node, member id) of every membership: keeps "at most once under a
-    // group" a constant-time check for groups of any size.
-    QSet<std::pair<const DirectoryNode *, qint32>> m_placed;
     // Member id -> its membership nodes: whether and where a member is placed
     // without walking a tree of 100,000 members.
     // Two inline: most members stand in a group or two.

@@ -39,7 +39,7 @@ constexpr size_t lowBit(size_t i)
 void MemberRows::reset(MemberList members)
 {
     const size_t count = size_t(members.size());
-    m_records.clear();
+    m_records = std::move(members);
     m_seqOfRow.resize(count);
     m_seqsById.clear();
     m_seqsByLogin.clear();
@@ -49,8 +49,7 @@ void MemberRows::reset(MemberList members)
     m_isLive.assign(count, 1);
     for (size_t row = 0; row < count; ++row) {
         m_seqOfRow[row] = int(row);
-        add(members.at(qsizetype(row)), int(row));
-        m_records.push_back(std::move(members[qsizetype(row)]));
+        add(m_records.at(qsizetype(row)), int(row));
     }
     m_fenwick.clear();
     // Room for as many appends again before the tree is rebuilt.
@@ -59,10 +58,12 @@ void MemberRows::reset(MemberList members)
 
 MemberList MemberRows::toList() const
 {
+    if (m_seqOfRow.size() == size_t(m_records.size()))
+        return m_records;
     MemberList list;
     list.reserve(count());
     for (const int seq : m_seqOfRow)
-        list.append(m_records[size_t(seq)]);
+        list.append(m_records.at(seq));
     return list;
 }
 
@@ -88,7 +89,7 @@ int MemberRows::rowOfLoginName(const QString &loginName) const
 const UserInfo *MemberRows::lastWithId(qint32 id) const
 {
     auto it = m_seqsById.constFind(id);
-    return it == m_seqsById.cend() ? nullptr : &m_records[size_t(it.value().last())];
+    return it == m_seqsById.cend() ? nullptr : &m_records.at(it.value().last());
 }
 
 qint32 MemberRows::maxId() const
@@ -100,7 +101,7 @@ int MemberRows::append(UserInfo member)
 {
     const int seq = int(m_records.size());
     add(member, seq);
-    m_records.push_back(std::move(member));
+    m_records.append(std::move(member));
     m_isLive.push_back(0);
     m_seqOfRow.push_back(seq);
     setLive(seq, true);
@@ -110,7 +111,7 @@ int MemberRows::append(UserInfo member)
 void MemberRows::replace(int row, UserInfo member)
 {
     const int seq = m_seqOfRow[size_t(row)];
-    UserInfo &stored = m_records[size_t(seq)];
+    UserInfo &stored = m_records[seq];
     if (stored.id != member.id || stored.loginName != member.loginName) {
         drop(stored, seq);
         add(member, seq);
@@ -121,18 +122,18 @@ void MemberRows::replace(int row, UserInfo member)
 UserInfo MemberRows::remove(int row)
 {
     const int seq = m_seqOfRow[size_t(row)];
-    drop(m_records[size_t(seq)], seq);
+    drop(m_records.at(seq), seq);
     setLive(seq, false);
     m_seqOfRow.erase(m_seqOfRow.begin() + row);
     // Kept stored: a restore gives it back, and nothing else reads it.
-    return m_records[size_t(seq)];
+    return m_records.at(seq);
 }
 
 int MemberRows::restore(int seq, UserInfo member)
 {
     const int row = listedBefore(seq);
     add(member, seq);
-    m_records[size_t(seq)] = std::move(member);
+    m_records[seq] = std::move(member);
     setLive(seq, true);
     m_seqOfRow.insert(m_seqOfRow.begin() + row, seq);
     return row;
@@ -142,7 +143,14 @@ void MemberRows::add(const UserInfo &member, int seq)
 {
     insertSeq(m_seqsById, member.id, seq);
     insertSeq(m_seqsByLogin, member.loginName, seq);
-    ++m_idCount[member.id];
+    // Ids mostly come in ascending order: the end is the place to look first.
+    auto at = m_idCount.empty() || m_idCount.rbegin()->first < member.id
+        ? m_idCount.end()
+        : m_idCount.lower_bound(member.id);
+    if (at != m_idCount.end() && at->first == member.id)
+        ++at->second;
+    else
+        m_idCount.emplace_hint(at, member.id, 1);
 }
 
 void MemberRows::drop(const UserInfo &member, int seq)

@@ -2,7 +2,6 @@
 
 #include "UserInfo.h"
 
-#include <deque>
 #include <map>
 #include <QHash>
 #include <QVarLengthArray>
@@ -13,17 +12,21 @@
 // sequence number it got when it was listed, for as long as the list lives;
 // records are stored by that number, so a row's removal moves four bytes per
 // row below it rather than whole records, and a removed record can be put
-// back at its old row (undo) by its number. A Fenwick tree over the numbers
-// still listed turns a number into its current row in logarithmic time.
+// back at its old row (undo) by its number. Rows are always in number order,
+// and a Fenwick tree over the numbers still listed turns a number into its
+// current row in logarithmic time. References to records last until the
+// next append.
 class MemberRows final
 {
 public:
-    // Replaces the list; numbers start again from 0.
+    // Replaces the list (taken over as it is, not copied); numbers start
+    // again from 0.
     void reset(MemberList members);
+    // The rows as a list; shares the records while none has been removed.
     MemberList toList() const;
 
     int count() const { return int(m_seqOfRow.size()); }
-    const UserInfo &at(int row) const { return m_records[size_t(m_seqOfRow[size_t(row)])]; }
+    const UserInfo &at(int row) const { return m_records.at(m_seqOfRow[size_t(row)]); }
     int seqAt(int row) const { return m_seqOfRow[size_t(row)]; }
     // The current row of a listed number, -1 when it is not listed.
     int rowOfSeq(int seq) const;
@@ -59,8 +62,8 @@ private:
     void growTo(size_t seqs);
     int listedBefore(int seq) const;
 
-    // Records by number; a deque, so that references stay valid as it grows.
-    std::deque<UserInfo> m_records;
+    // Records by number, removed ones included.
+    MemberList m_records;
     std::vector<int> m_seqOfRow;
     std::vector<char> m_isLive;
     // Fenwick tree (1-based) over the numbers: 1 while listed.

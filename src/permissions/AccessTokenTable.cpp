@@ -66,7 +66,9 @@ void AccessTokenTable::load(DbConnection &connection)
                     const int column = featureColumns[f];
                     token.setFlag(CAccessToken::Feature(f), tokens.intField(column, 0) != 0);
                 }
-                m_tokens.insert_or_assign(tokens.intField(memberColumn), token);
+                // Rows mostly arrive in id order: the hint makes those inserts
+                // constant-time.
+                m_tokens.insert_or_assign(m_tokens.end(), tokens.intField(memberColumn), token);
             }
             tokens.moveNext();
         }
@@ -82,7 +84,7 @@ void AccessTokenTable::load(DbConnection &connection)
             if (!accounts.isNull(memberColumn)) {
                 VoipAccount account { accounts.textField(idColumn),
                     accounts.textField(passColumn) };
-                m_accounts.insert_or_assign(accounts.intField(memberColumn), account);
+                m_accounts.insert_or_assign(m_accounts.end(), accounts.intField(memberColumn), account);
             }
             accounts.moveNext();
         }

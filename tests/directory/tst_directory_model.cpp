@@ -93,12 +93,7 @@ private Q_SLOTS:
     void groupModelStructure();
 
     void memberModel();
-    void memberModelChoiceColumns();
 
-    void directoryMemberIds();
-    void directoryGroupCounter();
-    void directoryRemoveMember();
-    void directoryRemoveGroupUnplacesMembers();
 };
 
 void TestDirectoryModel::escapeMarkers_data()
@@ -292,143 +287,10 @@ void TestDirectoryModel::memberModel()
     QCOMPARE(model.memberCount(), 3);
 }
 
-void TestDirectoryModel::memberModelChoiceColumns()
-{
-    CVelmarManagerDoc document;
-    UserInfo info = member(1, u"anna"_s, 2); // any non-zero gender is male
-    info.bPublic = 1;
-    info.bSolar = 0;
-    info.bAdmin = 1;
-    load(document, {}, { info });
-    MemberListModel &model = *document.directory()->guestMembers();
-    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-    QCOMPARE(model.member(0).isGuest, 1);
-    QCOMPARE(model.index(0, MemberListModel::GenderColumn).data().toString(), u"男生"_s);
-    QCOMPARE(model.index(0, MemberListModel::AdminColumn).data().toString(), u"是"_s);
-    QCOMPARE(model.index(0, MemberListModel::SolarColumn).data().toString(), u"阴历"_s);
-    QCOMPARE(model.index(0, MemberListModel::PublicColumn).data().toString(), u"公开"_s);
-    QCOMPARE(model.index(0, MemberListModel::GenderColumn).data(Qt::EditRole).toBool(), true);
 
-    // Setting the meaning a stored 2 already has keeps the stored value.
-    QVERIFY(model.setData(model.index(0, MemberListModel::GenderColumn), u"男生"_s));
-    QCOMPARE(model.member(0).gender, 2);
-    QVERIFY(model.setData(model.index(0, MemberListModel::GenderColumn), u"女生"_s));
-    QCOMPARE(model.member(0).gender, 0);
-    QVERIFY(model.setData(model.index(0, MemberListModel::SolarColumn), true));
-    QCOMPARE(model.member(0).bSolar, 1);
-    QVERIFY(!model.setData(model.index(0, MemberListModel::PublicColumn), u"maybe"_s));
-    QCOMPARE(model.member(0).bPublic, 1);
-}
 
-void TestDirectoryModel::directoryMemberIds()
-{
-    CVelmarManagerDoc document;
-    const Directory &directory = *document.directory();
-    load(document, { member(1, u"a"_s), member(2, u"b"_s) },
-        { member(7, u"g"_s), member(8, u"h"_s) });
-    QCOMPARE(directory.nextMemberId(), 9);
 
-    // Member 8 deleted since the last save: its id is not given out again.
-    QVERIFY(document.editor().deleteMembers(true, { 1 }).ok());
-    QCOMPARE(directory.deletedMemberIds(), QList<qint32>({ 8 }));
-    QCOMPARE(directory.deletedLoginNames(), QStringList({ u"h"_s }));
-    QVERIFY(!directory.findMember(8));
-    QCOMPARE(directory.nextMemberId(), 9);
-    QCOMPARE(document.editor().addMember(false, u"new"_s).id, 9);
-    QCOMPARE(directory.createdMemberIds(), QList<qint32>({ 9 }));
-    QCOMPARE(directory.findMember(9)->loginName, u"new"_s);
-    QCOMPARE(directory.regularMembers()->rowOfId(9), 2);
 
-    // Edits reach the lookups by id.
-    QVERIFY(directory.regularMembers()->setData(
-        directory.regularMembers()->index(0, MemberListModel::DisplayNameColumn), u"Anna"_s));
-    QCOMPARE(directory.findMember(1)->displayName, u"Anna"_s);
-
-    document.markSaved();
-    QVERIFY(directory.deletedMemberIds().isEmpty());
-    QVERIFY(directory.createdMemberIds().isEmpty());
-    QCOMPARE(directory.nextMemberId(), 10);
-}
-
-void TestDirectoryModel::directoryGroupCounter()
-{
-    CVelmarManagerDoc document;
-    const Directory &directory = *document.directory();
-    QCOMPARE(directory.nextGroupId(), 1);
-    load(document, {}, {}, sampleTree(), 20);
-    const EditResult added
-        = document.editor().addGroup(true, directory.treeData(true).root(), u"新 类别"_s);
-    QCOMPARE(added.id, 21);
-    QCOMPARE(directory.guestTree()->findGroup(21).data().toString(), u"新 类别"_s);
-    QCOMPARE(directory.groupCounter(), 21);
-    QVERIFY(document.isModified());
-    // Removing the group does not give its id back; undoing the addition does.
-    QVERIFY(document.editor().deleteNode(true, directory.treeData(true).findGroup(21)).ok());
-    QCOMPARE(directory.nextGroupId(), 22);
-    document.undoStack()->undo();
-    document.undoStack()->undo();
-    QCOMPARE(directory.nextGroupId(), 21);
-    QVERIFY(!document.isModified());
-
-    load(document, {}, {}, DirectoryTree(), std::numeric_limits<qint32>::max());
-    QCOMPARE(directory.nextGroupId(), -2);
-    QVERIFY(!document.editor().addGroup(false, directory.treeData(false).root(), u"x"_s).ok());
-}
-
-void TestDirectoryModel::directoryRemoveMember()
-{
-    CVelmarManagerDoc document;
-    const Directory &directory = *document.directory();
-    DirectoryTree guestTree(DirectoryTree::Kind::Guest);
-    DirectoryNode *guestGroup = guestTree.addGroup(guestTree.root(), 50, u"Forum"_s);
-    guestTree.addMembership(guestGroup, 1, -1);
-    guestTree.addMembership(guestGroup, 3, -1);
-    load(document, { member(1, u"a"_s), member(2, u"b"_s) }, { member(3, u"g"_s) }, sampleTree(),
-        50, std::move(guestTree));
-    QAbstractItemModelTester t1(
-        directory.regularTree(), QAbstractItemModelTester::FailureReportingMode::QtTest);
-    QAbstractItemModelTester t2(
-        directory.guestTree(), QAbstractItemModelTester::FailureReportingMode::QtTest);
-    QSignalSpy unplaced(&directory, &Directory::memberUnplaced);
-
-    // A regular member leaves both trees.
-    QVERIFY(document.editor().deleteMembers(false, { 0 }).ok());
-    QCOMPARE(unplaced.count(), 3);
-    QVERIFY(!directory.treeData(false).hasMembership(1));
-    QVERIFY(!directory.treeData(true).hasMembership(1));
-    QCOMPARE(directory.treeData(false).membershipCount(), 1);
-
-    // A guest member leaves the guest tree only.
-    QVERIFY(
-        document.editor().placeMembers(false, directory.treeData(false).findGroup(20), { 3 }).ok());
-    QVERIFY(document.editor().deleteMembers(true, { 0 }).ok());
-    QVERIFY(!directory.treeData(true).hasMembership(3));
-    QVERIFY(directory.treeData(false).hasMembership(3));
-    QCOMPARE(directory.deletedMemberIds(), QList<qint32>({ 1, 3 }));
-}
-
-void TestDirectoryModel::directoryRemoveGroupUnplacesMembers()
-{
-    CVelmarManagerDoc document;
-    const Directory &directory = *document.directory();
-    load(document, { member(1, u"a"_s), member(2, u"b"_s) }, {}, sampleTree());
-    QSignalSpy placed(&directory, &Directory::memberPlaced);
-    QSignalSpy unplaced(&directory, &Directory::memberUnplaced);
-    const EditResult again
-        = document.editor().placeMembers(false, directory.treeData(false).findGroup(10), { 2 });
-    QCOMPARE(again.skipped, 1);
-    QCOMPARE(placed.count(), 0);
-    QVERIFY(
-        document.editor().placeMembers(false, directory.treeData(false).findGroup(11), { 2 }).ok());
-    QCOMPARE(placed.count(), 1);
-    QVERIFY(document.editor().deleteNode(false, directory.treeData(false).findGroup(10)).ok());
-    QList<qint32> ids;
-    for (const auto &args : std::as_const(unplaced))
-        ids << args.at(0).toInt();
-    QCOMPARE(ids, QList<qint32>({ 1, 2, 2 }));
-    // Members stay in their list when their groups go.
-    QCOMPARE(directory.regularMembers()->memberCount(), 2);
-}
 
 QTEST_GUILESS_MAIN(TestDirectoryModel)
 #include "tst_directory_model.moc"

@@ -14,22 +14,6 @@ const QString SpaceText = u"用户ID可以用字母数字或符号，但不少�
 const QString CharacterText = u"数字, 英文, '_' 除了以上特殊字符不能输入."_s;
 const QString ExistsText = u"用户已存在."_s;
 
-UserInfo member(qint32 id, const QString &login)
-{
-    UserInfo info = MemberRules::newMember(login);
-    info.id = id;
-    info.password = u"pw"_s;
-    return info;
-}
-
-void load(CVelmarManagerDoc &document, MemberList regular, MemberList guest)
-{
-    ServerDataSet set;
-    set.directory.regularMembers = std::move(regular);
-    set.directory.guestMembers = std::move(guest);
-    document.adopt(std::move(set), CVelmarManagerDoc::LoadState::Complete);
-}
-
 } // namespace
 
 class TestMemberRules : public QObject
@@ -43,11 +27,9 @@ private Q_SLOTS:
     void newUserIdRefusals();
     void userIdBytesOutsideTheCodePageAreRefused_data();
     void userIdBytesOutsideTheCodePageAreRefused();
-    void duplicatesAreCaseSensitiveAcrossBothLists();
     void onlyTheBlankRowTakesAUserId();
     void passwordRuleAndNewMemberDefaults();
     void birthdayForms();
-    void nextIdSkipsIdsDeletedSinceTheSave();
 
 private:
     const MemberRules m_rules { CodePage("GBK") };
@@ -193,20 +175,6 @@ void TestMemberRules::userIdBytesOutsideTheCodePageAreRefused()
     QCOMPARE(result->text, refusal);
 }
 
-void TestMemberRules::duplicatesAreCaseSensitiveAcrossBothLists()
-{
-    CVelmarManagerDoc document;
-    load(document, { member(1, u"abc"_s) }, { member(2, u"guest"_s) });
-    const Directory &directory = *document.directory();
-    const auto exists = [&](const QString &name) { return directory.hasLoginName(name); };
-    QVERIFY(!m_rules.checkNewUserId(u"Abc"_s, exists));
-    QCOMPARE(m_rules.checkNewUserId(u"abc"_s, exists)->text, ExistsText);
-    // Present only in the guest grid is present too.
-    QCOMPARE(m_rules.checkNewUserId(u"guest"_s, exists)->text, ExistsText);
-    // A deleted user ID is free again.
-    QVERIFY(document.editor().deleteMembers(false, { 0 }).ok());
-    QVERIFY(!m_rules.checkNewUserId(u"abc"_s, exists));
-}
 
 void TestMemberRules::onlyTheBlankRowTakesAUserId()
 {
@@ -257,25 +225,6 @@ void TestMemberRules::birthdayForms()
     QCOMPARE(MemberRules::birthdayText(QDate()), QString());
 }
 
-void TestMemberRules::nextIdSkipsIdsDeletedSinceTheSave()
-{
-    CVelmarManagerDoc document;
-    load(document,
-        { member(1, u"m1"_s), member(2, u"m2"_s), member(7, u"m7"_s), member(8, u"m8"_s) }, {});
-    const Directory &directory = *document.directory();
-    QVERIFY(document.editor().deleteMembers(false, { 3 }).ok()); // member 8
-    QVERIFY(directory.isDeletedSinceSave(8));
-    QCOMPARE(directory.nextMemberId(), 9);
-    // A guest member's id counts as well.
-    QCOMPARE(document.editor().addMember(true, u"g9"_s).id, 9);
-    QCOMPARE(directory.nextMemberId(), 10);
-    QVERIFY(document.editor().deleteMembers(true, { 0 }).ok());
-    QCOMPARE(directory.nextMemberId(), 10);
-    // After the save the rows of the deleted members are gone and their ids free.
-    document.markSaved();
-    QVERIFY(!directory.isDeletedSinceSave(9));
-    QCOMPARE(directory.nextMemberId(), 8);
-}
 
 QTEST_GUILESS_MAIN(TestMemberRules)
 #include "tst_memberrules.moc"

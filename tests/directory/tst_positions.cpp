@@ -14,16 +14,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-void load(CVelmarManagerDoc &document, QList<Position> positions)
-{
-    ServerDataSet set;
-    set.positions.positions = std::move(positions);
-    document.adopt(std::move(set), CVelmarManagerDoc::LoadState::Complete);
-}
-
-} // namespace
 
 class TestPositions : public QObject
 {
@@ -38,9 +28,6 @@ private Q_SLOTS:
     void defaultFromProfile_data();
     void defaultFromProfile();
     void writeDefault();
-    void modelAddRemoveRules();
-    void modelRenameRules();
-    void modelMoveAndDefault();
     void membershipGrid();
 };
 
@@ -142,88 +129,8 @@ void TestPositions::writeDefault()
     QVERIFY(dir.readFile(u"Serverinfo.ini"_s).contains("UseDist=1"));
 }
 
-void TestPositions::modelAddRemoveRules()
-{
-    CVelmarManagerDoc document;
-    load(document, {});
-    PositionListModel &model = *document.positions();
-    DirectoryEditor &editor = document.editor();
-    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-    QSignalSpy changed(&model, &PositionListModel::positionsChanged);
-    QCOMPARE(editor.addPosition().id, 1);
-    QCOMPARE(model.index(0).data().toString(), u"新等级"_s);
-    QCOMPARE(editor.addPosition().id, 2);
-    QCOMPARE(model.index(1).data().toString(), u"新等级 (1)"_s);
-    QCOMPARE(changed.count(), 2);
-    QCOMPARE(editor.addPosition(u"新等级"_s).refusal->text, u"相同的等级已经存在."_s);
 
-    // Id 1 stays even when another position is the configured default.
-    QVERIFY(editor.setDefaultPosition(2).ok());
-    QCOMPARE(editor.deletePosition(0).refusal->text, u"不能删除选择的默认的职务."_s);
-    QVERIFY(editor.deletePosition(1).ok());
-    QCOMPARE(model.rowCount(), 1);
-    QVERIFY(!editor.deletePosition(3).ok());
 
-    load(document, { { 4, u"only"_s } });
-    QCOMPARE(editor.deletePosition(0).refusal->text, u"默认的职务至少1个以上."_s);
-    QCOMPARE(model.rowCount(), 1);
-}
-
-void TestPositions::modelRenameRules()
-{
-    CVelmarManagerDoc document;
-    load(document, { { 1, u"Staff"_s }, { 2, u"Boss"_s } });
-    PositionListModel &model = *document.positions();
-    DirectoryEditor &editor = document.editor();
-    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-    // Every name counts, the position's own included.
-    QCOMPARE(editor.renamePosition(0, u"Staff"_s).refusal->text, u"相同的等级已经存在."_s);
-    QCOMPARE(editor.renamePosition(0, u"Boss"_s).refusal->text, u"相同的等级已经存在."_s);
-    QVERIFY(editor.renamePosition(0, QString()).refusal->text.isEmpty());
-    // Case matters.
-    QVERIFY(editor.renamePosition(0, u"staff"_s).ok());
-    QVERIFY(model.setData(model.index(1), u"Chef"_s));
-    QVERIFY(!model.setData(model.index(1), u"staff"_s));
-    QCOMPARE(model.lastRefusal()->text, u"相同的等级已经存在."_s);
-    QCOMPARE(model.list().positions.at(1).name, u"Chef"_s);
-    document.undoStack()->undo();
-    document.undoStack()->undo();
-    QCOMPARE(model.list().positions.at(0).name, u"Staff"_s);
-    QCOMPARE(model.list().positions.at(1).name, u"Boss"_s);
-}
-
-void TestPositions::modelMoveAndDefault()
-{
-    TempServerDir dir;
-    ProfileFile profile(dir.iniPath());
-    CVelmarManagerDoc document;
-    document.setDefaultPositionWriter(
-        [&profile](qint32 id) { return PositionList::writeDefaultPositionId(profile, id); });
-    load(document, { { 1, u"a"_s }, { 2, u"b"_s }, { 3, u"c"_s } });
-    PositionListModel &model = *document.positions();
-    DirectoryEditor &editor = document.editor();
-    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-    QVERIFY(editor.movePosition(0, +1).ok());
-    QVERIFY(editor.movePosition(2, -1).ok());
-    QVERIFY(!editor.movePosition(0, -1).ok());
-    QVERIFY(!editor.movePosition(2, +1).ok());
-    QStringList names;
-    for (const Position &p : model.list().positions)
-        names << p.name;
-    QCOMPARE(names, QStringList({ u"b"_s, u"c"_s, u"a"_s }));
-
-    // The default is written at once, and written back when undone.
-    QVERIFY(editor.setDefaultPosition(3).ok());
-    QCOMPARE(PositionList::readDefaultPositionId(profile), 3);
-    QCOMPARE(model.index(1).data(PositionListModel::IsDefaultRole).toBool(), true);
-    QCOMPARE(model.index(0).data(PositionListModel::IsDefaultRole).toBool(), false);
-    QCOMPARE(model.list().defaultPositionId(), 3);
-    document.undoStack()->undo();
-    QCOMPARE(PositionList::readDefaultPositionId(profile), -1);
-    QCOMPARE(model.list().defaultPositionId(), -1);
-    document.undoStack()->redo();
-    QCOMPARE(PositionList::readDefaultPositionId(profile), 3);
-}
 
 void TestPositions::membershipGrid()
 {

@@ -67,12 +67,9 @@ private Q_SLOTS:
     // Records and rules.
     void flagRule_data();
     void flagRule();
-    void defaultRecordsDoNotMarkModified();
     void addMember_data();
     void addMember();
     void removalsMarkModified();
-    void checkAllTouchesOnlyTheGivenMembers();
-    void voipEditMovesThePoolAccount();
     void poolOperations();
 
     // Against the databases.
@@ -134,23 +131,6 @@ void TestPermissions::flagRule()
     QVERIFY(table.isModified());
 }
 
-void TestPermissions::defaultRecordsDoNotMarkModified()
-{
-    AccessTokenTable table;
-    table.ensureRecords(5);
-    QVERIFY(!table.isModified());
-    QCOMPARE(flagsOf(*table.token(5)), Defaults);
-    QCOMPARE(*table.voipAccount(5), VoipAccount());
-
-    // Existing records are left as they are.
-    table.setFlag(5, CAccessToken::VoipOn, true);
-    table.editVoipAccount(5, AccessTokenTable::VoipField::Id, u"8001"_s);
-    table.setModified(false);
-    table.ensureRecords(5);
-    QCOMPARE(flagsOf(*table.token(5)), AllOn);
-    QCOMPARE(table.voipAccount(5)->id, u"8001"_s);
-    QVERIFY(!table.isModified());
-}
 
 void TestPermissions::addMember_data()
 {
@@ -194,56 +174,7 @@ void TestPermissions::removalsMarkModified()
     QVERIFY(table.isModified());
 }
 
-void TestPermissions::checkAllTouchesOnlyTheGivenMembers()
-{
-    AccessTokenTable table;
-    for (qint32 id : { 1, 2, 3 }) {
-        table.ensureRecords(id);
-        table.setFlag(id, CAccessToken::MessageOn, false);
-    }
-    table.setModified(false);
 
-    table.setFlagForMembers({ 1, 3 }, CAccessToken::FileTransferOn, true);
-    QVERIFY(table.isModified());
-    QVERIFY(table.token(1)->flag(CAccessToken::FileTransferOn));
-    QVERIFY(table.token(1)->flag(CAccessToken::MessageOn));
-    QVERIFY(table.token(3)->flag(CAccessToken::MessageOn));
-    QVERIFY(!table.token(2)->flag(CAccessToken::FileTransferOn));
-    QVERIFY(!table.token(2)->flag(CAccessToken::MessageOn));
-
-    table.setModified(false);
-    table.setFlagForMembers({}, CAccessToken::ChatOn, false);
-    QVERIFY(!table.isModified());
-}
-
-void TestPermissions::voipEditMovesThePoolAccount()
-{
-    VoipAccountPool pool;
-    pool.append({ u"8001"_s, u"a"_s, 5 });
-    pool.append({ u"8002"_s, u"b"_s, 0 });
-    pool.append({ u"8003"_s, u"c"_s, 9 });
-
-    AccessTokenTable table;
-    table.addMember(5, u"8001"_s, u"a"_s);
-    table.setModified(false);
-
-    table.editVoipAccount(5, AccessTokenTable::VoipField::Id, u"8002"_s, &pool);
-    QVERIFY(table.isModified());
-    QCOMPARE(table.voipAccount(5)->id, u"8002"_s);
-    QCOMPARE(pool.entries().at(0).memberId, 0);
-    QCOMPARE(pool.entries().at(1).memberId, 5);
-    QCOMPARE(pool.entries().at(2).memberId, 9);
-
-    // The password edit re-applies the id it has: the member keeps 8002.
-    table.editVoipAccount(5, AccessTokenTable::VoipField::Password, u"new"_s, &pool);
-    QCOMPARE(*table.voipAccount(5), (VoipAccount { u"8002"_s, u"new"_s }));
-    QCOMPARE(pool.entries().at(1).memberId, 5);
-
-    // An id that is not in the pool only releases what the member held.
-    table.editVoipAccount(5, AccessTokenTable::VoipField::Id, u"private-line"_s, &pool);
-    QCOMPARE(pool.entries().at(1).memberId, 0);
-    QCOMPARE(pool.firstFree(), 0);
-}
 
 void TestPermissions::poolOperations()
 {

@@ -1,3 +1,4 @@
+#include "AllocatorTuning.h"
 #include "VelmarCtl.h"
 
 #include <cstdio>
@@ -6,6 +7,7 @@
 
 int main(int argc, char *argv[])
 {
+    AllocatorTuning::prepare(argv);
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("velmarctl"));
     // The database layer's debug lines are for a debugger, not for the report.
