@@ -7,11 +7,12 @@
 // Prints one line: kind, rows, seconds from the search call to searchFinished,
 // peak resident memory in kB, and the bytes of the files the period accepts.
 // One kind per run, so that the peak memory is that search's own.
+#include "AllocatorTuning.h"
 #include "ChatLogModel.h"
 #include "LogFilterRules.h"
 #include "LogLocations.h"
-#include "LogSearch.h"
 #include "LogsCommand.h"
+#include "LogSearch.h"
 #include "RegistryHives.h"
 #include "SystemLogModel.h"
 #include "UserLogModel.h"
@@ -40,6 +41,8 @@ qint64 peakKilobytes()
 
 int main(int argc, char **argv)
 {
+    // The console's own allocator settings, so that the figures are its own.
+    AllocatorTuning::prepare(argv);
     QCoreApplication app(argc, argv);
     QCommandLineParser parser;
     const QCommandLineOption serverDir(u"server-dir"_s, u"The server folder."_s, u"dir"_s);

@@ -6,8 +6,11 @@
 #include <memory>
 #include <QList>
 #include <QStringList>
+#include <vector>
 
-// The chat log list: one row per accepted file, kept as its cells.
+// The chat log list: one row per accepted file, kept as its cells. A month
+// is 50,000 files: the cells of all rows share one text, and a file's folder
+// is kept once for all the files in it.
 class ChatLogRows final : public LogRows
 {
 public:
@@ -26,12 +29,24 @@ public:
     // Stable: rows with equal labels keep their reading order.
     void sortNewestFirst();
 
-    int rowCount() const override { return int(m_rows.size()); }
+    int rowCount() const override { return int(m_order.size()); }
     int columnCount() const override { return ColumnCount; }
     QString cell(int row, int column) const override;
     // The file the detail pane shows for a row (column "Filename").
     QString filePath(int row) const { return cell(row, FilenameColumn); }
 
 private:
-    QList<QStringList> m_rows;
+    static constexpr int StoredCells = 5; // as the reader gives them
+
+    QString text(qsizetype row, int cell) const;
+
+    // Cell c of row r is m_text[m_bounds[6r + c], m_bounds[6r + c + 1]).
+    QString m_text;
+    std::vector<quint32> m_bounds;
+    // The folder of each row's Filename cell (the cell keeps the rest), -1
+    // when it names none.
+    std::vector<qint32> m_folderOfRow;
+    QStringList m_folders;
+    // Rows in list order, by their place in the text.
+    std::vector<qint32> m_order;
 };
