@@ -48,11 +48,6 @@ bool inTree(const DirectoryNode *node, const DirectoryTree &tree)
     return up && up == tree.root();
 }
 
-EditResult refusedSilently()
-{
-    return EditResult::refused(EditRefusal {});
-}
-
 const QString &nameInUseText()
 {
     static const QString text = u"相同的等级已经存在."_s;
@@ -140,11 +135,11 @@ EditResult DirectoryEditor::setMemberCell(bool guest, int row, int column, const
     Directory &directory = *m_document.m_directory;
     const MemberRows &rows = directory.memberRows(guest);
     if (row < 0 || row >= rows.count() || !MemberRules::isEditable(column, false))
-        return refusedSilently();
+        return EditResult::refusedSilently();
     const UserInfo &before = rows.at(row);
     UserInfo after = before;
     if (!MemberListModel::putCell(after, column, value))
-        return refusedSilently();
+        return EditResult::refusedSilently();
     if (column != MemberListModel::GenderColumn && column != MemberListModel::AdminColumn
         && column != MemberListModel::SolarColumn && column != MemberListModel::PublicColumn) {
         if (auto refusal = m_rules.checkCell(column, value.toString()))
@@ -175,7 +170,7 @@ EditResult DirectoryEditor::deleteMembers(bool guest, QList<int> rows)
     std::sort(rows.begin(), rows.end(), std::greater<int>());
     rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
     if (rows.isEmpty())
-        return refusedSilently();
+        return EditResult::refusedSilently();
 
     struct Deleted
     {
@@ -268,7 +263,7 @@ EditResult DirectoryEditor::addGroup(bool guest, const DirectoryNode *parent, co
 {
     Directory &directory = *m_document.m_directory;
     if (!parent || !parent->isContainer() || !inTree(parent, directory.treeData(guest)))
-        return refusedSilently();
+        return EditResult::refusedSilently();
     const qint32 id = directory.nextGroupId();
     if (id == -2)
         return EditResult::refused(EditRefusal::message(u"没有可用的类别编号."_s));
@@ -296,7 +291,7 @@ EditResult DirectoryEditor::renameGroup(bool guest, const DirectoryNode *group, 
 {
     if (!group || !group->isGroup() || name.isEmpty()
         || !inTree(group, m_document.m_directory->treeData(guest)))
-        return refusedSilently();
+        return EditResult::refusedSilently();
     if (group->name() == name)
         return EditResult::done(group->id(), 0);
     Directory *dir = m_document.m_directory;
@@ -311,7 +306,7 @@ EditResult DirectoryEditor::renameGroup(bool guest, const DirectoryNode *group, 
 EditResult DirectoryEditor::deleteNode(bool guest, const DirectoryNode *node)
 {
     if (!node || node->isRoot() || !inTree(node, m_document.m_directory->treeData(guest)))
-        return refusedSilently();
+        return EditResult::refusedSilently();
     Directory *dir = m_document.m_directory;
     CVelmarManagerDoc *doc = &m_document;
     auto taken = std::make_shared<TakenNode>();
@@ -369,7 +364,7 @@ EditResult DirectoryEditor::deleteChildren(
     if (!container || !container->isContainer() || row < 0 || count <= 0
         || row + count > container->childCount()
         || !inTree(container, m_document.m_directory->treeData(guest)))
-        return refusedSilently();
+        return EditResult::refusedSilently();
     if (count == 1)
         return deleteNode(guest, container->child(row));
     // One step of the journal, however many nodes; bottom-up, so that the
@@ -385,7 +380,7 @@ EditResult DirectoryEditor::deleteChildren(
 EditResult DirectoryEditor::moveNode(bool guest, const DirectoryNode *node, MoveStep step)
 {
     if (!node || node->isRoot() || !inTree(node, m_document.m_directory->treeData(guest)))
-        return refusedSilently();
+        return EditResult::refusedSilently();
     const int from = node->row();
     const int last = node->parent()->childCount() - 1;
     int to = from;
@@ -453,7 +448,7 @@ EditResult DirectoryEditor::placeMembers(
 {
     const DirectoryTree &tree = m_document.m_directory->treeData(guest);
     if (!group || !group->isContainer() || !inTree(group, tree))
-        return refusedSilently();
+        return EditResult::refusedSilently();
     QList<qint32> placed;
     QSet<qint32> seen;
     int skipped = 0;
@@ -517,7 +512,7 @@ EditResult DirectoryEditor::setMembershipPositions(
     const DirectoryTree &tree = m_document.m_directory->treeData(guest);
     for (const DirectoryNode *node : memberships) {
         if (!node || !node->isMembership() || !inTree(node, tree))
-            return refusedSilently();
+            return EditResult::refusedSilently();
         if (node->rankId() != rankId)
             changes.emplace_back(mutableNode(node), node->rankId());
     }
@@ -543,7 +538,7 @@ EditResult DirectoryEditor::addPosition(const std::optional<QString> &name)
     PositionListModel *positions = m_document.m_positions;
     const PositionList &list = positions->list();
     if (name && name->isEmpty())
-        return refusedSilently();
+        return EditResult::refusedSilently();
     if (name && list.indexOfName(*name) >= 0)
         return EditResult::refused(EditRefusal::message(nameInUseText(), true));
     const Position position { list.newPositionId(), name ? *name : list.newPositionName() };
@@ -568,7 +563,7 @@ EditResult DirectoryEditor::renamePosition(int row, const QString &name)
     PositionListModel *positions = m_document.m_positions;
     const PositionList &list = positions->list();
     if (row < 0 || row >= list.count() || name.isEmpty())
-        return refusedSilently();
+        return EditResult::refusedSilently();
     // Compared with every name, the row's own included: confirming an
     // unchanged name is refused as well.
     if (list.indexOfName(name) >= 0)
@@ -593,7 +588,7 @@ EditResult DirectoryEditor::deletePosition(int row)
     PositionListModel *positions = m_document.m_positions;
     const PositionList &list = positions->list();
     if (row < 0 || row >= list.count())
-        return refusedSilently();
+        return EditResult::refusedSilently();
     // Id 1 is the permanent default whatever the configured default is.
     if (list.positions.at(row).id == 1)
         return EditResult::refused(EditRefusal::message(u"不能删除选择的默认的职务."_s, true));
@@ -645,7 +640,7 @@ EditResult DirectoryEditor::setDefaultPosition(qint32 positionId)
     PositionListModel *positions = m_document.m_positions;
     const qint32 before = positions->list().defaultId;
     if (positionId != -1 && positions->list().indexOfId(positionId) < 0)
-        return refusedSilently();
+        return EditResult::refusedSilently();
     if (before == positionId)
         return EditResult::done(positionId, 0);
     // Written at once: a refusal to write is a refusal of the edit.

@@ -28,6 +28,13 @@ struct EditRefusal
         return refusal;
     }
     static EditRefusal fromMember(const MemberRefusal &refusal, qint32 memberId = -1);
+    // An id that names no member of either list.
+    static EditRefusal unknownMember(qint32 memberId)
+    {
+        EditRefusal refusal = message(QStringLiteral("没有这个用户."));
+        refusal.memberId = memberId;
+        return refusal;
+    }
 
     friend bool operator==(const EditRefusal &, const EditRefusal &) = default;
 };
@@ -49,6 +56,9 @@ struct EditResult
         result.refusal = std::move(refusal);
         return result;
     }
+    // Refused with nothing to say, as the console refuses a label edit that
+    // makes no sense (an empty name, a node that is not there).
+    static EditResult refusedSilently() { return refused(EditRefusal {}); }
     static EditResult done(qint32 id = -1, int applied = 1, int skipped = 0)
     {
         EditResult result;

@@ -49,7 +49,7 @@ EditResult MembershipPositionModel::setPosition(const QList<int> &rows, int comm
     const PositionList &list = m_document.positions()->list();
     const int k = command - 201;
     if (command != 200 && (k < 0 || k >= list.count()))
-        return EditResult::refused(EditRefusal {});
+        return EditResult::refusedSilently();
     QList<const DirectoryNode *> memberships;
     for (const int row : rows) {
         if (row >= 0 && row < rowCount())

@@ -83,7 +83,7 @@ EditResult FileBoxEditor::setRight(bool group, qint32 ownerId, qint32 folderId, 
     } else {
         const UserInfo *member = directory.findMember(ownerId);
         if (!member)
-            return EditResult::refused(EditRefusal::message(u"没有这个用户."_s));
+            return EditResult::refused(EditRefusal::unknownMember(ownerId));
         name = member->loginName;
     }
 

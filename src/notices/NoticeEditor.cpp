@@ -18,7 +18,7 @@ EditResult NoticeEditor::deleteNotices(QList<int> rows)
     const int count = notices->rowCount();
     rows.removeIf([count](int row) { return row < 0 || row >= count; });
     if (rows.isEmpty())
-        return EditResult::refused(EditRefusal {});
+        return EditResult::refusedSilently();
     std::sort(rows.begin(), rows.end());
     rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
     const QString text = rows.size() == 1

@@ -31,18 +31,6 @@ struct PermissionsBefore
     }
 };
 
-EditResult refusedSilently()
-{
-    return EditResult::refused(EditRefusal {});
-}
-
-EditRefusal unknownMember(qint32 memberId)
-{
-    EditRefusal refusal = EditRefusal::message(u"没有这个用户."_s);
-    refusal.memberId = memberId;
-    return refusal;
-}
-
 bool isFeature(CAccessToken::Feature feature)
 {
     return int(feature) >= 0 && int(feature) < CAccessToken::FeatureCount;
@@ -57,10 +45,10 @@ PermissionEditor::PermissionEditor(CVelmarManagerDoc &document)
 EditResult PermissionEditor::setFlag(qint32 memberId, CAccessToken::Feature feature, bool on)
 {
     if (!isFeature(feature))
-        return refusedSilently();
+        return EditResult::refusedSilently();
     const UserInfo *member = m_document.m_directory->findMember(memberId);
     if (!member)
-        return EditResult::refused(unknownMember(memberId));
+        return EditResult::refused(EditRefusal::unknownMember(memberId));
     const AccessTokenTable &table = m_document.m_permissions;
     const CAccessToken *token = table.token(memberId);
     CAccessToken after = token ? *token : CAccessToken::defaults();
@@ -82,7 +70,7 @@ EditResult PermissionEditor::setFlagForMembers(
     const QList<qint32> &memberIds, CAccessToken::Feature feature, bool on)
 {
     if (!isFeature(feature))
-        return refusedSilently();
+        return EditResult::refusedSilently();
     const Directory &directory = *m_document.m_directory;
     const AccessTokenTable &table = m_document.m_permissions;
     QList<qint32> changed;
@@ -121,7 +109,7 @@ EditResult PermissionEditor::setVoipAccount(
 {
     const UserInfo *member = m_document.m_directory->findMember(memberId);
     if (!member)
-        return EditResult::refused(unknownMember(memberId));
+        return EditResult::refused(EditRefusal::unknownMember(memberId));
     const AccessTokenTable &table = m_document.m_permissions;
     const VoipAccountPool &pool = m_document.m_voipPool;
     const bool isId = field == AccessTokenTable::VoipField::Id;
