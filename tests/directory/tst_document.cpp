@@ -423,14 +423,9 @@ void TestDocument::newMemberRefusals_data()
     const QString space = u"用户ID可以用字母数字或符号，但不少于3个字母."_s;
     const QString rule = u"数字, 英文, '_' 除了以上特殊字符不能输入."_s;
     QTest::newRow("space") << false << u"ab c"_s << space << u"Tip!"_s << true;
-    QTest::newRow("space in a valid-looking id") << true << u" abc"_s << space << u"Tip!"_s << true;
     QTest::newRow("dot") << false << u"a.b"_s << rule << QString() << false;
-    QTest::newRow("hash") << true << u"a#b"_s << rule << QString() << false;
-    QTest::newRow("exists") << false << u"abc"_s << u"用户已存在."_s << QString() << false;
     QTest::newRow("exists in the guest list")
         << false << u"guest1"_s << u"用户已存在."_s << QString() << false;
-    QTest::newRow("21 bytes") << false << u"abcdefghij0123456789x"_s << u"已经超过20名."_s
-                              << QString() << false;
     QTest::newRow("exists in the member list")
         << true << u"carol"_s << u"用户已存在."_s << QString() << false;
 }
@@ -460,7 +455,6 @@ void TestDocument::newMemberAccepted_data()
 {
     QTest::addColumn<bool>("guest");
     QTest::addColumn<QString>("userId");
-    QTest::newRow("dash and underscore") << false << u"a-b_c"_s;
     QTest::newRow("chinese") << true << u"中文用户"_s;
     QTest::newRow("case differs from abc") << false << u"Abc"_s;
 }
@@ -546,25 +540,11 @@ void TestDocument::cellEdits_data()
     QTest::addColumn<QString>("refusal"); // empty: refused without a message
     QTest::addColumn<QString>("shown");
     const QString ten = u"一二三四五六七八九十"_s;
-    QTest::newRow("name of 21 bytes")
-        << int(Column::DisplayNameColumn) << QVariant(u"abcdefghijklmnopqrstu"_s) << false
-        << u"已经超过20名."_s << u"张三"_s;
     QTest::newRow("ten chinese and a letter")
         << int(Column::DisplayNameColumn) << QVariant(ten + u'a') << false << u"已经超过20名."_s
         << u"张三"_s;
-    QTest::newRow("ten chinese") << int(Column::DisplayNameColumn) << QVariant(ten) << true
-                                 << QString() << ten;
     QTest::newRow("mobile of 14") << int(Column::MobileColumn) << QVariant(u"13900000000123"_s)
                                   << false << u"已经超过13名."_s << u"13900000001"_s;
-    QTest::newRow("mobile of 13") << int(Column::MobileColumn) << QVariant(u"1390000000012"_s)
-                                  << true << QString() << u"1390000000012"_s;
-    QTest::newRow("password of 21") << int(Column::PasswordColumn) << QVariant(QString(21, u'x'))
-                                    << false << u"已经超过20名."_s << u"pw1"_s;
-    QTest::newRow("email of 101") << int(Column::EmailColumn) << QVariant(QString(101, u'e'))
-                                  << false << u"已经超过100名."_s << QString();
-    QTest::newRow("nickname unlimited")
-        << int(Column::NicknameColumn) << QVariant(QString(300, u'n')) << true << QString()
-        << QString(300, u'n');
     QTest::newRow("gender text") << int(Column::GenderColumn) << QVariant(u"女生"_s) << true
                                  << QString() << u"女生"_s;
     QTest::newRow("gender bool") << int(Column::GenderColumn) << QVariant(false) << true

@@ -28,9 +28,6 @@ private Q_SLOTS:
     void iterationWithoutMatchEndsAtOnce();
     void iterationsVisitMatchesInOrder();
     void counts();
-    void settingARightTwiceKeepsOneRecord();
-    void removals();
-    void addedFoldersGetFreshIds();
 
     // Against the databases.
     void loadDecodesWhatIsStored_data() { TestDatabase::addBackends(); }
@@ -190,59 +187,8 @@ void TestFileBoxRights::counts()
     QCOMPARE(rights.rightsCountOfMember(7), 1);
 }
 
-void TestFileBoxRights::settingARightTwiceKeepsOneRecord()
-{
-    FileBoxRights rights;
-    QVERIFY(!rights.isModified());
-    QCOMPARE(rights.setMemberRight(7, 10, AuthorityCode::ReadOnly), false);
-    QVERIFY(rights.isModified());
-    QCOMPARE(rights.setMemberRight(7, 10, AuthorityCode::ReadWrite), true);
-    QCOMPARE(
-        rights.memberRights(), (QList<tagUserAuthority> { { 10, 7, AuthorityCode::ReadWrite } }));
 
-    QCOMPARE(rights.setGroupRight(3, 10, AuthorityCode::ReadWrite), false);
-    QCOMPARE(rights.setGroupRight(3, 10, AuthorityCode::None), true);
-    QCOMPARE(rights.groupRights(), (QList<tagGroupAuthority> { { 10, 3, AuthorityCode::None } }));
-}
 
-void TestFileBoxRights::removals()
-{
-    FileBoxRights rights;
-    rights.addFolder(10, u"A"_s);
-    rights.addFolder(20, u"B"_s);
-    rights.setGroupRight(1, 10, AuthorityCode::ReadOnly);
-    rights.setGroupRight(2, 10, AuthorityCode::ReadOnly);
-    rights.setGroupRight(1, 20, AuthorityCode::ReadOnly);
-    rights.setMemberRight(7, 10, AuthorityCode::ReadOnly);
-    rights.setMemberRight(7, 20, AuthorityCode::ReadOnly);
-    rights.setModified(false);
-
-    QCOMPARE(rights.removeRightsOfGroup(1), 2);
-    QVERIFY(rights.isModified());
-    QCOMPARE(
-        rights.groupRights(), (QList<tagGroupAuthority> { { 10, 2, AuthorityCode::ReadOnly } }));
-    QCOMPARE(rights.removeRightsOfGroup(1), 0);
-
-    QVERIFY(rights.removeFolder(10));
-    QCOMPARE(rights.folders(), (QList<tagFolderData> { { 20, u"B"_s } }));
-    QVERIFY(rights.groupRights().isEmpty());
-    QCOMPARE(
-        rights.memberRights(), (QList<tagUserAuthority> { { 20, 7, AuthorityCode::ReadOnly } }));
-    QVERIFY(!rights.removeFolder(10));
-
-    QVERIFY(rights.removeMemberRight(7, 20));
-    QVERIFY(!rights.removeMemberRight(7, 20));
-    QCOMPARE(rights.rightsCountOfMember(7), 0);
-}
-
-void TestFileBoxRights::addedFoldersGetFreshIds()
-{
-    FileBoxRights rights;
-    QCOMPARE(rights.addFolder(u"First"_s), 1);
-    QVERIFY(rights.addFolder(41, u"Loaded"_s));
-    QCOMPARE(rights.addFolder(u"Next"_s), 42);
-    QCOMPARE(rights.folderIdByPath(u"Next"_s), 42);
-}
 
 void TestFileBoxRights::loadDecodesWhatIsStored()
 {

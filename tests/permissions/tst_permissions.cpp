@@ -67,9 +67,6 @@ private Q_SLOTS:
     // Records and rules.
     void flagRule_data();
     void flagRule();
-    void addMember_data();
-    void addMember();
-    void removalsMarkModified();
     void poolOperations();
 
     // Against the databases.
@@ -132,47 +129,8 @@ void TestPermissions::flagRule()
 }
 
 
-void TestPermissions::addMember_data()
-{
-    QTest::addColumn<QString>("voipId");
-    QTest::addColumn<int>("voipOn");
-    QTest::newRow("with account") << u"8001"_s << 1;
-    QTest::newRow("without account") << QString() << 0;
-}
 
-void TestPermissions::addMember()
-{
-    QFETCH(QString, voipId);
-    QFETCH(int, voipOn);
 
-    AccessTokenTable table;
-    table.addMember(12, voipId, u"secret"_s);
-    QCOMPARE(flagsOf(*table.token(12)), (Flags { 1, 1, 1, 1, 1, 1, 1, voipOn }));
-    QCOMPARE(*table.voipAccount(12), (VoipAccount { voipId, u"secret"_s }));
-    QVERIFY(table.isModified());
-}
-
-void TestPermissions::removalsMarkModified()
-{
-    AccessTokenTable table;
-    table.addMember(1, u"8001"_s, u"p"_s);
-    table.setModified(false);
-
-    table.removeMemberPermissions(1);
-    QVERIFY(table.isModified());
-    QVERIFY(!table.token(1));
-    QVERIFY(table.voipAccount(1));
-
-    table.setModified(false);
-    table.removeMemberVoipAccount(1);
-    QVERIFY(table.isModified());
-    QVERIFY(!table.voipAccount(1));
-
-    // Deleting a member that had no records still means the tables must be rewritten.
-    table.setModified(false);
-    table.removeMemberPermissions(99);
-    QVERIFY(table.isModified());
-}
 
 
 
