@@ -4,26 +4,30 @@
 #include "Directory.h"
 #include "PositionListModel.h"
 
+#include <QUndoStack>
+
 using namespace Qt::StringLiterals;
 
 MembershipPositionModel::MembershipPositionModel(CVelmarManagerDoc &document, QObject *parent)
     : QAbstractTableModel(parent)
     , m_document(document)
 {
-    // The grid is built anew after any change of the tree's shape or of the
-    // list, as the view has always refilled it; label changes only repaint.
+    // The grid is built anew once per step of the journal, as the view has
+    // always refilled it after a change: a step that places a thousand
+    // members rebuilds it once, not once per membership. Nodes a step took
+    // out stay alive in the step until then. Loads reset the tree and the
+    // list outside the journal.
+    connect(document.undoStack(), &QUndoStack::indexChanged, this,
+        &MembershipPositionModel::rebuild);
     const GroupTreeModel *tree = document.directory()->regularTree();
-    for (const auto signal :
-        { &QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved })
-        connect(tree, signal, this, &MembershipPositionModel::rebuild);
-    connect(tree, &QAbstractItemModel::rowsMoved, this, &MembershipPositionModel::rebuild);
     connect(tree, &QAbstractItemModel::modelReset, this, &MembershipPositionModel::rebuild);
+    connect(document.positions(), &QAbstractItemModel::modelReset, this,
+        &MembershipPositionModel::rebuild);
+    // Member names and positions only repaint.
     connect(tree, &QAbstractItemModel::dataChanged, this, [this] {
         if (!m_rows.empty())
             Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, ColumnCount - 1));
     });
-    connect(document.positions(), &PositionListModel::positionsChanged, this,
-        &MembershipPositionModel::rebuild);
     rebuild();
 }
 

@@ -175,7 +175,6 @@ private Q_SLOTS:
     void resave_data();
     void resave();
     void resaveFailure();
-    void unsafeText();
     void unusableJournal_data();
     void unusableJournal();
     void killedSave_data();
@@ -358,23 +357,6 @@ void TestVelmarCtl::resaveFailure()
     QCOMPARE(again.out, QByteArray("nothing to recover\n"));
 }
 
-void TestVelmarCtl::unsafeText()
-{
-    // The refusal's rules are the saver's; here its exit code and the list
-    // on standard error, one line each.
-    POPULATED_SERVER(dir, db);
-    QVERIFY(db.exec(u"UPDATE [Group] SET GroupName = 'O''Brien' WHERE OGroupID = 11"_s));
-    QVERIFY(db.exec(u"UPDATE Rank SET RankName = 'it''s' WHERE ORankID = 3"_s));
-
-    const CtlRun run = velmarctl(QStringList { u"resave"_s } + dirArguments(dir));
-    QCOMPARE(run.exitCode, 4);
-    QCOMPARE(run.err,
-        u"以下内容含有数据库不能保存的字符(如单引号)，什么都没有保存。请修改后再保存:\n"
-        "类别 /Sales/O'Brien\n"
-        "等级 it's\n"_s);
-    QVERIFY(run.out.isEmpty());
-    QCOMPARE(dir.savedVersion(), u"absent"_s);
-}
 
 void TestVelmarCtl::unusableJournal_data()
 {
