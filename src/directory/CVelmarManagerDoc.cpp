@@ -70,7 +70,6 @@ void CVelmarManagerDoc::adopt(ServerDataSet data, LoadState state)
     // What was just read equals the database: nothing to save yet.
     m_permissions.setModified(false);
     m_fileBox.setModified(false);
-    m_markedModified = false;
     updateModified();
     Q_EMIT adopted();
 }
@@ -95,22 +94,9 @@ bool CVelmarManagerDoc::writeDefaultPosition(qint32 positionId)
     return !m_defaultPositionWriter || m_defaultPositionWriter(positionId);
 }
 
-bool CVelmarManagerDoc::isModified() const
-{
-    return m_modified;
-}
-
-void CVelmarManagerDoc::setModified(bool modified)
-{
-    m_markedModified = modified;
-    if (!modified)
-        m_undo->setClean();
-    updateModified();
-}
-
 void CVelmarManagerDoc::updateModified()
 {
-    const bool modified = m_markedModified || !m_undo->isClean();
+    const bool modified = !m_undo->isClean();
     if (modified == m_modified)
         return;
     m_modified = modified;
@@ -125,6 +111,5 @@ void CVelmarManagerDoc::markSaved()
     // The journal lists the changes since the last save; undo past a save
     // would leave memory and database apart without the modified marker.
     m_undo->clear();
-    m_markedModified = false;
     updateModified();
 }

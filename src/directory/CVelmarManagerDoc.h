@@ -101,9 +101,8 @@ public:
     bool writeDefaultPosition(qint32 positionId);
 
     // Modified while the undo stack is away from its clean state (the last
-    // save or load), or when marked so.
-    bool isModified() const;
-    void setModified(bool modified = true);
+    // save or load).
+    bool isModified() const { return m_modified; }
 
     // After a successful save: not modified, journal empty, created and
     // deleted lists empty.
@@ -133,6 +132,5 @@ private:
     DirectoryEditor m_editor;
     DefaultPositionWriter m_defaultPositionWriter;
     LoadState m_loadState = LoadState::NotLoaded;
-    bool m_markedModified = false;
     bool m_modified = false;
 };

@@ -357,7 +357,6 @@ void TestVelmarCtl::resaveFailure()
     QCOMPARE(again.out, QByteArray("nothing to recover\n"));
 }
 
-
 void TestVelmarCtl::unusableJournal_data()
 {
     QTest::addColumn<QByteArray>("bytes"); // empty: a good journal of another database

@@ -187,9 +187,6 @@ void TestFileBoxRights::counts()
     QCOMPARE(rights.rightsCountOfMember(7), 1);
 }
 
-
-
-
 void TestFileBoxRights::loadDecodesWhatIsStored()
 {
     VELMAR_BACKEND_DATABASE(db);

@@ -128,12 +128,6 @@ void TestPermissions::flagRule()
     QVERIFY(table.isModified());
 }
 
-
-
-
-
-
-
 void TestPermissions::poolOperations()
 {
     VoipAccountPool pool;
