@@ -427,12 +427,15 @@ void CMainFrame::startLoading()
         commandAction(CommandId::AssignPhoneNumbers)->setEnabled(true);
         showDirectoryCounts();
     });
-    connect(reader, &CReadDBThread::workerExited, this, [progress, reader](int) {
+    connect(reader, &CReadDBThread::workerExited, this, [this, progress, reader](int) {
         progress->close();
         progress->deleteLater();
         reader->deleteLater();
         QGuiApplication::restoreOverrideCursor();
+        m_loading = false;
+        Q_EMIT loadingFinished();
     });
+    m_loading = true;
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
     progress->show();
     reader->start();

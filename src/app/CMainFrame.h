@@ -99,6 +99,8 @@ public:
 
     // True once the password gate of the first paint has been passed.
     bool isStartupReady() const { return m_startupReady; }
+    // True while the loading worker runs.
+    bool isLoading() const { return m_loading; }
 
 public Q_SLOTS:
     void showAdminPasswordSettings();
@@ -111,6 +113,8 @@ Q_SIGNALS:
     void startupRefused();
     void balloonHelpChanged(bool enabled);
     void viewChanged(int viewId);
+    // The loading worker is done, whether the load completed or not.
+    void loadingFinished();
 
 protected:
     bool event(QEvent *event) override;
@@ -128,6 +132,7 @@ private:
     void assignPhoneNumbers();
 
     bool m_loadComplete = false;
+    bool m_loading = false;
     void readBalloonHelp();
     void createCommands();
     void createJournal();

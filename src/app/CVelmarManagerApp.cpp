@@ -26,13 +26,14 @@
 using namespace Qt::StringLiterals;
 
 namespace {
+// In the order of StartupOptions::startViews().
 int startViewId(const QString &name)
 {
-    if (name == u"chatlog"_s)
-        return ViewId::ChatLog;
-    if (name == u"syslog"_s)
-        return ViewId::SystemLog;
-    return ViewId::UserLog;
+    static constexpr int ids[] = { ViewId::Home, ViewId::Organize, ViewId::Position,
+        ViewId::AccessControl, ViewId::FileBox, ViewId::Notice, ViewId::ChatLog,
+        ViewId::SystemLog, ViewId::UserLog };
+    const qsizetype at = StartupOptions::startViews().indexOf(name);
+    return at < 0 ? ViewId::Home : ids[at];
 }
 
 void printLine(FILE *stream, const QString &text)
@@ -157,6 +158,12 @@ void CVelmarManagerApp::reportBrokenHives()
 
 void CVelmarManagerApp::takeScreenshot()
 {
+    if (m_frame->isLoading()) {
+        // The data views should show the loaded data.
+        connect(m_frame.get(), &CMainFrame::loadingFinished, this,
+            &CVelmarManagerApp::takeScreenshot, Qt::SingleShotConnection);
+        return;
+    }
     CMainFormView *dashboard = m_frame->dashboard();
     if (dashboard->databaseState() == CMainFormView::DatabaseState::Checking) {
         // The picture should show the database check's outcome.

@@ -105,12 +105,14 @@ QString StartupOptions::usage()
            "                       $VELMAR_REGISTRY_DIR, else /etc/velmar and ~/.config/velmar)\n"
            "  --sql-trace FILE     write every SQL statement executed to FILE\n"
            "  --screenshot FILE    after start-up, save the main window as PNG to FILE and quit\n"
-           "  --view NAME          show a log view at start: chatlog, syslog or userlog; with\n"
-           "                       --screenshot the view first searches the last week\n"
+           "  --view NAME          show a view at start: home, organize, positions,\n"
+           "                       permissions, filebox, notices, chatlog, syslog or userlog;\n"
+           "                       with --screenshot a log view first searches the last week\n"
            "  /install             register the server's services\n"_s;
 }
 
 QStringList StartupOptions::startViews()
 {
-    return { u"chatlog"_s, u"syslog"_s, u"userlog"_s };
+    return { u"home"_s, u"organize"_s, u"positions"_s, u"permissions"_s, u"filebox"_s,
+        u"notices"_s, u"chatlog"_s, u"syslog"_s, u"userlog"_s };
 }

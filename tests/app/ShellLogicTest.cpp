@@ -108,7 +108,7 @@ void ShellLogicTest::startupOptionErrors_data()
     QTest::newRow("a document to open") << QStringList({ u"members.txt"_s });
     QTest::newRow("missing server folder")
         << QStringList({ u"--server-dir"_s, u"/nonexistent/velmar"_s });
-    QTest::newRow("unknown view") << QStringList({ u"--view"_s, u"notices"_s });
+    QTest::newRow("unknown view") << QStringList({ u"--view"_s, u"board"_s });
 }
 
 void ShellLogicTest::startupOptionErrors()
@@ -123,7 +123,7 @@ void ShellLogicTest::startupOptionErrors()
 void ShellLogicTest::startupViewOption()
 {
     QTemporaryDir exe;
-    for (const QString &name : { u"chatlog"_s, u"syslog"_s, u"userlog"_s }) {
+    for (const QString &name : StartupOptions::startViews()) {
         const StartupOptions options
             = StartupOptions::parse({ u"--view"_s, name }, exe.path(), QString(), QString());
         QVERIFY2(options.error.isEmpty(), qPrintable(options.error));
