@@ -223,6 +223,21 @@ void CMainFrame::createJournal()
     QAction *toggle = m_journalDock->toggleViewAction();
     toggle->setObjectName(u"journalToggle"_s);
     toggle->setText(u"修改记录(&J)"_s);
+
+    CRegistry registry(m_context.hives, RegistryRoot::CurrentUser);
+    qint32 visible = 1;
+    if (registry.openKey(RegistryRoot::CurrentUser, ConsoleKeyPath)
+        && registry.readNumber(u"JournalVisible"_s, visible) && visible == 0)
+        m_journalDock->hide();
+}
+
+void CMainFrame::writeJournalVisibility()
+{
+    // isHidden, not isVisible: the dock counts as shown while the window is
+    // not (yet, or any more) on screen.
+    CRegistry registry(m_context.hives, RegistryRoot::CurrentUser);
+    if (registry.createKey(RegistryRoot::CurrentUser, ConsoleKeyPath))
+        registry.writeNumber(u"JournalVisible"_s, m_journalDock->isHidden() ? 0 : 1);
 }
 
 void CMainFrame::createMenus()
@@ -489,6 +504,7 @@ void CMainFrame::closeEvent(QCloseEvent *event)
         event->ignore();
         return;
     }
+    writeJournalVisibility();
     QMainWindow::closeEvent(event);
 }
 

@@ -122,6 +122,8 @@ protected:
 
 private:
     void connectServerData();
+    // The journal dock is shown at start as it was at the last close.
+    void writeJournalVisibility();
     // Reads the server data on a worker with the progress dialog shown; the
     // dashboard gets the counts once the data is in memory.
     void startLoading();

@@ -16,3 +16,8 @@ void DirectoryData::noteGroupId(qint32 id)
     if (id > groupCounter)
         groupCounter = id;
 }
+
+DirectoryContent DirectoryContent::of(const DirectoryData &data)
+{
+    return { data.regularMembers, data.guestMembers, data.regularTree, data.guestTree };
+}

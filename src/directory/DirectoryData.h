@@ -24,3 +24,15 @@ struct DirectoryData
     // Records a group id in the group counter.
     void noteGroupId(qint32 id);
 };
+
+// What the save writes of the directory, borrowed from wherever it is held:
+// the loaded data or the document's working copy.
+struct DirectoryContent
+{
+    MemberList regularMembers;
+    MemberList guestMembers;
+    const DirectoryTree &regularTree;
+    const DirectoryTree &guestTree;
+
+    static DirectoryContent of(const DirectoryData &data);
+};

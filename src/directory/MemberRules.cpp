@@ -1,6 +1,6 @@
 #include "MemberRules.h"
 
-#include "MemberListModel.h"
+#include "MemberColumns.h"
 
 #include <QLocale>
 #include <QStringDecoder>
@@ -34,15 +34,15 @@ MemberRules::MemberRules(CodePage codePage)
 int MemberRules::byteLimit(int column)
 {
     switch (column) {
-    case MemberListModel::LoginNameColumn:
-    case MemberListModel::DisplayNameColumn:
-    case MemberListModel::PasswordColumn:
-    case MemberListModel::HomePhoneColumn:
+    case MemberColumns::LoginNameColumn:
+    case MemberColumns::DisplayNameColumn:
+    case MemberColumns::PasswordColumn:
+    case MemberColumns::HomePhoneColumn:
         return 20;
-    case MemberListModel::EmailColumn:
-    case MemberListModel::AddressColumn:
+    case MemberColumns::EmailColumn:
+    case MemberColumns::AddressColumn:
         return 100;
-    case MemberListModel::MobileColumn:
+    case MemberColumns::MobileColumn:
         return 13;
     default:
         // The nickname, office phone and self-introduction are not limited
@@ -53,9 +53,9 @@ int MemberRules::byteLimit(int column)
 
 bool MemberRules::isEditable(int column, bool blankRow)
 {
-    if (column < 0 || column >= MemberListModel::ColumnCount)
+    if (column < 0 || column >= MemberColumns::ColumnCount)
         return false;
-    return column != MemberListModel::LoginNameColumn || blankRow;
+    return column != MemberColumns::LoginNameColumn || blankRow;
 }
 
 std::optional<MemberRefusal> MemberRules::checkCell(int column, QStringView text) const
@@ -72,22 +72,22 @@ std::optional<MemberRefusal> MemberRules::checkNewUserId(
 {
     // The column's limit applies to every edit that ends in it, the blank
     // row's user ID included; the user ID tests follow.
-    if (auto tooLong = checkCell(MemberListModel::LoginNameColumn, userId))
+    if (auto tooLong = checkCell(MemberColumns::LoginNameColumn, userId))
         return tooLong;
     if (userId.contains(u' ')) {
         // The message speaks of three letters at least; a space is all that
         // is tested, and the refusal is a tip rather than an error.
         return MemberRefusal { MemberRefusal::Reason::SpaceInUserId,
-            u"用户ID可以用字母数字或符号，但不少于3个字母."_s, MemberListModel::LoginNameColumn,
+            u"用户ID可以用字母数字或符号，但不少于3个字母."_s, MemberColumns::LoginNameColumn,
             u"Tip!"_s, MessageService::Icon::Question };
     }
     if (!passesCharacterRule(userId)) {
         return refusal(MemberRefusal::Reason::UserIdCharacters,
-            u"数字, 英文, '_' 除了以上特殊字符不能输入."_s, MemberListModel::LoginNameColumn);
+            u"数字, 英文, '_' 除了以上特殊字符不能输入."_s, MemberColumns::LoginNameColumn);
     }
     if (exists && exists(userId)) {
         return refusal(MemberRefusal::Reason::UserIdExists, u"用户已存在."_s,
-            MemberListModel::LoginNameColumn);
+            MemberColumns::LoginNameColumn);
     }
     return std::nullopt;
 }
@@ -104,7 +104,7 @@ std::optional<MemberRefusal> MemberRules::checkNewUserId(
     }
     if (!readable) {
         return refusal(MemberRefusal::Reason::UserIdCharacters,
-            u"数字, 英文, '_' 除了以上特殊字符不能输入."_s, MemberListModel::LoginNameColumn);
+            u"数字, 英文, '_' 除了以上特殊字符不能输入."_s, MemberColumns::LoginNameColumn);
     }
     return checkNewUserId(text, exists);
 }
@@ -137,7 +137,7 @@ std::optional<MemberRefusal> MemberRules::checkPasswordOnLeave(QStringView passw
     if (!password.isEmpty())
         return std::nullopt;
     return refusal(
-        MemberRefusal::Reason::EmptyPassword, u"用户密码错误."_s, MemberListModel::PasswordColumn);
+        MemberRefusal::Reason::EmptyPassword, u"用户密码错误."_s, MemberColumns::PasswordColumn);
 }
 
 UserInfo MemberRules::newMember(const QString &userId)

@@ -5,6 +5,7 @@
 #include "Recordset.h"
 #include "SqlTemplate.h"
 
+#include <QSet>
 #include <algorithm>
 #include <limits>
 
@@ -53,11 +54,20 @@ int PositionList::indexOfName(const QString &name) const
 
 QString PositionList::newPositionName() const
 {
+    // One pass over the list: searching it once per candidate made adding a
+    // position quadratic in the number of positions.
     const QString base = u"新等级"_s;
-    QString name = base;
-    for (int n = 1; indexOfName(name) >= 0; ++n)
-        name = base + u" ("_s + QString::number(n) + u')';
-    return name;
+    QSet<QStringView> taken;
+    taken.reserve(positions.size());
+    for (const Position &position : positions)
+        taken.insert(position.name);
+    if (!taken.contains(base))
+        return base;
+    for (int n = 1;; ++n) {
+        const QString name = base + u" ("_s + QString::number(n) + u')';
+        if (!taken.contains(name))
+            return name;
+    }
 }
 
 qint32 PositionList::newPositionId() const

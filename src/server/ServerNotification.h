@@ -22,6 +22,12 @@ constexpr int DatagramSize = 32;
 // Big-endian: 0x00000001, 14 zero bytes, the code, 0x00000001, eight 0xCC.
 QByteArray datagram(quint16 code);
 
+// The port a notification for port really goes to: port itself, unless
+// VELMAR_NOTIFY_PORTS ("55051=40001,55052=40002") sends it elsewhere, as the
+// tests do (they cannot all own the fixed ports at once) and as a second
+// server on one machine would.
+quint16 destinationPort(quint16 port);
+
 } // namespace ServerNotification
 
 // Sends the datagram with code to 127.0.0.1:port from any local port. Returns

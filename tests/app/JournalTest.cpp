@@ -165,6 +165,17 @@ void JournalTest::menusAndPanelBeforeEditing()
     QVERIFY(!toggle->isChecked());
     toggle->trigger();
     QVERIFY(dock->isVisible());
+
+    // Hidden at the close, hidden at the next start; and shown again likewise.
+    for (const bool shown : { false, true }) {
+        if (frame().journalDock()->isHidden() == shown)
+            frame().findChild<QAction *>(u"journalToggle"_s)->trigger();
+        QVERIFY(frame().close());
+        MainFrameContext context = m_f->context();
+        context.loadServerData = false;
+        m_f->frame = std::make_unique<CMainFrame>(context);
+        QCOMPARE(frame().journalDock()->isHidden(), !shown);
+    }
 }
 
 void JournalTest::undoRedoFollowTheStack()

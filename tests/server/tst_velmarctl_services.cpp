@@ -19,7 +19,8 @@ CtlRun velmarctl(const QStringList &arguments,
 
 // velmarctl services and notify as an administrator runs them. The runs with
 // a real service manager are in tst_services_systemd; here the manager cannot
-// be reached, and the notification goes to the fixed port 55052 (SERIAL).
+// be reached, and the notification for 55052 goes to a listener of the
+// system's choosing through VELMAR_NOTIFY_PORTS.
 class TestVelmarCtlServices : public QObject
 {
     Q_OBJECT
@@ -51,8 +52,10 @@ void TestVelmarCtlServices::notify()
     QFETCH(quint16, code);
     QFETCH(QString, printed);
     QUdpSocket listener;
-    QVERIFY(listener.bind(QHostAddress(QHostAddress::LocalHost), ServerNotification::ServerPort));
+    QVERIFY(listener.bind(QHostAddress(QHostAddress::LocalHost), 0));
+    qputenv("VELMAR_NOTIFY_PORTS", "55052=" + QByteArray::number(listener.localPort()));
     const CtlRun run = velmarctl(QStringList { u"notify"_s, u"55052"_s } + extra);
+    qunsetenv("VELMAR_NOTIFY_PORTS");
     QCOMPARE(run.exitCode, 0);
     QCOMPARE(run.outText(), printed);
     QVERIFY(listener.hasPendingDatagrams());

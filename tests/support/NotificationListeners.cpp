@@ -19,29 +19,37 @@ NotificationListeners::NotificationListeners(QList<quint16> ports, quint16 code)
     , m_code(code)
 { }
 
-NotificationListeners::~NotificationListeners() = default;
+NotificationListeners::~NotificationListeners()
+{
+    if (!m_sockets.empty())
+        qunsetenv("VELMAR_NOTIFY_PORTS");
+}
 
 bool NotificationListeners::bind(QString *error)
 {
+    QStringList map;
     for (const quint16 port : std::as_const(m_ports)) {
         auto socket = std::make_unique<QUdpSocket>();
-        if (!socket->bind(QHostAddress(QHostAddress::LocalHost), port)) {
+        if (!socket->bind(QHostAddress(QHostAddress::LocalHost), 0)) {
             *error = u"port %1: %2"_s.arg(port).arg(socket->errorString());
             return false;
         }
+        map << u"%1=%2"_s.arg(port).arg(socket->localPort());
         m_sockets.push_back(std::move(socket));
     }
+    qputenv("VELMAR_NOTIFY_PORTS", map.join(u',').toUtf8());
     return true;
 }
 
 QStringList NotificationListeners::drain()
 {
     QStringList ports;
-    for (const auto &socket : m_sockets) {
-        while (socket->hasPendingDatagrams()) {
-            const QNetworkDatagram datagram = socket->receiveDatagram();
+    for (size_t i = 0; i < m_sockets.size(); ++i) {
+        QUdpSocket &socket = *m_sockets[i];
+        while (socket.hasPendingDatagrams()) {
+            const QNetworkDatagram datagram = socket.receiveDatagram();
             ports << (datagram.data() == ServerNotification::datagram(m_code)
-                    ? QString::number(socket->localPort())
+                    ? QString::number(m_ports.at(qsizetype(i)))
                     : u"bad datagram"_s);
         }
     }

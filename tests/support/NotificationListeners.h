@@ -7,9 +7,11 @@
 
 class QUdpSocket;
 
-// Listens on 127.0.0.1 at the two ports a save notifies (55051 for the
-// distribution server, 55052 for the server daemon). The ports are fixed, so
-// the tests that use this run alone (SERIAL).
+// Listens on 127.0.0.1 for the two ports a save notifies (55051 for the
+// distribution server, 55052 for the server daemon): each on a port the
+// system picks, with VELMAR_NOTIFY_PORTS sending the designed port's
+// datagrams there (inherited by the processes the test starts), so that
+// tests run side by side. One set of listeners at a time per process.
 class NotificationListeners
 {
 public:
@@ -21,7 +23,7 @@ public:
 
     bool bind(QString *error);
 
-    // The ports that received a datagram since the last call, in port order;
+    // The designed ports that received a datagram since the last call, in port order;
     // "bad datagram" stands for anything but the database-change notification.
     // A datagram to 127.0.0.1 is in the receiver's queue once its send
     // returned, so nothing is waited for.

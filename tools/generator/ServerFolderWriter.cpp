@@ -10,34 +10,33 @@
 
 using namespace Qt::StringLiterals;
 
-ServerFolderWriter::ServerFolderWriter(QString serverDir, QString registryDir)
-    : m_serverDir(std::move(serverDir))
-    , m_registryDir(std::move(registryDir))
+ServerFolderWriter::ServerFolderWriter(const QString &serverDir, const QString &registryDir)
+    : m_folder(serverDir, registryDir)
 { }
 
 QString ServerFolderWriter::databasePath() const
 {
-    return QDir(m_serverDir).filePath(u"VelmarDB.mdb"_s);
+    return m_folder.accessDatabasePath();
 }
 
 QString ServerFolderWriter::logRoot() const
 {
-    return QDir(m_serverDir).filePath(u"LogFiles"_s);
+    return m_folder.filePath(u"LogFiles"_s);
 }
 
 QString ServerFolderWriter::uploadRoot() const
 {
-    return QDir(m_serverDir).filePath(u"VelmarFile2Upload"_s);
+    return m_folder.filePath(u"VelmarFile2Upload"_s);
 }
 
 QString ServerFolderWriter::fileBoxRoot() const
 {
-    return QDir(m_serverDir).filePath(u"VelmarBox"_s);
+    return m_folder.filePath(u"VelmarBox"_s);
 }
 
 bool ServerFolderWriter::writeProfile(const GeneratedData &data, QString *error) const
 {
-    const QString path = QDir(m_serverDir).filePath(u"Serverinfo.ini"_s);
+    const QString path = m_folder.profilePath();
     QFile::remove(path);
     // Written through the console's own profile code, so the file has the
     // code page and line endings of one the server installation leaves.
@@ -75,12 +74,13 @@ bool ServerFolderWriter::writeProfile(const GeneratedData &data, QString *error)
 
 bool ServerFolderWriter::writeRegistry(QString *error) const
 {
-    if (!QDir().mkpath(m_registryDir)) {
-        *error = u"cannot create %1"_s.arg(m_registryDir);
+    const QString registryDir = m_folder.registryDirectory();
+    if (!QDir().mkpath(registryDir)) {
+        *error = u"cannot create %1"_s.arg(registryDir);
         return false;
     }
-    RegistryHives hives(m_registryDir);
-    CRegistry reg(hives, RegistryRoot::LocalMachine);
+    const std::unique_ptr<RegistryHives> hives = m_folder.openHives();
+    CRegistry reg(*hives, RegistryRoot::LocalMachine);
     bool ok = true;
     auto key
         = [&](RegistryRoot root, const QString &path) { ok = reg.createKey(root, path) && ok; };
@@ -90,16 +90,12 @@ bool ServerFolderWriter::writeRegistry(QString *error) const
     auto number
         = [&](const QString &name, qint32 value) { ok = reg.writeNumber(name, value) && ok; };
 
-    const QString dbPath = QDir::cleanPath(QDir(m_serverDir).absoluteFilePath(u"VelmarDB.mdb"_s));
     key(RegistryRoot::LocalMachine, u"SOFTWARE\\Velmar\\Services\\Database"_s);
-    text(u"ConnectionString"_s,
-        u"DRIVER={Microsoft Access Driver (*.mdb)};DBQ=%1;DefaultDir=;UID=admin;PWD=;"_s.arg(
-            dbPath));
+    text(u"ConnectionString"_s, m_folder.accessConnectionString());
     text(u"SetDBType"_s, u"MDB"_s);
 
     key(RegistryRoot::LocalMachine, u"SOFTWARE\\Velmar\\Services\\SessionFolder"_s);
-    text(u"UploadPath"_s,
-        QDir::cleanPath(QDir(m_serverDir).absoluteFilePath(u"VelmarFile2Upload"_s)));
+    text(u"UploadPath"_s, uploadRoot());
     number(u"KeepingDuration"_s, 7);
 
     key(RegistryRoot::LocalMachine, u"SOFTWARE\\Velmar\\Services\\SessionDInfo"_s);
@@ -110,13 +106,13 @@ bool ServerFolderWriter::writeRegistry(QString *error) const
     number(u"SessionD_0_Enable"_s, 1);
 
     key(RegistryRoot::LocalMachine, u"SOFTWARE\\Velmar\\LogManager"_s);
-    text(u"LogPath"_s, QDir::cleanPath(QDir(m_serverDir).absoluteFilePath(u"LogFiles"_s)));
+    text(u"LogPath"_s, logRoot());
     number(u"DeleteLogAfterDuration"_s, 1);
     number(u"KeepingDuration"_s, 30);
     number(u"LogEnable"_s, 0);
 
     key(RegistryRoot::LocalMachine, u"SOFTWARE\\Velmar\\VelmarBoxServer"_s);
-    text(u"Home Directory"_s, QDir::cleanPath(QDir(m_serverDir).absoluteFilePath(u"VelmarBox"_s)));
+    text(u"Home Directory"_s, fileBoxRoot());
     text(u"Custom PASV IP"_s, u"127.0.0.1"_s);
     number(u"Custom PASV min port"_s, 55100);
     number(u"Custom PASV max port"_s, 55109);
@@ -126,7 +122,7 @@ bool ServerFolderWriter::writeRegistry(QString *error) const
     reg.close();
 
     if (!ok)
-        *error = u"cannot write the registry hives in %1 (status %2)"_s.arg(m_registryDir)
+        *error = u"cannot write the registry hives in %1 (status %2)"_s.arg(registryDir)
                      .arg(reg.lastResult());
     return ok;
 }

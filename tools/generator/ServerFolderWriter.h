@@ -1,16 +1,18 @@
 #pragma once
 
 #include "GeneratedData.h"
+#include "ServerFolder.h"
 
 #include <QString>
 
 // Everything of a server folder besides the database: "Serverinfo.ini", the
 // registry hives the server installation leaves, the uploaded files of
-// notices and the file-box folders.
+// notices and the file-box folders. Paths come from ServerFolder, as the
+// console and velmarctl derive them.
 class ServerFolderWriter
 {
 public:
-    ServerFolderWriter(QString serverDir, QString registryDir);
+    ServerFolderWriter(const QString &serverDir, const QString &registryDir);
 
     bool writeProfile(const GeneratedData &data, QString *error) const;
     bool writeRegistry(QString *error) const;
@@ -23,6 +25,5 @@ public:
     QString fileBoxRoot() const;
 
 private:
-    QString m_serverDir;
-    QString m_registryDir;
+    ServerFolder m_folder;
 };

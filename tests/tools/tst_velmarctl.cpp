@@ -1,6 +1,7 @@
 #include "CRegistry.h"
 #include "CtlProcess.h"
 #include "DirectoryFixture.h"
+#include "NotificationListeners.h"
 #include "ProfileFile.h"
 #include "SaveJournal.h"
 #include "ServerDataFixture.h"
@@ -12,13 +13,10 @@
 #include <csignal>
 #include <QDeadlineTimer>
 #include <QFile>
-#include <QHostAddress>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QNetworkDatagram>
 #include <QProcess>
 #include <QTest>
-#include <QUdpSocket>
 
 using namespace Qt::StringLiterals;
 
@@ -285,8 +283,9 @@ void TestVelmarCtl::resave()
     ProfileFile(dir.iniPath()).writeString(u"GroupInfo"_s, u"Version"_s, u"0041"_s);
     const QString tracePath = dir.root() + u"/trace.sql"_s;
     const QStringList before = dumpDataSet(readBack(dir));
-    QUdpSocket listener; // SERIAL: the fixed port of the server daemon
-    QVERIFY(listener.bind(QHostAddress(QHostAddress::LocalHost), 55052));
+    NotificationListeners listener({ ServerNotification::ServerPort }, ServerNotification::DatabaseChanged);
+    QString bindError;
+    QVERIFY2(listener.bind(&bindError), qPrintable(bindError));
 
     const CtlRun run
         = velmarctl(QStringList { u"resave"_s, u"--sql-trace"_s, tracePath } + dirArguments(dir));
@@ -296,8 +295,7 @@ void TestVelmarCtl::resave()
     expected.insert(u"version"_s, 42);
     QCOMPARE(QJsonDocument::fromJson(run.out).object(), expected);
     QCOMPARE(dir.savedVersion(), u"0042"_s);
-    QVERIFY(listener.hasPendingDatagrams() || listener.waitForReadyRead(5000));
-    QCOMPARE(listener.receiveDatagram().data(), ServerNotification::datagram(0x0DAC));
+    QCOMPARE(listener.drain(), QStringList { u"55052"_s });
 
     // The load and then the save on the one trace (the save's statements
     // themselves are the saver's tests); saved unchanged, it reads back as before.
@@ -317,8 +315,9 @@ void TestVelmarCtl::resaveFailure()
     QString error;
     QVERIFY2(createPoisonTrigger(db, u"INSERT"_s, u"Member"_s, u"IsGuestMember = 1"_s, &error),
         qPrintable(error));
-    QUdpSocket listener;
-    QVERIFY(listener.bind(QHostAddress(QHostAddress::LocalHost), 55052));
+    NotificationListeners listener({ ServerNotification::ServerPort }, ServerNotification::DatabaseChanged);
+    QString bindError;
+    QVERIFY2(listener.bind(&bindError), qPrintable(bindError));
 
     const CtlRun run = velmarctl(QStringList { u"resave"_s } + dirArguments(dir));
     QCOMPARE(run.exitCode, 4);
@@ -326,7 +325,7 @@ void TestVelmarCtl::resaveFailure()
     QVERIFY2(run.err.contains(u"数据库发生错误."_s), qPrintable(run.err));
     QVERIFY2(run.err.contains(u"velmarctl: the save failed: (80004005)"_s), qPrintable(run.err));
     QCOMPARE(dir.savedVersion(), u"absent"_s);
-    QVERIFY(!listener.hasPendingDatagrams());
+    QVERIFY(listener.drain().isEmpty());
 
     // The guest members are gone from the database now; nothing reads it
     // until the save is finished.
@@ -350,7 +349,7 @@ void TestVelmarCtl::resaveFailure()
         QJsonDocument::fromJson(recovered.out).object().value(u"recovered"_s), QJsonValue(true));
     QCOMPARE(dumpDataSet(readBack(dir)), before);
     QCOMPARE(dir.savedVersion(), u"0001"_s);
-    QVERIFY(listener.hasPendingDatagrams() || listener.waitForReadyRead(5000));
+    QCOMPARE(listener.drain(), QStringList { u"55052"_s });
     QVERIFY(!QFile::exists(SaveJournal::pathFor(dir.iniPath())));
     const CtlRun again = velmarctl(QStringList { u"recover"_s } + dirArguments(dir));
     QCOMPARE(again.exitCode, 0);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "EditRefusal.h"
+#include "MemberColumns.h"
 #include "UserInfo.h"
 
 #include <optional>
@@ -16,31 +17,11 @@ class MemberRows;
 // (setData on the blank row's user ID creates a member, on a member's cell
 // edits it; removeRows deletes members), and a refused edit leaves its
 // refusal for the grid to show.
-class MemberListModel : public QAbstractTableModel
+class MemberListModel : public QAbstractTableModel, public MemberColumns
 {
     Q_OBJECT
 
 public:
-    // The grid's columns, in screen order.
-    enum Column {
-        LoginNameColumn, // 用户ID
-        DisplayNameColumn, // 姓名
-        NicknameColumn, // 呢称 (unescaped)
-        PasswordColumn, // 密码
-        GenderColumn, // 性别: 男生 / 女生
-        AdminColumn, // 权限: 是 / 否
-        EmailColumn, // 邮箱
-        MobileColumn, // 手机
-        OfficePhoneColumn, // 办公电话
-        AddressColumn, // 地址
-        HomePhoneColumn, // 电话号码
-        BirthdayColumn, // 出生年月 (the stored text)
-        DescriptionColumn, // 自我介绍
-        SolarColumn, // 是否阳历: 阳历 / 阴历
-        PublicColumn, // 公开信息: 公开 / 保密
-        ColumnCount
-    };
-
     enum Role {
         MemberIdRole = Qt::UserRole + 1, // qint32 OMemberID of the row
         UserInfoRole, // the whole record (QVariant of UserInfo)

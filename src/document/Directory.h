@@ -1,7 +1,6 @@
 #pragma once
 
 #include "DirectoryData.h"
-#include "DirectoryWriter.h"
 #include "GroupTreeModel.h"
 #include "MemberListModel.h"
 #include "MemberRows.h"

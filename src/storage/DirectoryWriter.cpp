@@ -11,11 +11,6 @@
 
 using namespace Qt::StringLiterals;
 
-DirectoryContent DirectoryContent::of(const DirectoryData &data)
-{
-    return { data.regularMembers, data.guestMembers, data.regularTree, data.guestTree };
-}
-
 namespace {
 
 // Walks the containers of a tree parents first. The stored Position of a

@@ -1,23 +1,10 @@
 #pragma once
 
-#include "DirectoryTree.h"
-#include "UserInfo.h"
+#include "DirectoryData.h"
 
 #include <QList>
 
 class DbConnection;
-struct DirectoryData;
-
-// What the save writes of the directory, borrowed from wherever it is held.
-struct DirectoryContent
-{
-    MemberList regularMembers;
-    MemberList guestMembers;
-    const DirectoryTree &regularTree;
-    const DirectoryTree &guestTree;
-
-    static DirectoryContent of(const DirectoryData &data);
-};
 
 // The directory part of the save: rows of deleted members, then both group
 // partitions, both member partitions, both relation partitions and the member
