@@ -6,12 +6,12 @@
 // console makes them.
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
+#include "DocumentUndoStack.h"
 #include "ServerDataSet.h"
 
 #include <cstdio>
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QUndoStack>
 
 using namespace Qt::StringLiterals;
 

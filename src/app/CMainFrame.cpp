@@ -13,7 +13,9 @@
 #include "CRegistry.h"
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
+#include "DocumentUndoStack.h"
 #include "GroupTreeModel.h"
+#include "JournalView.h"
 #include "MemberListModel.h"
 #include "OutlookBar.h"
 #include "PermissionEditor.h"
@@ -37,8 +39,6 @@
 #include <QStatusBar>
 #include <QStyle>
 #include <QToolBar>
-#include <QUndoStack>
-#include <QUndoView>
 #include <QUrl>
 
 using namespace Qt::StringLiterals;
@@ -65,6 +65,24 @@ const QList<ViewPlaceholder> &viewPlaceholders()
         { ViewId::FileBox, u"BOX编辑"_s, u"文件夹权限"_s, QStyle::SP_DriveNetIcon },
     };
     return list;
+}
+// An undo or redo action: "撤销" alone while there is nothing to undo, else
+// followed by the step's text; enabled while there is.
+QAction *journalAction(QObject *parent, DocumentUndoStack *stack, const QString &prefix,
+    bool (DocumentUndoStack::*can)() const, QString (DocumentUndoStack::*text)() const,
+    void (DocumentUndoStack::*canChanged)(bool),
+    void (DocumentUndoStack::*textChanged)(const QString &), void (DocumentUndoStack::*run)())
+{
+    auto *action = new QAction(parent);
+    const auto label = [action, prefix](const QString &step) {
+        action->setText(step.isEmpty() ? prefix : prefix + u' ' + step);
+    };
+    action->setEnabled((stack->*can)());
+    label((stack->*text)());
+    QObject::connect(stack, canChanged, action, &QAction::setEnabled);
+    QObject::connect(stack, textChanged, action, label);
+    QObject::connect(action, &QAction::triggered, stack, run);
+    return action;
 }
 } // namespace
 
@@ -197,19 +215,23 @@ void CMainFrame::createCommands()
 
 void CMainFrame::createJournal()
 {
-    QUndoStack *stack = m_document->undoStack();
+    DocumentUndoStack *stack = m_document->undoStack();
     // Labelled with the step they undo or redo ("撤销 添加用户 alice").
-    m_undoAction = stack->createUndoAction(this, u"撤销"_s);
+    m_undoAction = journalAction(this, stack, u"撤销"_s, &DocumentUndoStack::canUndo,
+        &DocumentUndoStack::undoText, &DocumentUndoStack::canUndoChanged,
+        &DocumentUndoStack::undoTextChanged, &DocumentUndoStack::undo);
     m_undoAction->setObjectName(u"undoAction"_s);
     m_undoAction->setShortcut(QKeySequence(u"Ctrl+Z"_s));
-    m_redoAction = stack->createRedoAction(this, u"重做"_s);
+    m_redoAction = journalAction(this, stack, u"重做"_s, &DocumentUndoStack::canRedo,
+        &DocumentUndoStack::redoText, &DocumentUndoStack::canRedoChanged,
+        &DocumentUndoStack::redoTextChanged, &DocumentUndoStack::redo);
     m_redoAction->setObjectName(u"redoAction"_s);
     m_redoAction->setShortcut(QKeySequence(u"Ctrl+Y"_s));
 
     m_journalDock = new QDockWidget(u"修改记录"_s, this);
     m_journalDock->setObjectName(u"journalDock"_s);
     m_journalDock->setAllowedAreas(Qt::BottomDockWidgetArea | Qt::RightDockWidgetArea);
-    m_journalView = new QUndoView(stack, m_journalDock);
+    m_journalView = new JournalView(stack, m_journalDock);
     m_journalView->setObjectName(u"journalView"_s);
     // Loads and saves empty the stack, so its first entry is always the
     // state the database holds.
@@ -229,12 +251,16 @@ void CMainFrame::createJournal()
     if (registry.openKey(RegistryRoot::CurrentUser, ConsoleKeyPath)
         && registry.readNumber(u"JournalVisible"_s, visible) && visible == 0)
         m_journalDock->hide();
+    m_journalHiddenAtStart = m_journalDock->isHidden();
 }
 
 void CMainFrame::writeJournalVisibility()
 {
     // isHidden, not isVisible: the dock counts as shown while the window is
-    // not (yet, or any more) on screen.
+    // not (yet, or any more) on screen. A console the administrator was not
+    // let into writes nothing, and an unchanged choice need not be written.
+    if (!m_startupReady || m_journalDock->isHidden() == m_journalHiddenAtStart)
+        return;
     CRegistry registry(m_context.hives, RegistryRoot::CurrentUser);
     if (registry.createKey(RegistryRoot::CurrentUser, ConsoleKeyPath))
         registry.writeNumber(u"JournalVisible"_s, m_journalDock->isHidden() ? 0 : 1);

@@ -18,7 +18,7 @@ class QDockWidget;
 class QSplitter;
 class QStackedWidget;
 class QToolBar;
-class QUndoView;
+class JournalView;
 class ServiceCommands;
 
 // The main window: the command table as menus and tool bar, the outlook bar
@@ -161,7 +161,8 @@ private:
     QAction *m_undoAction = nullptr;
     QAction *m_redoAction = nullptr;
     QDockWidget *m_journalDock = nullptr;
-    QUndoView *m_journalView = nullptr;
+    JournalView *m_journalView = nullptr;
+    bool m_journalHiddenAtStart = false;
     QToolBar *m_toolBar = nullptr;
     OutlookBar *m_outlookBar = nullptr;
     QSplitter *m_splitter = nullptr;

@@ -1,12 +1,10 @@
 #include "CVelmarManagerDoc.h"
 
 #include "Directory.h"
-#include "DocumentCommand.h"
+#include "DocumentUndoStack.h"
 #include "NoticeListModel.h"
 #include "PositionListModel.h"
 #include "ServerDataSet.h"
-
-#include <QUndoStack>
 
 using namespace Qt::StringLiterals;
 
@@ -25,7 +23,7 @@ CVelmarManagerDoc::CVelmarManagerDoc(QObject *parent)
     , m_directory(new Directory(this))
     , m_positions(new PositionListModel(this))
     , m_notices(new NoticeListModel(this))
-    , m_undo(new QUndoStack(this))
+    , m_undo(new DocumentUndoStack(this))
     , m_editor(*this, MemberRules(CodePage::system()))
 {
     setObjectName(u"document"_s);
@@ -35,7 +33,7 @@ CVelmarManagerDoc::CVelmarManagerDoc(QObject *parent)
     m_directory->regularTree()->setEditor(&m_editor);
     m_directory->guestTree()->setEditor(&m_editor);
     m_positions->setEditor(&m_editor);
-    connect(m_undo, &QUndoStack::cleanChanged, this, &CVelmarManagerDoc::updateModified);
+    connect(m_undo, &DocumentUndoStack::cleanChanged, this, &CVelmarManagerDoc::updateModified);
 }
 
 CVelmarManagerDoc::~CVelmarManagerDoc()
@@ -86,7 +84,7 @@ QStringList CVelmarManagerDoc::journal() const
 void CVelmarManagerDoc::push(
     const QString &text, std::function<void()> redo, std::function<void()> undo)
 {
-    m_undo->push(new DocumentCommand(text, std::move(redo), std::move(undo)));
+    m_undo->push(text, std::move(redo), std::move(undo));
 }
 
 bool CVelmarManagerDoc::writeDefaultPosition(qint32 positionId)

@@ -15,7 +15,7 @@
 class Directory;
 class NoticeListModel;
 class PositionListModel;
-class QUndoStack;
+class DocumentUndoStack;
 struct ServerDataSet;
 
 // The one document of the console: the working copy of everything it edits,
@@ -85,7 +85,7 @@ public:
 
     // The undo stack; its commands, oldest first, are the journal of the
     // changes since the last save (or load).
-    QUndoStack *undoStack() const { return m_undo; }
+    DocumentUndoStack *undoStack() const { return m_undo; }
     QStringList journal() const;
     // Runs redo now and keeps the pair on the undo stack as one step.
     void push(const QString &text, std::function<void()> redo, std::function<void()> undo);
@@ -125,7 +125,7 @@ private:
     Directory *m_directory;
     PositionListModel *m_positions;
     NoticeListModel *m_notices;
-    QUndoStack *m_undo;
+    DocumentUndoStack *m_undo;
     AccessTokenTable m_permissions;
     VoipAccountPool m_voipPool;
     FileBoxRights m_fileBox;

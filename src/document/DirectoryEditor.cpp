@@ -2,12 +2,12 @@
 
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
+#include "DocumentUndoStack.h"
 #include "MemberDragFormat.h"
 #include "PositionListModel.h"
 
 #include <algorithm>
 #include <memory>
-#include <QUndoStack>
 
 using namespace Qt::StringLiterals;
 
@@ -369,7 +369,7 @@ EditResult DirectoryEditor::deleteChildren(
         return deleteNode(guest, container->child(row));
     // One step of the journal, however many nodes; bottom-up, so that the
     // rows above stay where they are.
-    QUndoStack *undo = m_document.m_undo;
+    DocumentUndoStack *undo = m_document.m_undo;
     undo->beginMacro(u"删除 %1 个节点"_s.arg(count));
     for (int i = row + count - 1; i >= row; --i)
         deleteNode(guest, container->child(i));

@@ -1,8 +1,7 @@
 #include "FolderListModel.h"
 
 #include "CVelmarManagerDoc.h"
-
-#include <QUndoStack>
+#include "DocumentUndoStack.h"
 
 using namespace Qt::StringLiterals;
 
@@ -11,7 +10,8 @@ FolderListModel::FolderListModel(CVelmarManagerDoc &document, QObject *parent)
     , m_document(document)
     , m_folderIds(currentIds())
 {
-    connect(document.undoStack(), &QUndoStack::indexChanged, this, &FolderListModel::refresh);
+    connect(
+        document.undoStack(), &DocumentUndoStack::indexChanged, this, &FolderListModel::refresh);
     connect(&document, &CVelmarManagerDoc::adopted, this, &FolderListModel::refresh);
 }
 

@@ -3,9 +3,8 @@
 #include "AuthorityCode.h"
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
+#include "DocumentUndoStack.h"
 #include "FileBoxEditor.h"
-
-#include <QUndoStack>
 
 using namespace Qt::StringLiterals;
 
@@ -13,7 +12,8 @@ FolderRightsModel::FolderRightsModel(CVelmarManagerDoc &document, QObject *paren
     : QAbstractTableModel(parent)
     , m_document(document)
 {
-    connect(document.undoStack(), &QUndoStack::indexChanged, this, &FolderRightsModel::refresh);
+    connect(
+        document.undoStack(), &DocumentUndoStack::indexChanged, this, &FolderRightsModel::refresh);
     connect(&document, &CVelmarManagerDoc::adopted, this, [this] { setFolder(-1); });
 }
 

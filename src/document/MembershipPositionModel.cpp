@@ -2,9 +2,8 @@
 
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
+#include "DocumentUndoStack.h"
 #include "PositionListModel.h"
-
-#include <QUndoStack>
 
 using namespace Qt::StringLiterals;
 
@@ -17,8 +16,8 @@ MembershipPositionModel::MembershipPositionModel(CVelmarManagerDoc &document, QO
     // members rebuilds it once, not once per membership. Nodes a step took
     // out stay alive in the step until then. Loads reset the tree and the
     // list outside the journal.
-    connect(
-        document.undoStack(), &QUndoStack::indexChanged, this, &MembershipPositionModel::rebuild);
+    connect(document.undoStack(), &DocumentUndoStack::indexChanged, this,
+        &MembershipPositionModel::rebuild);
     const GroupTreeModel *tree = document.directory()->regularTree();
     connect(tree, &QAbstractItemModel::modelReset, this, &MembershipPositionModel::rebuild);
     connect(document.positions(), &QAbstractItemModel::modelReset, this,

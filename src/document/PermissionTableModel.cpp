@@ -2,9 +2,8 @@
 
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
+#include "DocumentUndoStack.h"
 #include "PermissionEditor.h"
-
-#include <QUndoStack>
 
 using namespace Qt::StringLiterals;
 
@@ -26,7 +25,7 @@ PermissionTableModel::PermissionTableModel(CVelmarManagerDoc &document, QObject 
 {
     // Every change of the permissions is a step of the stack: pushed, undone
     // or redone, the rows shown may read differently.
-    connect(document.undoStack(), &QUndoStack::indexChanged, this,
+    connect(document.undoStack(), &DocumentUndoStack::indexChanged, this,
         &PermissionTableModel::repaintMembers);
     connect(&document, &CVelmarManagerDoc::adopted, this, &PermissionTableModel::documentAdopted);
 }

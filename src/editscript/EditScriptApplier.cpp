@@ -2,6 +2,7 @@
 
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
+#include "DocumentUndoStack.h"
 #include "FileBoxEditor.h"
 #include "MemberListModel.h"
 #include "MemberRules.h"
@@ -11,7 +12,6 @@
 #include "PositionListModel.h"
 
 #include <algorithm>
-#include <QUndoStack>
 
 using namespace Qt::StringLiterals;
 
@@ -31,24 +31,17 @@ QString refusalText(const EditResult &result, const QString &otherwise)
 class JournalStep final
 {
 public:
-    JournalStep(QUndoStack *stack, const QString &text)
+    JournalStep(DocumentUndoStack *stack, const QString &text)
         : m_stack(stack)
-        , m_before(stack->index())
     {
         m_stack->beginMacro(text);
     }
-    ~JournalStep()
-    {
-        m_stack->endMacro();
-        if (m_stack->index() > m_before && m_stack->command(m_before)->childCount() == 0)
-            m_stack->undo();
-    }
+    ~JournalStep() { m_stack->endMacro(); }
     JournalStep(const JournalStep &) = delete;
     JournalStep &operator=(const JournalStep &) = delete;
 
 private:
-    QUndoStack *m_stack;
-    int m_before;
+    DocumentUndoStack *m_stack;
 };
 
 int columnOf(Edit::MemberText cell)

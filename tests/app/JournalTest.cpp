@@ -12,6 +12,8 @@
 #include "CProgressDlg.h"
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
+#include "DocumentUndoStack.h"
+#include "JournalView.h"
 #include "NotificationListeners.h"
 #include "TestDatabase.h"
 
@@ -21,8 +23,6 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QTest>
-#include <QUndoStack>
-#include <QUndoView>
 
 using namespace Qt::StringLiterals;
 
@@ -58,7 +58,7 @@ QStringList telephony(const CVelmarManagerDoc &doc)
 // The rows the journal view shows, the saved state first.
 QStringList journalRows(const CMainFrame &frame)
 {
-    auto *view = frame.findChild<QUndoView *>(u"journalView"_s);
+    auto *view = frame.findChild<JournalView *>(u"journalView"_s);
     QStringList rows;
     if (!view)
         return rows;
@@ -175,6 +175,8 @@ void JournalTest::menusAndPanelBeforeEditing()
         context.loadServerData = false;
         m_f->frame = std::make_unique<CMainFrame>(context);
         QCOMPARE(frame().journalDock()->isHidden(), !shown);
+        QVERIFY(showActive(&frame()));
+        QTRY_VERIFY(frame().isStartupReady());
     }
 }
 
@@ -222,7 +224,7 @@ void JournalTest::journalViewUndoesToEntry()
         QStringList({ u"已保存"_s, u"添加类别 Sales"_s, u"添加类别 Support"_s }));
 
     // Choosing the saved state undoes every step; the steps stay listed for redo.
-    auto *view = frame().findChild<QUndoView *>(u"journalView"_s);
+    auto *view = frame().findChild<JournalView *>(u"journalView"_s);
     view->setCurrentIndex(view->model()->index(0, 0));
     QCOMPARE(frame().document().undoStack()->index(), 0);
     QVERIFY(!frame().isWindowModified());

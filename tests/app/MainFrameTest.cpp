@@ -11,6 +11,7 @@
 #include "CMainFrame.h"
 #include "CommandIds.h"
 #include "CVelmarManagerDoc.h"
+#include "DocumentUndoStack.h"
 #include "OutlookBar.h"
 #include "SettingsCommands.h"
 #include "ViewIds.h"
@@ -28,7 +29,6 @@
 #include <QStatusBar>
 #include <QTest>
 #include <QToolBar>
-#include <QUndoStack>
 
 using namespace Qt::StringLiterals;
 

@@ -6,12 +6,12 @@
 #include "ConnectionStringMask.h"
 #include "CVelmarManagerApp.h"
 #include "CVelmarManagerDoc.h"
+#include "DocumentUndoStack.h"
 #include "StartupOptions.h"
 
 #include <QDir>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QUndoStack>
 
 using namespace Qt::StringLiterals;
 

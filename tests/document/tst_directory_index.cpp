@@ -1,12 +1,12 @@
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
 #include "DirectoryTree.h"
+#include "DocumentUndoStack.h"
 #include "ServerDataSet.h"
 
 #include <QRandomGenerator>
 #include <QSet>
 #include <QTest>
-#include <QUndoStack>
 
 using namespace Qt::StringLiterals;
 
@@ -229,7 +229,7 @@ void TestDirectoryIndex::directoryIndexesFollowRandomEdits()
     CVelmarManagerDoc document;
     const Directory &directory = *document.directory();
     DirectoryEditor &editor = document.editor();
-    QUndoStack &undo = *document.undoStack();
+    DocumentUndoStack &undo = *document.undoStack();
     using Step = DirectoryEditor::MoveStep;
     int largest = 0;
     for (int step = 0; step < 1500; ++step) {

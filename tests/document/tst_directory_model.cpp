@@ -1,6 +1,7 @@
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
 #include "DirectoryTree.h"
+#include "DocumentUndoStack.h"
 #include "EscapeMarkers.h"
 #include "GroupTreeModel.h"
 #include "MemberListModel.h"
@@ -10,7 +11,6 @@
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
 #include <QTest>
-#include <QUndoStack>
 
 using namespace Qt::StringLiterals;
 
@@ -93,7 +93,6 @@ private Q_SLOTS:
     void groupModelStructure();
 
     void memberModel();
-
 };
 
 void TestDirectoryModel::escapeMarkers_data()
@@ -286,11 +285,6 @@ void TestDirectoryModel::memberModel()
     QVERIFY(!model.setData(model.index(model.blankRow(), 1), u"x"_s));
     QCOMPARE(model.memberCount(), 3);
 }
-
-
-
-
-
 
 QTEST_GUILESS_MAIN(TestDirectoryModel)
 #include "tst_directory_model.moc"

@@ -1,5 +1,6 @@
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
+#include "DocumentUndoStack.h"
 #include "MemberDragFormat.h"
 #include "NoticeEditor.h"
 #include "NoticeListModel.h"
@@ -14,7 +15,6 @@
 #include <QSignalSpy>
 #include <QtEndian>
 #include <QTest>
-#include <QUndoStack>
 
 using namespace Qt::StringLiterals;
 

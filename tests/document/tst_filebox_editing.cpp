@@ -1,12 +1,12 @@
 #include "CVelmarManagerDoc.h"
 #include "DocumentFixture.h"
+#include "DocumentUndoStack.h"
 #include "FileBoxEditor.h"
 #include "FolderListModel.h"
 #include "FolderRightsModel.h"
 
 #include <QAbstractItemModelTester>
 #include <QTest>
-#include <QUndoStack>
 
 using namespace Qt::StringLiterals;
 

@@ -1,12 +1,12 @@
 #include "CVelmarManagerDoc.h"
 #include "DocumentFixture.h"
+#include "DocumentUndoStack.h"
 #include "NoticeEditor.h"
 #include "NoticeListModel.h"
 
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
 #include <QTest>
-#include <QUndoStack>
 
 using namespace Qt::StringLiterals;
 

@@ -1,13 +1,13 @@
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
 #include "DocumentFixture.h"
+#include "DocumentUndoStack.h"
 #include "PermissionEditor.h"
 #include "PermissionTableModel.h"
 
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
 #include <QTest>
-#include <QUndoStack>
 
 using namespace Qt::StringLiterals;
 

@@ -1,5 +1,6 @@
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
+#include "DocumentUndoStack.h"
 #include "MembershipPositionModel.h"
 #include "PositionList.h"
 #include "PositionListModel.h"
@@ -10,10 +11,8 @@
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
 #include <QTest>
-#include <QUndoStack>
 
 using namespace Qt::StringLiterals;
-
 
 class TestPositions : public QObject
 {
@@ -128,9 +127,6 @@ void TestPositions::writeDefault()
     QVERIFY(dir.readFile(u"Serverinfo.ini"_s).contains("DefaultPositionID=-1"));
     QVERIFY(dir.readFile(u"Serverinfo.ini"_s).contains("UseDist=1"));
 }
-
-
-
 
 void TestPositions::membershipGrid()
 {
