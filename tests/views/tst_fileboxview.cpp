@@ -9,6 +9,8 @@
 #include "GroupTreeModel.h"
 #include "LoadedServer.h"
 #include "MemberListModel.h"
+#include "ServerDataFixture.h"
+#include "ServerDataSet.h"
 
 #include <algorithm>
 #include <memory>
@@ -230,6 +232,13 @@ void TestFileBoxView::editsThroughTheWidgetsAreSaved()
     QVERIFY2(f.server.save(&error), qPrintable(error));
     QCOMPARE(storedFolders(f.server), shownFolders(view));
     QCOMPARE(storedRights(f.server), rights);
+
+    // Read back, the view shows the same again, the chosen folder's rights at once.
+    f.server.document.adopt(readBack(f.server.dir), CVelmarManagerDoc::LoadState::Complete);
+    QCOMPARE(view.currentFolderId(), 3);
+    QCOMPARE(view.rightsTable()->model()->rowCount(), 2);
+    QVERIFY(authorityCombo(view, 1));
+    QCOMPARE(shownRights(view), rights);
 }
 
 void TestFileBoxView::rightsOfVanishedGroupsAndMembers()

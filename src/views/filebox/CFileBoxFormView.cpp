@@ -113,6 +113,10 @@ CFileBoxFormView::CFileBoxFormView(CVelmarManagerDoc &document, MessageService &
         else
             folderChanged();
     });
+    // A reload empties the rights model after the folder list chose its
+    // first folder again (the models follow the document in the order they
+    // were made): the rights are shown again once both have followed.
+    connect(&document, &CVelmarManagerDoc::adopted, this, &CFileBoxFormView::folderChanged);
     connect(
         m_rights, &QAbstractItemModel::modelReset, this, &CFileBoxFormView::openAuthorityEditors);
     connect(m_rightsTable->selectionModel(), &QItemSelectionModel::selectionChanged, this,
