@@ -2,6 +2,7 @@
 #include "AuthorityCode.h"
 #include "CAccessOverviewPanel.h"
 #include "CFileBoxFormView.h"
+#include "CFolderRightPickerDlg.h"
 #include "Directory.h"
 #include "FileBoxRights.h"
 #include "FolderListModel.h"
@@ -25,6 +26,8 @@
 #include <QTableView>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
+#include <QTreeView>
 #include <QUndoStack>
 
 using namespace Qt::StringLiterals;
@@ -155,6 +158,7 @@ class TestFileBoxView : public QObject
 private Q_SLOTS:
     void editsThroughTheWidgetsAreSaved();
     void rightsOfVanishedGroupsAndMembers();
+    void picker();
     void accessOverview();
     void pickedFolderPaths();
 };
@@ -267,6 +271,33 @@ void TestFileBoxView::rightsOfVanishedGroupsAndMembers()
     QString error;
     QVERIFY2(f.server.save(&error), qPrintable(error));
     QCOMPARE(storedRights(f.server), shownRights(view));
+}
+
+void TestFileBoxView::picker()
+{
+    START(f, QStringList {});
+    CFileBoxFormView &view = *f.view;
+    // HQ (20) read/write on share\docs, chosen in the dialog.
+    bool seen = false;
+    QTimer::singleShot(0, &view, [&] {
+        auto *picker = qobject_cast<CFolderRightPickerDlg *>(QApplication::activeModalWidget());
+        if (!picker)
+            return;
+        seen = true;
+        QTreeView *tree = picker->groupTree(false);
+        const auto *model = static_cast<const GroupTreeModel *>(tree->model());
+        tree->selectionModel()->select(
+            model->findGroup(20), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        picker->findChild<QComboBox *>(u"pickerAuthority"_s)->setCurrentIndex(1);
+        picker->accept();
+    });
+    QTest::mouseClick(view.addRightButton(), Qt::LeftButton);
+    QVERIFY(seen);
+    QVERIFY(shownRights(view).contains(u"1 g 20 读/写"_s));
+    QCOMPARE(f.server.document.undoStack()->count(), 1);
+    // The member lists leave out the grid's blank row.
+    QCOMPARE(view.memberList(false)->model()->rowCount(),
+        f.server.document.directory()->regularMembers()->memberCount());
 }
 
 void TestFileBoxView::accessOverview()

@@ -278,7 +278,12 @@ QTableView *CFileBoxFormView::makeSourceMembers(bool guest, QWidget *parent)
     auto *list = new QTableView(parent);
     list->setObjectName(guest ? u"sourceGuestMembers"_s : u"sourceMembers"_s);
     list->setAccessibleName(guest ? u"论坛用户"_s : u"用户"_s);
-    list->setModel(m_document.directory()->members(guest));
+    // The member grid's blank new-member row has no place here.
+    auto *members = new QSortFilterProxyModel(list);
+    members->setSourceModel(m_document.directory()->members(guest));
+    members->setFilterRole(MemberListModel::IsBlankRowRole);
+    members->setFilterFixedString(u"false"_s);
+    list->setModel(members);
     list->setSelectionBehavior(QAbstractItemView::SelectRows);
     list->setSelectionMode(QAbstractItemView::ExtendedSelection);
     list->setEditTriggers(QAbstractItemView::NoEditTriggers);
