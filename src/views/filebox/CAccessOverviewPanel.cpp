@@ -100,6 +100,8 @@ CAccessOverviewPanel::CAccessOverviewPanel(CVelmarManagerDoc &document, FolderLi
         if (row >= 0)
             showFolder(m_folderCombo->itemData(row, FolderListModel::FolderIdRole).toInt());
     });
+    // Choosing a folder in the list shows it at once.
+    connect(m_folderCombo, &QComboBox::activated, m_folderButton, &QPushButton::click);
     connect(m_exportButton, &QPushButton::clicked, this, &CAccessOverviewPanel::chooseExportFile);
     connect(m_model, &QAbstractItemModel::modelReset, this, &CAccessOverviewPanel::updateSummary);
     updateSummary();
@@ -123,6 +125,9 @@ bool CAccessOverviewPanel::showMember(const QString &loginName)
 
 void CAccessOverviewPanel::showFolder(qint32 folderId)
 {
+    const int row = m_folderCombo->findData(folderId, FolderListModel::FolderIdRole);
+    if (row >= 0)
+        m_folderCombo->setCurrentIndex(row);
     m_model->showFolder(folderId);
 }
 
