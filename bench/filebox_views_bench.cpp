@@ -24,8 +24,8 @@
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QHash>
-#include <QTabWidget>
 #include <QTableView>
+#include <QTabWidget>
 
 using namespace Qt::StringLiterals;
 
