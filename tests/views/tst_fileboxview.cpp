@@ -330,6 +330,17 @@ void TestFileBoxView::accessOverview()
     QFile csv(csvPath);
     QVERIFY(csv.open(QIODevice::ReadOnly));
     QCOMPARE(csv.readAll(), "\xEF\xBB\xBF" + panel->model()->toCsv().toUtf8());
+
+    // A double-click on a member's right asks about the member.
+    f.view->pages()->setCurrentIndex(0);
+    QTableView *rights = f.view->rightsTable();
+    const QPoint carl = rights->visualRect(rights->model()->index(1, 0)).center();
+    QTest::mousePress(rights->viewport(), Qt::LeftButton, {}, carl);
+    QTest::mouseRelease(rights->viewport(), Qt::LeftButton, {}, carl);
+    QTest::mouseDClick(rights->viewport(), Qt::LeftButton, {}, carl);
+    QCOMPARE(f.view->pages()->currentWidget(), panel);
+    QCOMPARE(panel->model()->mode(), AccessOverviewModel::Mode::Member);
+    QCOMPARE(panel->memberField()->text(), u"carl"_s);
 }
 
 void TestFileBoxView::pickedFolderPaths()

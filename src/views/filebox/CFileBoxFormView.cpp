@@ -14,6 +14,7 @@
 #include "MemberListModel.h"
 #include "MessageService.h"
 #include "RightDropFilter.h"
+#include "UserInfo.h"
 
 #include <QAction>
 #include <QDir>
@@ -121,6 +122,23 @@ CFileBoxFormView::CFileBoxFormView(CVelmarManagerDoc &document, MessageService &
         m_rights, &QAbstractItemModel::modelReset, this, &CFileBoxFormView::openAuthorityEditors);
     connect(m_rightsTable->selectionModel(), &QItemSelectionModel::selectionChanged, this,
         &CFileBoxFormView::updateButtons);
+    // A double-click asks the overview: who a folder reaches, what reaches a member.
+    connect(
+        m_folderTable, &QAbstractItemView::doubleClicked, this, [this](const QModelIndex &index) {
+            m_pages->setCurrentWidget(m_overview);
+            m_overview->showFolder(m_folders->folderIdAt(index.row()));
+        });
+    connect(
+        m_rightsTable, &QAbstractItemView::doubleClicked, this, [this](const QModelIndex &index) {
+            if (index.data(FolderRightsModel::IsGroupRole).toBool()
+                || index.data(FolderRightsModel::MissingRole).toBool())
+                return;
+            const UserInfo *member = m_document.directory()->findMember(
+                index.data(FolderRightsModel::OwnerIdRole).toInt());
+            m_pages->setCurrentWidget(m_overview);
+            m_overview->memberField()->setText(member->loginName);
+            m_overview->showMember(member->loginName);
+        });
     if (m_folders->rowCount() > 0)
         selectFolder(m_folders->folderIdAt(0));
     folderChanged();

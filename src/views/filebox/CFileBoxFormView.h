@@ -24,7 +24,8 @@ class QTreeView;
 // folder picker, remove with the rights on them), the rights on the folder
 // chosen (a drop-down per right, removal, new ones dragged from the group
 // trees and member lists beside it or picked in a dialog) and, on its second
-// page, the access overview. Every change is an edit of the document.
+// page, the access overview, which a double-click on a folder or a member's
+// right opens. Every change is an edit of the document.
 class CFileBoxFormView final : public QWidget
 {
     Q_OBJECT
