@@ -45,13 +45,13 @@ CFolderRightPickerDlg::CFolderRightPickerDlg(
     m_filter->setPlaceholderText(u"用户ID"_s);
     m_regularMembers = makeMemberList(false, m_regularProxy);
     m_guestMembers = makeMemberList(true, m_guestProxy);
-    auto *memberPages = new QTabWidget(members);
-    memberPages->setAccessibleName(u"用户"_s);
-    memberPages->addTab(m_regularMembers, u"用户"_s);
-    memberPages->addTab(m_guestMembers, u"论坛用户"_s);
+    m_memberPages = new QTabWidget(members);
+    m_memberPages->setAccessibleName(u"用户"_s);
+    m_memberPages->addTab(m_regularMembers, u"用户"_s);
+    m_memberPages->addTab(m_guestMembers, u"论坛用户"_s);
     auto *memberLayout = new QVBoxLayout(members);
     memberLayout->addWidget(m_filter);
-    memberLayout->addWidget(memberPages, 1);
+    memberLayout->addWidget(m_memberPages, 1);
     m_pages->addTab(members, u"用户"_s);
     connect(m_filter, &QLineEdit::textChanged, this, [this](const QString &text) {
         const QRegularExpression pattern(
@@ -132,13 +132,10 @@ QList<FileBoxEditor::Owner> CFolderRightPickerDlg::owners() const
         }
         return result;
     }
-    for (QTableView *list : { m_regularMembers, m_guestMembers }) {
-        if (!list->isVisible() && list->selectionModel()->selectedRows().isEmpty())
-            continue;
-        for (const QModelIndex &index : list->selectionModel()->selectedRows()) {
-            if (!index.data(MemberListModel::IsBlankRowRole).toBool())
-                result.append({ false, index.data(MemberListModel::MemberIdRole).toInt() });
-        }
+    QTableView *list = m_memberPages->currentIndex() == 1 ? m_guestMembers : m_regularMembers;
+    for (const QModelIndex &index : list->selectionModel()->selectedRows()) {
+        if (!index.data(MemberListModel::IsBlankRowRole).toBool())
+            result.append({ false, index.data(MemberListModel::MemberIdRole).toInt() });
     }
     return result;
 }

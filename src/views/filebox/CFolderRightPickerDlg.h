@@ -39,6 +39,7 @@ private:
 
     CVelmarManagerDoc &m_document;
     QTabWidget *m_pages;
+    QTabWidget *m_memberPages;
     QTreeView *m_regularTree;
     QTreeView *m_guestTree;
     QTableView *m_regularMembers;
