@@ -104,10 +104,9 @@ CFileBoxFormView::CFileBoxFormView(CVelmarManagerDoc &document, MessageService &
     // current row: the same folder is chosen again when it is still there,
     // else the first one.
     connect(m_folders, &QAbstractItemModel::modelAboutToBeReset, this,
-        [this] { m_folderTable->setProperty("lastFolder", currentFolderId()); });
+        [this] { m_folderBeforeReset = currentFolderId(); });
     connect(m_folders, &QAbstractItemModel::modelReset, this, [this] {
-        const qint32 last = m_folderTable->property("lastFolder").toInt();
-        if (selectFolder(last))
+        if (selectFolder(m_folderBeforeReset))
             return;
         if (m_folders->rowCount() > 0)
             selectFolder(m_folders->folderIdAt(0));

@@ -104,4 +104,5 @@ private:
     QTableView *m_regularMembers = nullptr;
     QTableView *m_guestMembers = nullptr;
     CAccessOverviewPanel *m_overview = nullptr;
+    qint32 m_folderBeforeReset = -1;
 };
