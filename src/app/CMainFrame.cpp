@@ -3,10 +3,12 @@
 #include "CAboutDlg.h"
 #include "CAdminLoginDlg.h"
 #include "CAdmSetupPasswordDlg.h"
+#include "CFileBoxFormView.h"
 #include "CLogManagerChatLogFormView.h"
 #include "CLogManagerSysLogFormView.h"
 #include "CLogManagerUserLogFormView.h"
 #include "CMainFormView.h"
+#include "CNoticeFormView.h"
 #include "CommandIds.h"
 #include "CProgressDlg.h"
 #include "CReadDBThread.h"
@@ -17,12 +19,14 @@
 #include "GroupTreeModel.h"
 #include "JournalView.h"
 #include "MemberListModel.h"
+#include "NoticeBoard.h"
 #include "OutlookBar.h"
 #include "PermissionEditor.h"
 #include "SaveRecovery.h"
 #include "ServerDataSaver.h"
 #include "ServiceCommands.h"
 #include "SettingsCommands.h"
+#include "VelmarBoxSettings.h"
 #include "ViewIds.h"
 
 #include <QAction>
@@ -61,8 +65,6 @@ const QList<ViewPlaceholder> &viewPlaceholders()
         { ViewId::Organize, u"类别管理"_s, u"组织管理"_s, QStyle::SP_DirIcon },
         { ViewId::Position, u"类别管理"_s, u"等级管理"_s, QStyle::SP_FileDialogListView },
         { ViewId::AccessControl, u"会员管理"_s, u"权限管理"_s, QStyle::SP_DialogApplyButton },
-        { ViewId::Notice, u"会员管理"_s, u"公告管理"_s, QStyle::SP_FileDialogInfoView },
-        { ViewId::FileBox, u"BOX编辑"_s, u"文件夹权限"_s, QStyle::SP_DriveNetIcon },
     };
     return list;
 }
@@ -357,6 +359,30 @@ void CMainFrame::createCentralArea()
         m_outlookBar->addItem(placeholder.group, placeholder.id, placeholder.caption,
             style()->standardIcon(placeholder.icon), false);
     }
+    const auto openFolder
+        = [](const QString &folder) { QDesktopServices::openUrl(QUrl::fromLocalFile(folder)); };
+    addView(ViewId::Notice, u"会员管理"_s, u"公告管理"_s,
+        new CNoticeFormView(
+            *m_document,
+            [this](const QString &sessionId) {
+                return QDir(NoticeBoard::uploadFolder(m_context.hives, m_programDirectory))
+                    .filePath(sessionId);
+            },
+            openFolder),
+        style()->standardIcon(QStyle::SP_FileDialogInfoView));
+    addView(ViewId::FileBox, u"BOX编辑"_s, u"文件夹权限"_s,
+        new CFileBoxFormView(*m_document, m_context.messages,
+            [this] {
+                // Read only: opening the settings would write their defaults.
+                CRegistry registry(m_context.hives, RegistryRoot::LocalMachine);
+                QString home;
+                if (!registry.openKey(RegistryRoot::LocalMachine, VelmarBoxSettings::KeyPath)
+                    || !registry.readString(u"Home Directory"_s, home) || home.isEmpty())
+                    home = VelmarBoxSettings(m_context.hives, m_programDirectory)
+                               .defaultHomeDirectory();
+                return home;
+            }),
+        style()->standardIcon(QStyle::SP_DriveNetIcon));
     connect(m_outlookBar, &OutlookBar::viewSelected, this, &CMainFrame::showView);
     showView(ViewId::Home);
 }

@@ -2,6 +2,7 @@
 
 #include "AuthorityCode.h"
 #include "CVelmarManagerDoc.h"
+#include "DocumentUndoStack.h"
 #include "Directory.h"
 
 #include <algorithm>
@@ -61,6 +62,94 @@ EditResult FileBoxEditor::setMemberRight(qint32 memberId, qint32 folderId, qint3
     return setRight(false, memberId, folderId, authority);
 }
 
+EditResult FileBoxEditor::addRights(qint32 folderId, const QList<Owner> &owners, qint32 authority)
+{
+    const FileBoxRights &rights = m_document.m_fileBox;
+    const bool listed = std::any_of(rights.folders().cbegin(), rights.folders().cend(),
+        [folderId](const tagFolderData &folder) { return folder.folderId == folderId; });
+    if (!listed)
+        return EditResult::refused(EditRefusal::message(u"文件夹不存在."_s));
+    if (authority != AuthorityCode::ReadOnly && authority != AuthorityCode::ReadWrite)
+        return EditResult::refused(EditRefusal::message(u"权限无效."_s));
+
+    const auto hasRight = [&rights, folderId](const Owner &owner) {
+        if (owner.group) {
+            return std::any_of(rights.groupRights().cbegin(), rights.groupRights().cend(),
+                [&](const tagGroupAuthority &r) {
+                    return r.folderId == folderId && r.groupId == owner.id;
+                });
+        }
+        return std::any_of(rights.memberRights().cbegin(), rights.memberRights().cend(),
+            [&](const tagUserAuthority &r) {
+                return r.folderId == folderId && r.memberId == owner.id;
+            });
+    };
+    // Checked before the step opens, so that it never stands empty on the stack.
+    const Directory &directory = *m_document.m_directory;
+    std::optional<EditRefusal> firstRefusal;
+    QList<Owner> taken;
+    int skipped = 0;
+    for (const Owner &owner : owners) {
+        bool known = false;
+        if (owner.group) {
+            known = directory.treeData(false).findGroup(owner.id)
+                || directory.treeData(true).findGroup(owner.id);
+            if (!known && !firstRefusal)
+                firstRefusal = EditRefusal::message(u"类别不存在."_s);
+        } else {
+            known = directory.findMember(owner.id) != nullptr;
+            if (!known && !firstRefusal)
+                firstRefusal = EditRefusal::unknownMember(owner.id);
+        }
+        const bool duplicate = std::any_of(taken.cbegin(), taken.cend(),
+            [&owner](const Owner &o) { return o.group == owner.group && o.id == owner.id; });
+        if (!known || duplicate || hasRight(owner))
+            ++skipped;
+        else
+            taken.append(owner);
+    }
+    if (taken.isEmpty())
+        return firstRefusal ? EditResult::refused(*firstRefusal) : EditResult::refusedSilently();
+
+    DocumentUndoStack *undo = m_document.undoStack();
+    undo->beginMacro(
+        u"添加 %1 项权限到 %2"_s.arg(taken.size()).arg(rights.pathByFolderId(folderId)));
+    for (const Owner &owner : std::as_const(taken))
+        setRight(owner.group, owner.id, folderId, authority);
+    undo->endMacro();
+    return EditResult::done(folderId, int(taken.size()), skipped);
+}
+
+EditResult FileBoxEditor::removeRights(qint32 folderId, const QList<Owner> &owners)
+{
+    const FileBoxRights &rights = m_document.m_fileBox;
+    QList<Owner> taken;
+    for (const Owner &owner : owners) {
+        const bool has = owner.group
+            ? std::any_of(rights.groupRights().cbegin(), rights.groupRights().cend(),
+                [&](const tagGroupAuthority &r) {
+                    return r.folderId == folderId && r.groupId == owner.id;
+                })
+            : std::any_of(rights.memberRights().cbegin(), rights.memberRights().cend(),
+                [&](const tagUserAuthority &r) {
+                    return r.folderId == folderId && r.memberId == owner.id;
+                });
+        const bool duplicate = std::any_of(taken.cbegin(), taken.cend(),
+            [&owner](const Owner &o) { return o.group == owner.group && o.id == owner.id; });
+        if (has && !duplicate)
+            taken.append(owner);
+    }
+    if (taken.isEmpty())
+        return EditResult::refusedSilently();
+    DocumentUndoStack *undo = m_document.undoStack();
+    undo->beginMacro(
+        u"删除 %1 项权限 (%2)"_s.arg(taken.size()).arg(rights.pathByFolderId(folderId)));
+    for (const Owner &owner : std::as_const(taken))
+        setRight(owner.group, owner.id, folderId, AuthorityCode::None);
+    undo->endMacro();
+    return EditResult::done(folderId, int(taken.size()));
+}
+
 EditResult FileBoxEditor::setRight(bool group, qint32 ownerId, qint32 folderId, qint32 authority)
 {
     const FileBoxRights &rights = m_document.m_fileBox;
@@ -72,21 +161,6 @@ EditResult FileBoxEditor::setRight(bool group, qint32 ownerId, qint32 folderId, 
         [folderId](const tagFolderData &folder) { return folder.folderId == folderId; });
     if (!listed)
         return EditResult::refused(EditRefusal::message(u"文件夹不存在."_s));
-    QString name;
-    if (group) {
-        const DirectoryNode *node = directory.treeData(false).findGroup(ownerId);
-        if (!node)
-            node = directory.treeData(true).findGroup(ownerId);
-        if (!node)
-            return EditResult::refused(EditRefusal::message(u"类别不存在."_s));
-        name = node->name();
-    } else {
-        const UserInfo *member = directory.findMember(ownerId);
-        if (!member)
-            return EditResult::refused(EditRefusal::unknownMember(ownerId));
-        name = member->loginName;
-    }
-
     // The right as it stands: none (0) when there is no record.
     qint32 current = AuthorityCode::None;
     bool exists = false;
@@ -107,6 +181,27 @@ EditResult FileBoxEditor::setRight(bool group, qint32 ownerId, qint32 folderId, 
             }
         }
     }
+
+    // A right of a group or member the directory no longer holds (as the
+    // tables may hold one) can still be removed; nothing else can name one.
+    QString name;
+    if (group) {
+        const DirectoryNode *node = directory.treeData(false).findGroup(ownerId);
+        if (!node)
+            node = directory.treeData(true).findGroup(ownerId);
+        if (node)
+            name = node->name();
+        else if (authority != AuthorityCode::None || !exists)
+            return EditResult::refused(EditRefusal::message(u"类别不存在."_s));
+    } else {
+        const UserInfo *member = directory.findMember(ownerId);
+        if (member)
+            name = member->loginName;
+        else if (authority != AuthorityCode::None || !exists)
+            return EditResult::refused(EditRefusal::unknownMember(ownerId));
+    }
+    if (name.isEmpty())
+        name = QString::number(ownerId);
     if (authority == AuthorityCode::None ? !exists : (exists && current == authority))
         return EditResult::done(folderId, 0);
 

@@ -1,5 +1,6 @@
 #include "FolderRightsModel.h"
 
+#include "AccessOverview.h"
 #include "AuthorityCode.h"
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
@@ -87,6 +88,12 @@ QVariant FolderRightsModel::data(const QModelIndex &index, int role) const
     if (!index.isValid() || !checkIndex(index, CheckIndexOption::ParentIsInvalid))
         return {};
     const Row &row = m_rows.at(index.row());
+    const Directory &directory = *m_document.directory();
+    bool guest = false;
+    const QString path
+        = row.group ? AccessOverview::groupPath(directory, row.ownerId, &guest) : QString();
+    const UserInfo *member = row.group ? nullptr : directory.findMember(row.ownerId);
+    const bool missing = row.group ? path.isEmpty() : !member;
     switch (role) {
     case OwnerIdRole:
         return row.ownerId;
@@ -94,6 +101,13 @@ QVariant FolderRightsModel::data(const QModelIndex &index, int role) const
         return row.group;
     case AuthorityRole:
         return authorityOf(row);
+    case MissingRole:
+        return missing;
+    case Qt::ToolTipRole:
+        if (!missing)
+            return {};
+        return row.group ? u"类别 %1 已不存在"_s.arg(row.ownerId)
+                         : u"用户 %1 已不存在"_s.arg(row.ownerId);
     case Qt::DisplayRole:
     case Qt::EditRole:
         break;
@@ -101,21 +115,16 @@ QVariant FolderRightsModel::data(const QModelIndex &index, int role) const
         return {};
     }
     switch (index.column()) {
-    case NameColumn: {
-        const Directory &directory = *m_document.directory();
-        if (row.group) {
-            const DirectoryNode *node = directory.treeData(false).findGroup(row.ownerId);
-            if (!node)
-                node = directory.treeData(true).findGroup(row.ownerId);
-            return node ? node->name() : QString::number(row.ownerId);
-        }
-        const UserInfo *member = directory.findMember(row.ownerId);
-        return member ? member->loginName : QString::number(row.ownerId);
-    }
+    case NameColumn:
+        if (row.group)
+            return missing ? u"(已删除的类别 %1)"_s.arg(row.ownerId) : path;
+        return missing ? u"(已删除的用户 %1)"_s.arg(row.ownerId) : member->loginName;
     case KindColumn:
-        return row.group ? u"类别"_s : u"用户"_s;
+        return row.group ? (guest && !missing ? u"论坛类别"_s : u"类别"_s) : u"用户"_s;
     case AuthorityColumn:
         return AuthorityCode::displayText(authorityOf(row));
+    case MemberNameColumn:
+        return member ? member->displayName : QString();
     default:
         return {};
     }
@@ -132,6 +141,8 @@ QVariant FolderRightsModel::headerData(int section, Qt::Orientation orientation,
         return u"类型"_s;
     case AuthorityColumn:
         return u"权限"_s;
+    case MemberNameColumn:
+        return u"姓名"_s;
     default:
         return {};
     }

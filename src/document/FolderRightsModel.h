@@ -9,20 +9,24 @@
 class CVelmarManagerDoc;
 
 // The rights on one file-box folder: the groups' rights in list order, then
-// the members'. Columns: the group name or member's user ID, whether it is a
-// group or a member, and the authority as shown ("只读", "读/写"). The
-// authority cell edits through FileBoxEditor (none removes the right); the
-// rows follow the document's undo stack.
+// the members'. Columns: the group's path in its tree or the member's user
+// ID, whether it is a group or a member, the authority as shown ("只读",
+// "读/写") and the member's name. A right whose group or member the
+// directory no longer holds stays listed, marked (MissingRole, its text
+// says so), so that it can be seen and removed. The authority cell edits
+// through FileBoxEditor (none removes the right); the rows follow the
+// document's undo stack.
 class FolderRightsModel final : public QAbstractTableModel
 {
     Q_OBJECT
 
 public:
-    enum Column { NameColumn = 0, KindColumn, AuthorityColumn, ColumnCount };
+    enum Column { NameColumn = 0, KindColumn, AuthorityColumn, MemberNameColumn, ColumnCount };
     enum Role {
         OwnerIdRole = Qt::UserRole + 1, // qint32 group id or member id
         IsGroupRole, // bool
         AuthorityRole, // qint32 AuthorityCode value
+        MissingRole, // bool: the directory holds no such group or member
     };
 
     explicit FolderRightsModel(CVelmarManagerDoc &document, QObject *parent = nullptr);

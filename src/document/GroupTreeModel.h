@@ -81,10 +81,13 @@ public:
     // The root's label: "类别" for the regular tree, "论坛结构" for the guest tree.
     QString rootLabel() const;
 
+    // The node a drag of this tree carries (nodeMimeType), nullptr when the
+    // block names another tree, the root or no node. Other views that take
+    // groups from the tree (the file box's rights) read drags with it.
+    const DirectoryNode *draggedNode(const QMimeData *data) const;
+
 private:
     friend class Directory;
-
-    const DirectoryNode *draggedNode(const QMimeData *data) const;
 
     const Directory &m_directory;
     bool m_guest;

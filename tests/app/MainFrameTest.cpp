@@ -278,8 +278,7 @@ void MainFrameTest::viewsSwitchInPane()
     QVERIFY(bar->groupCaptions().contains(u"BOX编辑"_s));
     QVERIFY(bar->groupCaptions().contains(u"日志管理"_s));
     // Views still to come are greyed place holders without a view.
-    for (int id : { ViewId::Organize, ViewId::Position, ViewId::AccessControl, ViewId::FileBox,
-             ViewId::Notice }) {
+    for (int id : { ViewId::Organize, ViewId::Position, ViewId::AccessControl }) {
         QVERIFY(bar->hasItem(id));
         QVERIFY(!bar->isItemEnabled(id));
         QVERIFY(!frame.view(id));
@@ -290,9 +289,10 @@ void MainFrameTest::viewsSwitchInPane()
     QCOMPARE(bar->itemIds(u"日志管理"_s),
         (QList<int> { ViewId::ChatLog, ViewId::SystemLog, ViewId::UserLog,
             SettingsCommands::LogSettingsItem }));
-    const QList<std::pair<int, QString>> logViews = { { ViewId::ChatLog, u"chatLogView"_s },
-        { ViewId::SystemLog, u"sysLogView"_s }, { ViewId::UserLog, u"userLogView"_s } };
-    for (const auto &[id, name] : logViews) {
+    const QList<std::pair<int, QString>> builtViews = { { ViewId::ChatLog, u"chatLogView"_s },
+        { ViewId::SystemLog, u"sysLogView"_s }, { ViewId::UserLog, u"userLogView"_s },
+        { ViewId::FileBox, u"fileBoxView"_s }, { ViewId::Notice, u"noticeView"_s } };
+    for (const auto &[id, name] : builtViews) {
         QVERIFY(bar->isItemEnabled(id));
         QVERIFY(frame.view(id));
         QCOMPARE(frame.view(id)->objectName(), name);
@@ -300,6 +300,8 @@ void MainFrameTest::viewsSwitchInPane()
     QCOMPARE(bar->itemCaption(ViewId::ChatLog), u"对话记录"_s);
     QCOMPARE(bar->itemCaption(ViewId::SystemLog), u"系统日志"_s);
     QCOMPARE(bar->itemCaption(ViewId::UserLog), u"用户日志"_s);
+    QCOMPARE(bar->itemCaption(ViewId::FileBox), u"文件夹权限"_s);
+    QCOMPARE(bar->itemCaption(ViewId::Notice), u"公告管理"_s);
 
     // A view added later takes its place holder's place and is chosen from the bar.
     QSignalSpy changed(&frame, &CMainFrame::viewChanged);

@@ -4,6 +4,7 @@
 #include "FileBoxEditor.h"
 #include "FolderListModel.h"
 #include "FolderRightsModel.h"
+#include "ServerDataSet.h"
 
 #include <QAbstractItemModelTester>
 #include <QTest>
@@ -51,6 +52,8 @@ private Q_SLOTS:
     void rightsRefusals();
     void folderListFollowsTheDocument();
     void folderRightsModel();
+    void severalRightsInOneStep();
+    void rightsOfVanishedOwners();
 };
 
 void TestFileBoxEditing::addFolder()
@@ -235,7 +238,7 @@ void TestFileBoxEditing::folderRightsModel()
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
     QCOMPARE(model.rowCount(), 0);
     model.setFolder(1);
-    QCOMPARE(column(model, 0), (QStringList { u"Sales"_s, u"carl"_s }));
+    QCOMPARE(column(model, 0), (QStringList { u"/Sales"_s, u"carl"_s }));
     QCOMPARE(column(model, 1), (QStringList { u"类别"_s, u"用户"_s }));
     QCOMPARE(column(model, 2), (QStringList { u"读/写"_s, u"只读"_s }));
     QCOMPARE(model.index(0, 0).data(FolderRightsModel::OwnerIdRole).toInt(), 10);
@@ -251,14 +254,14 @@ void TestFileBoxEditing::folderRightsModel()
     QVERIFY(model.setData(model.index(1, 2), 2));
     QCOMPARE(column(model, 2), (QStringList { u"只读"_s, u"读/写"_s }));
     QVERIFY(model.setData(model.index(1, 2), QString()));
-    QCOMPARE(column(model, 0), QStringList { u"Sales"_s });
+    QCOMPARE(column(model, 0), QStringList { u"/Sales"_s });
     QVERIFY(!model.setData(model.index(0, 2), u"全部"_s));
     QCOMPARE(model.lastRefusal()->text, u"权限无效."_s);
     QVERIFY(!model.setData(model.index(0, 0), u"HQ"_s));
     QCOMPARE(doc.undoStack()->count(), 3);
 
     doc.undoStack()->setIndex(0);
-    QCOMPARE(column(model, 0), (QStringList { u"Sales"_s, u"carl"_s }));
+    QCOMPARE(column(model, 0), (QStringList { u"/Sales"_s, u"carl"_s }));
     QCOMPARE(column(model, 2), (QStringList { u"读/写"_s, u"只读"_s }));
     QCOMPARE(documentState(doc), before);
 
@@ -267,6 +270,69 @@ void TestFileBoxEditing::folderRightsModel()
     QCOMPARE(model.rowCount(), 0);
     doc.undoStack()->undo();
     QCOMPARE(model.rowCount(), 2);
+}
+
+void TestFileBoxEditing::severalRightsInOneStep()
+{
+    Document d;
+    CVelmarManagerDoc &doc = d.doc;
+    const QStringList before = documentState(doc);
+    FileBoxEditor editor(doc);
+    using Owner = FileBoxEditor::Owner;
+
+    // carl keeps his right, 77 is no group, anna comes twice: two are added.
+    EditResult result = editor.addRights(1,
+        { Owner { true, 20 }, Owner { false, 1 }, Owner { false, 3 }, Owner { true, 77 },
+            Owner { false, 1 } },
+        2);
+    QVERIFY(result.ok());
+    QCOMPARE(result.applied, 2);
+    QCOMPARE(result.skipped, 3);
+    QCOMPARE(doc.journal(), QStringList { u"添加 2 项权限到 share\\docs"_s });
+    QCOMPARE(rightsLines(doc),
+        (QStringList { u"g 1 10 2"_s, u"g 2 50 1"_s, u"g 1 20 2"_s, u"m 1 3 1"_s, u"m 2 1 2"_s,
+            u"m 1 1 2"_s }));
+    result = editor.addRights(1, { Owner { true, 77 }, Owner { false, 3 } }, 1);
+    QCOMPARE(result.refusal->text, u"类别不存在."_s);
+    QVERIFY(!editor.addRights(1, { Owner { false, 3 } }, 1).ok());
+    QCOMPARE(editor.addRights(1, { Owner { false, 2 } }, 0).refusal->text, u"权限无效."_s);
+    QCOMPARE(editor.addRights(9, { Owner { false, 2 } }, 1).refusal->text, u"文件夹不存在."_s);
+
+    result = editor.removeRights(1, { Owner { true, 10 }, Owner { false, 1 }, Owner { false, 2 } });
+    QCOMPARE(result.applied, 2);
+    QCOMPARE(doc.undoStack()->count(), 2);
+    QCOMPARE(rightsLines(doc),
+        (QStringList { u"g 2 50 1"_s, u"g 1 20 2"_s, u"m 1 3 1"_s, u"m 2 1 2"_s }));
+    QVERIFY(!editor.removeRights(1, { Owner { false, 2 } }).ok());
+
+    doc.undoStack()->setIndex(0);
+    QCOMPARE(documentState(doc), before);
+}
+
+void TestFileBoxEditing::rightsOfVanishedOwners()
+{
+    // Rights the tables hold for a group and a member that are gone.
+    ServerDataSet data = sampleServerData();
+    data.fileBox.setGroupRight(77, 1, 1);
+    data.fileBox.setMemberRight(88, 1, 2);
+    CVelmarManagerDoc doc;
+    doc.adopt(std::move(data), CVelmarManagerDoc::LoadState::Complete);
+    FolderRightsModel model(doc);
+    model.setFolder(1);
+    QCOMPARE(column(model, 0),
+        (QStringList { u"/Sales"_s, u"(已删除的类别 77)"_s, u"carl"_s, u"(已删除的用户 88)"_s }));
+    QCOMPARE(column(model, FolderRightsModel::MemberNameColumn),
+        (QStringList { QString(), QString(), u"Carl"_s, QString() }));
+    QVERIFY(!model.index(0, 0).data(FolderRightsModel::MissingRole).toBool());
+    QVERIFY(model.index(1, 0).data(FolderRightsModel::MissingRole).toBool());
+    QVERIFY(model.index(3, 0).data(FolderRightsModel::MissingRole).toBool());
+
+    // They can be taken away, not changed.
+    FileBoxEditor editor(doc);
+    QCOMPARE(editor.setGroupRight(77, 1, 2).refusal->text, u"类别不存在."_s);
+    QVERIFY(editor.setGroupRight(77, 1, 0).ok());
+    QVERIFY(editor.removeRights(1, { FileBoxEditor::Owner { false, 88 } }).ok());
+    QCOMPARE(column(model, 0), (QStringList { u"/Sales"_s, u"carl"_s }));
 }
 
 QTEST_GUILESS_MAIN(TestFileBoxEditing)

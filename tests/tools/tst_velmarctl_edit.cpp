@@ -139,6 +139,7 @@ private Q_SLOTS:
     void refusedLine();
     void refusedSave();
     void oneLineForms();
+    void access();
 };
 
 void TestVelmarCtlEdit::script()
@@ -353,6 +354,32 @@ void TestVelmarCtlEdit::oneLineForms()
     run = velmarctl(QStringList { u"place"_s, u"/HQ"_s, u"nobody"_s } + dirArguments(dir));
     QCOMPARE(run.exitCode, 1);
     QCOMPARE(run.err, u"line 1: no member with the user ID nobody\n"_s);
+}
+
+void TestVelmarCtlEdit::access()
+{
+    // Sales and bert on share; a right of a group that no longer exists.
+    SERVER(dir, db);
+    QVERIFY(db.execAll({
+        u"INSERT INTO GroupAuthority (OFolderID, OGroupID, Authority) VALUES (1,10,'W')"_s,
+        u"INSERT INTO GroupAuthority (OFolderID, OGroupID, Authority) VALUES (1,77,'R')"_s,
+        u"INSERT INTO UserAuthority (OFolderID, OMemberID, Authority) VALUES (1,2,'R')"_s,
+    }));
+    CtlRun run = velmarctl(QStringList { u"access"_s, u"member"_s, u"bert"_s } + dirArguments(dir));
+    QVERIFY2(run.exitCode == 0, qPrintable(run.err));
+    QCOMPARE(run.outText(), u"share\t只读\t本人权限\nshare\t读/写\t类别 /Sales\n"_s);
+    run = velmarctl(QStringList { u"access"_s, u"folder"_s, u"share"_s, u"--format"_s, u"json"_s }
+        + dirArguments(dir));
+    QVERIFY2(run.exitCode == 0, qPrintable(run.err));
+    QCOMPARE(run.outText(),
+        u"[\"bert\",\"Bert\",\"只读\",\"本人权限\"]\n"
+        "[\"anna\",\"Anna\",\"读/写\",\"类别 /Sales\"]\n"
+        "[\"bert\",\"Bert\",\"读/写\",\"类别 /Sales\"]\n"_s);
+    run = velmarctl(QStringList { u"access"_s, u"member"_s, u"nobody"_s } + dirArguments(dir));
+    QCOMPARE(run.exitCode, 7);
+    QCOMPARE(run.err, u"velmarctl: no member has the user ID nobody\n"_s);
+    run = velmarctl(QStringList { u"access"_s, u"group"_s, u"x"_s } + dirArguments(dir));
+    QCOMPARE(run.exitCode, 2);
 }
 
 QTEST_GUILESS_MAIN(TestVelmarCtlEdit)

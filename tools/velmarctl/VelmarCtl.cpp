@@ -1,5 +1,6 @@
 #include "VelmarCtl.h"
 
+#include "AccessCommand.h"
 #include "ConnectionStringMask.h"
 #include "ConsoleMessageService.h"
 #include "CReadDBThread.h"
@@ -196,14 +197,18 @@ bool VelmarCtl::parse(
         "  logs chat|system|user --from DATETIME --to DATETIME\n"
         "           print the rows the log view lists for that period, one per line\n"
         "           (DATETIME: YYYY-MM-DDTHH:MM:SS or 'YYYY-MM-DD HH:MM:SS')\n"
+        "  access member USERID | access folder PATH\n"
+        "           print the rights that reach a member (folder, right, origin) or the\n"
+        "           members a folder's rights reach (user ID, name, right, origin), as\n"
+        "           the file box's access overview shows them\n"
         "  services status|start|stop\n"
         "           print each daemon's state, or start or stop the server's daemons in\n"
         "           the console's orders and print each step\n"
         "  notify PORT [--code N]\n"
         "           send the 32-byte change notification to 127.0.0.1:PORT"_s);
     parser.addPositionalArgument(u"command"_s,
-        u"load, resave, recover, edit [FILE], an edit command, logs, services status|start|stop "
-        "or notify PORT"_s);
+        u"load, resave, recover, edit [FILE], an edit command, logs, access, "
+        "services status|start|stop or notify PORT"_s);
     const QCommandLineOption serverDir(
         u"server-dir"_s, u"The server folder (Serverinfo.ini, VelmarDB.mdb)."_s, u"dir"_s);
     const QCommandLineOption registryDir(
@@ -224,7 +229,7 @@ bool VelmarCtl::parse(
     const QCommandLineOption oldestFirst(
         u"oldest-first"_s, u"logs: keep the reading order instead of newest first."_s);
     const QCommandLineOption format(
-        u"format"_s, u"logs: tsv (default) or json (one array per line)."_s, u"format"_s);
+        u"format"_s, u"logs, access: tsv (default) or json (one array per line)."_s, u"format"_s);
     const QCommandLineOption code(
         u"code"_s, u"notify: the code at bytes 18-19 (default 0x0DAC)."_s, u"n"_s);
     const QCommandLineOption help = parser.addHelpOption();
@@ -284,7 +289,30 @@ bool VelmarCtl::parse(
         return true;
     }
     static const QStringList commands { u"load"_s, u"resave"_s, u"recover"_s };
-    if (positional.value(0) == u"logs"_s) {
+    const auto readFormat = [&](auto &target, auto tsv, auto json) {
+        const QString formatText = parser.value(format);
+        if (formatText.isEmpty() || formatText == u"tsv"_s) {
+            target = tsv;
+        } else if (formatText == u"json"_s) {
+            target = json;
+        } else {
+            message = u"--format is tsv or json"_s;
+            return false;
+        }
+        return true;
+    };
+    if (positional.value(0) == u"access"_s) {
+        if (positional.size() != 3
+            || (positional.at(1) != u"member"_s && positional.at(1) != u"folder"_s)) {
+            message = u"expected access member USERID or access folder PATH"_s;
+            return false;
+        }
+        options.access.folder = positional.at(1) == u"folder"_s;
+        options.access.subject = positional.at(2);
+        if (!readFormat(
+                options.access.format, AccessCommand::Format::Tsv, AccessCommand::Format::Json))
+            return false;
+    } else if (positional.value(0) == u"logs"_s) {
         if (positional.size() != 2
             || !LogsCommand::parseKind(positional.at(1), options.logs.kind)) {
             message = u"expected logs chat, logs system or logs user"_s;
@@ -297,18 +325,11 @@ bool VelmarCtl::parse(
             return false;
         }
         options.logs.filter.newestFirst = !parser.isSet(oldestFirst);
-        const QString formatText = parser.value(format);
-        if (formatText.isEmpty() || formatText == u"tsv"_s) {
-            options.logs.format = LogsCommand::Format::Tsv;
-        } else if (formatText == u"json"_s) {
-            options.logs.format = LogsCommand::Format::Json;
-        } else {
-            message = u"--format is tsv or json"_s;
+        if (!readFormat(options.logs.format, LogsCommand::Format::Tsv, LogsCommand::Format::Json))
             return false;
-        }
     } else if (positional.size() != 1 || !commands.contains(positional.first())) {
         message = u"expected one command: load, resave, recover, edit, an edit command, logs, "
-                  "services or notify\n\n"_s
+                  "access, services or notify\n\n"_s
             + parser.helpText();
         return false;
     }
@@ -421,6 +442,15 @@ int VelmarCtl::run(const Options &options)
         ServerDataSaver saver(data, session, messages, profilePath, *hives, options.serverDir);
         saver.setCheckpoint(stopPointFromEnvironment());
         return edit(options, commands, data, saver, profilePath, timings);
+    }
+
+    if (options.command == u"access"_s) {
+        QString error;
+        if (!AccessCommand::run(options.access, data, stdout, &error)) {
+            printTo(stderr, u"velmarctl: "_s + error + u'\n');
+            return NotFound;
+        }
+        return Success;
     }
 
     QJsonObject report = ServerDataCounts::of(data);

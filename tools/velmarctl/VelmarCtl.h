@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AccessCommand.h"
 #include "EditCommand.h"
 #include "LogsCommand.h"
 
@@ -28,11 +29,13 @@ public:
         // save refused the edited data (nothing written).
         EditRefused = 1,
         SaveRefused = 2,
+        NotFound = 7, // access: no such member or folder
     };
 
     struct Options
     {
-        QString command; // "load", "resave", "recover", "edit", "logs", "services" or "notify"
+        // "load", "resave", "recover", "edit", "logs", "access", "services" or "notify"
+        QString command;
         QString servicesAction; // services: "status", "start" or "stop"
         quint16 port = 0; // notify
         quint16 code = 0x0DAC; // notify
@@ -42,6 +45,7 @@ public:
         bool timings = false; // resave: print the save's phases on standard error
         bool discard = false; // recover: drop the journal instead of finishing it
         LogsCommand::Options logs; // "logs" only
+        AccessCommand::Options access; // "access" only
         // edit: the script file (empty: standard input), or the words of a
         // one-line form ("velmarctl member add alice ...").
         QString editFile;

@@ -1,0 +1,49 @@
+#include "LoadedServer.h"
+
+#include "DbSession.h"
+#include "ServerDataFixture.h"
+#include "ServerDataSaver.h"
+
+using namespace Qt::StringLiterals;
+
+bool LoadedServer::start(const QStringList &extraStatements, QString *error)
+{
+    db = std::make_unique<TestDatabase>(TestDatabase::Backend::SqliteFile, dir.programDir());
+    if (!db->isValid() || !db->writeConnectionString(dir.hives())
+        || !db->execAll(populatedDatabase() + extraStatements)) {
+        *error = db->errorString();
+        return false;
+    }
+    const ThreadRun run = runReadThread(dir, document, messages);
+    if (run.exitResult != 1 || document.loadState() != CVelmarManagerDoc::LoadState::Complete) {
+        *error = u"the load failed: "_s + run.events.join(u", "_s);
+        return false;
+    }
+    return true;
+}
+
+bool LoadedServer::save(QString *error)
+{
+    DbSession session(dir.hives(), dir.iniPath(), dir.databasePath(), messages);
+    ServerDataSaver saver(
+        document, session, messages, dir.iniPath(), dir.hives(), dir.programDir());
+    saver.setPause([](int) {});
+    const ServerDataSaver::Result result = saver.save(true);
+    if (!result.ok()) {
+        *error = result.error.formatted() + messages.boxTexts().join(u"; "_s);
+        return false;
+    }
+    return true;
+}
+
+QStringList LoadedServer::rows(const QString &sql)
+{
+    QStringList out;
+    for (const QVariantList &row : db->rows(sql)) {
+        QStringList cells;
+        for (const QVariant &cell : row)
+            cells << (cell.isNull() ? u"NULL"_s : cell.toString());
+        out << cells.join(u'|');
+    }
+    return out;
+}

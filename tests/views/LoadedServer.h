@@ -1,0 +1,28 @@
+#pragma once
+
+#include "CVelmarManagerDoc.h"
+#include "ScriptedMessageService.h"
+#include "TempServerDir.h"
+#include "TestDatabase.h"
+
+#include <memory>
+#include <QStringList>
+
+// A server folder with a real SQLite database (the populated fixture plus
+// extra statements), loaded into a document by the console's loading worker,
+// and saved by the console's save. The save notifies the fixed ports, so the
+// tests that use it run alone.
+struct LoadedServer
+{
+    // False with the reason in error when the database or the load failed.
+    bool start(const QStringList &extraStatements, QString *error);
+    // The save command's run (asked already: confirmed); true when it wrote.
+    bool save(QString *error);
+    // Every row of a query, cells joined with "|".
+    QStringList rows(const QString &sql);
+
+    TempServerDir dir;
+    std::unique_ptr<TestDatabase> db;
+    ScriptedMessageService messages;
+    CVelmarManagerDoc document;
+};
