@@ -20,6 +20,8 @@
 #include "MemberListModel.h"
 #include "OutlookBar.h"
 #include "PermissionEditor.h"
+#include "PositionList.h"
+#include "ProfileFile.h"
 #include "SaveRecovery.h"
 #include "ServerDataSaver.h"
 #include "ServiceCommands.h"
@@ -88,6 +90,11 @@ CMainFrame::CMainFrame(const MainFrameContext &context, QWidget *parent)
 
     readBalloonHelp();
     m_folder.prepareDatabaseSettings(m_context.hives);
+    // A new default position goes to the server information file at once.
+    m_document->setDefaultPositionWriter([path = m_profilePath](qint32 positionId) {
+        ProfileFile profile(path);
+        return PositionList::writeDefaultPositionId(profile, positionId);
+    });
 
     createCommands();
     createJournal();

@@ -42,7 +42,6 @@ CAccessControlFormView::CAccessControlFormView(
     , m_tree(new QTreeView)
     , m_model(new PermissionTableModel(document, this))
     , m_grid(new FrozenGridView)
-    , m_delegate(new PermissionCellDelegate(this))
 {
     setObjectName(u"accessControlView"_s);
     setAccessibleName(u"权限管理"_s);
@@ -82,7 +81,12 @@ CAccessControlFormView::CAccessControlFormView(
     m_grid->setObjectName(u"permissionGrid"_s);
     m_grid->setAccessibleName(u"权限"_s);
     m_grid->setModel(m_model);
-    m_grid->setCellDelegate(m_delegate);
+    for (QTableView *view : m_grid->allViews()) {
+        auto *delegate = new PermissionCellDelegate(view);
+        view->setItemDelegate(delegate);
+        connect(
+            delegate, &PermissionCellDelegate::edited, this, &CAccessControlFormView::cellEdited);
+    }
     m_grid->setRowHeight(m_grid->fontMetrics().height() + 8);
     m_grid->setFrozen(1, 2);
     m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
@@ -91,7 +95,6 @@ CAccessControlFormView::CAccessControlFormView(
         | QAbstractItemView::AnyKeyPressed);
     m_grid->setWordWrap(false);
     m_grid->horizontalHeader()->setHighlightSections(false);
-    connect(m_delegate, &PermissionCellDelegate::edited, this, &CAccessControlFormView::cellEdited);
     for (QTableView *view : { static_cast<QTableView *>(m_grid), m_grid->frozenColumnsView() }) {
         view->setContextMenuPolicy(Qt::CustomContextMenu);
         connect(view, &QWidget::customContextMenuRequested, this, [this, view](const QPoint &pos) {

@@ -56,6 +56,5 @@ private:
     QTreeView *m_tree;
     PermissionTableModel *m_model;
     FrozenGridView *m_grid;
-    PermissionCellDelegate *m_delegate;
     QList<QAction *> m_popupActions;
 };

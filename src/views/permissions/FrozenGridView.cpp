@@ -93,10 +93,9 @@ void FrozenGridView::setFrozen(int rows, int columns)
     placeOverlays();
 }
 
-void FrozenGridView::setCellDelegate(QAbstractItemDelegate *delegate)
+QList<QTableView *> FrozenGridView::allViews() const
 {
-    for (QTableView *view : { static_cast<QTableView *>(this), m_top, m_left, m_corner })
-        view->setItemDelegate(delegate);
+    return { const_cast<FrozenGridView *>(this), m_top, m_left, m_corner };
 }
 
 void FrozenGridView::setRowHeight(int height)

@@ -19,8 +19,9 @@ public:
     void setModel(QAbstractItemModel *model) override;
     void setSelectionModel(QItemSelectionModel *selectionModel) override;
     void setFrozen(int rows, int columns);
-    // The delegate of every cell, in the grid and in the fixed parts.
-    void setCellDelegate(QAbstractItemDelegate *delegate);
+    // The grid and its fixed parts, each of which needs a delegate of its
+    // own (a delegate's editor signals go to every view it serves).
+    QList<QTableView *> allViews() const;
     void setRowHeight(int height);
 
     QTableView *frozenRowsView() const { return m_top; }
