@@ -80,6 +80,10 @@ CAccessControlFormView::CAccessControlFormView(
 
     m_grid->setObjectName(u"permissionGrid"_s);
     m_grid->setAccessibleName(u"权限"_s);
+    // The fixed parts by what they show.
+    m_grid->frozenRowsView()->setAccessibleName(u"Check all"_s);
+    m_grid->frozenColumnsView()->setAccessibleName(u"用户ID"_s);
+    m_grid->frozenCornerView()->setAccessibleName(u"用户ID 姓名"_s);
     m_grid->setModel(m_model);
     for (QTableView *view : m_grid->allViews()) {
         auto *delegate = new PermissionCellDelegate(view);

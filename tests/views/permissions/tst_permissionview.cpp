@@ -15,6 +15,7 @@
 #include "PermissionTableModel.h"
 #include "ViewIds.h"
 
+#include <QAccessible>
 #include <QAction>
 #include <QApplication>
 #include <QHeaderView>
@@ -145,6 +146,11 @@ void PermissionViewTest::layoutAndDefaultRecords()
             u"dora:11111110::"_s, u"gina:11111110::"_s }));
     QVERIFY(m_f->frame().document().permissions().token(3));
     QVERIFY(!m_f->frame().document().isModified());
+    // Check boxes tell assistive tools their state.
+    QAccessibleInterface *table = QAccessible::queryAccessibleInterface(grid());
+    QVERIFY(table && table->tableInterface());
+    const QAccessible::State bert = table->tableInterface()->cellAt(2, 3)->state();
+    QVERIFY(bert.checkable && !bert.checked);
     QCOMPARE(view()->groupTree()->accessibleName(), u"类别"_s);
     QCOMPARE(grid()->accessibleName(), u"权限"_s);
 }

@@ -37,6 +37,7 @@ private Q_SLOTS:
     void treePopupsAndLabelEditing();
     void deletionAndDefault();
     void gridPopupAndDropDownThenSave();
+    void emptyListShowsTip();
 
 private:
     CPositionFormView *view() const
@@ -247,6 +248,17 @@ void PositionViewTest::gridPopupAndDropDownThenSave()
                        "r.Position"_s),
         relations);
     QVERIFY(m_f->fixture.dir.readFile(u"Serverinfo.ini"_s).contains("DefaultPositionID=2"));
+}
+
+void PositionViewTest::emptyListShowsTip()
+{
+    CVelmarManagerDoc empty;
+    ScriptedMessageService messages;
+    CPositionFormView bare(empty, messages);
+    bare.show();
+    QCOMPARE(messages.balloonTexts(), QStringList({ u"按右边的按钮，增加等级."_s }));
+    QCOMPARE(messages.balloons().first().title, u"Tip!"_s);
+    QCOMPARE(messages.balloons().first().icon, MessageService::Icon::Question);
 }
 
 QTEST_MAIN(PositionViewTest)
