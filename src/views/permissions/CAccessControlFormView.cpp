@@ -164,8 +164,18 @@ void CAccessControlFormView::selectRoot()
         m_tree->setCurrentIndex(root);
 }
 
+void CAccessControlFormView::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    if (m_fillPending)
+        showSelectedGroup();
+}
+
 void CAccessControlFormView::showSelectedGroup()
 {
+    m_fillPending = !isVisible();
+    if (m_fillPending)
+        return;
     const GroupTreeModel *treeModel = m_document.directory()->regularTree();
     const DirectoryNode *node = treeModel->nodeForIndex(m_tree->currentIndex());
     if (!node)

@@ -45,6 +45,9 @@ public Q_SLOTS:
 Q_SIGNALS:
     void memberSelectionChanged(bool anySelected);
 
+protected:
+    void showEvent(QShowEvent *event) override;
+
 private:
     void showSelectedGroup();
     void selectRoot();
@@ -57,4 +60,7 @@ private:
     PermissionTableModel *m_model;
     FrozenGridView *m_grid;
     QList<QAction *> m_popupActions;
+    // Filling gives the members shown their default records, so the grid is
+    // filled when it is on screen, not for a view nobody opened.
+    bool m_fillPending = false;
 };
