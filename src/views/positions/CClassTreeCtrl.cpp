@@ -111,7 +111,11 @@ void CClassTreeCtrl::contextMenuEvent(QContextMenuEvent *event)
         return;
     QMenu *menu = createPopupMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    menu->popup(event->globalPos());
+    // From the keyboard the menu opens at the selected node.
+    const QPoint where = event->reason() == QContextMenuEvent::Mouse
+        ? event->globalPos()
+        : viewport()->mapToGlobal(visualRect(currentIndex()).center());
+    menu->popup(where);
 }
 
 void CClassTreeCtrl::keyPressEvent(QKeyEvent *event)
