@@ -65,6 +65,13 @@ bool LoadedFrame::open(QString *error)
         *error = db->errorString();
         return false;
     }
+    return reopen(error);
+}
+
+bool LoadedFrame::reopen(QString *error)
+{
+    fixture.frame.reset();
+    fixture.messages.clear();
     MainFrameContext context = fixture.context();
     context.loadServerData = true;
     fixture.frame = std::make_unique<CMainFrame>(context);

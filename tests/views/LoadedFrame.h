@@ -30,6 +30,8 @@ struct LoadedFrame
     ScriptedMessageService &messages() { return fixture.messages; }
     // The save command, as the menu runs it; true when nothing is left to save.
     bool save();
+    // A new main window on the same folder, loaded (the console started again).
+    bool reopen(QString *error);
     // Rows of a table as "a|b|c" lines.
     QStringList rows(const QString &sql);
 };

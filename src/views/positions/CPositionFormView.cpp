@@ -133,7 +133,8 @@ QMenu *CPositionFormView::createGridMenu(QWidget *parent)
     };
     add(u"无等级"_s, 200);
     const QList<Position> &positions = m_document.positions()->list().positions;
-    for (int k = 0; k < positions.size(); ++k)
+    // Commands 201 to 299: the first 99 positions.
+    for (int k = 0; k < positions.size() && k < 99; ++k)
         add(positions.at(k).name, 201 + k);
     return menu;
 }

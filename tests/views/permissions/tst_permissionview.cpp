@@ -240,6 +240,13 @@ void PermissionViewTest::followsDocumentThenSave()
     for (const QString &voipId : { u"v100"_s, u"v101"_s, u"v102"_s })
         pool << u"%1|%2"_s.arg(voipId).arg(holders.value(voipId, 0));
     QCOMPARE(m_f->rows(u"SELECT VOIP_ID, OMemberID FROM VoipNumberList ORDER BY VOIP_ID"_s), pool);
+
+    // Started again, the view shows what it showed.
+    const QStringList shown = gridRows();
+    QString error;
+    QVERIFY2(m_f->reopen(&error), qPrintable(error));
+    QVERIFY(m_f->frame().showView(ViewId::AccessControl));
+    QCOMPARE(gridRows(), shown);
 }
 
 QTEST_MAIN(PermissionViewTest)

@@ -248,6 +248,15 @@ void PositionViewTest::gridPopupAndDropDownThenSave()
                        "r.Position"_s),
         relations);
     QVERIFY(m_f->fixture.dir.readFile(u"Serverinfo.ini"_s).contains("DefaultPositionID=2"));
+
+    // Started again, the view shows what it showed.
+    const QStringList tree = treeTexts();
+    const QStringList rows = gridRows();
+    QString error;
+    QVERIFY2(m_f->reopen(&error), qPrintable(error));
+    QVERIFY(m_f->frame().showView(ViewId::Position));
+    QCOMPARE(treeTexts(), tree);
+    QCOMPARE(gridRows(), rows);
 }
 
 void PositionViewTest::emptyListShowsTip()
