@@ -1,15 +1,18 @@
 #include "CMainFrame.h"
 
 #include "CAboutDlg.h"
+#include "CAccessControlFormView.h"
 #include "CAdminLoginDlg.h"
 #include "CAdmSetupPasswordDlg.h"
 #include "CFileBoxFormView.h"
+#include "CClassTreeCtrl.h"
 #include "CLogManagerChatLogFormView.h"
 #include "CLogManagerSysLogFormView.h"
 #include "CLogManagerUserLogFormView.h"
 #include "CMainFormView.h"
 #include "CNoticeFormView.h"
 #include "CommandIds.h"
+#include "CPositionFormView.h"
 #include "CProgressDlg.h"
 #include "CReadDBThread.h"
 #include "CRegistry.h"
@@ -22,6 +25,8 @@
 #include "NoticeBoard.h"
 #include "OutlookBar.h"
 #include "PermissionEditor.h"
+#include "PositionList.h"
+#include "ProfileFile.h"
 #include "SaveRecovery.h"
 #include "ServerDataSaver.h"
 #include "ServiceCommands.h"
@@ -105,6 +110,11 @@ CMainFrame::CMainFrame(const MainFrameContext &context, QWidget *parent)
 
     readBalloonHelp();
     m_folder.prepareDatabaseSettings(m_context.hives);
+    // A new default position goes to the server information file at once.
+    m_document->setDefaultPositionWriter([path = m_profilePath](qint32 positionId) {
+        ProfileFile profile(path);
+        return PositionList::writeDefaultPositionId(profile, positionId);
+    });
 
     createCommands();
     createJournal();
@@ -356,8 +366,12 @@ void CMainFrame::createCentralArea()
     addView(ViewId::Home, u"服务器管理"_s, u"快速导航"_s, m_dashboard,
         style()->standardIcon(QStyle::SP_ComputerIcon));
     for (const ViewPlaceholder &placeholder : viewPlaceholders()) {
-        m_outlookBar->addItem(placeholder.group, placeholder.id, placeholder.caption,
-            style()->standardIcon(placeholder.icon), false);
+        const QIcon icon = style()->standardIcon(placeholder.icon);
+        if (QWidget *view = createEditView(placeholder.id))
+            addView(placeholder.id, placeholder.group, placeholder.caption, view, icon);
+        else
+            m_outlookBar->addItem(
+                placeholder.group, placeholder.id, placeholder.caption, icon, false);
     }
     const auto openFolder
         = [](const QString &folder) { QDesktopServices::openUrl(QUrl::fromLocalFile(folder)); };
@@ -385,6 +399,54 @@ void CMainFrame::createCentralArea()
         style()->standardIcon(QStyle::SP_DriveNetIcon));
     connect(m_outlookBar, &OutlookBar::viewSelected, this, &CMainFrame::showView);
     showView(ViewId::Home);
+}
+
+QWidget *CMainFrame::createEditView(int viewId)
+{
+    using namespace CommandId;
+    switch (viewId) {
+    case ViewId::Position: {
+        auto *view = new CPositionFormView(*m_document, m_context.messages);
+        CClassTreeCtrl *tree = view->tree();
+        // "添加 等级" is always there; rename and delete need a position
+        // selected in the view on screen.
+        QAction *add = commandAction(AddRank);
+        add->setEnabled(true);
+        connect(add, &QAction::triggered, this, [this, tree] {
+            showView(ViewId::Position);
+            tree->addPosition();
+        });
+        connect(
+            commandAction(RenameRank), &QAction::triggered, tree, &CClassTreeCtrl::renameSelected);
+        connect(
+            commandAction(DeleteRank), &QAction::triggered, tree, &CClassTreeCtrl::deleteSelected);
+        auto update = [this, tree] {
+            const bool enabled = m_currentView == ViewId::Position && tree->selectedRow() >= 0;
+            commandAction(RenameRank)->setEnabled(enabled);
+            commandAction(DeleteRank)->setEnabled(enabled);
+        };
+        connect(tree, &CClassTreeCtrl::positionSelectedChanged, this, update);
+        connect(this, &CMainFrame::viewChanged, this, update);
+        return view;
+    }
+    case ViewId::AccessControl: {
+        auto *view = new CAccessControlFormView(*m_document, m_context.messages);
+        QAction *remove = commandAction(DeletePermission);
+        view->setPopupActions({ remove, commandAction(AssignPhoneNumbers) });
+        connect(
+            remove, &QAction::triggered, view, &CAccessControlFormView::deleteSelectedPermissions);
+        auto update = [this, view] {
+            commandAction(DeletePermission)
+                ->setEnabled(
+                    m_currentView == ViewId::AccessControl && !view->selectedMembers().isEmpty());
+        };
+        connect(view, &CAccessControlFormView::memberSelectionChanged, this, update);
+        connect(this, &CMainFrame::viewChanged, this, update);
+        return view;
+    }
+    default:
+        return nullptr;
+    }
 }
 
 void CMainFrame::createLogViews()

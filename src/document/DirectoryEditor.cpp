@@ -587,13 +587,8 @@ EditResult DirectoryEditor::deletePosition(int row)
 {
     PositionListModel *positions = m_document.m_positions;
     const PositionList &list = positions->list();
-    if (row < 0 || row >= list.count())
-        return EditResult::refusedSilently();
-    // Id 1 is the permanent default whatever the configured default is.
-    if (list.positions.at(row).id == 1)
-        return EditResult::refused(EditRefusal::message(u"不能删除选择的默认的职务."_s, true));
-    if (list.count() == 1)
-        return EditResult::refused(EditRefusal::message(u"默认的职务至少1个以上."_s, true));
+    if (std::optional<EditRefusal> refusal = deletePositionRefusal(row))
+        return EditResult::refused(std::move(*refusal));
     Directory *dir = m_document.m_directory;
     const Position removed = list.positions.at(row);
     // The position grid moves the memberships that held it to position 1
@@ -618,6 +613,19 @@ EditResult DirectoryEditor::deletePosition(int row)
             dir->refreshMembershipLabels();
         });
     return EditResult::done(removed.id);
+}
+
+std::optional<EditRefusal> DirectoryEditor::deletePositionRefusal(int row) const
+{
+    const PositionList &list = m_document.m_positions->list();
+    if (row < 0 || row >= list.count())
+        return EditRefusal {};
+    // Id 1 is the permanent default whatever the configured default is.
+    if (list.positions.at(row).id == 1)
+        return EditRefusal::message(u"不能删除选择的默认的职务."_s, true);
+    if (list.count() == 1)
+        return EditRefusal::message(u"默认的职务至少1个以上."_s, true);
+    return std::nullopt;
 }
 
 EditResult DirectoryEditor::movePosition(int row, int delta)

@@ -73,6 +73,9 @@ public:
     EditResult addPosition(const std::optional<QString> &name = std::nullopt);
     EditResult renamePosition(int row, const QString &name);
     EditResult deletePosition(int row);
+    // Why deletePosition(row) would be refused, asked before the deletion is
+    // confirmed; nothing when it would go ahead.
+    std::optional<EditRefusal> deletePositionRefusal(int row) const;
     EditResult movePosition(int row, int delta);
     // -1: none. Written to the server information file at once (through the
     // document's default-position writer), and written back on undo.

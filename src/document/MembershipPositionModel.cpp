@@ -32,10 +32,20 @@ MembershipPositionModel::MembershipPositionModel(CVelmarManagerDoc &document, QO
 
 void MembershipPositionModel::rebuild()
 {
-    beginResetModel();
-    m_rows.clear();
+    std::vector<const DirectoryNode *> rows;
+    rows.reserve(m_rows.size());
     m_document.directory()->treeData(false).forEachMembership(
-        [this](const DirectoryNode *membership) { m_rows.push_back(membership); });
+        [&rows](const DirectoryNode *membership) { rows.push_back(membership); });
+    // Most steps change positions or names, not the memberships: the rows
+    // are then only repainted, and the grid keeps its selection, its place
+    // and an open drop-down.
+    if (rows == m_rows) {
+        if (!m_rows.empty())
+            Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, ColumnCount - 1));
+        return;
+    }
+    beginResetModel();
+    m_rows = std::move(rows);
     endResetModel();
 }
 

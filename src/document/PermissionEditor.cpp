@@ -212,6 +212,45 @@ EditResult PermissionEditor::assignTelephony()
     return EditResult::done(-1, applied, skipped);
 }
 
+EditResult PermissionEditor::removePermissions(const QList<qint32> &memberIds)
+{
+    const Directory &directory = *m_document.m_directory;
+    const AccessTokenTable &table = m_document.m_permissions;
+    const VoipAccountPool &pool = m_document.m_voipPool;
+    QList<qint32> removed;
+    QSet<qint32> seen;
+    int skipped = 0;
+    auto before = std::make_shared<PermissionsBefore>();
+    for (const qint32 id : memberIds) {
+        if (!directory.findMember(id)) {
+            ++skipped;
+            continue;
+        }
+        if (seen.contains(id))
+            continue;
+        seen.insert(id);
+        removed.append(id);
+        before->records.emplace_back(id, table.recordsOf(id));
+        for (const int index : pool.accountsOf(id))
+            before->holders.emplace_back(index, id);
+    }
+    if (removed.isEmpty())
+        return EditResult::done(-1, 0, skipped);
+
+    CVelmarManagerDoc *doc = &m_document;
+    m_document.push(
+        u"删除 %1 个用户的权限"_s.arg(removed.size()),
+        [doc, removed] {
+            for (const qint32 id : removed) {
+                doc->m_permissions.removeMemberPermissions(id);
+                doc->m_permissions.removeMemberVoipAccount(id);
+                doc->m_voipPool.releaseMember(id);
+            }
+        },
+        [doc, before] { before->restore(doc->m_permissions, doc->m_voipPool); });
+    return EditResult::done(-1, int(removed.size()), skipped);
+}
+
 void PermissionEditor::ensureRecords(const QList<qint32> &memberIds)
 {
     for (const qint32 id : memberIds)

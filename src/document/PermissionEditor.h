@@ -41,6 +41,10 @@ public:
     // held by the member. One step; applied counts the members served,
     // skipped those left without an account because the pool ran dry.
     EditResult assignTelephony();
+    // "删除 权限": the members' permission and VoIP records are erased and the
+    // pool accounts they hold set free, as one step. Shown again, a member
+    // gets the default records. Ids the directory does not hold are skipped.
+    EditResult removePermissions(const QList<qint32> &memberIds);
 
     // Showing members in the grid gives each the default records it lacks.
     // Not an edit: no step, and the table's modified flag stays as it is.

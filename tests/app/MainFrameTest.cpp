@@ -170,7 +170,7 @@ void MainFrameTest::commandTable_data()
     row(32786, edit, u"删除 类别(&D)"_s, false);
     row(32787, edit, u"添加 用户(&U)"_s, false);
     row(32788, edit, u"删除 用户(&R)"_s, false);
-    row(32789, edit, u"添加 等级(&A)"_s, false);
+    row(32789, edit, u"添加 等级(&A)"_s, true);
     row(32790, edit, u"修改 等级(&M)"_s, false);
     row(32791, edit, u"删除 等级(&D)"_s, false);
     row(32792, edit, u"删除 权限(&D)"_s, false);
@@ -278,12 +278,15 @@ void MainFrameTest::viewsSwitchInPane()
     QVERIFY(bar->groupCaptions().contains(u"BOX编辑"_s));
     QVERIFY(bar->groupCaptions().contains(u"日志管理"_s));
     // Views still to come are greyed place holders without a view.
-    for (int id : { ViewId::Organize, ViewId::Position, ViewId::AccessControl }) {
+    for (int id : { ViewId::Organize }) {
         QVERIFY(bar->hasItem(id));
         QVERIFY(!bar->isItemEnabled(id));
         QVERIFY(!frame.view(id));
         QVERIFY(!frame.showView(id));
     }
+    QCOMPARE(frame.view(ViewId::Position)->objectName(), u"positionView"_s);
+    QCOMPARE(frame.view(ViewId::AccessControl)->objectName(), u"accessControlView"_s);
+    QVERIFY(bar->isItemEnabled(ViewId::Position) && bar->isItemEnabled(ViewId::AccessControl));
     // The three log views are there from the start, in their group, before
     // the log settings.
     QCOMPARE(bar->itemIds(u"日志管理"_s),

@@ -66,6 +66,7 @@ private Q_SLOTS:
     void gridShowsDefaultsWithoutModifying();
     void checkAllCoversDirectMembersOnly();
     void voipEditMovesPoolHolder();
+    void removePermissionsFreesPoolAndUndoes();
     void assignTelephonyServesUntilPoolRunsDry();
     void assignTelephonyTakesGuestsAfterMembers();
     void gridFollowsUndoAndReload();
@@ -266,6 +267,26 @@ void TestPermissionEditing::checkAllCoversDirectMembersOnly()
     QVERIFY(model.setData(model.index(1, 4), Qt::Checked, Qt::CheckStateRole));
     QCOMPARE(flags(doc, 2), u"10111010"_s);
     QCOMPARE(model.index(1, 2).data(Qt::CheckStateRole).toInt(), int(Qt::Checked));
+}
+
+void TestPermissionEditing::removePermissionsFreesPoolAndUndoes()
+{
+    Document d;
+    CVelmarManagerDoc &doc = d.doc;
+    const QStringList before = documentState(doc);
+    // anna (1) holds v100; gina (4) v101; 99 is no member.
+    const EditResult result = PermissionEditor(doc).removePermissions({ 1, 4, 1, 99 });
+    QCOMPARE(result.applied, 2);
+    QCOMPARE(result.skipped, 1);
+    QVERIFY(!doc.permissions().token(1) && !doc.permissions().voipAccount(4));
+    QCOMPARE(holders(doc), (QList<qint32> { 0, 0, 0, 0, 0, 0 }));
+    QVERIFY(doc.permissions().isModified());
+    QCOMPARE(doc.journal().size(), 1);
+    const QStringList after = documentState(doc);
+    doc.undoStack()->undo();
+    QCOMPARE(documentState(doc), before);
+    doc.undoStack()->redo();
+    QCOMPARE(documentState(doc), after);
 }
 
 void TestPermissionEditing::voipEditMovesPoolHolder()

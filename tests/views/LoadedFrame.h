@@ -1,0 +1,47 @@
+#pragma once
+
+#include "AppTestSupport.h"
+#include "TestDatabase.h"
+
+#include <memory>
+#include <QStringList>
+
+class QMenu;
+class QAbstractItemView;
+
+// A main window that has loaded a real SQLite server database:
+//
+//   Member: anna(1) bert(2) carl(3) dora(4); guest gina(5)
+//   tree: Sales(10) { anna 经理, East(11) { bert 职员 }, carl (none) }, HQ(20) { dora 总监 }
+//   Rank: 1 职员, 2 经理, 3 总监; DefaultPositionID 2
+//   AccessToken: anna 11111111, bert 10100000, dora 11111110 (carl and gina none)
+//   VoipInfo: anna v100/p100; VoipNumberList: v100 (anna), v101, v102 (free)
+//
+// The save notifies the fixed ports; what arrives there is the frame's
+// tests' business, so nothing listens here.
+struct LoadedFrame
+{
+    FrameFixture fixture;
+    std::unique_ptr<TestDatabase> db;
+
+    // False with the reason in error when the database or the load failed.
+    bool open(QString *error);
+    CMainFrame &frame() { return *fixture.frame; }
+    ScriptedMessageService &messages() { return fixture.messages; }
+    // The save command, as the menu runs it; true when nothing is left to save.
+    bool save();
+    // A new main window on the same folder, loaded (the console started again).
+    bool reopen(QString *error);
+    // Rows of a table as "a|b|c" lines.
+    QStringList rows(const QString &sql);
+};
+
+// Types text into a widget key by key, each key carrying its character
+// (CJK included), as an input method hands them over.
+void typeText(QWidget *widget, const QString &text);
+// The pop-up a view opens for a right click at pos (viewport coordinates).
+QMenu *openPopup(QAbstractItemView *view, const QPoint &pos);
+// The texts of a menu's items, separators as "-".
+QStringList menuTexts(const QMenu *menu);
+// Clicks the item of an open menu with this text; false when there is none.
+bool clickMenuItem(QMenu *menu, const QString &text);
