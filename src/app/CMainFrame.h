@@ -139,6 +139,8 @@ private:
     void createMenus();
     void createToolBar();
     void createCentralArea();
+    // The organisation view and the edit menu's commands on it.
+    void createOrganizeView();
     // The chat, system and user log views in the "日志管理" group.
     void createLogViews();
     QAction *command(int id, const QString &label, bool enabled = false);
