@@ -551,11 +551,16 @@ void COrganizeFormView::memberCreated(bool guest)
     MemberGridProxy *proxy = grid->grid();
     MemberListModel *members = proxy->members();
     // The new member is the last of its list; the caret goes to its row
-    // (the blank row moved down under it).
-    const QModelIndex created = proxy->mapFromSource(members->index(members->memberCount() - 1, 0));
-    if (created.isValid())
-        grid->selectionModel()->setCurrentIndex(
-            created, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    // (the blank row moved down under it) once the editor has closed.
+    const QPersistentModelIndex created
+        = proxy->mapFromSource(members->index(members->memberCount() - 1, 0));
+    QTimer::singleShot(0, grid, [grid, created] {
+        if (!created.isValid())
+            return;
+        const int column = grid->currentIndex().isValid() ? grid->currentIndex().column() : 0;
+        grid->selectionModel()->setCurrentIndex(created.sibling(created.row(), column),
+            QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    });
     if (!guest && members->memberCount() == 1) {
         MessageService::Balloon tip;
         tip.title = u"Tip!"_s;
