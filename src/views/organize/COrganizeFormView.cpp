@@ -119,7 +119,7 @@ COrganizeFormView::COrganizeFormView(
         pair->addWidget(makeGridPane(guest, guest ? u"论坛用户列表"_s : u"会员列表"_s));
         pair->setStretchFactor(0, 0);
         pair->setStretchFactor(1, 1);
-        pair->setSizes({ 220, 700 });
+        pair->setSizes({ 270, 650 });
         m_rows->addWidget(pair);
     }
     m_rows->setSizes({ 600, 300 });

@@ -29,8 +29,9 @@ OrganizeTreeView::OrganizeTreeView(GroupTreeModel *tree, const QString &title, Q
     // drop never lands between two nodes.
     setDropIndicatorShown(false);
     setAutoExpandDelay(700);
-    expand(tree->rootIndex());
-    connect(tree, &QAbstractItemModel::modelReset, this, [this] { expand(m_tree->rootIndex()); });
+    // The top groups open, so that the organisation shows at a glance.
+    expandToDepth(1);
+    connect(tree, &QAbstractItemModel::modelReset, this, [this] { expandToDepth(1); });
 }
 
 QModelIndex OrganizeTreeView::selectedIndex() const
