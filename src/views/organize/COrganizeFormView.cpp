@@ -263,14 +263,14 @@ const DirectoryNode *COrganizeFormView::activeNode(bool *guest) const
     return tree(*guest)->selectedNode();
 }
 
-bool COrganizeFormView::hasSibling(bool, const DirectoryNode *node, bool previous) const
+bool COrganizeFormView::hasSibling(const DirectoryNode *node, bool previous)
 {
     if (!node || !node->parent())
         return false;
     return previous ? node->row() > 0 : node->row() + 1 < node->parent()->childCount();
 }
 
-bool COrganizeFormView::enabledOn(Command command, bool guest, const DirectoryNode *node) const
+bool COrganizeFormView::enabledOn(Command command, const DirectoryNode *node)
 {
     switch (command) {
     case Command::AddGroup:
@@ -281,10 +281,10 @@ bool COrganizeFormView::enabledOn(Command command, bool guest, const DirectoryNo
         return node && !node->isRoot();
     case Command::MoveUp:
     case Command::MoveFirst:
-        return hasSibling(guest, node, true);
+        return hasSibling(node, true);
     case Command::MoveDown:
     case Command::MoveLast:
-        return hasSibling(guest, node, false);
+        return hasSibling(node, false);
     default:
         return false;
     }
@@ -309,12 +309,12 @@ bool COrganizeFormView::isCommandEnabled(Command command) const
         const bool previous = command == Command::MoveUp || command == Command::MoveFirst;
         const DirectoryNode *regular = m_regularTree->selectedNode();
         if (regular)
-            return hasSibling(false, regular, previous);
-        return hasSibling(true, m_guestTree->selectedNode(), previous);
+            return hasSibling(regular, previous);
+        return hasSibling(m_guestTree->selectedNode(), previous);
     }
     case Command::AddGroup: {
         bool guest = false;
-        return enabledOn(command, guest, activeNode(&guest));
+        return enabledOn(command, activeNode(&guest));
     }
     case Command::AddMember:
     case Command::PositionList:
@@ -628,7 +628,7 @@ QMenu *COrganizeFormView::treeMenu(bool guest, const QModelIndex &index)
     const DirectoryNode *node = tree(guest)->tree()->nodeForIndex(index);
     auto add = [this, menu, guest, node](Command command) {
         QAction *action = menu->addAction(popupLabel(command));
-        action->setEnabled(enabledOn(command, guest, node));
+        action->setEnabled(enabledOn(command, node));
         connect(action, &QAction::triggered, this, [this, guest, command] {
             m_guestTreeActive = guest;
             runCommand(command);

@@ -103,8 +103,8 @@ private:
     void openMenu(QMenu *menu, const QPoint &globalPos);
 
     const DirectoryNode *activeNode(bool *guest) const;
-    bool hasSibling(bool guest, const DirectoryNode *node, bool previous) const;
-    bool enabledOn(Command command, bool guest, const DirectoryNode *node) const;
+    static bool hasSibling(const DirectoryNode *node, bool previous);
+    static bool enabledOn(Command command, const DirectoryNode *node);
 
     void restoreSplitters();
     void saveSplitters();

@@ -3,6 +3,57 @@
 #include "MemberListModel.h"
 #include "OrganizeIcons.h"
 
+namespace {
+
+// The text a column sorts by, read straight from the record: a sort of
+// 100,000 rows compares about two million pairs.
+const QString *sortText(const UserInfo &member, int column)
+{
+    switch (column) {
+    case MemberListModel::LoginNameColumn:
+        return &member.loginName;
+    case MemberListModel::DisplayNameColumn:
+        return &member.displayName;
+    case MemberListModel::NicknameColumn:
+        return &member.nickname;
+    case MemberListModel::PasswordColumn:
+        return &member.password;
+    case MemberListModel::EmailColumn:
+        return &member.email;
+    case MemberListModel::MobileColumn:
+        return &member.mobile;
+    case MemberListModel::OfficePhoneColumn:
+        return &member.officePhone;
+    case MemberListModel::AddressColumn:
+        return &member.address;
+    case MemberListModel::HomePhoneColumn:
+        return &member.homePhone;
+    case MemberListModel::BirthdayColumn:
+        return &member.birthday;
+    case MemberListModel::DescriptionColumn:
+        return &member.description;
+    default:
+        return nullptr;
+    }
+}
+
+// The two-entry columns sort by the text shown (set shows the first entry).
+bool sortFlag(const UserInfo &member, int column)
+{
+    switch (column) {
+    case MemberListModel::GenderColumn:
+        return member.gender != 0;
+    case MemberListModel::AdminColumn:
+        return member.bAdmin != 0;
+    case MemberListModel::SolarColumn:
+        return member.bSolar != 0;
+    default:
+        return member.bPublic != 0;
+    }
+}
+
+} // namespace
+
 MemberGridProxy::MemberGridProxy(MemberListModel *members, QObject *parent)
     : QSortFilterProxyModel(parent)
     , m_members(members)
@@ -61,8 +112,16 @@ bool MemberGridProxy::lessThan(const QModelIndex &left, const QModelIndex &right
         const bool leftBlank = left.row() == blank;
         return sortOrder() == Qt::AscendingOrder ? !leftBlank : leftBlank;
     }
-    const int order
-        = left.data(Qt::DisplayRole).toString().compare(right.data(Qt::DisplayRole).toString());
+    const UserInfo &a = m_members->member(left.row());
+    const UserInfo &b = m_members->member(right.row());
+    const int column = left.column();
+    int order = 0;
+    if (const QString *text = sortText(a, column)) {
+        order = text->compare(*sortText(b, column));
+    } else {
+        order = MemberListModel::choiceText(column, sortFlag(a, column))
+                    .compare(MemberListModel::choiceText(column, sortFlag(b, column)));
+    }
     // Equal cells keep the list order.
     return order != 0 ? order < 0 : left.row() < right.row();
 }
