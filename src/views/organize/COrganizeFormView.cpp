@@ -135,7 +135,6 @@ COrganizeFormView::COrganizeFormView(
     connect(document.undoStack(), &QUndoStack::indexChanged, this,
         &COrganizeFormView::scheduleCommandUpdate);
 
-    restoreSplitters();
     m_splitterTimer.setSingleShot(true);
     m_splitterTimer.setInterval(400);
     connect(&m_splitterTimer, &QTimer::timeout, this, &COrganizeFormView::saveSplitters);
@@ -147,6 +146,17 @@ COrganizeFormView::~COrganizeFormView()
 {
     if (m_splitterTimer.isActive())
         saveSplitters();
+}
+
+void COrganizeFormView::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    // Once laid out at its real size (after this event): sizes given before
+    // would be scaled.
+    if (!m_splittersRestored) {
+        m_splittersRestored = true;
+        QTimer::singleShot(0, this, &COrganizeFormView::restoreSplitters);
+    }
 }
 
 QString COrganizeFormView::caption()

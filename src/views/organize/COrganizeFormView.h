@@ -76,6 +76,9 @@ Q_SIGNALS:
     // A pop-up menu is about to open (tests answer it from here).
     void menuAboutToOpen(QMenu *menu);
 
+protected:
+    void showEvent(QShowEvent *event) override;
+
 private:
     QWidget *makeTreePane(bool guest, const QString &title);
     QWidget *makeGridPane(bool guest, const QString &title);
@@ -125,6 +128,7 @@ private:
     QSplitter *m_guestPair = nullptr;
     bool m_guestTreeActive = false;
     bool m_guestGridActive = false;
+    bool m_splittersRestored = false;
     QTimer m_commandTimer;
     QTimer m_splitterTimer;
     QPointer<QMenu> m_menu;

@@ -31,6 +31,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
+#include <QSplitter>
 #include <QTest>
 #include <QUndoStack>
 
@@ -133,6 +134,7 @@ private Q_SLOTS:
     void dragsOntoTheTrees();
     void treeCommandsAndPopups();
     void deleteKeyThenSaveMatchesTheView();
+    void firstMemberTipAndSplitters();
 
 private:
     CMainFrame &frame() { return *m_f->frame; }
@@ -564,6 +566,48 @@ void OrganizeViewTest::deleteKeyThenSaveMatchesTheView()
                           "JOIN Member M ON M.OMemberID = R.OMemberID "
                           "JOIN [Group] G ON G.OGroupID = R.OGroupID ORDER BY 1"_s),
         QStringList({ u"alice@Sales"_s, u"gina@Forum"_s, u"gus@Forum"_s }));
+}
+
+void OrganizeViewTest::firstMemberTipAndSplitters()
+{
+    // Every member deleted at once: the first new one brings the tip.
+    grid()->setFocus();
+    grid()->selectAll();
+    m_f->messages.queueAnswer(MessageService::Yes);
+    QTest::keyClick(grid(), Qt::Key_Delete);
+    QCOMPARE(column(grid()->model()), QStringList { QString() });
+    trigger(CommandId::AddMember);
+    typeIntoCell(grid(), u"first"_s);
+    const MessageService::Balloon tip = m_f->messages.balloons().last();
+    QCOMPARE(tip.title, u"Tip!"_s);
+    QCOMPARE(tip.text, u"在群组中没有添加用户.\n在左侧的系统图中."_s);
+    QCOMPARE(tip.icon, MessageService::Icon::Question);
+    QVERIFY(tip.hint);
+
+    // The splitter between the two pairs, dragged up, is where it was left
+    // in the next console.
+    auto *rows = view().findChild<QSplitter *>(u"organizeRows"_s);
+    QSplitterHandle *handle = rows->handle(1);
+    const QList<int> before = rows->sizes();
+    const int x = handle->width() / 2;
+    QTest::mousePress(handle, Qt::LeftButton, {}, QPoint(x, 1));
+    QTest::mouseMove(handle, QPoint(x, -80));
+    QTest::mouseRelease(handle, Qt::LeftButton, {}, QPoint(x, -80));
+    const QList<int> moved = rows->sizes();
+    QVERIFY(moved != before);
+    const QString key = u"Software\\Velmar\\VelmarManager"_s;
+    QTRY_VERIFY(
+        registryString(m_f->dir.hives(), RegistryRoot::CurrentUser, key, u"OrganizeSplitters"_s)
+            .has_value());
+    m_f->frame.reset();
+    m_f->frame = std::make_unique<CMainFrame>(m_f->context());
+    QVERIFY(showActive(&frame()));
+    QVERIFY(frame().showView(ViewId::Organize));
+    // Scaled to the new pane's height, which the frame without a load
+    // leaves a few pixels apart.
+    auto *restored = view().findChild<QSplitter *>(u"organizeRows"_s);
+    QTRY_VERIFY2(qAbs(restored->sizes().value(0) - moved.first()) <= 10,
+        qPrintable(u"%1 against %2"_s.arg(restored->sizes().value(0)).arg(moved.first())));
 }
 
 QTEST_MAIN(OrganizeViewTest)
