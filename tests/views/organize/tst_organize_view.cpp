@@ -482,9 +482,17 @@ void OrganizeViewTest::treeCommandsAndPopups()
     QCOMPARE(
         nodeLabels(tree()->tree()->rootIndex()), QStringList({ u"Sales"_s, u"Ops"_s, u"HQ"_s }));
 
-    // A membership's position, checked in its sub-menu.
+    // Labels are edited on groups only: F2 on the root or a membership opens nothing.
     tree()->expandAll();
     const QModelIndex alice = tree()->tree()->index(0, 0, group(u"Sales"_s));
+    tree()->setFocus();
+    for (const QModelIndex &index : { tree()->tree()->rootIndex(), alice }) {
+        tree()->setCurrentIndex(index);
+        QTest::keyClick(tree(), Qt::Key_F2);
+        QCOMPARE(QApplication::focusWidget(), tree());
+    }
+
+    // A membership's position, checked in its sub-menu.
     menu = popup(tree(), alice);
     QVERIFY(item(menu, u"职员"_s)->isChecked());
     QVERIFY(item(menu, u"无等级"_s));
