@@ -13,6 +13,7 @@
 #include "CNoticeFormView.h"
 #include "CommandIds.h"
 #include "CPositionFormView.h"
+#include "COrganizeFormView.h"
 #include "CProgressDlg.h"
 #include "CReadDBThread.h"
 #include "CRegistry.h"
@@ -67,7 +68,6 @@ struct ViewPlaceholder
 const QList<ViewPlaceholder> &viewPlaceholders()
 {
     static const QList<ViewPlaceholder> list = {
-        { ViewId::Organize, u"类别管理"_s, u"组织管理"_s, QStyle::SP_DirIcon },
         { ViewId::Position, u"类别管理"_s, u"等级管理"_s, QStyle::SP_FileDialogListView },
         { ViewId::AccessControl, u"会员管理"_s, u"权限管理"_s, QStyle::SP_DialogApplyButton },
     };
@@ -365,6 +365,7 @@ void CMainFrame::createCentralArea()
     m_dashboard = new CMainFormView(*this);
     addView(ViewId::Home, u"服务器管理"_s, u"快速导航"_s, m_dashboard,
         style()->standardIcon(QStyle::SP_ComputerIcon));
+    createOrganizeView();
     for (const ViewPlaceholder &placeholder : viewPlaceholders()) {
         const QIcon icon = style()->standardIcon(placeholder.icon);
         if (QWidget *view = createEditView(placeholder.id))
@@ -447,6 +448,39 @@ QWidget *CMainFrame::createEditView(int viewId)
     default:
         return nullptr;
     }
+}
+
+void CMainFrame::createOrganizeView()
+{
+    auto *view = new COrganizeFormView(*m_document, m_context.messages, &m_context.hives);
+    addView(ViewId::Organize, u"类别管理"_s, u"组织管理"_s, view,
+        style()->standardIcon(QStyle::SP_DirIcon));
+
+    // The edit menu's organisation commands act on this view while it is shown.
+    using Command = COrganizeFormView::Command;
+    const QList<std::pair<int, Command>> commands {
+        { CommandId::AddCategory, Command::AddGroup },
+        { CommandId::RenameCategory, Command::RenameGroup },
+        { CommandId::DeleteCategory, Command::DeleteNode },
+        { CommandId::AddMember, Command::AddMember },
+        { CommandId::DeleteMember, Command::DeleteMembers },
+        { CommandId::SendRegistrationMail, Command::SendMail },
+    };
+    for (const auto &[id, command] : commands) {
+        connect(commandAction(id), &QAction::triggered, view, [this, view, command] {
+            if (m_currentView == ViewId::Organize)
+                view->runCommand(command);
+        });
+    }
+    auto update = [this, view, commands] {
+        for (const auto &[id, command] : commands)
+            commandAction(id)->setEnabled(
+                m_currentView == ViewId::Organize && view->isCommandEnabled(command));
+    };
+    connect(view, &COrganizeFormView::commandStateChanged, this, update);
+    connect(this, &CMainFrame::viewChanged, this, update);
+    connect(view, &COrganizeFormView::positionListRequested, this,
+        [this] { showView(ViewId::Position); });
 }
 
 void CMainFrame::createLogViews()

@@ -144,6 +144,8 @@ private:
     // The view of a place in the outlook bar that is built already (the
     // position and permission views, with their commands wired), or nullptr.
     QWidget *createEditView(int viewId);
+    // The organisation view and the edit menu's commands on it.
+    void createOrganizeView();
     // The chat, system and user log views in the "日志管理" group.
     void createLogViews();
     QAction *command(int id, const QString &label, bool enabled = false);

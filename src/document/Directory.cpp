@@ -132,12 +132,32 @@ int Directory::appendMember(bool guest, UserInfo member)
     return seq;
 }
 
+void Directory::beginMemberBatch(bool guest, qsizetype count)
+{
+    constexpr qsizetype RowByRow = 64;
+    if (count <= RowByRow || m_memberBatch[guest])
+        return;
+    m_memberBatch[guest] = true;
+    members(guest)->beginResetModel();
+}
+
+void Directory::endMemberBatch(bool guest)
+{
+    if (!m_memberBatch[guest])
+        return;
+    m_memberBatch[guest] = false;
+    members(guest)->endResetModel();
+}
+
 UserInfo Directory::removeMember(bool guest, int row)
 {
     MemberListModel *model = members(guest);
-    model->beginRemoveRows({}, row, row);
+    const bool signalled = !m_memberBatch[guest];
+    if (signalled)
+        model->beginRemoveRows({}, row, row);
     UserInfo member = mutableRows(guest).remove(row);
-    model->endRemoveRows();
+    if (signalled)
+        model->endRemoveRows();
     refreshMember(member.id);
     return member;
 }
@@ -148,9 +168,12 @@ void Directory::restoreMember(bool guest, int seq, UserInfo member)
     const qint32 id = member.id;
     const int row = rows.rowForSeq(seq);
     MemberListModel *model = members(guest);
-    model->beginInsertRows({}, row, row);
+    const bool signalled = !m_memberBatch[guest];
+    if (signalled)
+        model->beginInsertRows({}, row, row);
     rows.restore(seq, std::move(member));
-    model->endInsertRows();
+    if (signalled)
+        model->endInsertRows();
     refreshMember(id);
 }
 

@@ -93,6 +93,11 @@ private:
     // restore can put it back where it was.
     int appendMember(bool guest, UserInfo member);
     UserInfo removeMember(bool guest, int row);
+    // Around many removals or restorations of one list: above a few dozen
+    // rows its views are reset once at the end instead of being told row by
+    // row (a grid of 100,000 rows pays for every single removal).
+    void beginMemberBatch(bool guest, qsizetype count);
+    void endMemberBatch(bool guest);
     void restoreMember(bool guest, int seq, UserInfo member);
     void replaceMember(bool guest, int row, UserInfo member);
 
@@ -129,6 +134,8 @@ private:
 
     MemberRows m_regularRows;
     MemberRows m_guestRows;
+    // Per list (regular, guest): a batch is resetting its model.
+    bool m_memberBatch[2] = { false, false };
     DirectoryTree m_regularTree { DirectoryTree::Kind::Regular };
     DirectoryTree m_guestTree { DirectoryTree::Kind::Guest };
     MemberListModel *m_regularMembersModel;

@@ -197,6 +197,7 @@ EditResult DirectoryEditor::deleteMembers(bool guest, QList<int> rows)
         text,
         [doc, deleted, guest] {
             Directory &dir = *doc->m_directory;
+            dir.beginMemberBatch(guest, qsizetype(deleted->size()));
             for (Deleted &entry : *deleted) {
                 const int row = dir.memberRows(guest).rowOfSeq(entry.seq);
                 const UserInfo &member = dir.memberRows(guest).at(row);
@@ -234,9 +235,11 @@ EditResult DirectoryEditor::deleteMembers(bool guest, QList<int> rows)
                     doc->m_fileBox.removeRightsOfMember(id);
                 }
             }
+            dir.endMemberBatch(guest);
         },
         [doc, deleted, guest] {
             Directory &dir = *doc->m_directory;
+            dir.beginMemberBatch(guest, qsizetype(deleted->size()));
             for (auto it = deleted->rbegin(); it != deleted->rend(); ++it) {
                 Deleted &entry = *it;
                 const qint32 id = entry.member.id;
@@ -255,6 +258,7 @@ EditResult DirectoryEditor::deleteMembers(bool guest, QList<int> rows)
                 if (entry.noted)
                     dir.unnoteDeleted(id);
             }
+            dir.endMemberBatch(guest);
         });
     return EditResult::done(-1, int(rows.size()));
 }
