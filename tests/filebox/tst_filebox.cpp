@@ -30,13 +30,13 @@ private Q_SLOTS:
     void counts();
 
     // Against the databases.
-    void loadDecodesWhatIsStored_data() { TestDatabase::addBackends(); }
+    void loadDecodesWhatIsStored_data() { TestDatabase::addSqliteFileBackend(); }
     void loadDecodesWhatIsStored();
-    void saveWritesTheDesignedStatements_data() { TestDatabase::addBackends(); }
+    void saveWritesTheDesignedStatements_data() { TestDatabase::addSqliteFileBackend(); }
     void saveWritesTheDesignedStatements();
-    void roundTrip_data() { TestDatabase::addBackends(); }
+    void roundTrip_data() { TestDatabase::addSqliteFileBackend(); }
     void roundTrip();
-    void apostropheInPathStopsTheSave_data() { TestDatabase::addBackends(); }
+    void apostropheInPathStopsTheSave_data() { TestDatabase::addSqliteFileBackend(); }
     void apostropheInPathStopsTheSave();
 };
 
