@@ -87,12 +87,6 @@ void ServiceCommandsTest::enableStates_data()
     QTest::addColumn<bool>("stop");
     QTest::newRow("nothing") << QStringList() << true << false;
     QTest::newRow("everything") << AllEight << false << true;
-    QTest::newRow("only the four that do not count for stop")
-        << QStringList { u"CheckD"_s, u"ChatD"_s, u"FileSessionD"_s, u"FileDispatchD"_s } << true
-        << false;
-    QStringList withoutCheckD = AllEight;
-    withoutCheckD.removeOne(u"CheckD"_s);
-    QTest::newRow("all but CheckD") << withoutCheckD << false << true;
 }
 
 void ServiceCommandsTest::enableStates()

@@ -1,12 +1,10 @@
 // The widget-free parts of the shell: command line, password
-// digest and store, document template, connection string masking, ServerType.
+// digest and store, connection string masking, ServerType.
 
 #include "AdminPasswordStore.h"
 #include "AppTestSupport.h"
 #include "ConnectionStringMask.h"
 #include "CVelmarManagerApp.h"
-#include "CVelmarManagerDoc.h"
-#include "DocumentUndoStack.h"
 #include "StartupOptions.h"
 
 #include <QDir>
@@ -31,8 +29,6 @@ private Q_SLOTS:
     void passwordStoreNeedsKey();
     void promptNeeded_data();
     void promptNeeded();
-    void documentTemplate();
-    void documentModifiedSignal();
     void maskConnectionString_data();
     void maskConnectionString();
     void serverTypeRead_data();
@@ -224,34 +220,6 @@ void ShellLogicTest::promptNeeded()
     QString expected;
     QCOMPARE(AdminPasswordStore(hives).promptNeeded(&expected), needed);
     QCOMPARE(expected, needed ? digest : QString());
-}
-
-void ShellLogicTest::documentTemplate()
-{
-    QCOMPARE(CVelmarManagerDoc::TemplateString,
-        u"VelmarManager\n\nVelmarMa\n\n\nVelmarManager.Document\nVelmarMa Document"_s);
-    QCOMPARE(CVelmarManagerDoc::windowTitle(), u"VelmarManager"_s);
-    QCOMPARE(CVelmarManagerDoc::documentName(), u"VelmarMa"_s);
-    QCOMPARE(CVelmarManagerDoc::templateField(CVelmarManagerDoc::DocName), QString());
-    QCOMPARE(CVelmarManagerDoc::templateField(CVelmarManagerDoc::FilterName), QString());
-    QCOMPARE(CVelmarManagerDoc::templateField(CVelmarManagerDoc::FilterExt), QString());
-    QCOMPARE(CVelmarManagerDoc::templateField(CVelmarManagerDoc::RegFileTypeId),
-        u"VelmarManager.Document"_s);
-    QCOMPARE(CVelmarManagerDoc::templateField(CVelmarManagerDoc::RegFileTypeName),
-        u"VelmarMa Document"_s);
-}
-
-void ShellLogicTest::documentModifiedSignal()
-{
-    CVelmarManagerDoc doc;
-    QList<bool> seen;
-    connect(&doc, &CVelmarManagerDoc::modifiedChanged, this, [&](bool m) { seen.append(m); });
-    // Modified while the journal is away from where the last save left it.
-    QVERIFY(doc.editor().addPosition().ok());
-    QVERIFY(doc.editor().addPosition().ok());
-    doc.undoStack()->undo();
-    doc.undoStack()->undo();
-    QCOMPARE(seen, QList<bool>({ true, false }));
 }
 
 void ShellLogicTest::maskConnectionString_data()

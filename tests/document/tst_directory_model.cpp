@@ -269,14 +269,12 @@ void TestDirectoryModel::memberModel()
     QCOMPARE(model.rowOfLoginName(u"bert"_s), 1);
     QVERIFY(model.removeRows(0, 1));
     QCOMPARE(model.rowOfId(1), 1);
-    QVERIFY(!model.removeRows(2, 1)); // the blank row stays
     QVERIFY(model.setData(model.index(model.blankRow(), 0), u"zed"_s));
     QCOMPARE(model.rowOfLoginName(u"zed"_s), 2);
     QCOMPARE(model.member(2).id, 3);
 
     QVERIFY(!(model.flags(model.index(0, 0)) & Qt::ItemIsEditable));
     QVERIFY(model.flags(model.index(model.blankRow(), 0)) & Qt::ItemIsEditable);
-    QVERIFY(!model.setData(model.index(0, 0), u"renamed"_s));
     QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
     QVERIFY(model.setData(model.index(0, MemberListModel::EmailColumn), u"b@x.cn"_s));
     QCOMPARE(model.member(0).email, u"b@x.cn"_s);

@@ -1,4 +1,3 @@
-#include "CRegistry.h"
 #include "CtlProcess.h"
 #include "LogLocations.h"
 #include "TempServerDir.h"
@@ -69,7 +68,6 @@ private Q_SLOTS:
     void systemAndChatLogs();
     void jsonAndOldestFirst();
     void namesStayIdsWithoutDatabase();
-    void logRootFromRegistry();
     void usageErrors();
 };
 
@@ -160,30 +158,6 @@ void tst_VelmarctlLogs::namesStayIdsWithoutDatabase()
     QCOMPARE(run.exitCode, 0);
     // Unknown sender: its id; unknown receivers: left out.
     QCOMPARE(lines(run.out).at(0).section(u'\t', 7, 8), u"2\t"_s);
-}
-
-void tst_VelmarctlLogs::logRootFromRegistry()
-{
-    TempServerDir dir;
-    writeLogs(dir, u"elsewhere/logs"_s);
-    {
-        CRegistry registry(dir.hives(), RegistryRoot::LocalMachine);
-        QVERIFY(registry.createKey(RegistryRoot::LocalMachine, u"SOFTWARE\\Velmar\\LogManager"_s));
-        QVERIFY(registry.writeString(u"LogPath"_s, dir.programDir() + u"/elsewhere/logs"_s));
-    }
-    CtlRun run = velmarctl(logsArguments(dir, u"system"_s));
-    QCOMPARE(run.exitCode, 0);
-    QCOMPARE(lines(run.out).size(), 2);
-    // A log root that does not exist lists nothing, without complaint.
-    {
-        CRegistry registry(dir.hives(), RegistryRoot::LocalMachine);
-        QVERIFY(registry.openKey(RegistryRoot::LocalMachine, u"SOFTWARE\\Velmar\\LogManager"_s));
-        QVERIFY(registry.writeString(u"LogPath"_s, dir.programDir() + u"/missing"_s));
-    }
-    run = velmarctl(logsArguments(dir, u"system"_s));
-    QCOMPARE(run.exitCode, 0);
-    QVERIFY(run.out.isEmpty());
-    QVERIFY(run.err.isEmpty());
 }
 
 void tst_VelmarctlLogs::usageErrors()

@@ -98,16 +98,6 @@ void adoptNotices(CVelmarManagerDoc &doc, QList<NoticeRecord> notices)
 // permission would: a trigger that refuses it.
 bool refuseDeletionOf(TestDatabase &db, qint32 noticeId, QString *error)
 {
-    if (db.backend() == TestDatabase::Backend::PostgresOdbc) {
-        const bool ok = db.execAll({
-            u"CREATE FUNCTION refuse_delete() RETURNS trigger AS 'BEGIN RAISE EXCEPTION "
-            "''notice is locked''; END' LANGUAGE plpgsql"_s,
-            u"CREATE TRIGGER refuse_delete BEFORE DELETE ON CONTENTS FOR EACH ROW WHEN "
-            "(OLD.OCONTENTSID = %1) EXECUTE FUNCTION refuse_delete()"_s.arg(noticeId),
-        });
-        *error = db.errorString();
-        return ok;
-    }
     // The console's connection runs one statement per call, and a trigger body
     // holds several; it is created over a plain SQLite connection to the file.
     bool ok = false;
@@ -156,11 +146,11 @@ private Q_SLOTS:
     void removalRefusesNamesOutsideTheWorkingDirectory();
 
     // Against the databases.
-    void loadBuildsTheRecords_data() { TestDatabase::addBackends(); }
+    void loadBuildsTheRecords_data() { TestDatabase::addSqliteFileBackend(); }
     void loadBuildsTheRecords();
-    void commitDeletesBottomUp_data() { TestDatabase::addBackends(); }
+    void commitDeletesBottomUp_data() { TestDatabase::addSqliteFileBackend(); }
     void commitDeletesBottomUp();
-    void failingDeleteDoesNotStopTheOthers_data() { TestDatabase::addBackends(); }
+    void failingDeleteDoesNotStopTheOthers_data() { TestDatabase::addSqliteFileBackend(); }
     void failingDeleteDoesNotStopTheOthers();
 };
 

@@ -70,24 +70,18 @@ private Q_SLOTS:
     void poolOperations();
 
     // Against the databases.
-    void loadReadsBothTables_data() { TestDatabase::addBackends(); }
+    void loadReadsBothTables_data() { TestDatabase::addSqliteFileBackend(); }
     void loadReadsBothTables();
-    void saveWithoutChangeSendsNothing_data() { TestDatabase::addBackends(); }
+    void saveWithoutChangeSendsNothing_data() { TestDatabase::addSqliteFileBackend(); }
     void saveWithoutChangeSendsNothing();
-    void memberWithoutRowIsWrittenAfterAChange_data() { TestDatabase::addBackends(); }
+    void memberWithoutRowIsWrittenAfterAChange_data() { TestDatabase::addSqliteFileBackend(); }
     void memberWithoutRowIsWrittenAfterAChange();
-    void quoteInVoipAccountBreaksItsStatement_data();
-    void quoteInVoipAccountBreaksItsStatement();
-    void deletedMembersLeaveTheTables_data() { TestDatabase::addBackends(); }
-    void deletedMembersLeaveTheTables();
-    void roundTrip_data() { TestDatabase::addBackends(); }
+    void roundTrip_data() { TestDatabase::addSqliteFileBackend(); }
     void roundTrip();
-    void poolLoad_data() { TestDatabase::addBackends(); }
+    void poolLoad_data() { TestDatabase::addSqliteFileBackend(); }
     void poolLoad();
-    void poolSaveUpdatesExistingRowsOnly_data() { TestDatabase::addBackends(); }
+    void poolSaveUpdatesExistingRowsOnly_data() { TestDatabase::addSqliteFileBackend(); }
     void poolSaveUpdatesExistingRowsOnly();
-    void quoteInPoolIdBreaksItsUpdate_data() { TestDatabase::addBackends(); }
-    void quoteInPoolIdBreaksItsUpdate();
 };
 
 void TestPermissions::flagRule_data()
@@ -244,66 +238,6 @@ void TestPermissions::memberWithoutRowIsWrittenAfterAChange()
     QCOMPARE(*reread.voipAccount(5), VoipAccount());
 }
 
-void TestPermissions::quoteInVoipAccountBreaksItsStatement_data()
-{
-    QTest::addColumn<TestDatabase::Backend>("backend");
-    QTest::addColumn<QString>("voipId");
-    QTest::addColumn<QString>("password");
-    for (TestDatabase::Backend backend : TestDatabase::availableBackends()) {
-        const QByteArray name = TestDatabase::backendName(backend).toUtf8();
-        QTest::newRow((name + " id").constData()) << backend << u"80'01"_s << u"pw"_s;
-        QTest::newRow((name + " password").constData()) << backend << u"8001"_s << u"p'w"_s;
-    }
-}
-
-void TestPermissions::quoteInVoipAccountBreaksItsStatement()
-{
-    QFETCH(TestDatabase::Backend, backend);
-    QFETCH(QString, voipId);
-    QFETCH(QString, password);
-    TempServerDir dir;
-    TestDatabase db(backend, dir.programDir());
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
-    QVERIFY(db.exec(u"INSERT INTO VoipInfo VALUES (1, '7001', 'old')"_s));
-
-    AccessTokenTable table;
-    table.addMember(1, u"7001"_s, u"old"_s);
-    table.addMember(2, voipId, password);
-    table.addMember(3, u"7003"_s, u"p3"_s);
-
-    TracedConnection traced(db, dir.filePath(u"save.sql"_s));
-    QVERIFY_THROWS_EXCEPTION(DbException, table.save(traced.connection()));
-    // The text went out as it stands, and nothing after it ran.
-    QCOMPARE(traced.statements().last(), insertAccount(2, voipId, password));
-    QVERIFY(table.isModified());
-    QCOMPARE(db.count(u"AccessToken"_s), qint64(3));
-    QCOMPARE(db.column(u"SELECT ID FROM VoipInfo"_s), (QStringList { u"7001"_s }));
-}
-
-void TestPermissions::deletedMembersLeaveTheTables()
-{
-    VELMAR_BACKEND_DATABASE(db);
-    QVERIFY(db.execAll({
-        u"INSERT INTO AccessToken VALUES (1, 1, 1, 1, 1, 1, 1, 1, 1)"_s,
-        u"INSERT INTO AccessToken VALUES (2, 1, 1, 1, 1, 1, 1, 1, 0)"_s,
-        u"INSERT INTO VoipInfo VALUES (1, '8001', 'a')"_s,
-        u"INSERT INTO VoipInfo VALUES (2, '', '')"_s,
-    }));
-
-    AccessTokenTable table;
-    {
-        DbConnection connection = db.connect();
-        table.load(connection);
-    }
-    table.removeMemberPermissions(1);
-    table.removeMemberVoipAccount(1);
-    DbConnection connection = db.connect();
-    table.save(connection);
-
-    QCOMPARE(db.column(u"SELECT OMemberID FROM AccessToken"_s), (QStringList { u"2"_s }));
-    QCOMPARE(db.column(u"SELECT OMemberID FROM VoipInfo"_s), (QStringList { u"2"_s }));
-}
-
 void TestPermissions::roundTrip()
 {
     VELMAR_BACKEND_DATABASE(db);
@@ -374,16 +308,6 @@ void TestPermissions::poolSaveUpdatesExistingRowsOnly()
         db.rows(u"SELECT VOIP_ID, OMemberID FROM VoipNumberList ORDER BY VOIP_ID"_s).size(), 2);
     QCOMPARE(db.column(u"SELECT OMemberID FROM VoipNumberList ORDER BY VOIP_ID"_s),
         (QStringList { u"12"_s, u"0"_s }));
-}
-
-void TestPermissions::quoteInPoolIdBreaksItsUpdate()
-{
-    VELMAR_BACKEND_DATABASE(db);
-
-    VoipAccountPool pool;
-    pool.append({ u"80'01"_s, u"a"_s, 5 });
-    DbConnection connection = db.connect();
-    QVERIFY_THROWS_EXCEPTION(DbException, pool.save(connection));
 }
 
 QTEST_GUILESS_MAIN(TestPermissions)

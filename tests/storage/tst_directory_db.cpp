@@ -142,25 +142,21 @@ class TestDirectoryDb : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void emptyDatabase_data() { TestDatabase::addBackends(); }
+    void emptyDatabase_data() { TestDatabase::addSqliteFileBackend(); }
     void emptyDatabase();
-    void loadAnomalies_data() { TestDatabase::addBackends(); }
+    void loadAnomalies_data() { TestDatabase::addSqliteFileBackend(); }
     void loadAnomalies();
-    void nullFlagLeftoversAreReadOnce_data() { TestDatabase::addBackends(); }
+    void nullFlagLeftoversAreReadOnce_data() { TestDatabase::addSqliteFileBackend(); }
     void nullFlagLeftoversAreReadOnce();
-    void loadFailureKeepsWhatWasRead_data() { TestDatabase::addBackends(); }
-    void loadFailureKeepsWhatWasRead();
-    void writeLevelsAndEscapes_data() { TestDatabase::addBackends(); }
-    void writeLevelsAndEscapes();
-    void statementStream_data() { TestDatabase::addBackends(); }
+    void statementStream_data() { TestDatabase::addSqliteFileBackend(); }
     void statementStream();
-    void roundTrip_data() { TestDatabase::addBackends(); }
+    void roundTrip_data() { TestDatabase::addSqliteFileBackend(); }
     void roundTrip();
-    void quoteInGroupNameAbortsTheWrite_data() { TestDatabase::addBackends(); }
+    void quoteInGroupNameAbortsTheWrite_data() { TestDatabase::addSqliteFileBackend(); }
     void quoteInGroupNameAbortsTheWrite();
-    void deletedMembers_data() { TestDatabase::addBackends(); }
+    void deletedMembers_data() { TestDatabase::addSqliteFileBackend(); }
     void deletedMembers();
-    void positions_data() { TestDatabase::addBackends(); }
+    void positions_data() { TestDatabase::addSqliteFileBackend(); }
     void positions();
 };
 
@@ -282,47 +278,6 @@ void TestDirectoryDb::nullFlagLeftoversAreReadOnce()
         QCOMPARE(db.count(u"Member"_s), 4);
         QCOMPARE(db.count(u"[Group]"_s), 3);
     }
-}
-
-void TestDirectoryDb::loadFailureKeepsWhatWasRead()
-{
-    VELMAR_BACKEND_DATABASE(db);
-    QVERIFY2(db.execAll(anomalousDirectory()), qPrintable(db.errorString()));
-    QVERIFY2(db.exec(u"DROP TABLE Relation"_s), qPrintable(db.errorString()));
-    DirectoryData data;
-    DbConnection connection = db.connect();
-    QVERIFY_THROWS_EXCEPTION(DbException, DirectoryLoader::load(connection, data));
-    QCOMPARE(data.regularMembers.size() + data.guestMembers.size(), 5);
-    QCOMPARE(data.regularTree.groupCount(), 5);
-    QCOMPARE(data.guestTree.groupCount(), 2);
-    QCOMPARE(data.regularTree.membershipCount(), 0);
-}
-
-void TestDirectoryDb::writeLevelsAndEscapes()
-{
-    VELMAR_BACKEND_DATABASE(db);
-    // Rows the write must replace, and a member of each partition to drop.
-    QVERIFY(db.execAll({ memberInsert + u"(9,'old','','','x',0,0,'','','','','','',0,0,'',3,0)"_s,
-        memberInsert + u"(8,'oldg','','','x',0,0,'','','','','','',0,0,'',1,1)"_s,
-        groupInsert + u"(90,'Old',-1,0,1,0)"_s, relationInsert + u"(9,90,1,0,0)"_s }));
-    write(db, smallDirectory());
-    QCOMPARE(wholeDirectory(db),
-        QStringList({
-            u"10|Sales|-1|0|1|0"_s,
-            u"11|East|10|0|2|0"_s,
-            u"20|HQ|-1|1|1|0"_s,
-            u"50|Forum|-100|0|1|1"_s,
-            u"1|anna|50%d %s|it###VELMAR-QUOTATION###s###VELMAR-SEMICOLON###a###VELMAR-BACKSLASH###b|pw|1|0|||||||0|0||2|0"_s,
-            // In no group: inserted without a level.
-            u"2|bert|||pw|1|0|||||||0|0||NULL|0"_s,
-            // A guest member placed in both trees: level 3.
-            u"3|gina|||pw|1|0|||||||0|0||3|1"_s,
-            u"4|gus|||pw|1|0|||||||0|0||1|1"_s,
-            u"3|10|-1|0|0"_s,
-            u"1|11|2|0|0"_s,
-            u"3|50|-1|0|1"_s,
-            u"4|50|-1|1|1"_s,
-        }));
 }
 
 void TestDirectoryDb::statementStream()
