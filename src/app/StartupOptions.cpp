@@ -108,11 +108,13 @@ QString StartupOptions::usage()
            "  --view NAME          show a view at start: home, organize, positions,\n"
            "                       permissions, filebox, notices, chatlog, syslog or userlog;\n"
            "                       with --screenshot a log view first searches the last week\n"
+           "  --version            print the version and the commit it was built from\n"
+           "  -h, --help           print this help\n"
            "  /install             register the server's services\n"_s;
 }
 
 QStringList StartupOptions::startViews()
 {
-    return { u"home"_s, u"organize"_s, u"positions"_s, u"permissions"_s, u"filebox"_s,
-        u"notices"_s, u"chatlog"_s, u"syslog"_s, u"userlog"_s };
+    return { u"home"_s, u"organize"_s, u"positions"_s, u"permissions"_s, u"filebox"_s, u"notices"_s,
+        u"chatlog"_s, u"syslog"_s, u"userlog"_s };
 }

@@ -1,5 +1,6 @@
 #include "VelmarCtl.h"
 
+#include "BuildInfo.h"
 #include "ConnectionStringMask.h"
 #include "ConsoleMessageService.h"
 #include "CReadDBThread.h"
@@ -228,6 +229,7 @@ bool VelmarCtl::parse(
     const QCommandLineOption code(
         u"code"_s, u"notify: the code at bytes 18-19 (default 0x0DAC)."_s, u"n"_s);
     const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption version = parser.addVersionOption();
     parser.addOptions({ serverDir, registryDir, sqlTrace, timings, dryRun, discard, from, to,
         oldestFirst, format, code });
     QStringList ownArguments;
@@ -239,6 +241,11 @@ bool VelmarCtl::parse(
     }
     if (parser.isSet(help)) {
         message = parser.helpText();
+        helpShown = true;
+        return false;
+    }
+    if (parser.isSet(version)) {
+        message = BuildInfo::versionLine(u"velmarctl"_s);
         helpShown = true;
         return false;
     }
