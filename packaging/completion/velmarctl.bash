@@ -63,7 +63,7 @@ _velmarctl()
         esac
     done
 
-    local common="--server-dir --registry-dir --sql-trace --verbose --help --version"
+    local common="--server-dir --registry-dir --sql-trace --verbose --help --help-all --version"
     local edit_words="member group place unplace membership position permission voip folder right notice"
     local member_options="--name --password --nickname --email --mobile --phone --office-phone
         --address --birthday --intro --male --female --public --private --solar --lunar --admin

@@ -259,8 +259,11 @@ void CMainFrame::createMenus()
           };
     auto c = [this](int id) { return m_commands.value(id); };
 
+    m_openServerFolder = new QAction(u"打开服务器文件夹(&D)…"_s, this);
+    m_openServerFolder->setObjectName(u"openServerFolder"_s);
     addMenu(u"文件(&F)"_s, u"menuFile"_s,
-        { c(SendRegistrationMail), c(UseExternalData), nullptr, c(Save), nullptr, c(Exit) });
+        { m_openServerFolder, nullptr, c(SendRegistrationMail), c(UseExternalData), nullptr,
+            c(Save), nullptr, c(Exit) });
     addMenu(u"编辑(&E)"_s, u"menuEdit"_s,
         { m_undoAction, m_redoAction, nullptr, c(AddCategory), c(RenameCategory), c(DeleteCategory),
             nullptr, c(AddMember), c(DeleteMember), nullptr, c(AddRank), c(RenameRank),
