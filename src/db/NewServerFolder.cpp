@@ -67,6 +67,16 @@ bool NewServerFolder::create(const ServerFolder &folder, RegistryHives &hives,
         return false;
     }
 
+    // The console's connections open existing databases only; an empty file
+    // is an empty SQLite database.
+    if (sqlite) {
+        QFile database(folder.accessDatabasePath());
+        if (!database.open(QIODevice::NewOnly)) {
+            *error = u"无法创建 %1: %2"_s.arg(database.fileName(), database.errorString());
+            return false;
+        }
+    }
+
     // The tables first: a database that refuses them leaves no half-made
     // server behind.
     const QString connectionString
