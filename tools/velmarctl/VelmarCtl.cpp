@@ -343,18 +343,23 @@ void VelmarCtl::resolveServerDir(const QString &option, Options &options)
 
 int VelmarCtl::run(const Options &options)
 {
-    if (options.command != u"notify"_s) {
-        if (options.serverDir.isEmpty()) {
-            printTo(stderr, u"velmarctl: "_s + options.serverDirReason + u'\n');
-            return UsageError;
-        }
-        if (options.verbose)
-            printTo(stderr, u"velmarctl: "_s + options.serverDirReason + u'\n');
-    }
-    if (options.command == u"services"_s)
-        return ServiceCommand::runServices(options.servicesAction, options.serverDir);
     if (options.command == u"notify"_s)
         return ServiceCommand::runNotify(options.port, options.code);
+    if (options.command == u"services"_s) {
+        // The daemons' states need no server folder; starting one that is
+        // not registered yet looks for it beside this program, as it always has.
+        const QString folder = options.serverDir.isEmpty() ? QCoreApplication::applicationDirPath()
+                                                           : options.serverDir;
+        if (options.verbose)
+            printTo(stderr, u"velmarctl: server folder %1\n"_s.arg(folder));
+        return ServiceCommand::runServices(options.servicesAction, folder);
+    }
+    if (options.serverDir.isEmpty()) {
+        printTo(stderr, u"velmarctl: "_s + options.serverDirReason + u'\n');
+        return UsageError;
+    }
+    if (options.verbose)
+        printTo(stderr, u"velmarctl: "_s + options.serverDirReason + u'\n');
 
     // A script is read whole before anything is loaded: a refused line costs
     // no load.
