@@ -12,7 +12,7 @@ packages=(
   xvfb xauth fonts-wqy-microhei
   systemd dbus dbus-user-session util-linux
   # manual pages, icons, packages and their checks
-  scdoc librsvg2-bin groff groff-base dpkg-dev fakeroot file lintian
+  scdoc cmark librsvg2-bin groff groff-base dpkg-dev fakeroot file lintian
   desktop-file-utils appstream bash-completion
 )
 
