@@ -15,6 +15,7 @@
 #include "Directory.h"
 #include "GroupTreeModel.h"
 #include "MemberListModel.h"
+#include "OnlineCommands.h"
 #include "OutlookBar.h"
 #include "PermissionEditor.h"
 #include "SaveRecovery.h"
@@ -97,6 +98,9 @@ CMainFrame::CMainFrame(const MainFrameContext &context, QWidget *parent)
     // The log views first: the log settings item goes after them in their group.
     createLogViews();
     new SettingsCommands(*this);
+    new OnlineCommands(*this,
+        m_context.openUrl ? m_context.openUrl
+                          : OnlineCommands::UrlOpener(&QDesktopServices::openUrl));
     m_serviceCommands = new ServiceCommands(*this, context.serviceManager);
 
     connect(m_document, &CVelmarManagerDoc::modifiedChanged, this, &CMainFrame::updateTitle);
@@ -276,7 +280,7 @@ void CMainFrame::createMenus()
     addMenu(u"服务设置(&D)"_s, u"menuSettings"_s,
         { c(CaptionSettings), c(HomePageSettings), c(MailSettings), nullptr, c(AdminPassword) });
 
-    // The maker's online services have no part in this console yet.
+    // Connected and enabled by OnlineCommands.
     auto online = [this](const QString &label, const QString &name) {
         auto *action = new QAction(label, this);
         action->setObjectName(name);

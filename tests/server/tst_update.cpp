@@ -3,6 +3,7 @@
 // verified download, a checksum that does not match, a missing file and a
 // cancelled download.
 
+#include "LocalHttpServer.h"
 #include "UpdateDownload.h"
 #include "UpdateFeed.h"
 
@@ -10,62 +11,12 @@
 #include <QDir>
 #include <QNetworkAccessManager>
 #include <QSignalSpy>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-// Answers every GET for a known path with its body, anything else with 404.
-// A body can be held back after its first half, to cancel a download on the way.
-class TinyHttpServer final : public QTcpServer
-{
-public:
-    QHash<QString, QByteArray> files;
-    bool holdSecondHalf = false;
-    int answered = 0;
-
-    TinyHttpServer()
-    {
-        connect(this, &QTcpServer::newConnection, this, [this] {
-            while (QTcpSocket *socket = nextPendingConnection()) {
-                connect(socket, &QTcpSocket::readyRead, socket, [this, socket] { answer(socket); });
-                connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
-            }
-        });
-        listen(QHostAddress::LocalHost, 0);
-    }
-    QUrl url(const QString &path) const
-    {
-        return QUrl(u"http://127.0.0.1:%1%2"_s.arg(serverPort()).arg(path));
-    }
-
-private:
-    void answer(QTcpSocket *socket)
-    {
-        const QByteArray request = socket->readAll();
-        const QString path = QString::fromLatin1(request.split(' ').value(1));
-        if (!files.contains(path)) {
-            socket->write(
-                "HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
-            socket->disconnectFromHost();
-            return;
-        }
-        const QByteArray body = files.value(path);
-        ++answered;
-        socket->write("HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(body.size())
-            + "\r\nConnection: close\r\n\r\n");
-        if (holdSecondHalf) {
-            socket->write(body.left(body.size() / 2));
-            return;
-        }
-        socket->write(body);
-        socket->disconnectFromHost();
-    }
-};
-
 QByteArray sha256(const QByteArray &data)
 {
     return QCryptographicHash::hash(data, QCryptographicHash::Sha256);
@@ -152,7 +103,7 @@ void TstUpdate::newerReleasesPerProduct()
 
 void TstUpdate::downloadVerified()
 {
-    TinyHttpServer server;
+    LocalHttpServer server;
     const QByteArray body = QByteArray("setup file ").repeated(5000);
     server.files.insert(u"/pub/velmarmanager_0.2.0_amd64.deb"_s, body);
     QTemporaryDir folder;
@@ -173,7 +124,7 @@ void TstUpdate::downloadVerified()
 
 void TstUpdate::downloadRefusedOnWrongChecksum()
 {
-    TinyHttpServer server;
+    LocalHttpServer server;
     server.files.insert(u"/setup.deb"_s, "tampered");
     QTemporaryDir folder;
     UpdateDownload download(
@@ -189,7 +140,7 @@ void TstUpdate::downloadRefusedOnWrongChecksum()
 
 void TstUpdate::downloadOfMissingFileFails()
 {
-    TinyHttpServer server;
+    LocalHttpServer server;
     QTemporaryDir folder;
     UpdateDownload download(
         m_network, release(server.url(u"/gone.deb"_s), sha256("x")), folder.path());
@@ -202,7 +153,7 @@ void TstUpdate::downloadOfMissingFileFails()
 
 void TstUpdate::downloadCancelled()
 {
-    TinyHttpServer server;
+    LocalHttpServer server;
     server.holdSecondHalf = true;
     const QByteArray body(200000, 'v');
     server.files.insert(u"/big.deb"_s, body);
