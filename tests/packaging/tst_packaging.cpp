@@ -155,6 +155,7 @@ QStringList TstPackaging::complete(const QString &line)
     // The line is split as bash splits it for completion; a trailing blank
     // starts a new, empty word.
     static const QString driver = uR"(
+unset VELMAR_SERVER_DIR
 source /usr/share/bash-completion/bash_completion || exit 3
 source "$1" || exit 3
 line=$2
