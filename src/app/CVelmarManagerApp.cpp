@@ -163,9 +163,9 @@ void CVelmarManagerApp::createFrame()
 
 void CVelmarManagerApp::switchServerFolder()
 {
-    // Unsaved edits belong to the folder they were made in: the frame asks
-    // to save them, as when it closes.
-    if (!m_frame->queryClose())
+    // The frame is replaced only between loads. Unsaved edits belong to the
+    // folder they were made in: the frame asks to save them, as when it closes.
+    if (m_frame->isLoading() || !m_frame->queryClose())
         return;
     ServerFolderDialog dialog(*m_hives, *m_messages, DialogHelpers::systemFolderChooser(),
         m_options.programDirectory, m_frame.get());
