@@ -36,6 +36,7 @@ private Q_SLOTS:
     void sqliteServer();
     void existingServerIsLeftAlone();
     void databaseWithTablesIsRefused();
+    void emptyPostgresDatabase();
 };
 
 void TstNewServerFolder::sqliteServer()
@@ -81,6 +82,29 @@ void TstNewServerFolder::databaseWithTablesIsRefused()
     QVERIFY(!error.isEmpty());
     QVERIFY(!QFile::exists(dir.iniPath()));
     QCOMPARE(machineString(dir.hives(), u"ConnectionString"_s), u"<absent>"_s);
+}
+
+void TstNewServerFolder::emptyPostgresDatabase()
+{
+    if (!TestDatabase::isAvailable(TestDatabase::Backend::PostgresOdbc)
+        && !TestDatabase::postgresRequired())
+        QSKIP("VELMAR_TEST_PG_PORT is not set (run through scripts/pg-test-server.sh run -- ...)");
+    TempServerDir dir;
+    TestDatabase database(TestDatabase::Backend::PostgresOdbc, dir.root());
+    QVERIFY2(database.isValid(), qPrintable(database.errorString()));
+    // The administrator's new database is empty.
+    QVERIFY2(database.exec(u"DROP SCHEMA public CASCADE"_s), qPrintable(database.errorString()));
+    QVERIFY2(database.exec(u"CREATE SCHEMA public"_s), qPrintable(database.errorString()));
+
+    const ServerFolder folder(dir.programDir() + u"/pg"_s, dir.registryDir());
+    QString error;
+    QVERIFY2(NewServerFolder::create(folder, dir.hives(), database.connectionString(), &error),
+        qPrintable(error));
+    QVERIFY(QFile::exists(folder.profilePath()));
+    QVERIFY(!QFile::exists(folder.accessDatabasePath()));
+    QCOMPARE(machineString(dir.hives(), u"SetDBType"_s), u"PGSQL"_s);
+    QCOMPARE(machineString(dir.hives(), u"ConnectionString"_s), database.connectionString());
+    QCOMPARE(database.count(u"Member"_s), 0);
 }
 
 QTEST_GUILESS_MAIN(TstNewServerFolder)
