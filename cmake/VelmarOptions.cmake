@@ -15,6 +15,9 @@ if(VELMAR_SANITIZE)
     target_link_options(velmar_options INTERFACE -fsanitize=address,undefined)
 endif()
 
+# As Debian builds its packages: relocations read-only and resolved at start.
+target_link_options(velmar_options INTERFACE "LINKER:-z,relro" "LINKER:-z,now")
+
 option(VELMAR_WERROR "Treat warnings as errors" OFF)
 if(VELMAR_WERROR)
     target_compile_options(velmar_options INTERFACE -Werror)

@@ -11,6 +11,9 @@ packages=(
   sqlite3 libsqlite3-dev postgresql time
   xvfb xauth fonts-wqy-microhei
   systemd dbus dbus-user-session util-linux
+  # manual pages, icons, packages and their checks
+  scdoc cmark librsvg2-bin groff groff-base dpkg-dev fakeroot file lintian
+  desktop-file-utils appstream bash-completion
 )
 
 missing=()

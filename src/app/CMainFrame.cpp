@@ -24,6 +24,7 @@
 #include "JournalView.h"
 #include "MemberListModel.h"
 #include "NoticeBoard.h"
+#include "OnlineCommands.h"
 #include "OutlookBar.h"
 #include "PermissionEditor.h"
 #include "PositionList.h"
@@ -127,6 +128,9 @@ CMainFrame::CMainFrame(const MainFrameContext &context, QWidget *parent)
     // The log views first: the log settings item goes after them in their group.
     createLogViews();
     new SettingsCommands(*this);
+    new OnlineCommands(*this,
+        m_context.openUrl ? m_context.openUrl
+                          : OnlineCommands::UrlOpener(&QDesktopServices::openUrl));
     m_serviceCommands = new ServiceCommands(*this, context.serviceManager);
 
     connect(m_document, &CVelmarManagerDoc::modifiedChanged, this, &CMainFrame::updateTitle);
@@ -297,8 +301,11 @@ void CMainFrame::createMenus()
           };
     auto c = [this](int id) { return m_commands.value(id); };
 
+    m_openServerFolder = new QAction(u"打开服务器文件夹(&D)…"_s, this);
+    m_openServerFolder->setObjectName(u"openServerFolder"_s);
     addMenu(u"文件(&F)"_s, u"menuFile"_s,
-        { c(SendRegistrationMail), c(UseExternalData), nullptr, c(Save), nullptr, c(Exit) });
+        { m_openServerFolder, nullptr, c(SendRegistrationMail), c(UseExternalData), nullptr,
+            c(Save), nullptr, c(Exit) });
     addMenu(u"编辑(&E)"_s, u"menuEdit"_s,
         { m_undoAction, m_redoAction, nullptr, c(AddCategory), c(RenameCategory), c(DeleteCategory),
             nullptr, c(AddMember), c(DeleteMember), nullptr, c(AddRank), c(RenameRank),
@@ -311,7 +318,7 @@ void CMainFrame::createMenus()
     addMenu(u"服务设置(&D)"_s, u"menuSettings"_s,
         { c(CaptionSettings), c(HomePageSettings), c(MailSettings), nullptr, c(AdminPassword) });
 
-    // The maker's online services have no part in this console yet.
+    // Connected and enabled by OnlineCommands.
     auto online = [this](const QString &label, const QString &name) {
         auto *action = new QAction(label, this);
         action->setObjectName(name);

@@ -79,6 +79,9 @@ public:
     // Undo and redo of the document's edits, at the top of the edit menu;
     // they have no id in the command table.
     QAction *undoAction() const { return m_undoAction; }
+    // "文件 → 打开服务器文件夹…": the application switches the frame to
+    // another server folder.
+    QAction *openServerFolderAction() const { return m_openServerFolder; }
     QAction *redoAction() const { return m_redoAction; }
     // The journal panel: the edits since the last save or load, the saved
     // state first; choosing an entry undoes or redoes up to it.
@@ -164,6 +167,7 @@ private:
 
     QHash<int, QAction *> m_commands;
     QAction *m_undoAction = nullptr;
+    QAction *m_openServerFolder = nullptr;
     QAction *m_redoAction = nullptr;
     QDockWidget *m_journalDock = nullptr;
     JournalView *m_journalView = nullptr;

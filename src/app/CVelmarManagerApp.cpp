@@ -11,6 +11,8 @@
 #include "QtMessageService.h"
 #include "RegistryHives.h"
 #include "ServerFolder.h"
+#include "ServerFolderChoice.h"
+#include "ServerFolderDialog.h"
 #include "ServerServices.h"
 #include "ServiceClock.h"
 #include "ServiceCommands.h"
@@ -18,6 +20,7 @@
 #include "ViewIds.h"
 
 #include <cstdio>
+#include <QAction>
 #include <QDir>
 #include <QFont>
 #include <QFontDatabase>
@@ -79,8 +82,9 @@ bool CVelmarManagerApp::initInstance()
     const QString executableDir = QCoreApplication::applicationDirPath();
     if (!arguments.isEmpty())
         arguments.removeFirst();
-    m_options = StartupOptions::parse(arguments, executableDir,
-        qEnvironmentVariable("VELMAR_SERVER_DIR"), qEnvironmentVariable("VELMAR_REGISTRY_DIR"));
+    m_options
+        = StartupOptions::parse(arguments, executableDir, qEnvironmentVariable("VELMAR_SERVER_DIR"),
+            qEnvironmentVariable("VELMAR_REGISTRY_DIR"), ServerFolderChoice::remembered());
     if (m_options.help) {
         printLine(stdout, StartupOptions::usage());
         m_startupExitCode = 0;
@@ -89,6 +93,14 @@ bool CVelmarManagerApp::initInstance()
     if (!m_options.error.isEmpty()) {
         printLine(stderr, u"VelmarManager: "_s + m_options.error);
         printLine(stderr, StartupOptions::usage());
+        m_startupExitCode = 2;
+        return false;
+    }
+
+    if (m_options.programDirectory.isEmpty() && !m_options.screenshotPath.isEmpty()) {
+        // A screenshot run has nobody to answer the folder dialog.
+        printLine(stderr,
+            u"VelmarManager: "_s + ServerFolderChoice::describe(ServerFolderChoice::Choice {}));
         m_startupExitCode = 2;
         return false;
     }
@@ -107,18 +119,22 @@ bool CVelmarManagerApp::initInstance()
     }
     reportBrokenHives();
 
+    if (m_options.programDirectory.isEmpty()) {
+        ServerFolderDialog dialog(*m_hives, *m_messages, DialogHelpers::systemFolderChooser());
+        if (dialog.exec() != QDialog::Accepted) {
+            m_startupExitCode = 0;
+            return false;
+        }
+        m_options.programDirectory = dialog.directory();
+    }
+    if (ServerFolderChoice::holdsServer(m_options.programDirectory))
+        ServerFolderChoice::remember(m_options.programDirectory);
+
     registerServices();
 
     m_serverType = readServerType(*m_hives);
 
-    m_frame = std::make_unique<CMainFrame>(MainFrameContext { m_options.programDirectory, *m_hives,
-        *m_messages, [] { return QDateTime::currentDateTime(); }, m_trace.get(), true,
-        m_serviceManager.get() });
-    m_messages->setMainWindow(m_frame.get());
-    m_messages->setBalloonsEnabled(m_frame->balloonHelp());
-    connect(m_frame.get(), &CMainFrame::balloonHelpChanged, m_messages.get(),
-        &QtMessageService::setBalloonsEnabled);
-
+    createFrame();
     if (!m_options.screenshotPath.isEmpty()) {
         connect(m_frame.get(), &CMainFrame::startupReady, this, &CVelmarManagerApp::takeScreenshot,
             Qt::QueuedConnection);
@@ -129,6 +145,40 @@ bool CVelmarManagerApp::initInstance()
 
     m_frame->show();
     return true;
+}
+
+void CVelmarManagerApp::createFrame()
+{
+    m_frame = std::make_unique<CMainFrame>(MainFrameContext { m_options.programDirectory, *m_hives,
+        *m_messages, [] { return QDateTime::currentDateTime(); }, m_trace.get(), true,
+        m_serviceManager.get() });
+    m_messages->setMainWindow(m_frame.get());
+    m_messages->setBalloonsEnabled(m_frame->balloonHelp());
+    connect(m_frame.get(), &CMainFrame::balloonHelpChanged, m_messages.get(),
+        &QtMessageService::setBalloonsEnabled);
+    // Queued: the frame is replaced, which must not happen inside its own action.
+    connect(m_frame->openServerFolderAction(), &QAction::triggered, this,
+        &CVelmarManagerApp::switchServerFolder, Qt::QueuedConnection);
+}
+
+void CVelmarManagerApp::switchServerFolder()
+{
+    // The frame is replaced only between loads. Unsaved edits belong to the
+    // folder they were made in: the frame asks to save them, as when it closes.
+    if (m_frame->isLoading() || !m_frame->queryClose())
+        return;
+    ServerFolderDialog dialog(*m_hives, *m_messages, DialogHelpers::systemFolderChooser(),
+        m_options.programDirectory, m_frame.get());
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    m_options.programDirectory = dialog.directory();
+    ServerFolderChoice::remember(m_options.programDirectory);
+    const int view = m_frame->currentViewId();
+    m_messages->setMainWindow(nullptr);
+    m_frame.reset();
+    createFrame();
+    m_frame->showView(view);
+    m_frame->show();
 }
 
 void CVelmarManagerApp::registerServices()

@@ -40,6 +40,9 @@ public:
     static QString readServerType(RegistryHives &hives);
 
 private:
+    void createFrame();
+    // "文件 → 打开服务器文件夹…": a new frame on the folder chosen.
+    void switchServerFolder();
     void reportBrokenHives();
     // "/install": register every daemon; then, at every start, the missing ones.
     void registerServices();

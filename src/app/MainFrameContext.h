@@ -3,6 +3,7 @@
 #include <functional>
 #include <QDateTime>
 #include <QString>
+#include <QUrl>
 
 class MessageService;
 class ServiceManager;
@@ -23,4 +24,6 @@ struct MainFrameContext
     bool loadServerData = true;
     // The operating system's service manager; nullptr: the platform's own.
     ServiceManager *serviceManager = nullptr;
+    // Opens an address in the desktop's browser; empty: QDesktopServices.
+    std::function<bool(const QUrl &)> openUrl = {};
 };

@@ -1,6 +1,7 @@
 #include "StartupOptions.h"
 
 #include "ServerFolder.h"
+#include "ServerFolderChoice.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -8,7 +9,8 @@
 using namespace Qt::StringLiterals;
 
 StartupOptions StartupOptions::parse(const QStringList &arguments, const QString &executableDir,
-    const QString &environmentServerDir, const QString &environmentRegistryDir)
+    const QString &environmentServerDir, const QString &environmentRegistryDir,
+    const QString &rememberedServerDir)
 {
     StartupOptions options;
     QString serverDir;
@@ -64,20 +66,28 @@ StartupOptions StartupOptions::parse(const QStringList &arguments, const QString
         loose.append(argument);
     }
 
-    // "/install" counts wherever it appears in the rest of the command line,
-    // also inside a longer word, as the service registration has always
-    // looked for it. Our own option values (folders) are left out so that a
-    // folder named ".../install" does not register services.
-    options.install = loose.join(u' ').contains(u"/install"_s);
-
-    // Other switches are ignored; a plain word would be a document to open,
-    // which this console does not have.
+    // Other switches are ignored. A plain word naming a folder is the server
+    // folder (the desktop entry passes one); any other would be a document
+    // to open, which this console does not have.
+    QStringList switches;
     for (const QString &word : std::as_const(loose)) {
-        if (!word.startsWith(u'/') && !word.startsWith(u'-')) {
+        const bool isSwitch = word.startsWith(u'-') || word.startsWith(u'/');
+        if (QFileInfo(word).isDir() && serverDir.isEmpty() && word != u"/install"_s) {
+            serverDir = word;
+            continue;
+        }
+        if (!isSwitch) {
             options.error = u"cannot open %1: the console opens no documents"_s.arg(word);
             return options;
         }
+        switches.append(word);
     }
+
+    // "/install" counts wherever it appears in the rest of the command line,
+    // also inside a longer word, as the service registration has always
+    // looked for it. Folders are left out so that a folder named
+    // ".../install" does not register services.
+    options.install = switches.join(u' ').contains(u"/install"_s);
 
     if (!options.startView.isEmpty() && !startViews().contains(options.startView)) {
         options.error
@@ -85,9 +95,10 @@ StartupOptions StartupOptions::parse(const QStringList &arguments, const QString
         return options;
     }
 
-    options.programDirectory
-        = ServerFolder::chooseDirectory(serverDir, environmentServerDir, executableDir);
-    if (!QFileInfo(options.programDirectory).isDir()) {
+    options.programDirectory = ServerFolderChoice::choose(
+        serverDir, executableDir, environmentServerDir, rememberedServerDir)
+                                   .directory;
+    if (!options.programDirectory.isEmpty() && !QFileInfo(options.programDirectory).isDir()) {
         options.error = u"the server folder %1 does not exist"_s.arg(options.programDirectory);
         return options;
     }
@@ -98,9 +109,11 @@ StartupOptions StartupOptions::parse(const QStringList &arguments, const QString
 
 QString StartupOptions::usage()
 {
-    return u"Usage: VelmarManager [options] [/install]\n"
-           "  --server-dir DIR     server folder (default: $VELMAR_SERVER_DIR, else the\n"
-           "                       folder of this program)\n"
+    return u"Usage: VelmarManager [options] [DIR] [/install]\n"
+           "  --server-dir DIR     server folder, also given as DIR (default: the folder of\n"
+           "                       this program when it holds Serverinfo.ini, else\n"
+           "                       $VELMAR_SERVER_DIR, else the folder used last, else\n"
+           "                       asked for)\n"
            "  --registry-dir DIR   folder of the registry hive files (default:\n"
            "                       $VELMAR_REGISTRY_DIR, else /etc/velmar and ~/.config/velmar)\n"
            "  --sql-trace FILE     write every SQL statement executed to FILE\n"
@@ -108,11 +121,13 @@ QString StartupOptions::usage()
            "  --view NAME          show a view at start: home, organize, positions,\n"
            "                       permissions, filebox, notices, chatlog, syslog or userlog;\n"
            "                       with --screenshot a log view first searches the last week\n"
+           "  --version            print the version and the commit it was built from\n"
+           "  -h, --help           print this help\n"
            "  /install             register the server's services\n"_s;
 }
 
 QStringList StartupOptions::startViews()
 {
-    return { u"home"_s, u"organize"_s, u"positions"_s, u"permissions"_s, u"filebox"_s,
-        u"notices"_s, u"chatlog"_s, u"syslog"_s, u"userlog"_s };
+    return { u"home"_s, u"organize"_s, u"positions"_s, u"permissions"_s, u"filebox"_s, u"notices"_s,
+        u"chatlog"_s, u"syslog"_s, u"userlog"_s };
 }

@@ -6,7 +6,9 @@
 // What the command line and the environment tell the console at start.
 struct StartupOptions
 {
-    QString programDirectory; // the server folder: every file path derives from it
+    // The server folder: every file path derives from it. Empty when none
+    // was given or found: the console asks for one.
+    QString programDirectory;
     QString registryDirectory; // empty: the hives' usual places
     QString sqlTracePath;
     QString screenshotPath;
@@ -15,11 +17,12 @@ struct StartupOptions
     bool help = false;
     QString error; // non-empty: start-up ends with this text
 
-    // arguments without the program name. The program directory is
-    // --server-dir, else environmentServerDir, else executableDir; a relative
-    // one is taken from the working directory.
+    // arguments without the program name. The program directory is chosen
+    // in ServerFolderChoice's order; a relative one is taken from the
+    // working directory.
     static StartupOptions parse(const QStringList &arguments, const QString &executableDir,
-        const QString &environmentServerDir, const QString &environmentRegistryDir);
+        const QString &environmentServerDir, const QString &environmentRegistryDir,
+        const QString &rememberedServerDir = {});
     static QString usage();
     // The names --view accepts.
     static QStringList startViews();

@@ -18,16 +18,6 @@ ServerFolder::ServerFolder(const QString &programDirectory, const QString &regis
           registryDirectory.isEmpty() ? QString() : cleanDirectory(registryDirectory))
 { }
 
-QString ServerFolder::chooseDirectory(
-    const QString &option, const QString &environment, const QString &executableDir)
-{
-    if (!option.isEmpty())
-        return cleanDirectory(option);
-    if (!environment.isEmpty())
-        return cleanDirectory(environment);
-    return cleanDirectory(executableDir);
-}
-
 QString ServerFolder::cleanDirectory(const QString &path)
 {
     QString clean = QDir::cleanPath(QDir().absoluteFilePath(path));

@@ -16,10 +16,6 @@ public:
     // directory); registryDirectory empty: the hives' usual places.
     explicit ServerFolder(const QString &programDirectory, const QString &registryDirectory = {});
 
-    // The program directory a program was told to use: the option, else the
-    // environment's folder, else the program's own folder.
-    static QString chooseDirectory(
-        const QString &option, const QString &environment, const QString &executableDir);
     // Absolute and clean, without a trailing separator: paths are built by
     // appending "/" and a name.
     static QString cleanDirectory(const QString &path);

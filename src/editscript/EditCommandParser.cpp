@@ -420,6 +420,28 @@ bool EditCommandParser::isCommandWord(QStringView word)
         [word](const Family &family) { return family.word == word; });
 }
 
+QStringList EditCommandParser::commands()
+{
+    QStringList names;
+    for (const Family &family : Families) {
+        if (family.subcommands.isEmpty())
+            names.append(family.word.toString());
+        for (QStringView sub : family.subcommands)
+            names.append(family.word.toString() + u' ' + sub.toString());
+    }
+    return names;
+}
+
+QStringList EditCommandParser::memberOptions()
+{
+    QStringList names { u"--guest"_s };
+    for (const TextOption &text : TextOptions)
+        names.append(text.name.toString());
+    for (const FlagOption &flag : FlagOptions)
+        names.append({ flag.on.toString(), flag.off.toString() });
+    return names;
+}
+
 bool EditCommandParser::takesValue(QStringView option)
 {
     return std::any_of(std::begin(TextOptions), std::end(TextOptions),

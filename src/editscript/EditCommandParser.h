@@ -32,4 +32,9 @@ public:
     // Whether an option of "member add" and "member set" takes the next word
     // as its value (--name, --password, ...; not the flags).
     static bool takesValue(QStringView option);
+    // Every command ("member add", "place", ...) and every option of
+    // "member add" and "member set": what the manual page and the shell
+    // completion must know.
+    static QStringList commands();
+    static QStringList memberOptions();
 };

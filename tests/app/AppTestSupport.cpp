@@ -59,6 +59,11 @@ MainFrameContext FrameFixture::context()
     MainFrameContext context { dir.programDir(), dir.hives(), messages, [this] { return now; },
         nullptr };
     context.loadServerData = false;
+    // The desktop's browser is never started from a test.
+    context.openUrl = [this](const QUrl &url) {
+        openedUrls.append(url);
+        return true;
+    };
     return context;
 }
 

@@ -34,6 +34,7 @@ struct FrameFixture
     ScriptedMessageService messages;
     QDateTime now = QDateTime(QDate(2024, 3, 5), QTime(9, 30, 15));
     std::unique_ptr<CMainFrame> frame;
+    QList<QUrl> openedUrls; // what the frame opened in the browser
 
     MainFrameContext context();
     CMainFrame &makeFrame();

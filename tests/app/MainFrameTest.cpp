@@ -209,12 +209,6 @@ void MainFrameTest::commandTableIsComplete()
     QCOMPARE(titles,
         QStringList({ u"文件(&F)"_s, u"编辑(&E)"_s, u"查看(&V)"_s, u"服务管理(&M)"_s,
             u"服务设置(&D)"_s, u"帮助(&H)"_s }));
-    // The maker's online services are listed but not offered.
-    for (const QString &name : { u"onlineUpdate"_s, u"onlineHelp"_s, u"onlineHomePage"_s }) {
-        QAction *online = frame.findChild<QAction *>(name);
-        QVERIFY2(online, qPrintable(name));
-        QVERIFY(!online->isEnabled());
-    }
 }
 
 void MainFrameTest::toolBarAndStatusBarToggles()

@@ -8,6 +8,7 @@
 #include "StartupOptions.h"
 
 #include <QDir>
+#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -53,6 +54,10 @@ void ShellLogicTest::startupOptions_data()
         << QString() << QString();
     QTest::newRow("option with equals") << QStringList({ u"--server-dir=<b>/"_s }) << QString()
                                         << u"<b>"_s << false << QString() << QString();
+    QTest::newRow("folder on the command line")
+        << QStringList({ u"<b>"_s }) << u"<a>"_s << u"<b>"_s << false << QString() << QString();
+    QTest::newRow("no folder anywhere: asked for")
+        << QStringList() << QString() << QString() << false << QString() << QString();
     QTest::newRow("install") << QStringList({ u"/install"_s }) << QString() << u"<exe>"_s << true
                              << QString() << QString();
     QTest::newRow("install anywhere") << QStringList({ u"/x"_s, u"/installservices"_s })
@@ -85,6 +90,9 @@ void ShellLogicTest::startupOptions()
     };
     for (QString &argument : arguments)
         argument = expand(argument);
+    // The program's own folder is the server folder only when it holds one.
+    if (expectedDir == u"<exe>"_s)
+        QVERIFY(QFile(exe.filePath(u"Serverinfo.ini"_s)).open(QIODevice::WriteOnly));
 
     const StartupOptions options
         = StartupOptions::parse(arguments, exe.path(), expand(environmentDir), QString());

@@ -8,6 +8,7 @@
 int runShellLogicTests(int argc, char **argv);
 int runMainFrameTests(int argc, char **argv);
 int runPasswordDialogsTests(int argc, char **argv);
+int runServerFolderDialogTests(int argc, char **argv);
 
 int main(int argc, char **argv)
 {
@@ -19,5 +20,6 @@ int main(int argc, char **argv)
     failures += runShellLogicTests(argc, argv);
     failures += runMainFrameTests(argc, argv);
     failures += runPasswordDialogsTests(argc, argv);
+    failures += runServerFolderDialogTests(argc, argv);
     return failures;
 }

@@ -41,7 +41,6 @@ class TstServerFolder : public QObject
 
 private Q_SLOTS:
     void paths();
-    void chosenDirectory();
     void hivesOfTheRegistryFolder();
     void databaseSettings_data();
     void databaseSettings();
@@ -61,20 +60,6 @@ void TstServerFolder::paths()
     QCOMPARE(folder.accessDatabasePath(), dir.databasePath());
     QCOMPARE(folder.registryDirectory(), QString());
     QCOMPARE(ServerFolder(u"/"_s).programDirectory(), u"/"_s);
-}
-
-void TstServerFolder::chosenDirectory()
-{
-    TempServerDir dir;
-    const QString option = dir.programDir();
-    const QString environment = dir.registryDir();
-    const QString executable = dir.root();
-    QCOMPARE(ServerFolder::chooseDirectory(option, environment, executable), option);
-    QCOMPARE(ServerFolder::chooseDirectory({}, environment, executable), environment);
-    QCOMPARE(ServerFolder::chooseDirectory({}, {}, executable + u'/'), executable);
-    // A relative folder is taken from the working directory.
-    QCOMPARE(ServerFolder::chooseDirectory(u"server/../server"_s, {}, executable),
-        QDir::current().absoluteFilePath(u"server"_s));
 }
 
 void TstServerFolder::hivesOfTheRegistryFolder()

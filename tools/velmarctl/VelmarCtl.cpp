@@ -1,6 +1,7 @@
 #include "VelmarCtl.h"
 
 #include "AccessCommand.h"
+#include "BuildInfo.h"
 #include "ConnectionStringMask.h"
 #include "ConsoleMessageService.h"
 #include "CReadDBThread.h"
@@ -16,6 +17,7 @@
 #include "ServerDataCounts.h"
 #include "ServerDataSaver.h"
 #include "ServerFolder.h"
+#include "ServerFolderChoice.h"
 #include "ServiceCommand.h"
 #include "SqlTrace.h"
 
@@ -142,7 +144,7 @@ bool VelmarCtl::splitOneLineForm(
     // whatever it looks like (as in a script).
     static const QStringList withValue
         = { u"--server-dir"_s, u"--registry-dir"_s, u"--sql-trace"_s };
-    static const QStringList flags = { u"--dry-run"_s, u"--timings"_s };
+    static const QStringList flags = { u"--dry-run"_s, u"--timings"_s, u"--verbose"_s };
     const auto isOwn = [](const QString &word) {
         return flags.contains(word)
             || std::any_of(withValue.cbegin(), withValue.cend(),
@@ -230,11 +232,14 @@ bool VelmarCtl::parse(
         u"oldest-first"_s, u"logs: keep the reading order instead of newest first."_s);
     const QCommandLineOption format(
         u"format"_s, u"logs, access: tsv (default) or json (one array per line)."_s, u"format"_s);
+    const QCommandLineOption verbose(
+        u"verbose"_s, u"Say on standard error which server folder is used and why."_s);
     const QCommandLineOption code(
         u"code"_s, u"notify: the code at bytes 18-19 (default 0x0DAC)."_s, u"n"_s);
     const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption version = parser.addVersionOption();
     parser.addOptions({ serverDir, registryDir, sqlTrace, timings, dryRun, discard, from, to,
-        oldestFirst, format, code });
+        oldestFirst, format, code, verbose });
     QStringList ownArguments;
     QStringList editWords;
     const bool oneLine = splitOneLineForm(arguments, &ownArguments, &editWords);
@@ -242,8 +247,14 @@ bool VelmarCtl::parse(
         message = parser.errorText();
         return false;
     }
+    options.verbose = parser.isSet(verbose);
     if (parser.isSet(help)) {
         message = parser.helpText();
+        helpShown = true;
+        return false;
+    }
+    if (parser.isSet(version)) {
+        message = BuildInfo::versionLine(u"velmarctl"_s);
         helpShown = true;
         return false;
     }
@@ -257,7 +268,7 @@ bool VelmarCtl::parse(
         options.editWords = editWords;
         options.editFile = oneLine ? QString() : positional.value(1);
         options.dryRun = parser.isSet(dryRun);
-        options.serverDir = resolveServerDir(parser.value(serverDir));
+        resolveServerDir(parser.value(serverDir), options);
         options.registryDir = parser.value(registryDir);
         options.sqlTrace = parser.value(sqlTrace);
         options.timings = parser.isSet(timings);
@@ -271,7 +282,7 @@ bool VelmarCtl::parse(
         }
         options.command = positional.first();
         options.servicesAction = positional.at(1);
-        options.serverDir = resolveServerDir(parser.value(serverDir));
+        resolveServerDir(parser.value(serverDir), options);
         return true;
     }
     if (!positional.isEmpty() && positional.first() == u"notify"_s) {
@@ -334,7 +345,7 @@ bool VelmarCtl::parse(
         return false;
     }
     options.command = positional.first();
-    options.serverDir = resolveServerDir(parser.value(serverDir));
+    resolveServerDir(parser.value(serverDir), options);
     options.registryDir = parser.value(registryDir);
     options.sqlTrace = parser.value(sqlTrace);
     options.timings = parser.isSet(timings);
@@ -342,18 +353,34 @@ bool VelmarCtl::parse(
     return true;
 }
 
-QString VelmarCtl::resolveServerDir(const QString &option)
+void VelmarCtl::resolveServerDir(const QString &option, Options &options)
 {
-    return ServerFolder::chooseDirectory(
-        option, qEnvironmentVariable("VELMAR_SERVER_DIR"), QCoreApplication::applicationDirPath());
+    const ServerFolderChoice::Choice choice
+        = ServerFolderChoice::choose(option, QCoreApplication::applicationDirPath(),
+            qEnvironmentVariable("VELMAR_SERVER_DIR"), ServerFolderChoice::remembered());
+    options.serverDir = choice.directory;
+    options.serverDirReason = ServerFolderChoice::describe(choice);
 }
 
 int VelmarCtl::run(const Options &options)
 {
-    if (options.command == u"services"_s)
-        return ServiceCommand::runServices(options.servicesAction, options.serverDir);
     if (options.command == u"notify"_s)
         return ServiceCommand::runNotify(options.port, options.code);
+    if (options.command == u"services"_s) {
+        // The daemons' states need no server folder; starting one that is
+        // not registered yet looks for it beside this program, as it always has.
+        const QString folder = options.serverDir.isEmpty() ? QCoreApplication::applicationDirPath()
+                                                           : options.serverDir;
+        if (options.verbose)
+            printTo(stderr, u"velmarctl: server folder %1\n"_s.arg(folder));
+        return ServiceCommand::runServices(options.servicesAction, folder);
+    }
+    if (options.serverDir.isEmpty()) {
+        printTo(stderr, u"velmarctl: "_s + options.serverDirReason + u'\n');
+        return UsageError;
+    }
+    if (options.verbose)
+        printTo(stderr, u"velmarctl: "_s + options.serverDirReason + u'\n');
 
     // A script is read whole before anything is loaded: a refused line costs
     // no load.

@@ -39,7 +39,9 @@ public:
         QString servicesAction; // services: "status", "start" or "stop"
         quint16 port = 0; // notify
         quint16 code = 0x0DAC; // notify
-        QString serverDir;
+        QString serverDir; // empty: none was given or found
+        QString serverDirReason; // which folder and why, or what to give when none
+        bool verbose = false;
         QString registryDir; // empty: VELMAR_REGISTRY_DIR or the platform's folders
         QString sqlTrace; // empty: no trace
         bool timings = false; // resave: print the save's phases on standard error
@@ -58,9 +60,8 @@ public:
     static bool parse(
         const QStringList &arguments, Options &options, QString &message, bool &helpShown);
 
-    // The server folder: --server-dir, else VELMAR_SERVER_DIR, else the
-    // folder of the executable.
-    static QString resolveServerDir(const QString &option);
+    // The server folder, in ServerFolderChoice's order.
+    static void resolveServerDir(const QString &option, Options &options);
 
     // Runs the command; prints JSON on standard output, messages on standard
     // error. Needs a running QCoreApplication.

@@ -1,0 +1,202 @@
+// The 帮助 menu's online entries on a real frame, their settings dialog, and
+// the update dialog against a release feed served from a local HTTP server:
+// a verified download, a checksum that does not match, a feed that is not
+// well-formed and a console without a feed address.
+
+#include "OnlineCommands.h"
+
+#include "AppTestSupport.h"
+#include "COnlineSettingsDlg.h"
+#include "LocalHttpServer.h"
+#include "OnlineAddresses.h"
+#include "UpdateDialog.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCryptographicHash>
+#include <QDir>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTreeWidget>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+QByteArray feedFor(const QUrl &file, const QByteArray &content, const QString &version)
+{
+    return u"{\"releases\": [{\"product\": \"VelmarManager\", \"version\": \"%1\", \"url\": "
+           u"\"%2\", "
+           "\"sha256\": \"%3\"}, {\"product\": \"VelmarManager\", \"version\": \"0.0.1\", "
+           "\"url\": \"%2\", \"sha256\": \"%3\"}]}"_s
+               .arg(version, file.toString(),
+                   QString::fromLatin1(
+                       QCryptographicHash::hash(content, QCryptographicHash::Sha256).toHex()))
+               .toUtf8();
+}
+
+const QHash<QString, QVersionNumber> Installed { { u"VelmarManager"_s, QVersionNumber(0, 1) } };
+} // namespace
+
+class OnlineCommandsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void entriesFollowTheAddresses();
+    void settingsDialogRefusesOtherAddresses();
+    void updateDownloadsAndVerifies();
+    void updateRefusesWrongChecksum();
+    void updateReportsBadFeed();
+    void updateWithoutFeedSaysHowToSetOne();
+};
+
+void OnlineCommandsTest::entriesFollowTheAddresses()
+{
+    FrameFixture f;
+    CMainFrame &frame = f.makeFrame();
+    auto *homePage = frame.findChild<QAction *>(u"onlineHomePage"_s);
+    auto *sms = frame.findChild<QAction *>(u"onlineSmsPortal"_s);
+    auto *help = frame.findChild<QAction *>(u"onlineHelp"_s);
+    QVERIFY(homePage && sms && help);
+    QVERIFY(!homePage->isEnabled());
+    QVERIFY(!sms->isEnabled());
+    QVERIFY(frame.findChild<QAction *>(u"onlineUpdate"_s)->isEnabled());
+    auto *menu = frame.menuBar()->findChild<QMenu *>(u"menuHelp"_s);
+    QVERIFY(menu->actions().contains(sms));
+    QVERIFY(menu->actions().contains(frame.findChild<QAction *>(u"onlineSettings"_s)));
+
+    // The build's copy of the handbook opens in the browser.
+    QVERIFY(help->isEnabled());
+    help->trigger();
+    QCOMPARE(f.openedUrls.size(), 1);
+    QVERIFY(f.openedUrls[0].isLocalFile());
+    QVERIFY(f.openedUrls[0].toLocalFile().endsWith(u"handbook/index.html"_s));
+
+    OnlineAddresses addresses;
+    addresses.homePage = QUrl(u"https://www.example.com/"_s);
+    addresses.smsPortal = QUrl(u"https://sms.example.com/login"_s);
+    QVERIFY(addresses.write(f.dir.hives()));
+    FrameFixture g;
+    QVERIFY(addresses.write(g.dir.hives()));
+    CMainFrame &set = g.makeFrame();
+    set.findChild<QAction *>(u"onlineHomePage"_s)->trigger();
+    set.findChild<QAction *>(u"onlineSmsPortal"_s)->trigger();
+    QCOMPARE(g.openedUrls, QList<QUrl>({ addresses.homePage, addresses.smsPortal }));
+}
+
+void OnlineCommandsTest::settingsDialogRefusesOtherAddresses()
+{
+    TempServerDir dir;
+    ScriptedMessageService messages;
+    COnlineSettingsDlg dialog(dir.hives(), messages);
+    auto *feed = dialog.findChild<QLineEdit *>(u"updateFeedEdit"_s);
+    auto *homePage = dialog.findChild<QLineEdit *>(u"homePageEdit"_s);
+    QVERIFY(feed && homePage);
+    QVERIFY(!feed->accessibleName().isEmpty());
+    QTest::keyClicks(feed, u"ftp://files.example.com/feed.json"_s);
+    QTest::mouseClick(dialog.findChild<QPushButton *>(u"okButton"_s), Qt::LeftButton);
+    QCOMPARE(dialog.result(), int(QDialog::Rejected));
+    QCOMPARE(messages.boxTexts().size(), 1);
+    QVERIFY(OnlineAddresses::read(dir.hives()).updateFeed.isEmpty());
+
+    feed->setText(u" https://www.example.com/releases.json "_s);
+    QTest::mouseClick(dialog.findChild<QPushButton *>(u"okButton"_s), Qt::LeftButton);
+    QCOMPARE(dialog.result(), int(QDialog::Accepted));
+    const OnlineAddresses stored = OnlineAddresses::read(dir.hives());
+    QCOMPARE(stored.updateFeed, QUrl(u"https://www.example.com/releases.json"_s));
+    QVERIFY(stored.homePage.isEmpty());
+}
+
+void OnlineCommandsTest::updateDownloadsAndVerifies()
+{
+    LocalHttpServer server;
+    const QByteArray setup = QByteArray("deb").repeated(10000);
+    server.files.insert(u"/velmarmanager_9.0_amd64.deb"_s, setup);
+    server.files.insert(
+        u"/feed.json"_s, feedFor(server.url(u"/velmarmanager_9.0_amd64.deb"_s), setup, u"9.0"_s));
+    QTemporaryDir folder;
+    ScriptedMessageService messages;
+    UpdateDialog dialog(server.url(u"/feed.json"_s), Installed, messages,
+        [&folder](QWidget *, const QString &) { return folder.path(); });
+    QSignalSpy checked(&dialog, &UpdateDialog::checked);
+    dialog.check();
+    QVERIFY(checked.wait(10000));
+    // Only the release newer than the installed one.
+    QCOMPARE(dialog.releaseList()->topLevelItemCount(), 1);
+    QCOMPARE(dialog.releaseList()->topLevelItem(0)->text(2), u"9.0"_s);
+
+    QSignalSpy finished(&dialog, &UpdateDialog::downloadFinished);
+    auto *download = dialog.findChild<QPushButton *>(u"downloadButton"_s);
+    QVERIFY(download->isEnabled());
+    QTest::mouseClick(download, Qt::LeftButton);
+    QVERIFY(finished.wait(10000));
+    QCOMPARE(finished.at(0).at(0).toBool(), true);
+    QFile file(folder.filePath(u"velmarmanager_9.0_amd64.deb"_s));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), setup);
+    QCOMPARE(messages.boxes().size(), 1);
+    QCOMPARE(messages.boxes().at(0).icon, MessageService::Icon::Information);
+}
+
+void OnlineCommandsTest::updateRefusesWrongChecksum()
+{
+    LocalHttpServer server;
+    server.files.insert(u"/setup.deb"_s, "what arrived");
+    server.files.insert(
+        u"/feed.json"_s, feedFor(server.url(u"/setup.deb"_s), "what was published", u"9.0"_s));
+    QTemporaryDir folder;
+    ScriptedMessageService messages;
+    UpdateDialog dialog(server.url(u"/feed.json"_s), Installed, messages,
+        [&folder](QWidget *, const QString &) { return folder.path(); });
+    QSignalSpy checked(&dialog, &UpdateDialog::checked);
+    dialog.check();
+    QVERIFY(checked.wait(10000));
+    QSignalSpy finished(&dialog, &UpdateDialog::downloadFinished);
+    QTest::mouseClick(dialog.findChild<QPushButton *>(u"downloadButton"_s), Qt::LeftButton);
+    QVERIFY(finished.wait(10000));
+    QCOMPARE(finished.at(0).at(0).toBool(), false);
+    QVERIFY2(messages.boxTexts().value(0).contains(u"SHA-256"_s),
+        qPrintable(messages.boxTexts().value(0)));
+    QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList());
+}
+
+void OnlineCommandsTest::updateReportsBadFeed()
+{
+    LocalHttpServer server;
+    server.files.insert(u"/feed.json"_s, R"({"releases": [{"product": "VelmarManager", "ver)");
+    ScriptedMessageService messages;
+    UpdateDialog dialog(server.url(u"/feed.json"_s), Installed, messages,
+        [](QWidget *, const QString &) { return QString(); });
+    QSignalSpy checked(&dialog, &UpdateDialog::checked);
+    dialog.check();
+    QVERIFY(checked.wait(10000));
+    QCOMPARE(dialog.releaseList()->topLevelItemCount(), 0);
+    QVERIFY2(
+        dialog.statusLabel()->text().contains(u"JSON"_s), qPrintable(dialog.statusLabel()->text()));
+    QVERIFY(!dialog.findChild<QPushButton *>(u"downloadButton"_s)->isEnabled());
+}
+
+void OnlineCommandsTest::updateWithoutFeedSaysHowToSetOne()
+{
+    ScriptedMessageService messages;
+    UpdateDialog dialog(
+        QUrl(), Installed, messages, [](QWidget *, const QString &) { return QString(); });
+    dialog.check();
+    QVERIFY2(dialog.statusLabel()->text().contains(u"在线服务设置"_s),
+        qPrintable(dialog.statusLabel()->text()));
+}
+
+int main(int argc, char **argv)
+{
+    QApplication app(argc, argv);
+    OnlineCommandsTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "OnlineCommandsTest.moc"
