@@ -1,5 +1,8 @@
 #pragma once
 
+class QString;
+struct UserInfo;
+
 // The member grid's columns, in screen order. The member rules speak of the
 // cells they refuse by these; the member list model shows them.
 struct MemberColumns
@@ -22,4 +25,9 @@ struct MemberColumns
         PublicColumn, // 公开信息: 公开 / 保密
         ColumnCount
     };
+
+    // The record's text shown in a column (the user ID included); nullptr
+    // for the columns that show a flag.
+    static const QString *text(const UserInfo &member, int column);
+    static QString *text(UserInfo &member, int column);
 };

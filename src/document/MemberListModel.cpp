@@ -11,32 +11,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+// The text cells a cell edit writes; the user ID is not one of them (it is
+// typed only into the blank row, which creates the member).
 QString *textField(UserInfo &member, int column)
 {
-    switch (column) {
-    case MemberListModel::DisplayNameColumn:
-        return &member.displayName;
-    case MemberListModel::NicknameColumn:
-        return &member.nickname;
-    case MemberListModel::PasswordColumn:
-        return &member.password;
-    case MemberListModel::EmailColumn:
-        return &member.email;
-    case MemberListModel::MobileColumn:
-        return &member.mobile;
-    case MemberListModel::OfficePhoneColumn:
-        return &member.officePhone;
-    case MemberListModel::AddressColumn:
-        return &member.address;
-    case MemberListModel::HomePhoneColumn:
-        return &member.homePhone;
-    case MemberListModel::BirthdayColumn:
-        return &member.birthday;
-    case MemberListModel::DescriptionColumn:
-        return &member.description;
-    default:
-        return nullptr;
-    }
+    return column == MemberListModel::LoginNameColumn ? nullptr
+                                                      : MemberColumns::text(member, column);
 }
 
 qint32 *flagField(UserInfo &member, int column)
@@ -150,9 +130,7 @@ QVariant MemberListModel::data(const QModelIndex &index, int role) const
     case Qt::DisplayRole:
     case Qt::EditRole: {
         const int column = index.column();
-        if (column == LoginNameColumn)
-            return member.loginName;
-        if (const QString *text = textField(const_cast<UserInfo &>(member), column))
+        if (const QString *text = MemberColumns::text(member, column))
             return *text;
         const qint32 flag = *flagField(const_cast<UserInfo &>(member), column);
         if (role == Qt::EditRole)
