@@ -202,12 +202,10 @@ EditResult DirectoryEditor::deleteMembers(bool guest, QList<int> rows)
                 const UserInfo &member = dir.memberRows(guest).at(row);
                 const qint32 id = member.id;
                 entry.noted = dir.noteDeleted(id, member.loginName);
-                // A regular member can stand in the guest tree as well; a
-                // guest member only there.
+                // Either member can stand in either tree (a drop does not
+                // ask which list the member is in): both lose it.
                 entry.memberships.clear();
                 for (const bool inGuestTree : { false, true }) {
-                    if (!inGuestTree && guest)
-                        continue;
                     const QList<DirectoryNode *> nodes
                         = dir.treeData(inGuestTree).membershipsOf(id);
                     for (DirectoryNode *node : nodes) {

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "ChangeGuard.h"
 #include "DbError.h"
 #include "SaveJournalRunner.h"
 #include "SavePreflight.h"
+#include "ServerFolderLock.h"
 
 #include <functional>
 #include <QString>
@@ -38,6 +40,19 @@ public:
         DatabaseError, // a statement failed (the journal stays)
         UnsafeText, // texts that would break their statements: nothing written
         JournalError, // the journal could not be written: nothing written
+        Busy, // another save held the folder and the wait gave up: nothing written
+        // Another program saved since the working copy was read, and the
+        // save was refused or cancelled: nothing written.
+        ConcurrentChange,
+        // The same, and the administrator chose to read the database again
+        // (losing the working copy's changes): nothing written.
+        ReloadRequested,
+    };
+    // What the save does when the database changed since it was read.
+    enum class ConflictPolicy {
+        Ask, // the console: reload, save anyway, or cancel
+        Refuse, // velmarctl edit without --force
+        Overwrite, // velmarctl edit --force, resave
     };
     // The step a database failure happened in.
     enum class Step {
@@ -63,6 +78,11 @@ public:
         int version = 0;
         // Saved: the notices whose DELETE failed (they stay in the database).
         int failedNoticeDeletes = 0;
+        // ConcurrentChange, ReloadRequested, and a save made anyway: what
+        // changed since the working copy was read.
+        ChangeGuard::Report changes;
+        // Phases of the concurrent-change check, in nanoseconds.
+        qint64 guardNs = 0;
         // UnsafeText: every offending text.
         QList<SavePreflight::Problem> problems;
         // DatabaseError: reported with the database session's error box
@@ -95,6 +115,11 @@ public:
     void setPause(Pause pause);
     // Where a run can be watched from (see SaveJournalRunner).
     void setCheckpoint(SaveJournalRunner::Checkpoint checkpoint);
+    // How to wait while another save holds the folder (default: up to
+    // DefaultLockWaitMs). The console shows a waiting state with a cancel.
+    void setLockWait(ServerFolderLock::Wait wait) { m_lockWait = std::move(wait); }
+    static constexpr qint64 DefaultLockWaitMs = 60 * 1000;
+    void setConflictPolicy(ConflictPolicy policy) { m_conflictPolicy = policy; }
 
     Result save(bool confirmed);
 
@@ -126,6 +151,7 @@ public:
     static QString memberErrorText(); // "用户ID和密码为空."
     static QString databaseErrorText(); // "数据库发生错误."
     static QString journalErrorText(const QString &path, const QString &why);
+    static QString lockErrorText(const QString &path, const QString &why);
 
 private:
     void balloon(const QString &text);
@@ -139,4 +165,6 @@ private:
     QString m_programDir;
     Pause m_pause;
     SaveJournalRunner::Checkpoint m_checkpoint;
+    ServerFolderLock::Wait m_lockWait;
+    ConflictPolicy m_conflictPolicy = ConflictPolicy::Ask;
 };

@@ -217,7 +217,9 @@ void TestVelmarCtl::load()
     QCOMPARE(run.err, QString());
     QCOMPARE(QJsonDocument::fromJson(run.out).object(), populatedCounts());
 
-    const QStringList trace = readTrace(tracePath);
+    // Without the concurrent-change check's aggregate queries.
+    QStringList trace = readTrace(tracePath);
+    trace.removeIf([](const QString &line) { return line.startsWith(u"SELECT COUNT(*),"_s); });
     QVERIFY(trace.size() > 10);
     QCOMPARE(trace.first(), u"SELECT COUNT(*) FROM Member"_s);
     QVERIFY2(trace.last().contains(u"FROM CONTENTS ORDER BY WRITEDATE DESC;"_s),
@@ -301,7 +303,9 @@ void TestVelmarCtl::resave()
 
     // The load and then the save on the one trace (the save's statements
     // themselves are the saver's tests); saved unchanged, it reads back as before.
-    const QStringList trace = readTrace(tracePath);
+    // Without the concurrent-change check's aggregate queries.
+    QStringList trace = readTrace(tracePath);
+    trace.removeIf([](const QString &line) { return line.startsWith(u"SELECT COUNT(*),"_s); });
     QVERIFY(!trace.isEmpty());
     QCOMPARE(trace.first(), u"SELECT COUNT(*) FROM Member"_s);
     QVERIFY2(trace.last().startsWith(u"UPDATE VoipNumberList"_s), qPrintable(trace.last()));

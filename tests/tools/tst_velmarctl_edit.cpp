@@ -139,6 +139,7 @@ private Q_SLOTS:
     void refusedLine();
     void refusedSave();
     void oneLineForms();
+    void eitherListInEitherTree();
 };
 
 void TestVelmarCtlEdit::script()
@@ -280,8 +281,6 @@ void TestVelmarCtlEdit::refusedLine_data()
         << QByteArray("group rename /Sales/West X") << u"no group /Sales/West"_s;
     QTest::newRow("not placed there")
         << QByteArray("unplace /HQ anna") << u"anna is not placed directly under /HQ"_s;
-    QTest::newRow("guest member in the organisation") << QByteArray(
-        "place /HQ gus") << u"gus is a guest member: it is placed in the guest tree (guest:/...)"_s;
     QTest::newRow("unknown folder")
         << QByteArray("right set nowhere member anna read") << u"no folder nowhere"_s;
     QTest::newRow("unknown notice") << QByteArray("notice delete 101 7") << u"no notice 7"_s;
@@ -353,6 +352,28 @@ void TestVelmarCtlEdit::oneLineForms()
     run = velmarctl(QStringList { u"place"_s, u"/HQ"_s, u"nobody"_s } + dirArguments(dir));
     QCOMPARE(run.exitCode, 1);
     QCOMPARE(run.err, u"line 1: no member with the user ID nobody\n"_s);
+}
+
+void TestVelmarCtlEdit::eitherListInEitherTree()
+{
+    SERVER(dir, db);
+    // "-" is standard input; a guest member goes into the organisation and a
+    // regular one into the guest tree, as a drop in the console puts them.
+    CtlRun run = velmarctl(QStringList { u"edit"_s } + dirArguments(dir) << u"-"_s,
+        "place /HQ gus\nplace guest:/Forum carl\n");
+    QVERIFY2(run.exitCode == 0, qPrintable(run.err));
+    QCOMPARE(
+        db.column(u"SELECT OMemberID || '@' || OGroupID || ':' || IsGuestRelation FROM Relation "
+                  "WHERE OMemberID IN (3, 5) ORDER BY OMemberID, OGroupID"_s),
+        QStringList({ u"3@20:0"_s, u"3@50:1"_s, u"5@20:0"_s, u"5@51:1"_s }));
+    QCOMPARE(
+        db.column(u"SELECT MemberLevel FROM Member WHERE OMemberID IN (3, 5) ORDER BY OMemberID"_s),
+        QStringList({ u"3"_s, u"3"_s }));
+    // Deleting either takes it out of both trees.
+    run = velmarctl(
+        QStringList { u"member"_s, u"delete"_s, u"gus"_s, u"carl"_s } + dirArguments(dir));
+    QVERIFY2(run.exitCode == 0, qPrintable(run.err));
+    QCOMPARE(db.count(u"Relation"_s, u"OMemberID IN (3, 5)"_s), 0);
 }
 
 QTEST_GUILESS_MAIN(TestVelmarCtlEdit)

@@ -75,6 +75,58 @@ SaveJournalRunner::Checkpoint stopPointFromEnvironment()
     };
 }
 
+// Waits up to --wait seconds for another program's save on the folder,
+// saying once on standard error what it waits for.
+ServerFolderLock::Wait lockWait(const VelmarCtl::Options &options)
+{
+    auto told = std::make_shared<bool>(false);
+    const ServerFolderLock::Wait sleep
+        = ServerFolderLock::waitUpTo(qint64(options.waitSeconds) * 1000);
+    return [told, sleep, options](qint64 waitedMs) {
+        if (!*told) {
+            *told = true;
+            printTo(stderr,
+                u"velmarctl: waiting for another save on %1 (up to %2 s)\n"_s.arg(
+                    options.serverDir, QString::number(options.waitSeconds)));
+        }
+        return sleep(waitedMs);
+    };
+}
+
+void printBusy(const VelmarCtl::Options &options)
+{
+    printTo(stderr,
+        u"velmarctl: another save on %1 was still running after %2 s; nothing was done.\n"_s.arg(
+            options.serverDir, QString::number(options.waitSeconds)));
+}
+
+// Sets up a save as velmarctl runs it.
+void prepareSaver(ServerDataSaver &saver, const VelmarCtl::Options &options)
+{
+    saver.setCheckpoint(stopPointFromEnvironment());
+    saver.setLockWait(lockWait(options));
+    saver.setConflictPolicy(options.force ? ServerDataSaver::ConflictPolicy::Overwrite
+                                          : ServerDataSaver::ConflictPolicy::Refuse);
+}
+
+// The save's refusals that are velmarctl's to explain; -1 for the others.
+int reportSaveRefusal(const ServerDataSaver::Result &result, const VelmarCtl::Options &options)
+{
+    if (result.outcome == ServerDataSaver::Outcome::Busy) {
+        printBusy(options);
+        return VelmarCtl::Busy;
+    }
+    if (result.outcome == ServerDataSaver::Outcome::ConcurrentChange) {
+        printTo(stderr,
+            u"velmarctl: another program saved %1 since it was read; nothing was saved.\n%2\n"
+            "Run the edit again on the data as it is now, or add --force to save over it.\n"_s.arg(
+                options.serverDir,
+                ChangeGuard::describe(result.changes).replace(u"\r\n"_s, u"\n"_s)));
+        return VelmarCtl::Busy;
+    }
+    return -1;
+}
+
 // The server folder a command works on, with its registry hives. The
 // database settings go through the console's start-up step, so that both
 // open the same database.
@@ -140,8 +192,8 @@ bool VelmarCtl::splitOneLineForm(
     // command's, and the word after a member text option is its value
     // whatever it looks like (as in a script).
     static const QStringList withValue
-        = { u"--server-dir"_s, u"--registry-dir"_s, u"--sql-trace"_s };
-    static const QStringList flags = { u"--dry-run"_s, u"--timings"_s };
+        = { u"--server-dir"_s, u"--registry-dir"_s, u"--sql-trace"_s, u"--wait"_s };
+    static const QStringList flags = { u"--dry-run"_s, u"--timings"_s, u"--force"_s };
     const auto isOwn = [](const QString &word) {
         return flags.contains(word)
             || std::any_of(withValue.cbegin(), withValue.cend(),
@@ -187,8 +239,9 @@ bool VelmarCtl::parse(
         "           and the server notifications) and print the counts and the version\n"
         "  recover  finish a save that was cut short (its journal beside Serverinfo.ini);\n"
         "           load and resave refuse (exit 3) while one is pending\n"
-        "  edit [FILE]\n"
-        "           apply an edit script (FILE or standard input) to the loaded data, one\n"
+        "  edit [FILE|-]\n"
+        "           apply an edit script (FILE, or standard input for - or none) to the\n"
+        "           loaded data, one\n"
         "           command per line, then save as the console saves; the first refused\n"
         "           line ends it with 'line N: ' and the reason (exit 1, nothing saved), a\n"
         "           refused save exits 2. Each edit command is also a command of its own:\n"
@@ -215,6 +268,13 @@ bool VelmarCtl::parse(
         "phases load, parse, edits and save."_s);
     const QCommandLineOption dryRun(
         u"dry-run"_s, u"edit: apply the script, print the journal and save nothing."_s);
+    const QCommandLineOption wait(u"wait"_s,
+        u"How long to wait for another program's save on the folder before giving up with "
+        "exit 2 (default 60)."_s,
+        u"seconds"_s, u"60"_s);
+    const QCommandLineOption force(u"force"_s,
+        u"edit, resave: save even when another program saved since the data was read "
+        "(otherwise exit 2, nothing saved)."_s);
     const QCommandLineOption discard(
         u"discard"_s, u"recover: drop the pending save's journal instead of finishing it."_s);
     const QCommandLineOption from(
@@ -229,7 +289,7 @@ bool VelmarCtl::parse(
         u"code"_s, u"notify: the code at bytes 18-19 (default 0x0DAC)."_s, u"n"_s);
     const QCommandLineOption help = parser.addHelpOption();
     parser.addOptions({ serverDir, registryDir, sqlTrace, timings, dryRun, discard, from, to,
-        oldestFirst, format, code });
+        oldestFirst, format, code, wait, force });
     QStringList ownArguments;
     QStringList editWords;
     const bool oneLine = splitOneLineForm(arguments, &ownArguments, &editWords);
@@ -243,6 +303,13 @@ bool VelmarCtl::parse(
         return false;
     }
     const QStringList positional = parser.positionalArguments();
+    bool waitOk = false;
+    options.waitSeconds = parser.value(wait).toInt(&waitOk);
+    if (!waitOk || options.waitSeconds < 0) {
+        message = u"--wait needs a number of seconds (0 or more)"_s;
+        return false;
+    }
+    options.force = parser.isSet(force);
     if (oneLine || positional.value(0) == u"edit"_s) {
         if (oneLine ? !positional.isEmpty() : positional.size() > 2) {
             message = u"expected edit [FILE] or one edit command\n\n"_s + parser.helpText();
@@ -251,6 +318,9 @@ bool VelmarCtl::parse(
         options.command = u"edit"_s;
         options.editWords = editWords;
         options.editFile = oneLine ? QString() : positional.value(1);
+        // "-" is standard input, as for every Unix tool.
+        if (options.editFile == u"-"_s)
+            options.editFile.clear();
         options.dryRun = parser.isSet(dryRun);
         options.serverDir = resolveServerDir(parser.value(serverDir));
         options.registryDir = parser.value(registryDir);
@@ -384,7 +454,13 @@ int VelmarCtl::run(const Options &options)
     {
         DbSession session(*hives, profilePath, databasePath, messages);
         SaveRecovery recovery(session, messages, profilePath);
-        if (recovery.inspect() != SaveRecovery::State::None) {
+        recovery.setLockWait(lockWait(options));
+        const SaveRecovery::State state = recovery.inspect();
+        if (recovery.gaveUpWaiting()) {
+            printBusy(options);
+            return Busy;
+        }
+        if (state != SaveRecovery::State::None) {
             printTo(stderr,
                 u"velmarctl: an unfinished save is pending in %1 (%2); the database may be "
                 "half written. Run 'velmarctl recover --server-dir %1' first.\n"_s.arg(
@@ -395,9 +471,11 @@ int VelmarCtl::run(const Options &options)
 
     // The console's loading worker, as the main window runs it.
     int loadResult = 0;
+    ServerDataLoader::Outcome loadOutcome = ServerDataLoader::Outcome::Ok;
     {
         QEventLoop loop;
         CReadDBThread reader(*hives, profilePath, databasePath, messages, data, trace.get());
+        reader.setLockWait(lockWait(options));
         QObject::connect(&reader, &CReadDBThread::workerExited, &loop, [&](int result) {
             loadResult = result;
             loop.quit();
@@ -405,6 +483,7 @@ int VelmarCtl::run(const Options &options)
         reader.start();
         loop.exec();
         const ServerDataLoader::Result result = reader.loadResult();
+        loadOutcome = result.outcome;
         if (result.outcome == ServerDataLoader::Outcome::ReadFailed) {
             printTo(stderr,
                 u"velmarctl: reading %1 failed: %2\n"_s.arg(
@@ -413,13 +492,14 @@ int VelmarCtl::run(const Options &options)
         }
     }
     if (loadResult != 1)
-        return LoadFailed;
+        return loadOutcome == ServerDataLoader::Outcome::Busy ? (printBusy(options), Busy)
+                                                              : LoadFailed;
     timings.loadNs = clock.nsecsElapsed();
 
     if (options.command == u"edit"_s) {
         DbSession session(*hives, profilePath, databasePath, messages, trace.get());
         ServerDataSaver saver(data, session, messages, profilePath, *hives, options.serverDir);
-        saver.setCheckpoint(stopPointFromEnvironment());
+        prepareSaver(saver, options);
         return edit(options, commands, data, saver, profilePath, timings);
     }
 
@@ -427,9 +507,11 @@ int VelmarCtl::run(const Options &options)
     if (options.command == u"resave"_s) {
         DbSession session(*hives, profilePath, databasePath, messages, trace.get());
         ServerDataSaver saver(data, session, messages, profilePath, *hives, options.serverDir);
-        saver.setCheckpoint(stopPointFromEnvironment());
+        prepareSaver(saver, options);
         const ServerDataSaver::Result result = saver.save(true);
         if (!result.ok()) {
+            if (const int code = reportSaveRefusal(result, options); code >= 0)
+                return code;
             if (result.outcome == ServerDataSaver::Outcome::DatabaseError)
                 printTo(stderr,
                     u"velmarctl: the save failed: %1\n"_s.arg(
@@ -499,6 +581,8 @@ int VelmarCtl::edit(const Options &options, const QList<EditCommand> &commands,
     const ServerDataSaver::Result result = saver.save(true);
     timings.saveNs = clock.nsecsElapsed();
     if (!result.ok()) {
+        if (const int code = reportSaveRefusal(result, options); code >= 0)
+            return code;
         // The saver has shown its designed message on standard error.
         if (result.outcome != ServerDataSaver::Outcome::DatabaseError)
             return SaveRefused;
@@ -532,8 +616,13 @@ int VelmarCtl::recover(const Options &options)
     DbSession session(*folder.hives, profilePath, folder.databasePath, messages, trace.get());
     SaveRecovery recovery(session, messages, profilePath);
     recovery.setCheckpoint(stopPointFromEnvironment());
+    recovery.setLockWait(lockWait(options));
 
     const SaveRecovery::State state = recovery.inspect();
+    if (recovery.gaveUpWaiting()) {
+        printBusy(options);
+        return Busy;
+    }
     if (state == SaveRecovery::State::None) {
         printTo(stdout, u"nothing to recover\n"_s);
         return Success;
@@ -567,6 +656,10 @@ int VelmarCtl::recover(const Options &options)
     }
 
     const SaveJournalRunner::Result result = recovery.finish();
+    if (recovery.gaveUpWaiting()) {
+        printBusy(options);
+        return Busy;
+    }
     if (!result.ok) {
         printTo(stderr,
             u"velmarctl: finishing the save failed at statement %1 (%2): %3\n%4\n"

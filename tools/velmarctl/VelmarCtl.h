@@ -28,6 +28,8 @@ public:
         // save refused the edited data (nothing written).
         EditRefused = 1,
         SaveRefused = 2,
+        // Another save held the folder past --wait, or saved since the load.
+        Busy = 2,
     };
 
     struct Options
@@ -47,6 +49,10 @@ public:
         QString editFile;
         QStringList editWords;
         bool dryRun = false; // edit: print the journal, save nothing
+        // How long a load or a save waits for another program's save.
+        int waitSeconds = 60;
+        // edit, resave: save even when another program saved since the load.
+        bool force = false;
     };
 
     // Parses arguments (the program name first). Returns false with a message
