@@ -152,6 +152,47 @@ bool killAt(const QStringList &arguments, const QString &point, QString *why)
     return false;
 }
 
+// Starts velmarctl without waiting for it; with stopAt, it stops itself there.
+std::unique_ptr<QProcess> startCtl(const QStringList &arguments, const QString &stopAt = {})
+{
+    auto process = std::make_unique<QProcess>();
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    if (!stopAt.isEmpty())
+        environment.insert(u"VELMAR_SAVE_STOP_AT"_s, stopAt);
+    process->setProcessEnvironment(environment);
+    process->start(QStringLiteral(VELMARCTL_PATH), arguments);
+    process->waitForStarted();
+    return process;
+}
+
+bool waitUntilStopped(QProcess &process)
+{
+    QDeadlineTimer deadline(120000);
+    while (!deadline.hasExpired()) {
+        if (processState(process.processId()) == 'T')
+            return true;
+        if (process.waitForFinished(5))
+            return false;
+    }
+    return false;
+}
+
+// Row counts of every table a save touches.
+QMap<QString, qint64> rowCounts(TestDatabase &db)
+{
+    QMap<QString, qint64> counts;
+    for (const QString &table : { u"Member"_s, u"[Group]"_s, u"Relation"_s, u"Rank"_s,
+             u"AccessToken"_s, u"VoipInfo"_s, u"VoipNumberList"_s, u"Folder"_s, u"GroupAuthority"_s,
+             u"UserAuthority"_s, u"CONTENTS"_s })
+        counts.insert(table, db.count(table));
+    // Ids stored more than once (the fixture has one duplicate on purpose).
+    counts.insert(u"duplicate member ids"_s,
+        db.scalar(u"SELECT COUNT(*) - COUNT(DISTINCT OMemberID) FROM Member"_s).toLongLong());
+    counts.insert(u"duplicate group ids"_s,
+        db.scalar(u"SELECT COUNT(*) - COUNT(DISTINCT OGroupID) FROM [Group]"_s).toLongLong());
+    return counts;
+}
+
 } // namespace
 
 // A server folder whose SQLite file holds populatedDatabase().
@@ -180,6 +221,8 @@ private Q_SLOTS:
     void killedSave_data();
     void killedSave();
     void usage();
+    void racingEdits();
+    void waitAndConflict();
 };
 
 void TestVelmarCtl::load_data()
@@ -517,6 +560,100 @@ void TestVelmarCtl::usage()
     const CtlRun help = velmarctl({ u"--help"_s });
     QCOMPARE(help.exitCode, 0);
     QVERIFY(help.out.contains("--sql-trace"));
+}
+
+void TestVelmarCtl::racingEdits()
+{
+    // Two administrators' scripts started together on one folder, round
+    // after round: each save runs whole or not at all, and one that would
+    // overwrite the other's is refused (exit 2) instead of losing it.
+    POPULATED_SERVER(dir, db);
+    QVERIFY(db.writeConnectionString(dir.hives()));
+    QVERIFY2(db.execAll(generatedRows()), qPrintable(db.errorString()));
+    const CtlRun settled = velmarctl(QStringList { u"resave"_s } + dirArguments(dir));
+    QVERIFY2(settled.exitCode == 0, qPrintable(settled.err));
+    QMap<QString, qint64> expected = rowCounts(db);
+    int version = dir.savedVersion().toInt();
+    int saved = 0;
+    for (int round = 0; round < 6; ++round) {
+        std::unique_ptr<QProcess> processes[2];
+        for (int i = 0; i < 2; ++i) {
+            processes[i] = startCtl(QStringList { u"member"_s, u"add"_s,
+                                        u"r%1x%2"_s.arg(round).arg(i), u"--password"_s, u"p"_s }
+                + dirArguments(dir));
+        }
+        for (int i = 0; i < 2; ++i) {
+            QProcess &process = *processes[i];
+            QVERIFY(process.waitForFinished(120000));
+            const QString err = QString::fromUtf8(process.readAllStandardError());
+            const bool ok = process.exitCode() == 0;
+            QVERIFY2(ok || (process.exitCode() == 2 && err.contains(u"another program saved"_s)),
+                qPrintable(err));
+            QCOMPARE(db.count(u"Member"_s, u"MemberID = 'r%1x%2'"_s.arg(round).arg(i)), ok ? 1 : 0);
+            if (ok) {
+                ++saved;
+                ++version;
+                // Every new member gets its permissions and a free pool account.
+                for (const QString &table : { u"Member"_s, u"AccessToken"_s, u"VoipInfo"_s })
+                    ++expected[table];
+            }
+        }
+        QCOMPARE(rowCounts(db), expected);
+        QCOMPARE(dir.savedVersion().toInt(), version);
+        QVERIFY(!QFile::exists(SaveJournal::pathFor(dir.iniPath())));
+    }
+    QVERIFY(saved >= 6);
+}
+
+void TestVelmarCtl::waitAndConflict()
+{
+    POPULATED_SERVER(dir, db);
+    QVERIFY(db.writeConnectionString(dir.hives()));
+    const QStringList addX
+        = QStringList { u"member"_s, u"add"_s, u"xavier"_s, u"--password"_s, u"p"_s }
+        + dirArguments(dir);
+    const QStringList addY
+        = QStringList { u"member"_s, u"add"_s, u"yvonne"_s, u"--password"_s, u"p"_s }
+        + dirArguments(dir);
+
+    // A save that holds the folder: the others wait up to --wait and give up.
+    std::unique_ptr<QProcess> holder = startCtl(addX, u"statement:0"_s);
+    QVERIFY(waitUntilStopped(*holder));
+    for (const QStringList &arguments : { addY, QStringList { u"load"_s } + dirArguments(dir) }) {
+        const CtlRun run = velmarctl(arguments + QStringList { u"--wait"_s, u"1"_s });
+        QCOMPARE(run.exitCode, 2);
+        QVERIFY2(run.err.contains(u"waiting for another save"_s), qPrintable(run.err));
+        QVERIFY2(run.err.contains(u"was still running after 1 s"_s), qPrintable(run.err));
+    }
+    // One that waits long enough goes on once the first is done, and reads
+    // what it saved.
+    std::unique_ptr<QProcess> waiter = startCtl(addY);
+    QTest::qWait(300);
+    QCOMPARE(waiter->state(), QProcess::Running);
+    ::kill(pid_t(holder->processId()), SIGCONT);
+    QVERIFY(holder->waitForFinished(60000));
+    QCOMPARE(holder->exitCode(), 0);
+    QVERIFY(waiter->waitForFinished(60000));
+    QCOMPARE(waiter->exitCode(), 0);
+    QCOMPARE(db.count(u"Member"_s, u"MemberID IN ('xavier', 'yvonne')"_s), 2);
+
+    // Read before another program saved: refused with what changed, unless
+    // --force.
+    std::unique_ptr<QProcess> late = startCtl(
+        QStringList { u"member"_s, u"delete"_s, u"xavier"_s } + dirArguments(dir), u"loaded"_s);
+    QVERIFY(waitUntilStopped(*late));
+    const CtlRun between
+        = velmarctl(QStringList { u"member"_s, u"add"_s, u"zora"_s, u"--password"_s, u"p"_s }
+            + dirArguments(dir));
+    QVERIFY2(between.exitCode == 0, qPrintable(between.err));
+    ::kill(pid_t(late->processId()), SIGCONT);
+    QVERIFY(late->waitForFinished(60000));
+    QCOMPARE(late->exitCode(), 2);
+    const QString err = QString::fromUtf8(late->readAllStandardError());
+    QVERIFY2(err.contains(u"another program saved"_s), qPrintable(err));
+    QVERIFY2(err.contains(u"Member: 9 → 10 行 (+1)"_s), qPrintable(err));
+    QVERIFY2(err.contains(u"--force"_s), qPrintable(err));
+    QCOMPARE(db.count(u"Member"_s, u"MemberID IN ('xavier', 'zora')"_s), 2);
 }
 
 QTEST_GUILESS_MAIN(TestVelmarCtl)

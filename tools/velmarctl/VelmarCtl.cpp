@@ -45,7 +45,8 @@ void printTo(FILE *stream, const QString &text)
 // (SIGSTOP) at one point, so that a test can kill it there with SIGKILL:
 // "statement:N" before the statement with index N, "profile" after the
 // version is written, "notify" before the notifications, "remove" after them,
-// before the journal is removed.
+// before the journal is removed; "loaded" stops velmarctl itself once the data
+// is read, before an edit is applied (another program may save meanwhile).
 SaveJournalRunner::Checkpoint stopPointFromEnvironment()
 {
     const QString stopAt = qEnvironmentVariable("VELMAR_SAVE_STOP_AT");
@@ -495,6 +496,10 @@ int VelmarCtl::run(const Options &options)
         return loadOutcome == ServerDataLoader::Outcome::Busy ? (printBusy(options), Busy)
                                                               : LoadFailed;
     timings.loadNs = clock.nsecsElapsed();
+#ifdef Q_OS_UNIX
+    if (qEnvironmentVariable("VELMAR_SAVE_STOP_AT") == u"loaded"_s)
+        ::raise(SIGSTOP);
+#endif
 
     if (options.command == u"edit"_s) {
         DbSession session(*hives, profilePath, databasePath, messages, trace.get());
