@@ -18,6 +18,7 @@
 #include "OutlookBar.h"
 #include "PermissionEditor.h"
 #include "SaveRecovery.h"
+#include "SaveWaitDialog.h"
 #include "ServerDataSaver.h"
 #include "ServiceCommands.h"
 #include "SettingsCommands.h"
@@ -404,10 +405,17 @@ bool CMainFrame::queryClose()
 
 void CMainFrame::startLoading()
 {
+    if (!takeConsoleLock()) {
+        QMetaObject::invokeMethod(
+            this, [this] { close(); }, Qt::QueuedConnection);
+        return;
+    }
     // A save that was cut short left its journal: it is finished (or
     // dropped, or the console quits) before anything reads the database,
     // which may hold emptied partitions.
     SaveRecovery recovery(m_session, m_context.messages, m_profilePath);
+    SaveWaitDialog waiting(this);
+    recovery.setLockWait(waiting.wait());
     if (recovery.runInteractive() == SaveRecovery::Decision::Quit) {
         QMetaObject::invokeMethod(
             this, [this] { close(); }, Qt::QueuedConnection);
@@ -457,10 +465,42 @@ void CMainFrame::showDirectoryCounts()
 void CMainFrame::saveDocument()
 {
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-    ServerDataSaver(*m_document, m_session, m_context.messages, m_profilePath, m_context.hives,
-        m_programDirectory)
-        .save(false);
+    SaveWaitDialog waiting(this);
+    ServerDataSaver saver(*m_document, m_session, m_context.messages, m_profilePath,
+        m_context.hives, m_programDirectory);
+    saver.setLockWait(waiting.wait());
+    const ServerDataSaver::Result result = saver.save(false);
     QGuiApplication::restoreOverrideCursor();
+    // Another program saved since the load, and the administrator chose its
+    // data over the working copy's changes.
+    if (result.outcome == ServerDataSaver::Outcome::ReloadRequested && !m_loading)
+        startLoading();
+}
+
+bool CMainFrame::takeConsoleLock()
+{
+    if (m_consoleLock)
+        return true;
+    // Held for the console's life and released by the kernel when it ends,
+    // a crash included: a lock that is held belongs to a running console.
+    m_consoleLock
+        = std::make_unique<ServerFolderLock>(ServerFolderLock::consolePathFor(m_profilePath));
+    if (m_consoleLock->acquire(ServerFolderLock::Mode::Exclusive)
+        != ServerFolderLock::Status::GaveUp)
+        return true;
+    MessageService::Box box;
+    box.parent = this;
+    box.text = secondConsoleText(m_programDirectory);
+    box.buttons = MessageService::Buttons::YesNo;
+    box.icon = MessageService::Icon::Exclamation;
+    return m_context.messages.showMessage(box) == MessageService::Yes;
+}
+
+QString CMainFrame::secondConsoleText(const QString &folder)
+{
+    return u"另一个 VelmarManager 已经打开了这个服务器文件夹:\r\n%1\r\n\r\n"
+           "两个控制台都保存时, 后保存的一方会被告知对方的更改并选择如何处理。\r\n"
+           "是否继续?"_s.arg(QDir::toNativeSeparators(folder));
 }
 
 void CMainFrame::assignPhoneNumbers()

@@ -15,8 +15,10 @@
 #include "NotificationListeners.h"
 #include "ProfileFile.h"
 #include "SaveJournal.h"
+#include "SaveWaitDialog.h"
 #include "ServerDataFixture.h"
 #include "ServerDataSet.h"
+#include "ServerFolderLock.h"
 #include "ServerNotification.h"
 #include "TestDatabase.h"
 
@@ -29,7 +31,10 @@
 #include <QGuiApplication>
 #include <QLabel>
 #include <QPointer>
+#include <QProgressDialog>
+#include <QPushButton>
 #include <QTest>
+#include <QTimer>
 
 using namespace Qt::StringLiterals;
 
@@ -155,6 +160,7 @@ private Q_SLOTS:
     void closeAfterFailedLoad();
     void unfinishedSaveAtStart_data();
     void unfinishedSaveAtStart();
+    void sharedFolder();
 };
 
 void MainFrameDataTest::loadFillsDashboard_data()
@@ -438,6 +444,66 @@ void MainFrameDataTest::closeAfterFailedLoad()
         QVERIFY(!QFile::exists(env.f.dir.databasePath()));
     else
         QCOMPARE(env.f.dir.readFile(u"VelmarDB.mdb"_s), fileContents);
+}
+
+void MainFrameDataTest::sharedFolder()
+{
+    DATA_FRAME(env);
+    QString error;
+    QVERIFY2(env.createDatabase(populatedDatabase(), &error), qPrintable(error));
+    const QString profile = env.f.dir.iniPath();
+
+    // Another console has the folder open: said at start-up, and going on loads.
+    ServerFolderLock otherConsole(ServerFolderLock::consolePathFor(profile));
+    QCOMPARE(
+        otherConsole.acquire(ServerFolderLock::Mode::Exclusive), ServerFolderLock::Status::Locked);
+    env.f.messages.queueAnswer(MessageService::Yes);
+    CMainFrame &frame = env.start();
+    WAIT_FOR_LOAD(env);
+    QCOMPARE(env.f.messages.boxTexts(),
+        QStringList { CMainFrame::secondConsoleText(frame.programDirectory()) });
+    QCOMPARE(env.f.messages.boxes().constFirst().buttons, MessageService::Buttons::YesNo);
+    env.f.messages.clear();
+    addGroup(frame, u"Support"_s);
+    const QStringList before = env.databaseDump();
+
+    // Another program's save holds the folder: the save waits with a dialog
+    // whose cancel ends it with nothing written.
+    ServerFolderLock otherSave(ServerFolderLock::savePathFor(profile));
+    QCOMPARE(
+        otherSave.acquire(ServerFolderLock::Mode::Exclusive), ServerFolderLock::Status::Locked);
+    bool dialogSeen = false;
+    QTimer::singleShot(300, &frame, [&frame, &dialogSeen] {
+        auto *dialog = frame.findChild<QProgressDialog *>(u"saveWaitDialog"_s);
+        if (!dialog)
+            return;
+        dialogSeen = dialog->isVisible() && dialog->labelText() == SaveWaitDialog::labelText();
+        if (auto *cancel = dialog->findChild<QPushButton *>(u"cancelButton"_s))
+            QTest::mouseClick(cancel, Qt::LeftButton);
+    });
+    env.f.messages.queueAnswer(MessageService::Yes); // "确定要保存?"
+    frame.commandAction(CommandId::Save)->trigger();
+    QVERIFY(dialogSeen);
+    QVERIFY(!frame.findChild<QProgressDialog *>(u"saveWaitDialog"_s));
+    otherSave.release(); // (a load would wait for it too)
+    QCOMPARE(env.databaseDump(), before);
+    QVERIFY(frame.serverData()->isModified());
+
+    // Another program saved meanwhile: asked, and reloading takes its data
+    // in place of the working copy's.
+    QVERIFY(env.db->exec(
+        u"INSERT INTO Member (OMemberID, MemberID, Passwd, IsGuestMember) VALUES (99,'zed','x',0)"_s));
+    env.f.messages.clear();
+    env.f.messages.queueAnswer(MessageService::Yes); // "确定要保存?"
+    env.f.messages.queueAnswer(MessageService::Yes); // reload
+    frame.commandAction(CommandId::Save)->trigger();
+    QCOMPARE(env.f.messages.boxTexts().size(), 2);
+    QVERIFY(env.f.messages.boxTexts().at(1).contains(u"Member: 7 → 8 行 (+1)"_s));
+    QTRY_VERIFY_WITH_TIMEOUT(!frame.isLoading(), LoadTimeoutMs);
+    QVERIFY(!frame.serverData()->isModified());
+    QCOMPARE(dumpServerData(*frame.serverData()), env.databaseDump());
+    QVERIFY(env.databaseDump() != before);
+    QCOMPARE(env.db->count(u"[Group]"_s, u"GroupName = 'Support'"_s), 0);
 }
 
 int main(int argc, char **argv)
