@@ -17,6 +17,7 @@
 #include "MemberListModel.h"
 #include "OutlookBar.h"
 #include "PermissionEditor.h"
+#include "SavePreviewDialog.h"
 #include "SaveRecovery.h"
 #include "SaveWaitDialog.h"
 #include "ServerDataSaver.h"
@@ -469,6 +470,12 @@ void CMainFrame::saveDocument()
     ServerDataSaver saver(*m_document, m_session, m_context.messages, m_profilePath,
         m_context.hives, m_programDirectory);
     saver.setLockWait(waiting.wait());
+    saver.setPreviewAction([this, &saver] {
+        QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+        SavePreviewDialog dialog(saver.preview(), this);
+        QGuiApplication::restoreOverrideCursor();
+        dialog.exec();
+    });
     const ServerDataSaver::Result result = saver.save(false);
     QGuiApplication::restoreOverrideCursor();
     // Another program saved since the load, and the administrator chose its

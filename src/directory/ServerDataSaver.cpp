@@ -219,6 +219,10 @@ ServerDataSaver::Result ServerDataSaver::save(bool confirmed)
         box.text = confirmText();
         box.buttons = MessageService::Buttons::YesNo;
         box.icon = MessageService::Icon::Question;
+        if (m_previewAction) {
+            box.extraButton = SavePreview::buttonText();
+            box.extraAction = m_previewAction;
+        }
         if (m_messages.showMessage(box) != MessageService::Yes) {
             result.outcome = Outcome::Declined;
             return result;
@@ -396,6 +400,41 @@ ServerDataSaver::Result ServerDataSaver::save(bool confirmed)
 
     m_data.markSaved();
     return result;
+}
+
+ServerDataSaver::Preview ServerDataSaver::preview()
+{
+    Preview preview;
+    QElapsedTimer timer;
+    timer.start();
+    if (m_data.loadState() != CVelmarManagerDoc::LoadState::Complete)
+        return preview;
+    // What the database holds between two saves, never half of one.
+    ServerFolderLock lock(ServerFolderLock::savePathFor(m_profilePath));
+    if (lock.acquire(ServerFolderLock::Mode::Shared, m_lockWait)
+        == ServerFolderLock::Status::GaveUp) {
+        preview.busy = true;
+        return preview;
+    }
+    DbConnection connection = m_session.OpenDBConnection();
+    if (connection.isNull()) {
+        preview.error = DbError { DbError::InvalidPointer, {}, {} };
+        return preview;
+    }
+    preview.problems = SavePreflight::check(m_data, connection.dialect());
+    if (!preview.problems.isEmpty())
+        return preview;
+    try {
+        const SaveJournal journal = buildJournal(connection.dialect(), nextVersion(m_profilePath));
+        preview.tables = SavePreview::compute(journal, connection);
+    } catch (const DbException &e) {
+        m_session.recordError(e.error());
+        preview.error = e.error();
+        return preview;
+    }
+    preview.ok = true;
+    preview.ns = timer.nsecsElapsed();
+    return preview;
 }
 
 bool ServerDataSaver::saveOnClose()

@@ -4,6 +4,7 @@
 #include "DbError.h"
 #include "SaveJournalRunner.h"
 #include "SavePreflight.h"
+#include "SavePreview.h"
 #include "ServerFolderLock.h"
 
 #include <functional>
@@ -123,6 +124,21 @@ public:
 
     Result save(bool confirmed);
 
+    // What the save would do to the database now, table by table, without
+    // writing anything (read under the save lock, shared).
+    struct Preview
+    {
+        bool ok = false;
+        bool busy = false; // another save held the folder past the wait
+        QList<SavePreflight::Problem> problems; // the save would refuse these texts
+        DbError error;
+        QList<SavePreview::Table> tables;
+        qint64 ns = 0;
+    };
+    Preview preview();
+    // The confirmation "确定要保存?" offers "显示更改", which runs this.
+    void setPreviewAction(std::function<void()> action) { m_previewAction = std::move(action); }
+
     // The question asked when a modified document is closed. Returns whether
     // closing may go on: not modified, No, or Yes and the save succeeded.
     bool saveOnClose();
@@ -167,4 +183,5 @@ private:
     SaveJournalRunner::Checkpoint m_checkpoint;
     ServerFolderLock::Wait m_lockWait;
     ConflictPolicy m_conflictPolicy = ConflictPolicy::Ask;
+    std::function<void()> m_previewAction;
 };

@@ -15,6 +15,7 @@
 #include "Recordset.h"
 #include "SaveJournal.h"
 #include "SavePreflight.h"
+#include "SavePreview.h"
 #include "SaveRecovery.h"
 #include "ScriptedMessageService.h"
 #include "ServerDataFixture.h"
@@ -274,6 +275,8 @@ private Q_SLOTS:
     void concurrentChange();
     void saveLock_data() { TestDatabase::addSqliteFileBackend(); }
     void saveLock();
+    void preview_data() { TestDatabase::addBackends(); }
+    void preview();
 };
 
 namespace {
@@ -1061,6 +1064,66 @@ void TestServerDataSave::saveLock()
     QVERIFY(env.save(true).ok());
     QVERIFY(dumpDataSet(readBack(env.dir)) != before);
     QCOMPARE(dumpDataSet(readBack(env.dir)), dumpServerData(env.data));
+}
+
+void TestServerDataSave::preview()
+{
+    SAVE_ENV(env, populatedDatabase());
+    env.traceTo(u"preview.trace"_s);
+    DbSession session(env.dir.hives(), env.dir.iniPath(), env.dir.databasePath(), env.messages);
+    ServerDataSaver saver(
+        env.data, session, env.messages, env.dir.iniPath(), env.dir.hives(), env.dir.programDir());
+    // The fixture stores what a save writes otherwise (a NULL group flag and
+    // pool holder, a relation without a member, lower-case rights): the first
+    // preview shows exactly that, and after a save nothing.
+    ServerDataSaver::Preview preview = saver.preview();
+    QVERIFY(preview.ok);
+    QCOMPARE(SavePreview::describe(preview.tables),
+        u"[Group]: +0 -0 ~1\nRelation: +0 -1 ~0\nGroupAuthority: +0 -0 ~1\n"
+        "UserAuthority: +0 -0 ~1\nVoipNumberList: +0 -0 ~1"_s);
+    const QString settled = SavePreview::describe(preview.tables, true);
+    QVERIFY2(settled.contains(u"  ~ 20 (IsGuestGroup:  → 0)"_s), qPrintable(settled));
+    QVERIFY2(settled.contains(u"  - OMemberID=0, OGroupID=50, ORankID=1, Position=1, "
+                              "IsGuestRelation=1"_s),
+        qPrintable(settled));
+    QVERIFY(env.save(true).ok());
+    preview = saver.preview();
+    QCOMPARE(SavePreview::describe(preview.tables), u"没有更改."_s);
+
+    // A group added and one renamed, a member deleted with its folder right,
+    // a permission switched off.
+    Directory &directory = *env.data.directory();
+    const DirectoryTree &tree = directory.treeData(false);
+    QVERIFY(env.data.editor().addGroup(false, tree.root(), u"Support"_s).ok());
+    QVERIFY(env.data.editor().renameGroup(false, tree.findGroup(10), u"Sales2"_s).ok());
+    QVERIFY(
+        env.data.editor().deleteMembers(false, { directory.regularMembers()->rowOfId(3) }).ok());
+    env.data.permissionsForSave().setFlag(1, CAccessToken::ChatOn, false);
+    QVERIFY(env.db->execAll({ u"INSERT INTO LeavedMemo (OMemberID) VALUES (3)"_s,
+        u"INSERT INTO LeavedMemo (OMemberID) VALUES (3)"_s }));
+    const QStringList before = dumpDataSet(readBack(env.dir));
+    preview = saver.preview();
+    QVERIFY(preview.ok);
+    QCOMPARE(SavePreview::describe(preview.tables),
+        u"[Group]: +1 -0 ~1\n"
+        "Member: +0 -1 ~0\n"
+        "AccessToken: +0 -0 ~1\n"
+        "UserAuthority: +0 -1 ~0\n"
+        "LeavedMemo: +0 -2 ~0"_s);
+    const QString rows = SavePreview::describe(preview.tables, true);
+    QVERIFY2(rows.contains(u"  ~ 10 (GroupName: Sales → Sales2)"_s), qPrintable(rows));
+    QVERIFY2(rows.contains(u"  ~ 1 (ChatOn: 1 → 0)"_s), qPrintable(rows));
+    QVERIFY2(rows.contains(u"  - OFolderID=1, OMemberID=3, Authority=R"_s), qPrintable(rows));
+    // Read only: nothing written.
+    QCOMPARE(dumpDataSet(readBack(env.dir)), before);
+    QCOMPARE(env.version(), u"0001"_s);
+
+    // The confirmation offers it beside Yes and No.
+    saver.setPreviewAction([] {});
+    env.messages.queueAnswer(MessageService::No);
+    QCOMPARE(saver.save(false).outcome, ServerDataSaver::Outcome::Declined);
+    QCOMPARE(env.messages.boxes().constLast().extraButton, u"显示更改"_s);
+    QVERIFY(bool(env.messages.boxes().constLast().extraAction));
 }
 
 QTEST_GUILESS_MAIN(TestServerDataSave)

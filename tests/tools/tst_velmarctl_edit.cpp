@@ -140,6 +140,7 @@ private Q_SLOTS:
     void refusedSave();
     void oneLineForms();
     void eitherListInEitherTree();
+    void preview();
 };
 
 void TestVelmarCtlEdit::script()
@@ -374,6 +375,29 @@ void TestVelmarCtlEdit::eitherListInEitherTree()
         QStringList { u"member"_s, u"delete"_s, u"gus"_s, u"carl"_s } + dirArguments(dir));
     QVERIFY2(run.exitCode == 0, qPrintable(run.err));
     QCOMPARE(db.count(u"Relation"_s, u"OMemberID IN (3, 5)"_s), 0);
+}
+
+void TestVelmarCtlEdit::preview()
+{
+    SERVER(dir, db);
+    QVERIFY2(velmarctl(QStringList { u"resave"_s } + dirArguments(dir)).exitCode == 0, "resave");
+    const QStringList before = snapshot(dir, db);
+    const QByteArray script
+        = "group add /Sales/West\ngroup rename /HQ Office\nmember delete bert\n";
+    CtlRun run = velmarctl(QStringList { u"edit"_s, u"--preview"_s } + dirArguments(dir), script);
+    QVERIFY2(run.exitCode == 0, qPrintable(run.err));
+    QCOMPARE(run.outText(),
+        u"group /Sales/West 52\n"
+        "[Group]: +1 -0 ~1\n"
+        "Member: +0 -1 ~0\n"
+        "Relation: +0 -1 ~0\n"
+        "(preview, nothing saved)\n"_s);
+    run = velmarctl(QStringList { u"edit"_s, u"--preview-rows"_s } + dirArguments(dir), script);
+    QVERIFY2(run.exitCode == 0, qPrintable(run.err));
+    QVERIFY2(run.outText().contains(u"  ~ 20 (GroupName: HQ → Office)\n"_s), run.out.constData());
+    QVERIFY2(run.outText().contains(u"  + OGroupID=52, GroupName=West, OGroupID_P=10"_s),
+        run.out.constData());
+    QCOMPARE(snapshot(dir, db), before);
 }
 
 QTEST_GUILESS_MAIN(TestVelmarCtlEdit)

@@ -194,7 +194,8 @@ bool VelmarCtl::splitOneLineForm(
     // whatever it looks like (as in a script).
     static const QStringList withValue
         = { u"--server-dir"_s, u"--registry-dir"_s, u"--sql-trace"_s, u"--wait"_s };
-    static const QStringList flags = { u"--dry-run"_s, u"--timings"_s, u"--force"_s };
+    static const QStringList flags
+        = { u"--dry-run"_s, u"--timings"_s, u"--force"_s, u"--preview"_s, u"--preview-rows"_s };
     const auto isOwn = [](const QString &word) {
         return flags.contains(word)
             || std::any_of(withValue.cbegin(), withValue.cend(),
@@ -276,6 +277,11 @@ bool VelmarCtl::parse(
     const QCommandLineOption force(u"force"_s,
         u"edit, resave: save even when another program saved since the data was read "
         "(otherwise exit 2, nothing saved)."_s);
+    const QCommandLineOption preview(u"preview"_s,
+        u"edit: apply the script and print, per table, how many rows the save would add (+), "
+        "remove (-) and change (~) against the database as it is now; save nothing."_s);
+    const QCommandLineOption previewRows(
+        u"preview-rows"_s, u"edit: the same, with the rows themselves."_s);
     const QCommandLineOption discard(
         u"discard"_s, u"recover: drop the pending save's journal instead of finishing it."_s);
     const QCommandLineOption from(
@@ -290,7 +296,7 @@ bool VelmarCtl::parse(
         u"code"_s, u"notify: the code at bytes 18-19 (default 0x0DAC)."_s, u"n"_s);
     const QCommandLineOption help = parser.addHelpOption();
     parser.addOptions({ serverDir, registryDir, sqlTrace, timings, dryRun, discard, from, to,
-        oldestFirst, format, code, wait, force });
+        oldestFirst, format, code, wait, force, preview, previewRows });
     QStringList ownArguments;
     QStringList editWords;
     const bool oneLine = splitOneLineForm(arguments, &ownArguments, &editWords);
@@ -323,6 +329,8 @@ bool VelmarCtl::parse(
         if (options.editFile == u"-"_s)
             options.editFile.clear();
         options.dryRun = parser.isSet(dryRun);
+        options.preview = parser.isSet(preview) || parser.isSet(previewRows);
+        options.previewRows = parser.isSet(previewRows);
         options.serverDir = resolveServerDir(parser.value(serverDir));
         options.registryDir = parser.value(registryDir);
         options.sqlTrace = parser.value(sqlTrace);
@@ -574,6 +582,30 @@ int VelmarCtl::edit(const Options &options, const QList<EditCommand> &commands,
     timings.editNs = clock.nsecsElapsed();
 
     const QStringList journal = document.journal();
+    if (options.preview) {
+        const ServerDataSaver::Preview preview = saver.preview();
+        if (preview.busy) {
+            printBusy(options);
+            return Busy;
+        }
+        if (!preview.problems.isEmpty()) {
+            printTo(stderr,
+                SavePreflight::refusalText(preview.problems).replace(u"\r\n"_s, u"\n"_s) + u'\n');
+            return SaveRefused;
+        }
+        if (!preview.ok) {
+            printTo(stderr,
+                u"velmarctl: reading the database failed: %1\n"_s.arg(
+                    preview.error.formatted().replace(u"\r\n"_s, u"\n"_s)));
+            return LoadFailed;
+        }
+        printTo(stdout,
+            SavePreview::describe(preview.tables, options.previewRows)
+                + u"\n(preview, nothing saved)\n"_s);
+        if (options.timings)
+            printTo(stderr, u"preview: %1 ms\n"_s.arg(milliseconds(preview.ns)));
+        return Success;
+    }
     if (options.dryRun) {
         printTo(stdout,
             journal.join(u'\n') + (journal.isEmpty() ? u""_s : u"\n"_s)

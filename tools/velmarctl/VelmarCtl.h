@@ -49,6 +49,8 @@ public:
         QString editFile;
         QStringList editWords;
         bool dryRun = false; // edit: print the journal, save nothing
+        bool preview = false; // edit: print what the save would change, save nothing
+        bool previewRows = false; // edit: the same with the rows
         // How long a load or a save waits for another program's save.
         int waitSeconds = 60;
         // edit, resave: save even when another program saved since the load.
