@@ -4,6 +4,8 @@
 #include "ConsoleMessageService.h"
 #include "CReadDBThread.h"
 #include "CVelmarManagerDoc.h"
+#include "DataDoctor.h"
+#include "DbConnection.h"
 #include "DbSession.h"
 #include "EditCommandParser.h"
 #include "EditScript.h"
@@ -13,7 +15,9 @@
 #include "RegistryHives.h"
 #include "SaveRecovery.h"
 #include "ServerDataCounts.h"
+#include "ServerDataLoader.h"
 #include "ServerDataSaver.h"
+#include "ServerDataSet.h"
 #include "ServerFolder.h"
 #include "ServiceCommand.h"
 #include "SqlTrace.h"
@@ -248,6 +252,9 @@ bool VelmarCtl::parse(
         "           line ends it with 'line N: ' and the reason (exit 1, nothing saved), a\n"
         "           refused save exits 2. Each edit command is also a command of its own:\n"
         "           velmarctl member add alice --password x\n"
+        "  doctor [--json] [--fix]\n"
+        "           list what is wrong with the database (ids used twice, partition flags,\n"
+        "           rows pointing at nothing, levels, ...) with counts and examples\n"
         "  logs chat|system|user --from DATETIME --to DATETIME\n"
         "           print the rows the log view lists for that period, one per line\n"
         "           (DATETIME: YYYY-MM-DDTHH:MM:SS or 'YYYY-MM-DD HH:MM:SS')\n"
@@ -282,6 +289,10 @@ bool VelmarCtl::parse(
         "remove (-) and change (~) against the database as it is now; save nothing."_s);
     const QCommandLineOption previewRows(
         u"preview-rows"_s, u"edit: the same, with the rows themselves."_s);
+    const QCommandLineOption json(u"json"_s, u"doctor: print the findings as JSON."_s);
+    const QCommandLineOption fix(u"fix"_s,
+        u"doctor: repair what has one safe repair (see the README), save as edit saves, and "
+        "print the findings before and after."_s);
     const QCommandLineOption discard(
         u"discard"_s, u"recover: drop the pending save's journal instead of finishing it."_s);
     const QCommandLineOption from(
@@ -296,7 +307,7 @@ bool VelmarCtl::parse(
         u"code"_s, u"notify: the code at bytes 18-19 (default 0x0DAC)."_s, u"n"_s);
     const QCommandLineOption help = parser.addHelpOption();
     parser.addOptions({ serverDir, registryDir, sqlTrace, timings, dryRun, discard, from, to,
-        oldestFirst, format, code, wait, force, preview, previewRows });
+        oldestFirst, format, code, wait, force, preview, previewRows, json, fix });
     QStringList ownArguments;
     QStringList editWords;
     const bool oneLine = splitOneLineForm(arguments, &ownArguments, &editWords);
@@ -362,7 +373,7 @@ bool VelmarCtl::parse(
         options.command = positional.first();
         return true;
     }
-    static const QStringList commands { u"load"_s, u"resave"_s, u"recover"_s };
+    static const QStringList commands { u"load"_s, u"resave"_s, u"recover"_s, u"doctor"_s };
     if (positional.value(0) == u"logs"_s) {
         if (positional.size() != 2
             || !LogsCommand::parseKind(positional.at(1), options.logs.kind)) {
@@ -397,6 +408,8 @@ bool VelmarCtl::parse(
     options.sqlTrace = parser.value(sqlTrace);
     options.timings = parser.isSet(timings);
     options.discard = parser.isSet(discard);
+    options.json = parser.isSet(json);
+    options.fix = parser.isSet(fix);
     return true;
 }
 
@@ -445,6 +458,8 @@ int VelmarCtl::run(const Options &options)
 
     if (options.command == u"recover"_s)
         return recover(options);
+    if (options.command == u"doctor"_s)
+        return doctor(options, trace.get());
 
     ConsoleMessageService messages;
     // The document is left to the end of the process: freeing 100,000
@@ -716,5 +731,107 @@ int VelmarCtl::recover(const Options &options)
     report.insert(u"statements"_s, qint64(result.statementsRun));
     report.insert(u"created"_s, recovery.journal().created().toString(Qt::ISODate));
     printTo(stdout, QString::fromUtf8(QJsonDocument(report).toJson(QJsonDocument::Indented)));
+    return Success;
+}
+
+int VelmarCtl::doctor(const Options &options, SqlTrace *trace)
+{
+    const Folder folder(options);
+    const QString &profilePath = folder.profilePath;
+    ConsoleMessageService messages;
+    DbSession session(*folder.hives, profilePath, folder.databasePath, messages, trace);
+    {
+        SaveRecovery recovery(session, messages, profilePath);
+        recovery.setLockWait(lockWait(options));
+        const SaveRecovery::State state = recovery.inspect();
+        if (recovery.gaveUpWaiting()) {
+            printBusy(options);
+            return Busy;
+        }
+        if (state != SaveRecovery::State::None) {
+            printTo(stderr,
+                u"velmarctl: an unfinished save is pending in %1; run 'velmarctl recover' "
+                "first.\n"_s.arg(options.serverDir));
+            return SavePending;
+        }
+    }
+
+    auto *document = new CVelmarManagerDoc; // left to the end of the process, as for edit
+#if defined(__SANITIZE_ADDRESS__)
+    const std::unique_ptr<CVelmarManagerDoc> freed(document);
+#endif
+    // The database and the working copy read together, between two saves.
+    const auto examine = [&](QList<DataDoctor::Finding> *findings, bool load) -> int {
+        ServerFolderLock lock(ServerFolderLock::savePathFor(profilePath));
+        if (lock.acquire(ServerFolderLock::Mode::Shared, lockWait(options))
+            == ServerFolderLock::Status::GaveUp)
+            return Busy;
+        DbConnection connection = session.OpenDBConnection();
+        if (connection.isNull())
+            return int(LoadFailed);
+        try {
+            *findings = DataDoctor::examine(connection);
+        } catch (const DbException &e) {
+            printTo(stderr,
+                u"velmarctl: reading the database failed: %1\n"_s.arg(
+                    e.error().formatted().replace(u"\r\n"_s, u"\n"_s)));
+            return int(LoadFailed);
+        }
+        connection = DbConnection();
+        lock.release();
+        if (load) {
+            ServerDataSet data;
+            ServerDataLoader loader(session, profilePath);
+            loader.setLockWait(lockWait(options));
+            const ServerDataLoader::Result result = loader.run(data);
+            if (!result.ok())
+                return result.outcome == ServerDataLoader::Outcome::Busy ? int(Busy)
+                                                                         : int(LoadFailed);
+            document->adopt(std::move(data), CVelmarManagerDoc::LoadState::Complete);
+        }
+        *findings += DataDoctor::examine(*document, session.OpenDBConnection().dialect());
+        return int(Success);
+    };
+
+    QList<DataDoctor::Finding> before;
+    if (const int code = examine(&before, true); code != Success)
+        return code == Busy ? (printBusy(options), code) : code;
+    if (!options.fix) {
+        if (options.json) {
+            const QJsonObject report { { u"findings"_s, DataDoctor::toJson(before) },
+                { u"total"_s, DataDoctor::total(before) } };
+            printTo(
+                stdout, QString::fromUtf8(QJsonDocument(report).toJson(QJsonDocument::Indented)));
+        } else {
+            printTo(stdout, DataDoctor::describe(before) + u'\n');
+        }
+        return Success;
+    }
+
+    const int steps = DataDoctor::repair(*document);
+    ServerDataSaver saver(
+        *document, session, messages, profilePath, *folder.hives, options.serverDir);
+    prepareSaver(saver, options);
+    const ServerDataSaver::Result saved = saver.save(true);
+    if (!saved.ok()) {
+        if (const int code = reportSaveRefusal(saved, options); code >= 0)
+            return code;
+        return saved.outcome == ServerDataSaver::Outcome::DatabaseError ? int(SaveFailed)
+                                                                        : int(SaveRefused);
+    }
+    QList<DataDoctor::Finding> after;
+    if (const int code = examine(&after, false); code != Success)
+        return code == Busy ? (printBusy(options), code) : code;
+    if (options.json) {
+        const QJsonObject report { { u"before"_s, DataDoctor::toJson(before) },
+            { u"after"_s, DataDoctor::toJson(after) }, { u"repairSteps"_s, steps },
+            { u"version"_s, saved.version } };
+        printTo(stdout, QString::fromUtf8(QJsonDocument(report).toJson(QJsonDocument::Indented)));
+    } else {
+        printTo(stdout,
+            u"before:\n%1\n%2 repair steps, saved (version %3)\nafter:\n%4\n"_s.arg(
+                DataDoctor::describe(before), QString::number(steps),
+                QString::number(saved.version), DataDoctor::describe(after)));
+    }
     return Success;
 }

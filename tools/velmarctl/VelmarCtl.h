@@ -11,6 +11,7 @@
 // reports what they read, so that an installation or a data set can be
 // checked without a display; and lists the daemons' logs as the log views do.
 class CVelmarManagerDoc;
+class SqlTrace;
 class ServerDataSaver;
 
 class VelmarCtl
@@ -51,6 +52,8 @@ public:
         bool dryRun = false; // edit: print the journal, save nothing
         bool preview = false; // edit: print what the save would change, save nothing
         bool previewRows = false; // edit: the same with the rows
+        bool json = false; // doctor: print JSON
+        bool fix = false; // doctor: repair what has one safe repair, and save
         // How long a load or a save waits for another program's save.
         int waitSeconds = 60;
         // edit, resave: save even when another program saved since the load.
@@ -81,6 +84,7 @@ private:
     };
 
     static int recover(const Options &options);
+    static int doctor(const Options &options, SqlTrace *trace);
     // Applies the parsed script to the loaded document and saves it.
     static int edit(const Options &options, const QList<EditCommand> &commands,
         CVelmarManagerDoc &document, ServerDataSaver &saver, const QString &profilePath,
