@@ -12,6 +12,7 @@
 #include "CReadDBThread.h"
 #include "CRegistry.h"
 #include "CVelmarManagerDoc.h"
+#include "DataCheckDialog.h"
 #include "Directory.h"
 #include "GroupTreeModel.h"
 #include "MemberListModel.h"
@@ -163,6 +164,7 @@ void CMainFrame::createCommands()
     command(DeleteRank, u"删除 等级(&D)"_s);
     command(DeletePermission, u"删除 权限(&D)"_s);
     command(AssignPhoneNumbers, u"自动分配电话号码"_s);
+    command(DataCheck, u"数据检查(&K)"_s);
 
     QAction *toolBar = command(ToolBar, u"工具栏(&T)"_s, true);
     toolBar->setCheckable(true);
@@ -251,7 +253,8 @@ void CMainFrame::createMenus()
     addMenu(u"编辑(&E)"_s, u"menuEdit"_s,
         { m_undoAction, m_redoAction, nullptr, c(AddCategory), c(RenameCategory), c(DeleteCategory),
             nullptr, c(AddMember), c(DeleteMember), nullptr, c(AddRank), c(RenameRank),
-            c(DeleteRank), nullptr, c(DeletePermission), nullptr, c(AssignPhoneNumbers) });
+            c(DeleteRank), nullptr, c(DeletePermission), nullptr, c(AssignPhoneNumbers),
+            c(DataCheck) });
     addMenu(u"查看(&V)"_s, u"menuView"_s,
         { c(ToolBar), c(StatusBar), c(BalloonHelp), nullptr, m_journalDock->toggleViewAction() });
     addMenu(u"服务管理(&M)"_s, u"menuServices"_s,
@@ -391,6 +394,10 @@ void CMainFrame::connectServerData()
     if (m_context.loadServerData)
         connect(this, &CMainFrame::startupReady, this, &CMainFrame::startLoading);
     connect(commandAction(CommandId::Save), &QAction::triggered, this, &CMainFrame::saveDocument);
+    connect(commandAction(CommandId::DataCheck), &QAction::triggered, this, [this] {
+        DataCheckDialog dialog(*m_document, m_session, m_profilePath, this);
+        dialog.exec();
+    });
     connect(commandAction(CommandId::AssignPhoneNumbers), &QAction::triggered, this,
         &CMainFrame::assignPhoneNumbers);
 }
@@ -434,6 +441,7 @@ void CMainFrame::startLoading()
         // What works on the whole working copy waits for all of it.
         commandAction(CommandId::Save)->setEnabled(true);
         commandAction(CommandId::AssignPhoneNumbers)->setEnabled(true);
+        commandAction(CommandId::DataCheck)->setEnabled(true);
         showDirectoryCounts();
     });
     connect(reader, &CReadDBThread::workerExited, this, [this, progress, reader](int) {

@@ -10,6 +10,7 @@
 #include "CommandIds.h"
 #include "CProgressDlg.h"
 #include "CVelmarManagerDoc.h"
+#include "DataCheckDialog.h"
 #include "Directory.h"
 #include "GroupTreeModel.h"
 #include "NotificationListeners.h"
@@ -33,8 +34,10 @@
 #include <QPointer>
 #include <QProgressDialog>
 #include <QPushButton>
+#include <QTableView>
 #include <QTest>
 #include <QTimer>
+#include <QUndoStack>
 
 using namespace Qt::StringLiterals;
 
@@ -161,6 +164,7 @@ private Q_SLOTS:
     void unfinishedSaveAtStart_data();
     void unfinishedSaveAtStart();
     void sharedFolder();
+    void dataCheck();
 };
 
 void MainFrameDataTest::loadFillsDashboard_data()
@@ -504,6 +508,45 @@ void MainFrameDataTest::sharedFolder()
     QCOMPARE(dumpServerData(*frame.serverData()), env.databaseDump());
     QVERIFY(env.databaseDump() != before);
     QCOMPARE(env.db->count(u"[Group]"_s, u"GroupName = 'Support'"_s), 0);
+}
+
+void MainFrameDataTest::dataCheck()
+{
+    DATA_FRAME(env);
+    QString error;
+    QVERIFY2(
+        env.createDatabase(populatedDatabase()
+                << u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES (777,10,1,5,0)"_s,
+            &error),
+        qPrintable(error));
+    CMainFrame &frame = env.start();
+    WAIT_FOR_LOAD(env);
+    QAction *command = frame.commandAction(CommandId::DataCheck);
+    QVERIFY(command->isEnabled());
+
+    // The findings in the dialog's grid; the repair is a step of the journal.
+    QStringList rows;
+    QString status;
+    QTimer::singleShot(0, &frame, [&frame, &rows, &status] {
+        auto *dialog = frame.findChild<DataCheckDialog *>(u"dataCheckDialog"_s);
+        if (!dialog)
+            return;
+        auto *table = dialog->findChild<QTableView *>(u"findingsTable"_s);
+        for (int row = 0; row < table->model()->rowCount(); ++row)
+            rows << table->model()->index(row, 0).data().toString() + u' '
+                    + table->model()->index(row, 1).data().toString();
+        QTest::mouseClick(dialog->findChild<QPushButton *>(u"repairButton"_s), Qt::LeftButton);
+        status = dialog->statusText();
+        dialog->reject();
+    });
+    command->trigger();
+    QVERIFY2(rows.contains(u"所属关系的成员不存在 1"_s), qPrintable(rows.join(u'\n')));
+    QVERIFY2(rows.contains(u"成员编号重复 1"_s), qPrintable(rows.join(u'\n')));
+    QCOMPARE(status, u"已添加 1 个修复步骤 (可以撤销). 保存后, 可由保存修复的问题会消失."_s);
+    QCOMPARE(frame.serverData()->undoStack()->count(), 1);
+    QVERIFY(frame.isWindowModified());
+    frame.serverData()->undoStack()->undo();
+    QVERIFY(!frame.serverData()->isModified());
 }
 
 int main(int argc, char **argv)

@@ -554,6 +554,9 @@ int VelmarCtl::run(const Options &options)
                     ms(result.journalNs + result.journalWriteNs), ms(result.journalNs),
                     ms(result.journalWriteNs), QString::number(result.statements), ms(result.runNs),
                     ms(result.journalDecodeNs)));
+            printTo(stderr,
+                u"concurrent-change check: %1 ms (before the journal and after the run)\n"_s.arg(
+                    ms(result.guardNs)));
         }
         report = ServerDataCounts::of(data);
         report.insert(u"version"_s, result.version);
