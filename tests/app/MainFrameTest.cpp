@@ -224,7 +224,7 @@ void MainFrameTest::commandTableIsComplete()
 {
     FrameFixture f;
     CMainFrame &frame = f.makeFrame();
-    QCOMPARE(frame.commandIds().size(), 27);
+    QCOMPARE(frame.commandIds().size(), 28);
     QStringList titles;
     const QList<QAction *> top = frame.menuBar()->actions();
     for (QAction *menuAction : top)
