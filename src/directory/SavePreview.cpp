@@ -5,8 +5,8 @@
 #include "SaveJournal.h"
 
 #include <QHash>
-#include <QSet>
 #include <QRegularExpression>
+#include <QSet>
 
 using namespace Qt::StringLiterals;
 
@@ -58,31 +58,39 @@ const QList<Spec> &specs()
     return all;
 }
 
-// The values of an INSERT's VALUES list: quoted texts (which hold no quote
-// once the pre-flight has passed) and bare numbers.
-QStringList splitValues(QStringView list)
+constexpr QChar Separator = u'\x1f';
+
+// The values of an INSERT's VALUES list, joined by Separator: quoted texts
+// (which hold no quote once the pre-flight has passed) and bare numbers. A
+// row is one string, so that 100,000 of them cost 100,000 allocations.
+QString joinValues(QStringView list)
 {
-    QStringList values;
+    QString row;
+    row.reserve(list.size());
     qsizetype i = 0;
+    bool first = true;
     while (i < list.size()) {
         while (i < list.size() && (list[i].isSpace() || list[i] == u','))
             ++i;
         if (i >= list.size())
             break;
+        if (!first)
+            row += Separator;
+        first = false;
         if (list[i] == u'\'') {
             const qsizetype end = list.indexOf(u'\'', i + 1);
             const qsizetype stop = end < 0 ? list.size() : end;
-            values << list.mid(i + 1, stop - i - 1).toString();
+            row += list.mid(i + 1, stop - i - 1);
             i = stop + 1;
         } else {
             qsizetype end = list.indexOf(u',', i);
             if (end < 0)
                 end = list.size();
-            values << list.mid(i, end - i).trimmed().toString();
+            row += list.mid(i, end - i).trimmed();
             i = end;
         }
     }
-    return values;
+    return row;
 }
 
 QString tableOf(QStringView statement, qsizetype from)
@@ -109,56 +117,56 @@ QString keyOf(const Spec &spec, const QStringList &row)
     QStringList parts;
     for (const int column : spec.key)
         parts << row.value(column);
-    return parts.join(u'\x1f');
+    return parts.join(u'/');
 }
 
 // Rows both sides hold cancel out; what is left is removed or added, and a
 // removed and an added row with one key make a change.
-void diff(const Spec &spec, const QList<QStringList> &before, const QList<QStringList> &after,
+void diff(const Spec &spec, const QList<QString> &before, const QList<QString> &after,
     SavePreview::Table &out)
 {
-    QHash<QString, int> remaining; // row text -> count among the rows before
+    QHash<QStringView, int> remaining; // row -> count among the rows before
     remaining.reserve(before.size());
-    for (const QStringList &row : before)
-        ++remaining[row.join(u'\x1e')];
-    QList<const QStringList *> added;
-    for (const QStringList &row : after) {
-        auto it = remaining.find(row.join(u'\x1e'));
+    for (const QString &row : before)
+        ++remaining[QStringView(row)];
+    QList<QStringList> added;
+    for (const QString &row : after) {
+        auto it = remaining.find(QStringView(row));
         if (it != remaining.end() && it.value() > 0)
             --it.value();
         else
-            added << &row;
+            added << row.split(Separator);
     }
-    QHash<QString, QList<const QStringList *>> removedByKey;
-    QList<const QStringList *> removed;
-    for (const QStringList &row : before) {
-        auto it = remaining.find(row.join(u'\x1e'));
+    QHash<QString, QList<qsizetype>> removedByKey;
+    QList<QStringList> removed;
+    for (const QString &row : before) {
+        auto it = remaining.find(QStringView(row));
         if (it == remaining.end() || it.value() == 0)
             continue;
         --it.value();
-        removed << &row;
-        removedByKey[keyOf(spec, row)] << &row;
+        removed << row.split(Separator);
+        removedByKey[keyOf(spec, removed.constLast())] << removed.size() - 1;
     }
-    QSet<const QStringList *> paired;
-    for (const QStringList *row : std::as_const(added)) {
-        auto it = removedByKey.find(keyOf(spec, *row));
+    QSet<qsizetype> paired;
+    for (const QStringList &row : std::as_const(added)) {
+        auto it = removedByKey.find(keyOf(spec, row));
         if (it != removedByKey.end() && !it->isEmpty()) {
-            const QStringList *old = it->takeFirst();
-            paired.insert(old);
+            const qsizetype index = it->takeFirst();
+            const QStringList &old = removed.at(index);
+            paired.insert(index);
             QStringList changes;
             for (qsizetype i = 0; i < spec.columns.size(); ++i) {
-                if (old->value(i) != row->value(i))
-                    changes << u"%1: %2 → %3"_s.arg(spec.columns[i], old->value(i), row->value(i));
+                if (old.value(i) != row.value(i))
+                    changes << u"%1: %2 → %3"_s.arg(spec.columns[i], old.value(i), row.value(i));
             }
-            out.changed << keyOf(spec, *row).replace(u'\x1f', u'/') + u" ("_s
-                    + changes.join(u", "_s) + u')';
+            out.changed << keyOf(spec, row) + u" ("_s + changes.join(u", "_s) + u')';
         } else {
-            out.added << rowText(spec.columns, *row);
+            out.added << rowText(spec.columns, row);
         }
     }
-    for (const QStringList *row : std::as_const(removed)) {
-        if (!paired.contains(row))
-            out.removed << rowText(spec.columns, *row);
+    for (qsizetype i = 0; i < removed.size(); ++i) {
+        if (!paired.contains(i))
+            out.removed << rowText(spec.columns, removed.at(i));
     }
 }
 
@@ -177,7 +185,7 @@ QList<SavePreview::Table> SavePreview::compute(const SaveJournal &journal, DbCon
         u"^UPDATE VoipNumberList SET OMemberID = (-?\\d+) WHERE VOIP_ID = '([^']*)'$"_s);
 
     // What the save will hold in each table.
-    QHash<QString, QList<QStringList>> written;
+    QHash<QString, QList<QString>> written;
     QHash<QString, QString> levels; // member id -> level
     QHash<QString, QString> poolHolders; // VOIP_ID -> member id
     QStringList deletions; // the deleted members' rows and the notices, as counts
@@ -198,7 +206,7 @@ QList<SavePreview::Table> SavePreview::compute(const SaveJournal &journal, DbCon
             if (values < 0 || open < 0 || close < open)
                 continue;
             written[tableOf(sql, 11)]
-                << splitValues(QStringView(sql).mid(open + 1, close - open - 1));
+                << joinValues(QStringView(sql).mid(open + 1, close - open - 1));
         } else if (const auto m = levelUpdate.match(sql); m.hasMatch()) {
             levels.insert(m.captured(2), m.captured(1));
         } else if (const auto p = poolUpdate.match(sql); p.hasMatch()) {
@@ -210,39 +218,49 @@ QList<SavePreview::Table> SavePreview::compute(const SaveJournal &journal, DbCon
                 written[tableOf(sql, 11)];
         }
     }
-    for (QStringList &row : written[u"Member"_s])
-        row << levels.value(row.value(0));
+    for (QString &row : written[u"Member"_s]) {
+        const qsizetype end = row.indexOf(Separator);
+        row += Separator + levels.value(row.left(end < 0 ? row.size() : end));
+    }
 
     QList<Table> tables;
     for (const Spec &spec : specs()) {
         // A data set that was not edited is not written at all.
         if (spec.table != u"VoipNumberList"_s && !written.contains(spec.table))
             continue;
-        QList<QStringList> before;
+        QList<QString> before;
         Recordset set = connection.execute(u"SELECT %1 FROM %2%3"_s.arg(spec.columns.join(u','),
             spec.table, spec.where.isEmpty() ? QString() : u" WHERE "_s + spec.where));
+        before.reserve(1024);
         while (!set.isEOF()) {
-            QStringList row;
-            row.reserve(spec.columns.size());
+            QString row;
+            row.reserve(64);
             for (int i = 0; i < spec.columns.size(); ++i) {
+                if (i > 0)
+                    row += Separator;
                 // The load reads NULL as empty text or 0; the save writes that.
-                if (set.isNull(i))
-                    row << (spec.numbers.contains(i) ? u"0"_s : QString());
-                else
-                    row << set.value(i).toString();
+                if (set.isNull(i)) {
+                    if (spec.numbers.contains(i))
+                        row += u'0';
+                } else {
+                    row += set.value(i).toString();
+                }
             }
             before << row;
             set.moveNext();
         }
         set.close();
 
-        QList<QStringList> after;
+        QList<QString> after;
         if (spec.table == u"VoipNumberList"_s) {
             after = before;
-            for (QStringList &row : after) {
-                const auto holder = poolHolders.constFind(row.value(0));
-                if (holder != poolHolders.cend())
-                    row[2] = holder.value();
+            for (QString &row : after) {
+                QStringList cells = row.split(Separator);
+                const auto holder = poolHolders.constFind(cells.value(0));
+                if (holder != poolHolders.cend() && cells.size() == 3) {
+                    cells[2] = holder.value();
+                    row = cells.join(Separator);
+                }
             }
         } else {
             after = written.value(spec.table);
