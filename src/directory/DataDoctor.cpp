@@ -78,7 +78,7 @@ const Check checks[] = {
         false },
     { u"member-without-voipinfo", u"成员没有 VoIP 账号",
         u"SELECT m.OMemberID FROM Member m WHERE NOT EXISTS (SELECT 1 FROM VoipInfo v WHERE "
-        u"v.OMemberID = m.OMemberID)",
+        u"v.OMemberID = m.OMemberID AND v.ID IS NOT NULL AND v.ID <> '')",
         false },
     { u"pool-holder-missing", u"号码池账号的持有成员不存在",
         u"SELECT p.VOIP_ID, p.OMemberID FROM VoipNumberList p WHERE p.OMemberID <> 0 AND NOT "
@@ -86,12 +86,12 @@ const Check checks[] = {
         u"(SELECT 1 FROM Member m WHERE m.OMemberID = p.OMemberID)",
         false },
     { u"voip-id-shared", u"同一个 VoIP 号码属于多个成员",
-        u"SELECT ID, COUNT(*) FROM VoipInfo GROUP BY ID HAVING COUNT(DISTINCT OMemberID) > 1",
+        u"SELECT ID, COUNT(*) FROM VoipInfo WHERE ID IS NOT NULL AND ID <> '' GROUP BY ID HAVING "
+        u"COUNT(DISTINCT OMemberID) > 1",
         false },
     { u"voip-id-outside-pool", u"VoIP 号码不在号码池中",
-        u"SELECT v.OMemberID, v.ID FROM VoipInfo v WHERE NOT EXISTS (SELECT 1 FROM VoipNumberList "
-        u"p "
-        u"WHERE p.VOIP_ID = v.ID)",
+        u"SELECT v.OMemberID, v.ID FROM VoipInfo v WHERE v.ID IS NOT NULL AND v.ID <> '' AND NOT "
+        u"EXISTS (SELECT 1 FROM VoipNumberList p WHERE p.VOIP_ID = v.ID)",
         false },
     { u"right-folder-missing", u"文件夹权限的文件夹不存在",
         u"SELECT r.OFolderID, r.OMemberID FROM UserAuthority r WHERE NOT EXISTS (SELECT 1 FROM "
