@@ -202,10 +202,12 @@ EditResult DirectoryEditor::deleteMembers(bool guest, QList<int> rows)
                 const UserInfo &member = dir.memberRows(guest).at(row);
                 const qint32 id = member.id;
                 entry.noted = dir.noteDeleted(id, member.loginName);
-                // Either member can stand in either tree (a drop does not
-                // ask which list the member is in): both lose it.
+                // A regular member can stand in the guest tree as well; a
+                // guest member only there.
                 entry.memberships.clear();
                 for (const bool inGuestTree : { false, true }) {
+                    if (!inGuestTree && guest)
+                        continue;
                     const QList<DirectoryNode *> nodes
                         = dir.treeData(inGuestTree).membershipsOf(id);
                     for (DirectoryNode *node : nodes) {

@@ -388,8 +388,9 @@ ServerDataSaver::Result ServerDataSaver::save(bool confirmed)
     try {
         QElapsedTimer guard;
         guard.start();
-        m_data.setOrigin(ChangeGuard::read(connection, m_profilePath));
-        result.guardNs += guard.nsecsElapsed();
+        m_data.setOrigin(m_rememberOrigin ? ChangeGuard::read(connection, m_profilePath)
+                                          : DatabaseFingerprint());
+        result.guardAfterNs = guard.nsecsElapsed();
     } catch (const DbException &) {
         m_data.setOrigin({});
     }

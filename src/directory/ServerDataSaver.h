@@ -82,8 +82,10 @@ public:
         // ConcurrentChange, ReloadRequested, and a save made anyway: what
         // changed since the working copy was read.
         ChangeGuard::Report changes;
-        // Phases of the concurrent-change check, in nanoseconds.
+        // The concurrent-change check before the journal, and the reading
+        // taken after the run for the next save, in nanoseconds.
         qint64 guardNs = 0;
+        qint64 guardAfterNs = 0;
         // UnsafeText: every offending text.
         QList<SavePreflight::Problem> problems;
         // DatabaseError: reported with the database session's error box
@@ -121,6 +123,10 @@ public:
     void setLockWait(ServerFolderLock::Wait wait) { m_lockWait = std::move(wait); }
     static constexpr qint64 DefaultLockWaitMs = 60 * 1000;
     void setConflictPolicy(ConflictPolicy policy) { m_conflictPolicy = policy; }
+    // Whether a successful save reads the tables again for the next save of
+    // this working copy (the console); a process that saves once and ends
+    // (velmarctl) does without.
+    void setRememberOrigin(bool remember) { m_rememberOrigin = remember; }
 
     Result save(bool confirmed);
 
@@ -184,4 +190,5 @@ private:
     ServerFolderLock::Wait m_lockWait;
     ConflictPolicy m_conflictPolicy = ConflictPolicy::Ask;
     std::function<void()> m_previewAction;
+    bool m_rememberOrigin = true;
 };
