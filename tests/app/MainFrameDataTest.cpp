@@ -16,6 +16,7 @@
 #include "NotificationListeners.h"
 #include "ProfileFile.h"
 #include "SaveJournal.h"
+#include "SavePreviewDialog.h"
 #include "SaveWaitDialog.h"
 #include "ServerDataFixture.h"
 #include "ServerDataSet.h"
@@ -31,6 +32,7 @@
 #include <QFormLayout>
 #include <QGuiApplication>
 #include <QLabel>
+#include <QPlainTextEdit>
 #include <QPointer>
 #include <QProgressDialog>
 #include <QPushButton>
@@ -165,6 +167,7 @@ private Q_SLOTS:
     void unfinishedSaveAtStart();
     void sharedFolder();
     void dataCheck();
+    void previewDialog();
 };
 
 void MainFrameDataTest::loadFillsDashboard_data()
@@ -547,6 +550,34 @@ void MainFrameDataTest::dataCheck()
     QVERIFY(frame.isWindowModified());
     frame.serverData()->undoStack()->undo();
     QVERIFY(!frame.serverData()->isModified());
+}
+
+void MainFrameDataTest::previewDialog()
+{
+    // Counts first, the rows on request.
+    ServerDataSaver::Preview preview;
+    preview.ok = true;
+    SavePreview::Table groups;
+    groups.name = u"[Group]"_s;
+    groups.added = { u"OGroupID=52, GroupName=West"_s };
+    groups.changed = { u"20 (GroupName: HQ → Office)"_s };
+    preview.tables = { groups, SavePreview::Table { u"Rank"_s, {}, {}, {}, {} } };
+    SavePreviewDialog dialog(preview);
+    QCOMPARE(dialog.windowTitle(), u"显示更改"_s);
+    QCOMPARE(dialog.shownText(), u"[Group]: +1 -0 ~1"_s);
+    auto *rows = dialog.findChild<QPushButton *>(u"rowsButton"_s);
+    QCOMPARE(rows->accessibleName(), u"显示行"_s);
+    QTest::mouseClick(rows, Qt::LeftButton);
+    QCOMPARE(dialog.shownText(),
+        u"[Group]: +1 -0 ~1\n  + OGroupID=52, GroupName=West\n  ~ 20 (GroupName: HQ → Office)"_s);
+    QVERIFY(!rows->isEnabled());
+
+    // A refused text or a busy folder is said instead.
+    preview.ok = false;
+    preview.busy = true;
+    SavePreviewDialog busy(preview);
+    QVERIFY(busy.shownText().startsWith(u"另一个程序正在保存"_s));
+    QVERIFY(!busy.findChild<QPushButton *>(u"rowsButton"_s)->isEnabled());
 }
 
 int main(int argc, char **argv)
