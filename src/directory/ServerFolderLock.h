@@ -54,6 +54,7 @@ private:
 
     QString m_path;
     QString m_error;
-    int m_fd = -1;
+    qintptr m_fd = -1; // a file descriptor, or a HANDLE on Windows
     bool m_held = false;
+    bool m_wouldBlock = false; // the last try failed because the lock is held elsewhere
 };
