@@ -18,6 +18,7 @@
 #include "CReadDBThread.h"
 #include "CRegistry.h"
 #include "CVelmarManagerDoc.h"
+#include "DataCheckDialog.h"
 #include "Directory.h"
 #include "DocumentUndoStack.h"
 #include "GroupTreeModel.h"
@@ -29,7 +30,9 @@
 #include "PermissionEditor.h"
 #include "PositionList.h"
 #include "ProfileFile.h"
+#include "SavePreviewDialog.h"
 #include "SaveRecovery.h"
+#include "SaveWaitDialog.h"
 #include "ServerDataSaver.h"
 #include "ServiceCommands.h"
 #include "SettingsCommands.h"
@@ -195,6 +198,7 @@ void CMainFrame::createCommands()
     command(DeleteRank, u"删除 等级(&D)"_s);
     command(DeletePermission, u"删除 权限(&D)"_s);
     command(AssignPhoneNumbers, u"自动分配电话号码"_s);
+    command(DataCheck, u"数据检查(&K)"_s);
 
     QAction *toolBar = command(ToolBar, u"工具栏(&T)"_s, true);
     toolBar->setCheckable(true);
@@ -309,7 +313,8 @@ void CMainFrame::createMenus()
     addMenu(u"编辑(&E)"_s, u"menuEdit"_s,
         { m_undoAction, m_redoAction, nullptr, c(AddCategory), c(RenameCategory), c(DeleteCategory),
             nullptr, c(AddMember), c(DeleteMember), nullptr, c(AddRank), c(RenameRank),
-            c(DeleteRank), nullptr, c(DeletePermission), nullptr, c(AssignPhoneNumbers) });
+            c(DeleteRank), nullptr, c(DeletePermission), nullptr, c(AssignPhoneNumbers),
+            c(DataCheck) });
     addMenu(u"查看(&V)"_s, u"menuView"_s,
         { c(ToolBar), c(StatusBar), c(BalloonHelp), nullptr, m_journalDock->toggleViewAction() });
     addMenu(u"服务管理(&M)"_s, u"menuServices"_s,
@@ -559,6 +564,10 @@ void CMainFrame::connectServerData()
     if (m_context.loadServerData)
         connect(this, &CMainFrame::startupReady, this, &CMainFrame::startLoading);
     connect(commandAction(CommandId::Save), &QAction::triggered, this, &CMainFrame::saveDocument);
+    connect(commandAction(CommandId::DataCheck), &QAction::triggered, this, [this] {
+        DataCheckDialog dialog(*m_document, m_session, m_profilePath, this);
+        dialog.exec();
+    });
     connect(commandAction(CommandId::AssignPhoneNumbers), &QAction::triggered, this,
         &CMainFrame::assignPhoneNumbers);
 }
@@ -574,10 +583,17 @@ bool CMainFrame::queryClose()
 
 void CMainFrame::startLoading()
 {
+    if (!takeConsoleLock()) {
+        QMetaObject::invokeMethod(
+            this, [this] { close(); }, Qt::QueuedConnection);
+        return;
+    }
     // A save that was cut short left its journal: it is finished (or
     // dropped, or the console quits) before anything reads the database,
     // which may hold emptied partitions.
     SaveRecovery recovery(m_session, m_context.messages, m_profilePath);
+    SaveWaitDialog waiting(this);
+    recovery.setLockWait(waiting.wait());
     if (recovery.runInteractive() == SaveRecovery::Decision::Quit) {
         QMetaObject::invokeMethod(
             this, [this] { close(); }, Qt::QueuedConnection);
@@ -595,6 +611,7 @@ void CMainFrame::startLoading()
         // What works on the whole working copy waits for all of it.
         commandAction(CommandId::Save)->setEnabled(true);
         commandAction(CommandId::AssignPhoneNumbers)->setEnabled(true);
+        commandAction(CommandId::DataCheck)->setEnabled(true);
         showDirectoryCounts();
     });
     connect(reader, &CReadDBThread::workerExited, this, [this, progress, reader](int) {
@@ -627,10 +644,48 @@ void CMainFrame::showDirectoryCounts()
 void CMainFrame::saveDocument()
 {
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-    ServerDataSaver(*m_document, m_session, m_context.messages, m_profilePath, m_context.hives,
-        m_programDirectory)
-        .save(false);
+    SaveWaitDialog waiting(this);
+    ServerDataSaver saver(*m_document, m_session, m_context.messages, m_profilePath,
+        m_context.hives, m_programDirectory);
+    saver.setLockWait(waiting.wait());
+    saver.setPreviewAction([this, &saver] {
+        QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+        SavePreviewDialog dialog(saver.preview(), this);
+        QGuiApplication::restoreOverrideCursor();
+        dialog.exec();
+    });
+    const ServerDataSaver::Result result = saver.save(false);
     QGuiApplication::restoreOverrideCursor();
+    // Another program saved since the load, and the administrator chose its
+    // data over the working copy's changes.
+    if (result.outcome == ServerDataSaver::Outcome::ReloadRequested && !m_loading)
+        startLoading();
+}
+
+bool CMainFrame::takeConsoleLock()
+{
+    if (m_consoleLock)
+        return true;
+    // Held for the console's life and released by the kernel when it ends,
+    // a crash included: a lock that is held belongs to a running console.
+    m_consoleLock
+        = std::make_unique<ServerFolderLock>(ServerFolderLock::consolePathFor(m_profilePath));
+    if (m_consoleLock->acquire(ServerFolderLock::Mode::Exclusive)
+        != ServerFolderLock::Status::GaveUp)
+        return true;
+    MessageService::Box box;
+    box.parent = this;
+    box.text = secondConsoleText(m_programDirectory);
+    box.buttons = MessageService::Buttons::YesNo;
+    box.icon = MessageService::Icon::Exclamation;
+    return m_context.messages.showMessage(box) == MessageService::Yes;
+}
+
+QString CMainFrame::secondConsoleText(const QString &folder)
+{
+    return u"另一个 VelmarManager 已经打开了这个服务器文件夹:\r\n%1\r\n\r\n"
+           "两个控制台都保存时, 后保存的一方会被告知对方的更改并选择如何处理。\r\n"
+           "是否继续?"_s.arg(QDir::toNativeSeparators(folder));
 }
 
 void CMainFrame::assignPhoneNumbers()

@@ -4,9 +4,11 @@
 #include "DbSession.h"
 #include "MainFrameContext.h"
 #include "ServerFolder.h"
+#include "ServerFolderLock.h"
 
 class CVelmarManagerDoc;
 
+#include <memory>
 #include <QHash>
 #include <QMainWindow>
 
@@ -45,6 +47,8 @@ public:
     ~CMainFrame() override;
 
     static const QString ConsoleKeyPath; // Software\Velmar\VelmarManager
+    // Asked at start-up when another console has the server folder open.
+    static QString secondConsoleText(const QString &folder);
 
     // Data model fixed at construction.
     QString programDirectory() const { return m_programDirectory; }
@@ -131,11 +135,15 @@ private:
     // dashboard gets the counts once the data is in memory.
     void startLoading();
     void showDirectoryCounts();
+    // Tells the administrator when another console has this server folder
+    // open; false when they chose not to go on.
+    bool takeConsoleLock();
     // Command 32781.
     void saveDocument();
     // Command 32827.
     void assignPhoneNumbers();
 
+    std::unique_ptr<ServerFolderLock> m_consoleLock;
     bool m_loadComplete = false;
     bool m_loading = false;
     void readBalloonHelp();

@@ -16,6 +16,7 @@ constexpr int RenameRank = 32790;
 constexpr int DeleteRank = 32791;
 constexpr int DeletePermission = 32792;
 constexpr int AssignPhoneNumbers = 32827;
+constexpr int DataCheck = 32840;
 constexpr int ToolBar = 59392;
 constexpr int StatusBar = 59393;
 constexpr int BalloonHelp = 32808;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <QRect>
 #include <QString>
 
@@ -23,6 +24,10 @@ public:
         Buttons buttons = Buttons::Ok;
         Icon icon = Icon::None;
         QObject *parent = nullptr; // a QWidget for the real boxes; nullptr means no owner window
+        // An extra button that does not close the box (the save's "显示更改"):
+        // its caption and what it does.
+        QString extraButton = {};
+        std::function<void()> extraAction = {};
     };
 
     struct Balloon

@@ -65,6 +65,7 @@ void CVelmarManagerDoc::adopt(ServerDataSet data, LoadState state)
     m_fileBox = std::move(data.fileBox);
     m_notices->setRecords(std::move(data.notices));
     m_loadState = state;
+    m_origin = std::move(data.origin);
     // What was just read equals the database: nothing to save yet.
     m_permissions.setModified(false);
     m_fileBox.setModified(false);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AccessTokenTable.h"
+#include "DatabaseFingerprint.h"
 #include "DirectoryEditor.h"
 #include "FileBoxRights.h"
 #include "VoipAccountPool.h"
@@ -82,6 +83,10 @@ public:
     // lists.
     void adopt(ServerDataSet data, LoadState state);
     LoadState loadState() const { return m_loadState; }
+    // What the database held when the working copy was read or last saved;
+    // the save compares it with the database before it writes anything.
+    const DatabaseFingerprint &origin() const { return m_origin; }
+    void setOrigin(DatabaseFingerprint origin) { m_origin = std::move(origin); }
 
     // The undo stack; its commands, oldest first, are the journal of the
     // changes since the last save (or load).
@@ -132,5 +137,6 @@ private:
     DirectoryEditor m_editor;
     DefaultPositionWriter m_defaultPositionWriter;
     LoadState m_loadState = LoadState::NotLoaded;
+    DatabaseFingerprint m_origin;
     bool m_modified = false;
 };

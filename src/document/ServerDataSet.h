@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AccessTokenTable.h"
+#include "DatabaseFingerprint.h"
 #include "DirectoryData.h"
 #include "FileBoxRights.h"
 #include "NoticeRecord.h"
@@ -20,4 +21,6 @@ struct ServerDataSet
     FileBoxRights fileBox;
     VoipAccountPool voipPool;
     QList<NoticeRecord> notices;
+    // What the database held when it was read (empty when not taken).
+    DatabaseFingerprint origin;
 };

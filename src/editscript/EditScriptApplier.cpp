@@ -337,11 +337,8 @@ QString EditScriptApplier::apply(const Edit::Place &place)
         const std::optional<MemberRef> member = findMember(userId, &error);
         if (!member)
             return error;
-        // A guest member stands in the guest tree only: deleting it takes
-        // its memberships from there alone.
-        if (member->guest && !place.group.guest)
-            return u"%1 is a guest member: it is placed in the guest tree (guest:/...)"_s.arg(
-                userId);
+        // Either list's members go into either tree, as a drop in the
+        // console puts them (a member in both trees gets level 3).
         ids.append(member->id);
     }
     const EditResult result = m_document.editor().placeMembers(place.group.guest, group, ids);

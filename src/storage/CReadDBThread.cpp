@@ -76,6 +76,11 @@ QString CReadDBThread::openFailedText()
     return u"打开数据库时发生错误."_s;
 }
 
+QString CReadDBThread::busyText()
+{
+    return u"另一个程序正在保存这个服务器的数据, 等待超时, 没有读取数据."_s;
+}
+
 QString CReadDBThread::readFailedText()
 {
     return u"当读数据时发生错误."_s;
@@ -89,13 +94,17 @@ void CReadDBThread::run()
     // thread: it is held and shown first when the run is over.
     DbSession session(m_hives, m_profilePath, m_accessDatabasePath, m_deferred->messages, m_trace);
     SignalProgress progress(*this);
-    m_result = ServerDataLoader(session, m_profilePath).run(m_data, &progress);
+    ServerDataLoader loader(session, m_profilePath);
+    if (m_lockWait)
+        loader.setLockWait(m_lockWait);
+    m_result = loader.run(m_data, &progress);
 }
 
 void CReadDBThread::onFinished()
 {
     // A failed open read nothing: whatever the working copy holds stays.
-    if (m_result.outcome != ServerDataLoader::Outcome::OpenFailed) {
+    if (m_result.outcome != ServerDataLoader::Outcome::OpenFailed
+        && m_result.outcome != ServerDataLoader::Outcome::Busy) {
         m_target.adopt(std::exchange(m_data, ServerDataSet()),
             m_result.ok() ? CVelmarManagerDoc::LoadState::Complete
                           : CVelmarManagerDoc::LoadState::Partial);
@@ -105,6 +114,7 @@ void CReadDBThread::onFinished()
     if (!m_result.ok()) {
         MessageService::Box box;
         box.text = m_result.outcome == ServerDataLoader::Outcome::OpenFailed ? openFailedText()
+            : m_result.outcome == ServerDataLoader::Outcome::Busy            ? busyText()
                                                                              : readFailedText();
         box.buttons = MessageService::Buttons::Ok;
         box.icon = MessageService::Icon::Exclamation;

@@ -40,6 +40,11 @@ public:
 
     static QString openFailedText(); // "打开数据库时发生错误."
     static QString readFailedText(); // "当读数据时发生错误."
+    static QString busyText(); // another save held the folder past the wait
+
+    // How the worker waits for a save that holds the folder (see
+    // ServerDataLoader::setLockWait); called on the worker thread.
+    void setLockWait(ServerFolderLock::Wait wait) { m_lockWait = std::move(wait); }
 
 Q_SIGNALS:
     // For the progress dialog; emitted on the worker thread, so connections
@@ -64,6 +69,7 @@ private:
     MessageService &m_messages;
     CVelmarManagerDoc &m_target;
     SqlTrace *m_trace;
+    ServerFolderLock::Wait m_lockWait;
 
     // Written by the worker, read on the user-interface thread after it ended.
     ServerDataSet m_data;

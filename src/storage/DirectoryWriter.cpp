@@ -150,12 +150,18 @@ void DirectoryWriter::writeDirectory(DbConnection &connection, const DirectoryCo
     static const SqlTemplate level3(
         u"UPDATE MEMBER SET MemberLevel = 3 \t\t\t\t\t\t\twhere OmemberID = %d");
 
+    // The load reads a NULL flag as regular (rows written without the column
+    // by the guest-tree conversion, or older than it), so those rows belong
+    // to the regular partition too: left in place, a deleted group would come
+    // back and a kept one would be stored twice.
     connection.execute(u"DELETE FROM [Group] where IsGuestGroup=0"_s);
+    connection.execute(u"DELETE FROM [Group] where IsGuestGroup IS NULL"_s);
     writeGroups(connection, content.regularTree, regularGroup);
     connection.execute(u"DELETE FROM [Group] where IsGuestGroup=1"_s);
     writeGroups(connection, content.guestTree, guestGroup);
 
     connection.execute(u"DELETE FROM Member where IsGuestMember=0"_s);
+    connection.execute(u"DELETE FROM Member where IsGuestMember IS NULL"_s);
     writeMembers(connection, content.regularMembers, regularMember);
     connection.execute(u"DELETE FROM Member where IsGuestMember=1"_s);
     writeMembers(connection, content.guestMembers, guestMember);

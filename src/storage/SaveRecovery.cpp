@@ -14,11 +14,19 @@ SaveRecovery::SaveRecovery(DbSession &session, MessageService &messages, QString
     , m_messages(messages)
     , m_profilePath(std::move(profilePath))
     , m_path(SaveJournal::pathFor(m_profilePath))
+    , m_lockWait(ServerFolderLock::waitUpTo(60 * 1000))
 { }
 
 SaveRecovery::State SaveRecovery::inspect()
 {
     m_problem.clear();
+    // A save that is running has its journal in place: only once it is over
+    // is a journal a left-over.
+    ServerFolderLock lock(ServerFolderLock::savePathFor(m_profilePath));
+    m_gaveUp = lock.acquire(ServerFolderLock::Mode::Shared, m_lockWait)
+        == ServerFolderLock::Status::GaveUp;
+    if (m_gaveUp)
+        return State::None;
     switch (SaveJournal::read(m_path, m_journal, &m_problem)) {
     case SaveJournal::ReadStatus::Missing:
         m_problem.clear();
@@ -42,6 +50,22 @@ SaveJournalRunner::Result SaveRecovery::finish()
     if (m_pause)
         runner.setPause(m_pause);
     runner.setCheckpoint(m_checkpoint);
+    ServerFolderLock lock(ServerFolderLock::savePathFor(m_profilePath));
+    const ServerFolderLock::Status locked
+        = lock.acquire(ServerFolderLock::Mode::Exclusive, m_lockWait);
+    m_gaveUp = locked == ServerFolderLock::Status::GaveUp;
+    if (m_gaveUp) {
+        SaveJournalRunner::Result result;
+        result.ok = false;
+        result.error = DbError { DbError::Unspecified, {}, u"another save is running"_s };
+        return result;
+    }
+    // Another process may have finished (or replaced) it while this one waited.
+    if (locked == ServerFolderLock::Status::Locked) {
+        SaveJournal current;
+        if (SaveJournal::read(m_path, current) == SaveJournal::ReadStatus::Missing)
+            return {};
+    }
     DbConnection connection = m_session.OpenDBConnection();
     SaveJournalRunner::Result result = runner.run(m_journal, connection);
     if (!result.ok) {

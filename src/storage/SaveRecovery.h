@@ -3,6 +3,7 @@
 #include "MessageService.h"
 #include "SaveJournal.h"
 #include "SaveJournalRunner.h"
+#include "ServerFolderLock.h"
 
 #include <QString>
 
@@ -36,15 +37,22 @@ public:
     }
 
     QString journalPath() const { return m_path; }
+    // How to wait while a save holds the folder: its journal is then a
+    // running save's, not a left-over (default: up to a minute).
+    void setLockWait(ServerFolderLock::Wait wait) { m_lockWait = std::move(wait); }
+    // inspect() or finish() gave up waiting for a running save.
+    bool gaveUpWaiting() const { return m_gaveUp; }
 
-    // Reads the journal, if any, and tells what it is.
+    // Reads the journal, if any, and tells what it is, once no save is
+    // running (None when the wait gave up: see gaveUpWaiting()).
     State inspect();
     const SaveJournal &journal() const { return m_journal; }
     // Corrupt: why; OtherDatabase: nothing (see journal().connectionString()).
     QString problem() const { return m_problem; }
 
-    // Replays an inspected Ready journal. On success the journal is removed
-    // after the notifications; on a failing statement it stays.
+    // Replays an inspected Ready journal, holding the save lock. On success
+    // the journal is removed after the notifications; on a failing statement
+    // it stays. A journal another process finished meanwhile is not run again.
     SaveJournalRunner::Result finish();
     bool discard(QString *errorString = nullptr);
 
@@ -73,4 +81,6 @@ private:
     QString m_problem;
     SaveJournalRunner::Pause m_pause;
     SaveJournalRunner::Checkpoint m_checkpoint;
+    ServerFolderLock::Wait m_lockWait;
+    bool m_gaveUp = false;
 };

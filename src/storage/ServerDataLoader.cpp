@@ -1,5 +1,6 @@
 #include "ServerDataLoader.h"
 
+#include "ChangeGuard.h"
 #include "DbConnection.h"
 #include "DbSession.h"
 #include "DirectoryLoader.h"
@@ -13,7 +14,13 @@ using namespace Qt::StringLiterals;
 ServerDataLoader::ServerDataLoader(DbSession &session, QString profilePath)
     : m_session(session)
     , m_profilePath(std::move(profilePath))
+    , m_lockWait(ServerFolderLock::waitUpTo(DefaultLockWaitMs))
 { }
+
+QString ServerDataLoader::waitingText()
+{
+    return u"等待另一个保存完成."_s;
+}
 
 QString ServerDataLoader::openingText()
 {
@@ -47,6 +54,24 @@ ServerDataLoader::Result ServerDataLoader::run(ServerDataSet &data, LoadProgress
 {
     Result result;
     if (progress)
+        progress->setText(openingText());
+
+    // A folder whose lock file cannot be made (read-only) is read unlocked:
+    // this process could not save into it anyway.
+    ServerFolderLock lock(ServerFolderLock::savePathFor(m_profilePath));
+    bool toldWaiting = false;
+    const auto wait = [&](qint64 waitedMs) {
+        if (!toldWaiting && progress)
+            progress->setText(waitingText());
+        toldWaiting = true;
+        return m_lockWait && m_lockWait(waitedMs);
+    };
+    if (lock.acquire(ServerFolderLock::Mode::Shared, wait) == ServerFolderLock::Status::GaveUp) {
+        result.outcome = Outcome::Busy;
+        result.failedStep = Step::Open;
+        return result;
+    }
+    if (toldWaiting && progress)
         progress->setText(openingText());
 
     DbConnection connection = m_session.OpenDBConnection();
@@ -84,6 +109,13 @@ ServerDataLoader::Result ServerDataLoader::run(ServerDataSet &data, LoadProgress
         result.failedStep = step;
         result.error = e.error();
         return result;
+    }
+    // Without a fingerprint the save cannot tell a colleague's save from
+    // none; a database that refuses the aggregate query still loads.
+    try {
+        data.origin = ChangeGuard::read(connection, m_profilePath);
+    } catch (const DbException &) {
+        data.origin = {};
     }
     return result;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DbError.h"
+#include "ServerFolderLock.h"
 
 #include <QString>
 
@@ -20,6 +21,7 @@ public:
         Ok,
         OpenFailed, // no connection: the open failed, or DBAddr names a remote database
         ReadFailed, // a statement or a field failed; what was read before stays
+        Busy, // another program's save held the folder and the wait gave up: nothing read
     };
     enum class Step { Open, Directory, Positions, Permissions, FileBox, VoipPool, Notices, Done };
 
@@ -37,7 +39,16 @@ public:
 
     // Fills data; progress (may be null) receives the designed texts, ranges
     // and positions. The connection is dropped before it returns.
+    // The whole run holds the save lock shared, so that it never reads a
+    // database that a save is rewriting; the fingerprint the save checks is
+    // taken at its end.
     Result run(ServerDataSet &data, LoadProgress *progress = nullptr);
+
+    // How long to wait for a save that holds the folder (default: ten
+    // minutes); the wait is told how long it has waited.
+    void setLockWait(ServerFolderLock::Wait wait) { m_lockWait = std::move(wait); }
+    static constexpr qint64 DefaultLockWaitMs = 10 * 60 * 1000;
+    static QString waitingText(); // "等待另一个保存完成."
 
     static QString stepName(Step step);
     static QString openingText(); // "打开数据库."
@@ -45,4 +56,5 @@ public:
 private:
     DbSession &m_session;
     QString m_profilePath;
+    ServerFolderLock::Wait m_lockWait;
 };

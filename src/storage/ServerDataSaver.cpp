@@ -48,6 +48,7 @@ ServerDataSaver::ServerDataSaver(CVelmarManagerDoc &data, DbSession &session,
     , m_hives(hives)
     , m_programDir(std::move(programDir))
     , m_pause([](int ms) { QThread::msleep(ulong(ms)); })
+    , m_lockWait(ServerFolderLock::waitUpTo(DefaultLockWaitMs))
 { }
 
 void ServerDataSaver::setPause(Pause pause)
@@ -120,6 +121,12 @@ int ServerDataSaver::nextVersion(const QString &profilePath)
 QString ServerDataSaver::journalErrorText(const QString &path, const QString &why)
 {
     return u"无法写入保存记录文件 %1:\r\n%2\r\n数据库没有被修改。"_s.arg(
+        QDir::toNativeSeparators(path), why);
+}
+
+QString ServerDataSaver::lockErrorText(const QString &path, const QString &why)
+{
+    return u"无法打开保存锁文件 %1:\r\n%2\r\n数据库没有被修改。"_s.arg(
         QDir::toNativeSeparators(path), why);
 }
 
@@ -212,6 +219,10 @@ ServerDataSaver::Result ServerDataSaver::save(bool confirmed)
         box.text = confirmText();
         box.buttons = MessageService::Buttons::YesNo;
         box.icon = MessageService::Icon::Question;
+        if (m_previewAction) {
+            box.extraButton = SavePreview::buttonText();
+            box.extraAction = m_previewAction;
+        }
         if (m_messages.showMessage(box) != MessageService::Yes) {
             result.outcome = Outcome::Declined;
             return result;
@@ -229,6 +240,29 @@ ServerDataSaver::Result ServerDataSaver::save(bool confirmed)
         balloon(memberErrorText());
         result.outcome = Outcome::MemberMissing;
         return result;
+    }
+
+    // One save at a time: held from before the journal is written until it
+    // is gone, so two statement streams never interleave and the journal is
+    // only ever one save's.
+    ServerFolderLock lock(ServerFolderLock::savePathFor(m_profilePath));
+    switch (lock.acquire(ServerFolderLock::Mode::Exclusive, m_lockWait)) {
+    case ServerFolderLock::Status::Locked:
+        break;
+    case ServerFolderLock::Status::GaveUp:
+        // The wait has told the administrator (or was cancelled by them).
+        result.outcome = Outcome::Busy;
+        return result;
+    case ServerFolderLock::Status::Unavailable: {
+        result.journalError = lock.errorString();
+        MessageService::Box box;
+        box.text = lockErrorText(lock.path(), lock.errorString());
+        box.buttons = MessageService::Buttons::Ok;
+        box.icon = MessageService::Icon::Exclamation;
+        m_messages.showMessage(box);
+        result.outcome = Outcome::JournalError;
+        return result;
+    }
     }
 
     DbConnection connection = m_session.OpenDBConnection();
@@ -253,6 +287,42 @@ ServerDataSaver::Result ServerDataSaver::save(bool confirmed)
         m_messages.showMessage(box);
         result.outcome = Outcome::UnsafeText;
         return result;
+    }
+
+    if (m_conflictPolicy != ConflictPolicy::Overwrite && !m_data.origin().isEmpty()) {
+        QElapsedTimer guard;
+        guard.start();
+        DatabaseFingerprint now;
+        try {
+            now = ChangeGuard::read(connection, m_profilePath);
+        } catch (const DbException &e) {
+            m_session.recordError(e.error());
+            balloon(databaseErrorText());
+            result.outcome = Outcome::DatabaseError;
+            result.error = e.error();
+            return result;
+        }
+        result.guardNs = guard.nsecsElapsed();
+        result.changes = ChangeGuard::compare(m_data.origin(), now);
+        if (result.changes.changed()) {
+            if (m_conflictPolicy == ConflictPolicy::Refuse) {
+                result.outcome = Outcome::ConcurrentChange;
+                return result;
+            }
+            MessageService::Box box;
+            box.text = ChangeGuard::questionText(result.changes);
+            box.buttons = MessageService::Buttons::YesNoCancel;
+            box.icon = MessageService::Icon::Exclamation;
+            const int answer = m_messages.showMessage(box);
+            if (answer == MessageService::Yes) {
+                result.outcome = Outcome::ReloadRequested;
+                return result;
+            }
+            if (answer != MessageService::No) {
+                result.outcome = Outcome::ConcurrentChange;
+                return result;
+            }
+        }
     }
 
     QElapsedTimer timer;
@@ -286,6 +356,12 @@ ServerDataSaver::Result ServerDataSaver::save(bool confirmed)
         // The journal stays: saving again replaces it, and a console closed
         // without saving finishes it at the next start.
         m_session.recordError(run.error);
+        // The half-written tables are this save's own: saving again must not
+        // take them for another program's. Unreadable, the old reading stays
+        // (and the next save asks rather than overwrite in silence).
+        try {
+            m_data.setOrigin(ChangeGuard::read(connection, m_profilePath));
+        } catch (const DbException &) { }
         result.outcome = Outcome::DatabaseError;
         result.failedStep = stepNamed(run.failedStep);
         result.errorBoxShown = reportsWithErrorBox(result.failedStep);
@@ -307,6 +383,17 @@ ServerDataSaver::Result ServerDataSaver::save(bool confirmed)
     }
     result.failedNoticeDeletes = int(run.noticeFailures.size());
     m_data.notices()->clearPendingDeletions();
+    // What the database holds now is this save's: the next save compares
+    // against it. Still under the lock, so no other save can slip in.
+    try {
+        QElapsedTimer guard;
+        guard.start();
+        m_data.setOrigin(m_rememberOrigin ? ChangeGuard::read(connection, m_profilePath)
+                                          : DatabaseFingerprint());
+        result.guardAfterNs = guard.nsecsElapsed();
+    } catch (const DbException &) {
+        m_data.setOrigin({});
+    }
     connection = DbConnection();
 
     runner.notify(journal);
@@ -314,6 +401,41 @@ ServerDataSaver::Result ServerDataSaver::save(bool confirmed)
 
     m_data.markSaved();
     return result;
+}
+
+ServerDataSaver::Preview ServerDataSaver::preview()
+{
+    Preview preview;
+    QElapsedTimer timer;
+    timer.start();
+    if (m_data.loadState() != CVelmarManagerDoc::LoadState::Complete)
+        return preview;
+    // What the database holds between two saves, never half of one.
+    ServerFolderLock lock(ServerFolderLock::savePathFor(m_profilePath));
+    if (lock.acquire(ServerFolderLock::Mode::Shared, m_lockWait)
+        == ServerFolderLock::Status::GaveUp) {
+        preview.busy = true;
+        return preview;
+    }
+    DbConnection connection = m_session.OpenDBConnection();
+    if (connection.isNull()) {
+        preview.error = DbError { DbError::InvalidPointer, {}, {} };
+        return preview;
+    }
+    preview.problems = SavePreflight::check(m_data, connection.dialect());
+    if (!preview.problems.isEmpty())
+        return preview;
+    try {
+        const SaveJournal journal = buildJournal(connection.dialect(), nextVersion(m_profilePath));
+        preview.tables = SavePreview::compute(journal, connection);
+    } catch (const DbException &e) {
+        m_session.recordError(e.error());
+        preview.error = e.error();
+        return preview;
+    }
+    preview.ok = true;
+    preview.ns = timer.nsecsElapsed();
+    return preview;
 }
 
 bool ServerDataSaver::saveOnClose()

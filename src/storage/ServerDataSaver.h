@@ -1,8 +1,11 @@
 #pragma once
 
+#include "ChangeGuard.h"
 #include "DbError.h"
 #include "SaveJournalRunner.h"
 #include "SavePreflight.h"
+#include "SavePreview.h"
+#include "ServerFolderLock.h"
 
 #include <functional>
 #include <QString>
@@ -38,6 +41,19 @@ public:
         DatabaseError, // a statement failed (the journal stays)
         UnsafeText, // texts that would break their statements: nothing written
         JournalError, // the journal could not be written: nothing written
+        Busy, // another save held the folder and the wait gave up: nothing written
+        // Another program saved since the working copy was read, and the
+        // save was refused or cancelled: nothing written.
+        ConcurrentChange,
+        // The same, and the administrator chose to read the database again
+        // (losing the working copy's changes): nothing written.
+        ReloadRequested,
+    };
+    // What the save does when the database changed since it was read.
+    enum class ConflictPolicy {
+        Ask, // the console: reload, save anyway, or cancel
+        Refuse, // velmarctl edit without --force
+        Overwrite, // velmarctl edit --force, resave
     };
     // The step a database failure happened in.
     enum class Step {
@@ -63,6 +79,13 @@ public:
         int version = 0;
         // Saved: the notices whose DELETE failed (they stay in the database).
         int failedNoticeDeletes = 0;
+        // ConcurrentChange, ReloadRequested, and a save made anyway: what
+        // changed since the working copy was read.
+        ChangeGuard::Report changes;
+        // The concurrent-change check before the journal, and the reading
+        // taken after the run for the next save, in nanoseconds.
+        qint64 guardNs = 0;
+        qint64 guardAfterNs = 0;
         // UnsafeText: every offending text.
         QList<SavePreflight::Problem> problems;
         // DatabaseError: reported with the database session's error box
@@ -95,8 +118,32 @@ public:
     void setPause(Pause pause);
     // Where a run can be watched from (see SaveJournalRunner).
     void setCheckpoint(SaveJournalRunner::Checkpoint checkpoint);
+    // How to wait while another save holds the folder (default: up to
+    // DefaultLockWaitMs). The console shows a waiting state with a cancel.
+    void setLockWait(ServerFolderLock::Wait wait) { m_lockWait = std::move(wait); }
+    static constexpr qint64 DefaultLockWaitMs = 60 * 1000;
+    void setConflictPolicy(ConflictPolicy policy) { m_conflictPolicy = policy; }
+    // Whether a successful save reads the tables again for the next save of
+    // this working copy (the console); a process that saves once and ends
+    // (velmarctl) does without.
+    void setRememberOrigin(bool remember) { m_rememberOrigin = remember; }
 
     Result save(bool confirmed);
+
+    // What the save would do to the database now, table by table, without
+    // writing anything (read under the save lock, shared).
+    struct Preview
+    {
+        bool ok = false;
+        bool busy = false; // another save held the folder past the wait
+        QList<SavePreflight::Problem> problems; // the save would refuse these texts
+        DbError error;
+        QList<SavePreview::Table> tables;
+        qint64 ns = 0;
+    };
+    Preview preview();
+    // The confirmation "确定要保存?" offers "显示更改", which runs this.
+    void setPreviewAction(std::function<void()> action) { m_previewAction = std::move(action); }
 
     // The question asked when a modified document is closed. Returns whether
     // closing may go on: not modified, No, or Yes and the save succeeded.
@@ -126,6 +173,7 @@ public:
     static QString memberErrorText(); // "用户ID和密码为空."
     static QString databaseErrorText(); // "数据库发生错误."
     static QString journalErrorText(const QString &path, const QString &why);
+    static QString lockErrorText(const QString &path, const QString &why);
 
 private:
     void balloon(const QString &text);
@@ -139,4 +187,8 @@ private:
     QString m_programDir;
     Pause m_pause;
     SaveJournalRunner::Checkpoint m_checkpoint;
+    ServerFolderLock::Wait m_lockWait;
+    ConflictPolicy m_conflictPolicy = ConflictPolicy::Ask;
+    std::function<void()> m_previewAction;
+    bool m_rememberOrigin = true;
 };

@@ -145,6 +145,14 @@ int QtMessageService::showMessageHere(const Box &box)
         if (choice.result == Cancel || (box.buttons == Buttons::Ok))
             escapeButton = button;
     }
+    if (!box.extraButton.isEmpty() && box.extraAction) {
+        QPushButton *extra = messageBox.addButton(box.extraButton, QMessageBox::ActionRole);
+        extra->setObjectName(u"extraButton"_s);
+        extra->setAccessibleName(box.extraButton);
+        // The box's own handler would close it: this button only acts.
+        extra->disconnect(&messageBox);
+        QObject::connect(extra, &QPushButton::clicked, &messageBox, box.extraAction);
+    }
     messageBox.setDefaultButton(qobject_cast<QPushButton *>(results.key(specs.first().result)));
     if (escapeButton)
         messageBox.setEscapeButton(escapeButton);

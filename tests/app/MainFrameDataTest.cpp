@@ -10,13 +10,17 @@
 #include "CommandIds.h"
 #include "CProgressDlg.h"
 #include "CVelmarManagerDoc.h"
+#include "DataCheckDialog.h"
 #include "Directory.h"
 #include "GroupTreeModel.h"
 #include "NotificationListeners.h"
 #include "ProfileFile.h"
 #include "SaveJournal.h"
+#include "SavePreviewDialog.h"
+#include "SaveWaitDialog.h"
 #include "ServerDataFixture.h"
 #include "ServerDataSet.h"
+#include "ServerFolderLock.h"
 #include "ServerNotification.h"
 #include "TestDatabase.h"
 
@@ -28,8 +32,14 @@
 #include <QFormLayout>
 #include <QGuiApplication>
 #include <QLabel>
+#include <QPlainTextEdit>
 #include <QPointer>
+#include <QProgressDialog>
+#include <QPushButton>
+#include <QTableView>
 #include <QTest>
+#include <QTimer>
+#include <QUndoStack>
 
 using namespace Qt::StringLiterals;
 
@@ -155,6 +165,9 @@ private Q_SLOTS:
     void closeAfterFailedLoad();
     void unfinishedSaveAtStart_data();
     void unfinishedSaveAtStart();
+    void sharedFolder();
+    void dataCheck();
+    void previewDialog();
 };
 
 void MainFrameDataTest::loadFillsDashboard_data()
@@ -428,6 +441,133 @@ void MainFrameDataTest::closeAfterFailedLoad()
         QVERIFY(!QFile::exists(env.f.dir.databasePath()));
     else
         QCOMPARE(env.f.dir.readFile(u"VelmarDB.mdb"_s), fileContents);
+}
+
+void MainFrameDataTest::sharedFolder()
+{
+    DATA_FRAME(env);
+    QString error;
+    QVERIFY2(env.createDatabase(populatedDatabase(), &error), qPrintable(error));
+    const QString profile = env.f.dir.iniPath();
+
+    // Another console has the folder open: said at start-up, and going on loads.
+    ServerFolderLock otherConsole(ServerFolderLock::consolePathFor(profile));
+    QCOMPARE(
+        otherConsole.acquire(ServerFolderLock::Mode::Exclusive), ServerFolderLock::Status::Locked);
+    env.f.messages.queueAnswer(MessageService::Yes);
+    CMainFrame &frame = env.start();
+    WAIT_FOR_LOAD(env);
+    QCOMPARE(env.f.messages.boxTexts(),
+        QStringList { CMainFrame::secondConsoleText(frame.programDirectory()) });
+    QCOMPARE(env.f.messages.boxes().constFirst().buttons, MessageService::Buttons::YesNo);
+    env.f.messages.clear();
+    addGroup(frame, u"Support"_s);
+    const QStringList before = env.databaseDump();
+
+    // Another program's save holds the folder: the save waits with a dialog
+    // whose cancel ends it with nothing written.
+    ServerFolderLock otherSave(ServerFolderLock::savePathFor(profile));
+    QCOMPARE(
+        otherSave.acquire(ServerFolderLock::Mode::Exclusive), ServerFolderLock::Status::Locked);
+    bool dialogSeen = false;
+    QTimer::singleShot(300, &frame, [&frame, &dialogSeen] {
+        auto *dialog = frame.findChild<QProgressDialog *>(u"saveWaitDialog"_s);
+        if (!dialog)
+            return;
+        dialogSeen = dialog->isVisible() && dialog->labelText() == SaveWaitDialog::labelText();
+        if (auto *cancel = dialog->findChild<QPushButton *>(u"cancelButton"_s))
+            QTest::mouseClick(cancel, Qt::LeftButton);
+    });
+    env.f.messages.queueAnswer(MessageService::Yes); // "确定要保存?"
+    frame.commandAction(CommandId::Save)->trigger();
+    QVERIFY(dialogSeen);
+    QVERIFY(!frame.findChild<QProgressDialog *>(u"saveWaitDialog"_s));
+    otherSave.release(); // (a load would wait for it too)
+    QCOMPARE(env.databaseDump(), before);
+    QVERIFY(frame.serverData()->isModified());
+
+    // Another program saved meanwhile: asked, and reloading takes its data
+    // in place of the working copy's.
+    QVERIFY(env.db->exec(
+        u"INSERT INTO Member (OMemberID, MemberID, Passwd, IsGuestMember) VALUES (99,'zed','x',0)"_s));
+    env.f.messages.clear();
+    env.f.messages.queueAnswer(MessageService::Yes); // "确定要保存?"
+    env.f.messages.queueAnswer(MessageService::Yes); // reload
+    frame.commandAction(CommandId::Save)->trigger();
+    QCOMPARE(env.f.messages.boxTexts().size(), 2);
+    QVERIFY(env.f.messages.boxTexts().at(1).contains(u"Member: 7 → 8 行 (+1)"_s));
+    QTRY_VERIFY_WITH_TIMEOUT(!frame.isLoading(), LoadTimeoutMs);
+    QVERIFY(!frame.serverData()->isModified());
+    QCOMPARE(dumpServerData(*frame.serverData()), env.databaseDump());
+    QVERIFY(env.databaseDump() != before);
+    QCOMPARE(env.db->count(u"[Group]"_s, u"GroupName = 'Support'"_s), 0);
+}
+
+void MainFrameDataTest::dataCheck()
+{
+    DATA_FRAME(env);
+    QString error;
+    QVERIFY2(
+        env.createDatabase(populatedDatabase()
+                << u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES (777,10,1,5,0)"_s,
+            &error),
+        qPrintable(error));
+    CMainFrame &frame = env.start();
+    WAIT_FOR_LOAD(env);
+    QAction *command = frame.commandAction(CommandId::DataCheck);
+    QVERIFY(command->isEnabled());
+
+    // The findings in the dialog's grid; the repair is a step of the journal.
+    QStringList rows;
+    QString status;
+    QTimer::singleShot(0, &frame, [&frame, &rows, &status] {
+        auto *dialog = frame.findChild<DataCheckDialog *>(u"dataCheckDialog"_s);
+        if (!dialog)
+            return;
+        auto *table = dialog->findChild<QTableView *>(u"findingsTable"_s);
+        for (int row = 0; row < table->model()->rowCount(); ++row)
+            rows << table->model()->index(row, 0).data().toString() + u' '
+                    + table->model()->index(row, 1).data().toString();
+        QTest::mouseClick(dialog->findChild<QPushButton *>(u"repairButton"_s), Qt::LeftButton);
+        status = dialog->statusText();
+        dialog->reject();
+    });
+    command->trigger();
+    QVERIFY2(rows.contains(u"所属关系的成员不存在 1"_s), qPrintable(rows.join(u'\n')));
+    QVERIFY2(rows.contains(u"成员编号重复 1"_s), qPrintable(rows.join(u'\n')));
+    QCOMPARE(status, u"已添加 1 个修复步骤 (可以撤销). 保存后, 可由保存修复的问题会消失."_s);
+    QCOMPARE(frame.serverData()->undoStack()->count(), 1);
+    QVERIFY(frame.isWindowModified());
+    frame.serverData()->undoStack()->undo();
+    QVERIFY(!frame.serverData()->isModified());
+}
+
+void MainFrameDataTest::previewDialog()
+{
+    // Counts first, the rows on request.
+    ServerDataSaver::Preview preview;
+    preview.ok = true;
+    SavePreview::Table groups;
+    groups.name = u"[Group]"_s;
+    groups.added = { u"OGroupID=52, GroupName=West"_s };
+    groups.changed = { u"20 (GroupName: HQ → Office)"_s };
+    preview.tables = { groups, SavePreview::Table { u"Rank"_s, {}, {}, {}, {} } };
+    SavePreviewDialog dialog(preview);
+    QCOMPARE(dialog.windowTitle(), u"显示更改"_s);
+    QCOMPARE(dialog.shownText(), u"[Group]: +1 -0 ~1"_s);
+    auto *rows = dialog.findChild<QPushButton *>(u"rowsButton"_s);
+    QCOMPARE(rows->accessibleName(), u"显示行"_s);
+    QTest::mouseClick(rows, Qt::LeftButton);
+    QCOMPARE(dialog.shownText(),
+        u"[Group]: +1 -0 ~1\n  + OGroupID=52, GroupName=West\n  ~ 20 (GroupName: HQ → Office)"_s);
+    QVERIFY(!rows->isEnabled());
+
+    // A refused text or a busy folder is said instead.
+    preview.ok = false;
+    preview.busy = true;
+    SavePreviewDialog busy(preview);
+    QVERIFY(busy.shownText().startsWith(u"另一个程序正在保存"_s));
+    QVERIFY(!busy.findChild<QPushButton *>(u"rowsButton"_s)->isEnabled());
 }
 
 int main(int argc, char **argv)

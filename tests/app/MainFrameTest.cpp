@@ -182,6 +182,7 @@ void MainFrameTest::commandTable()
     row(32791, edit, u"删除 等级(&D)"_s, false);
     row(32792, edit, u"删除 权限(&D)"_s, false);
     row(32827, edit, u"自动分配电话号码"_s, false);
+    row(32840, edit, u"数据检查(&K)"_s, false);
     row(59392, view, u"工具栏(&T)"_s, true);
     row(59393, view, u"状态栏(&S)"_s, true);
     row(32808, view, u"帮助栏(&B)"_s, true);
@@ -201,7 +202,7 @@ void MainFrameTest::commandTableIsComplete()
 {
     FrameFixture f;
     CMainFrame &frame = f.makeFrame();
-    QCOMPARE(frame.commandIds().size(), 27);
+    QCOMPARE(frame.commandIds().size(), 28);
     QStringList titles;
     const QList<QAction *> top = frame.menuBar()->actions();
     for (QAction *menuAction : top)

@@ -81,7 +81,10 @@ void TestServerDataLoad::fullLoad()
     QCOMPARE(run.events.at(run.events.size() - 3), u"position 6"_s);
 
     // The data sets in their designed order, each read after the one before.
-    const QStringList statements = readTrace(tracePath);
+    // Without the aggregate queries that end the load (the fingerprint the
+    // save checks against).
+    QStringList statements = readTrace(tracePath);
+    statements.removeIf([](const QString &s) { return s.startsWith(u"SELECT COUNT(*),"_s); });
     QStringList heads;
     static const QRegularExpression table(u"\\bFROM\\s+(\\S+)"_s);
     for (const QString &s : statements)

@@ -1,3 +1,4 @@
+#include "ChangeGuard.h"
 #include "CRegistry.h"
 #include "CVelmarManagerDoc.h"
 #include "DbConnection.h"
@@ -14,10 +15,14 @@
 #include "Recordset.h"
 #include "SaveJournal.h"
 #include "SavePreflight.h"
+#include "SavePreview.h"
+#include "SaveRecovery.h"
 #include "ScriptedMessageService.h"
 #include "ServerDataFixture.h"
+#include "ServerDataLoader.h"
 #include "ServerDataSaver.h"
 #include "ServerDataSet.h"
+#include "ServerFolderLock.h"
 #include "ServerNotification.h"
 #include "SqlTrace.h"
 #include "TempServerDir.h"
@@ -74,6 +79,8 @@ public:
             pauses << ms;
             portsAtPause << listeners.drain();
         });
+        saver.setConflictPolicy(policy);
+        saver.setLockWait(lockWait);
         return saver.save(confirmed);
     }
 
@@ -99,6 +106,16 @@ public:
         return out;
     }
 
+    // The statements without the reads of the concurrent-change check.
+    QStringList writes() const
+    {
+        QStringList out = readTrace(tracePath);
+        out.removeIf([](const QString &line) { return line.startsWith(u"SELECT "_s); });
+        return out;
+    }
+
+    ServerDataSaver::ConflictPolicy policy = ServerDataSaver::ConflictPolicy::Ask;
+    ServerFolderLock::Wait lockWait = ServerFolderLock::waitUpTo(60000);
     TempServerDir dir;
     std::unique_ptr<TestDatabase> db;
     ScriptedMessageService messages;
@@ -254,6 +271,12 @@ private Q_SLOTS:
     void saveOnClose();
     void lockedDatabase_data() { TestDatabase::addBackends(); }
     void lockedDatabase();
+    void concurrentChange_data();
+    void concurrentChange();
+    void saveLock_data() { TestDatabase::addSqliteFileBackend(); }
+    void saveLock();
+    void preview_data() { TestDatabase::addBackends(); }
+    void preview();
 };
 
 namespace {
@@ -310,10 +333,12 @@ void TestServerDataSave::statementOrder()
         u"DELETE FROM MyMember WHERE OMemberID = 3 OR OMemberID_O = 3"_s,
         u"DELETE FROM Antenna WHERE OMemberID = 3 OR OMemberID_O = 3"_s,
         u"DELETE FROM [Group] where IsGuestGroup=0"_s,
+        u"DELETE FROM [Group] where IsGuestGroup IS NULL"_s,
         u"INSERT INTO [Group] (OGroupID,GroupName,OGroupID_P,Position,Depth, IsGuestGroup) VALUES ('10' ,'Sales' ,'-1','0','1', 0)"_s,
         u"DELETE FROM [Group] where IsGuestGroup=1"_s,
         u"INSERT INTO [Group] (OGroupID,GroupName,OGroupID_P,Position,Depth, IsGuestGroup) VALUES ('50' ,'Forum' ,'-100','0','1', 1)"_s,
         u"DELETE FROM Member where IsGuestMember=0"_s,
+        u"DELETE FROM Member where IsGuestMember IS NULL"_s,
         u"INSERT INTO Member (OMemberID,MemberID,MemberName, MemberNickname, Passwd,Gender,bPublic,Email,HP,Address,HomePhone,OfficePhone,BirthDay,Description,bSolar,bAdmin, IsGuestMember) VALUES ( '1', 'anna', 'Anna', 'a###VELMAR-SEMICOLON###b', 'pw1', '0', '1', 'a@x', '139', 'Road', '010', '020', '1980-01-02', 'hi', '1', '0', 0 )"_s,
         u"DELETE FROM Member where IsGuestMember=1"_s,
         u"INSERT INTO Member (OMemberID,MemberID,MemberName, MemberNickname, Passwd,Gender,bPublic,Email,HP,Address,HomePhone,OfficePhone,BirthDay,Description,bSolar,bAdmin, IsGuestMember) VALUES ( '2', 'gina', 'Gina', '', 'pw2', '1', '0', '', '', '', '', '', '', '', '0', '0', 1 )"_s,
@@ -338,7 +363,15 @@ void TestServerDataSave::statementOrder()
         u"UPDATE VoipNumberList SET OMemberID = 1 WHERE VOIP_ID = 'v1'"_s,
         u"DELETE FROM CONTENTS where OCONTENTSID=100;"_s,
     };
-    QCOMPARE(env.statements(), expected);
+    // The concurrent-change check reads the rewritten tables before the
+    // save writes anything, and again for the next save once it is done.
+    const QStringList statements = env.statements();
+    QStringList guard;
+    for (const QString &table : ChangeGuard::tableNames())
+        guard << ChangeGuard::checksumQuery(table, env.db->connect().dialect());
+    QCOMPARE(statements.mid(0, guard.size()), guard);
+    QCOMPARE(statements.mid(guard.size(), expected.size()), expected);
+    QCOMPARE(statements.mid(guard.size() + expected.size()), guard);
 
     QCOMPARE(env.version(), u"0001"_s);
     QCOMPARE(env.listeners.drain(), QStringList { u"55052"_s });
@@ -430,6 +463,8 @@ void TestServerDataSave::versionBump()
         "[ServerInfo]\r\nDefaultPositionID=1\r\n[GroupInfo]\r\n"
             + (stored.isEmpty() ? QByteArray() : "Version=" + stored.toUtf8() + "\r\n")
             + "[Other]\r\nKey=kept\r\n"));
+    // The file was written by hand after the load, not by another save.
+    env.data.setOrigin({});
     const ServerDataSaver::Result result = env.save(true);
     QVERIFY(result.ok());
     QCOMPARE(env.version(), written);
@@ -632,7 +667,7 @@ void TestServerDataSave::unsafeTexts()
     QCOMPARE(env.messages.boxes().constFirst().icon, MessageService::Icon::Exclamation);
     QVERIFY(env.messages.balloons().isEmpty());
     // Nothing reached the database, the information file or the server.
-    QVERIFY(env.statements().isEmpty());
+    QVERIFY(env.writes().isEmpty());
     QVERIFY(!QFile::exists(env.journalPath()));
     QCOMPARE(env.version(), u"absent"_s);
     QVERIFY(env.listeners.drain().isEmpty());
@@ -674,6 +709,7 @@ void TestServerDataSave::journal()
     env.traceTo(u"journal.trace"_s);
     ProfileFile(env.dir.iniPath()).writeString(u"ServerInfo"_s, u"UseDist"_s, u"1"_s);
     ProfileFile(env.dir.iniPath()).writeString(u"GroupInfo"_s, u"Version"_s, u"0041"_s);
+    env.data.setOrigin({}); // written by hand, not by another save
     QCOMPARE(NoticeEditor(env.data).deleteNotices({ 0 }).applied, 1);
     const NoticeRecord notice = env.data.notices()->pendingDeletions().constFirst();
 
@@ -722,7 +758,7 @@ void TestServerDataSave::journal()
     QCOMPARE(saved.version, 42);
     QCOMPARE(env.version(), u"0042"_s);
     QCOMPARE(saved.statements, recorded.size());
-    QCOMPARE(readTrace(env.tracePath), recorded);
+    QCOMPARE(env.writes(), recorded);
     QVERIFY(!QFile::exists(env.journalPath()));
     QVERIFY(env.data.notices()->pendingDeletions().isEmpty());
 
@@ -781,7 +817,7 @@ void TestServerDataSave::journalNotWritable()
     QVERIFY(env.messages.boxTexts().constFirst().startsWith(u"无法写入保存记录文件 "_s));
     QVERIFY(env.messages.boxTexts().constFirst().endsWith(u"\r\n数据库没有被修改。"_s));
     QCOMPARE(env.messages.boxes().constFirst().icon, MessageService::Icon::Exclamation);
-    QVERIFY(env.statements().isEmpty());
+    QVERIFY(env.writes().isEmpty());
     QCOMPARE(dumpDataSet(readBack(env.dir)), before);
     QCOMPARE(env.version(), u"absent"_s);
     QVERIFY(env.listeners.drain().isEmpty());
@@ -897,7 +933,10 @@ void TestServerDataSave::lockedDatabase()
         }
         const ServerDataSaver::Result failed = env.save(true);
         QCOMPARE(failed.outcome, ServerDataSaver::Outcome::DatabaseError);
-        QCOMPARE(failed.failedStep, ServerDataSaver::Step::Directory);
+        // PostgreSQL's table lock stops the concurrent-change check's read
+        // already, before anything is written; SQLite lets it read.
+        QCOMPARE(failed.failedStep,
+            postgres ? ServerDataSaver::Step::None : ServerDataSaver::Step::Directory);
         QCOMPARE(env.messages.balloonTexts(), QStringList { u"数据库发生错误."_s });
         holder.execute(u"ROLLBACK"_s);
     }
@@ -910,6 +949,181 @@ void TestServerDataSave::lockedDatabase()
 
     QVERIFY(env.save(true).ok());
     QCOMPARE(dumpDataSet(readBack(env.dir)), memory);
+}
+
+void TestServerDataSave::concurrentChange_data()
+{
+    // The aggregate query differs between the backends: every one of them.
+    QTest::addColumn<TestDatabase::Backend>("backend");
+    QTest::addColumn<QString>("change"); // what another program does after the load
+    QTest::addColumn<QString>("account"); // the change as the question words it
+    for (const TestDatabase::Backend backend : TestDatabase::availableBackends()) {
+        const QByteArray name = TestDatabase::backendName(backend).toUtf8();
+        QTest::addRow("%s member added", name.constData())
+            << backend
+            << u"INSERT INTO Member (OMemberID, MemberID, Passwd, IsGuestMember) VALUES (99,'zed','x',0)"_s
+            << u"Member: 7 → 8 行 (+1)"_s;
+        QTest::addRow("%s password changed", name.constData())
+            << backend << u"UPDATE Member SET Passwd = 'a longer one' WHERE OMemberID = 1"_s
+            << u"Member: 7 → 7 行 (行数相同, 内容已改变)"_s;
+        QTest::addRow("%s relations removed", name.constData())
+            << backend << u"DELETE FROM Relation WHERE IsGuestRelation = 1"_s
+            << u"Relation: 7 → 4 行 (-3)"_s;
+    }
+    QTest::addRow("version moved")
+        << TestDatabase::Backend::SqliteFile << QString() << u"版本: - → 0007"_s;
+}
+
+void TestServerDataSave::concurrentChange()
+{
+    QFETCH(QString, change);
+    QFETCH(QString, account);
+    SAVE_ENV(env, populatedDatabase());
+    env.traceTo(u"guard.trace"_s);
+    env.data.editor().addGroup(false, env.data.directory()->treeData(false).root(), u"Mine"_s);
+    if (change.isEmpty())
+        QVERIFY(
+            ProfileFile(env.dir.iniPath()).writeString(u"GroupInfo"_s, u"Version"_s, u"0007"_s));
+    else
+        QVERIFY2(env.db->exec(change), qPrintable(env.db->errorString()));
+    const QStringList theirs = dumpDataSet(readBack(env.dir));
+
+    // velmarctl edit: refused with the account, nothing written.
+    env.policy = ServerDataSaver::ConflictPolicy::Refuse;
+    ServerDataSaver::Result result = env.save(true);
+    QCOMPARE(result.outcome, ServerDataSaver::Outcome::ConcurrentChange);
+    QCOMPARE(ChangeGuard::describe(result.changes), account);
+    QVERIFY(env.messages.boxes().isEmpty());
+
+    // The console asks: cancel, then reload; neither writes.
+    env.policy = ServerDataSaver::ConflictPolicy::Ask;
+    env.messages.queueAnswer(MessageService::Cancel);
+    QCOMPARE(env.save(true).outcome, ServerDataSaver::Outcome::ConcurrentChange);
+    env.messages.queueAnswer(MessageService::Yes);
+    QCOMPARE(env.save(true).outcome, ServerDataSaver::Outcome::ReloadRequested);
+    QCOMPARE(env.messages.boxTexts(), QStringList(2, ChangeGuard::questionText(result.changes)));
+    QVERIFY(env.messages.boxTexts().constFirst().contains(account));
+    QCOMPARE(env.messages.boxes().constFirst().buttons, MessageService::Buttons::YesNoCancel);
+    QVERIFY(env.writes().isEmpty());
+    QCOMPARE(dumpDataSet(readBack(env.dir)), theirs);
+    QVERIFY(env.data.isModified());
+
+    // Save anyway: the working copy replaces theirs, and the next save,
+    // against what this one wrote, asks nothing.
+    env.messages.queueAnswer(MessageService::No);
+    QVERIFY(env.save(true).ok());
+    QCOMPARE(dumpDataSet(readBack(env.dir)), dumpServerData(env.data));
+    env.data.editor().addGroup(false, env.data.directory()->treeData(false).root(), u"More"_s);
+    QVERIFY(env.save(true).ok());
+    QCOMPARE(env.messages.boxes().size(), 3);
+}
+
+void TestServerDataSave::saveLock()
+{
+    SAVE_ENV(env, populatedDatabase());
+    env.traceTo(u"lock.trace"_s);
+    env.data.editor().addGroup(false, env.data.directory()->treeData(false).root(), u"New"_s);
+    const QStringList before = dumpDataSet(readBack(env.dir));
+
+    // Another process's save holds the folder (a lock taken on a file
+    // description of its own conflicts as another process's would).
+    ServerFolderLock other(ServerFolderLock::savePathFor(env.dir.iniPath()));
+    QCOMPARE(other.acquire(ServerFolderLock::Mode::Exclusive), ServerFolderLock::Status::Locked);
+    QList<qint64> waited;
+    env.lockWait = [&waited](qint64 ms) {
+        waited << ms;
+        return waited.size() < 3;
+    };
+    QCOMPARE(env.save(true).outcome, ServerDataSaver::Outcome::Busy);
+    QCOMPARE(waited.size(), 3);
+    QCOMPARE(waited.first(), 0);
+    QVERIFY(env.writes().isEmpty());
+    QVERIFY(env.messages.boxes().isEmpty());
+    // A load waits for it as well, and gives up without reading anything.
+    ServerDataSet partial;
+    {
+        DbSession session(env.dir.hives(), env.dir.iniPath(), env.dir.databasePath(), env.messages);
+        ServerDataLoader loader(session, env.dir.iniPath());
+        loader.setLockWait([](qint64) { return false; });
+        QCOMPARE(loader.run(partial).outcome, ServerDataLoader::Outcome::Busy);
+    }
+    QVERIFY(partial.directory.regularMembers.isEmpty());
+    // So does recovery: the journal of a running save is not a left-over.
+    QVERIFY(SaveJournal().write(env.journalPath()));
+    {
+        DbSession session(env.dir.hives(), env.dir.iniPath(), env.dir.databasePath(), env.messages);
+        SaveRecovery recovery(session, env.messages, env.dir.iniPath());
+        recovery.setLockWait([](qint64) { return false; });
+        QCOMPARE(recovery.inspect(), SaveRecovery::State::None);
+        QVERIFY(recovery.gaveUpWaiting());
+    }
+    QVERIFY(QFile::remove(env.journalPath()));
+
+    // Released (as the kernel does when the holder dies), the save goes on.
+    other.release();
+    QVERIFY(env.save(true).ok());
+    QVERIFY(dumpDataSet(readBack(env.dir)) != before);
+    QCOMPARE(dumpDataSet(readBack(env.dir)), dumpServerData(env.data));
+}
+
+void TestServerDataSave::preview()
+{
+    SAVE_ENV(env, populatedDatabase());
+    env.traceTo(u"preview.trace"_s);
+    DbSession session(env.dir.hives(), env.dir.iniPath(), env.dir.databasePath(), env.messages);
+    ServerDataSaver saver(
+        env.data, session, env.messages, env.dir.iniPath(), env.dir.hives(), env.dir.programDir());
+    // The fixture stores what a save writes otherwise (a NULL group flag and
+    // pool holder, a relation without a member, lower-case rights): the first
+    // preview shows exactly that, and after a save nothing.
+    ServerDataSaver::Preview preview = saver.preview();
+    QVERIFY(preview.ok);
+    QCOMPARE(SavePreview::describe(preview.tables),
+        u"[Group]: +0 -0 ~1\nRelation: +0 -1 ~0\nGroupAuthority: +0 -0 ~1\n"
+        "UserAuthority: +0 -0 ~1\nVoipNumberList: +0 -0 ~1"_s);
+    const QString settled = SavePreview::describe(preview.tables, true);
+    QVERIFY2(settled.contains(u"  ~ 20 (IsGuestGroup:  → 0)"_s), qPrintable(settled));
+    QVERIFY2(settled.contains(u"  - OMemberID=0, OGroupID=50, ORankID=1, Position=1, "
+                              "IsGuestRelation=1"_s),
+        qPrintable(settled));
+    QVERIFY(env.save(true).ok());
+    preview = saver.preview();
+    QCOMPARE(SavePreview::describe(preview.tables), u"没有更改."_s);
+
+    // A group added and one renamed, a member deleted with its folder right,
+    // a permission switched off.
+    Directory &directory = *env.data.directory();
+    const DirectoryTree &tree = directory.treeData(false);
+    QVERIFY(env.data.editor().addGroup(false, tree.root(), u"Support"_s).ok());
+    QVERIFY(env.data.editor().renameGroup(false, tree.findGroup(10), u"Sales2"_s).ok());
+    QVERIFY(
+        env.data.editor().deleteMembers(false, { directory.regularMembers()->rowOfId(3) }).ok());
+    env.data.permissionsForSave().setFlag(1, CAccessToken::ChatOn, false);
+    QVERIFY(env.db->execAll({ u"INSERT INTO LeavedMemo (OMemberID) VALUES (3)"_s,
+        u"INSERT INTO LeavedMemo (OMemberID) VALUES (3)"_s }));
+    const QStringList before = dumpDataSet(readBack(env.dir));
+    preview = saver.preview();
+    QVERIFY(preview.ok);
+    QCOMPARE(SavePreview::describe(preview.tables),
+        u"[Group]: +1 -0 ~1\n"
+        "Member: +0 -1 ~0\n"
+        "AccessToken: +0 -0 ~1\n"
+        "UserAuthority: +0 -1 ~0\n"
+        "LeavedMemo: +0 -2 ~0"_s);
+    const QString rows = SavePreview::describe(preview.tables, true);
+    QVERIFY2(rows.contains(u"  ~ 10 (GroupName: Sales → Sales2)"_s), qPrintable(rows));
+    QVERIFY2(rows.contains(u"  ~ 1 (ChatOn: 1 → 0)"_s), qPrintable(rows));
+    QVERIFY2(rows.contains(u"  - OFolderID=1, OMemberID=3, Authority=R"_s), qPrintable(rows));
+    // Read only: nothing written.
+    QCOMPARE(dumpDataSet(readBack(env.dir)), before);
+    QCOMPARE(env.version(), u"0001"_s);
+
+    // The confirmation offers it beside Yes and No.
+    saver.setPreviewAction([] {});
+    env.messages.queueAnswer(MessageService::No);
+    QCOMPARE(saver.save(false).outcome, ServerDataSaver::Outcome::Declined);
+    QCOMPARE(env.messages.boxes().constLast().extraButton, u"显示更改"_s);
+    QVERIFY(bool(env.messages.boxes().constLast().extraAction));
 }
 
 QTEST_GUILESS_MAIN(TestServerDataSave)

@@ -140,6 +140,8 @@ private Q_SLOTS:
     void refusedSave();
     void oneLineForms();
     void access();
+    void eitherListInEitherTree();
+    void preview();
 };
 
 void TestVelmarCtlEdit::script()
@@ -281,8 +283,6 @@ void TestVelmarCtlEdit::refusedLine_data()
         << QByteArray("group rename /Sales/West X") << u"no group /Sales/West"_s;
     QTest::newRow("not placed there")
         << QByteArray("unplace /HQ anna") << u"anna is not placed directly under /HQ"_s;
-    QTest::newRow("guest member in the organisation") << QByteArray(
-        "place /HQ gus") << u"gus is a guest member: it is placed in the guest tree (guest:/...)"_s;
     QTest::newRow("unknown folder")
         << QByteArray("right set nowhere member anna read") << u"no folder nowhere"_s;
     QTest::newRow("unknown notice") << QByteArray("notice delete 101 7") << u"no notice 7"_s;
@@ -380,6 +380,55 @@ void TestVelmarCtlEdit::access()
     QCOMPARE(run.err, u"velmarctl: no member has the user ID nobody\n"_s);
     run = velmarctl(QStringList { u"access"_s, u"group"_s, u"x"_s } + dirArguments(dir));
     QCOMPARE(run.exitCode, 2);
+}
+
+void TestVelmarCtlEdit::eitherListInEitherTree()
+{
+    SERVER(dir, db);
+    // "-" is standard input; a guest member goes into the organisation and a
+    // regular one into the guest tree, as a drop in the console puts them.
+    CtlRun run = velmarctl(QStringList { u"edit"_s } + dirArguments(dir) << u"-"_s,
+        "place /HQ gus\nplace guest:/Forum carl\n");
+    QVERIFY2(run.exitCode == 0, qPrintable(run.err));
+    QCOMPARE(
+        db.column(u"SELECT OMemberID || '@' || OGroupID || ':' || IsGuestRelation FROM Relation "
+                  "WHERE OMemberID IN (3, 5) ORDER BY OMemberID, OGroupID"_s),
+        QStringList({ u"3@20:0"_s, u"3@50:1"_s, u"5@20:0"_s, u"5@51:1"_s }));
+    QCOMPARE(
+        db.column(u"SELECT MemberLevel FROM Member WHERE OMemberID IN (3, 5) ORDER BY OMemberID"_s),
+        QStringList({ u"3"_s, u"3"_s }));
+    // Deleting a regular member takes it out of both trees; a guest member
+    // leaves the guest tree only, as the console's delete does (the doctor
+    // lists what stays behind).
+    run = velmarctl(
+        QStringList { u"member"_s, u"delete"_s, u"gus"_s, u"carl"_s } + dirArguments(dir));
+    QVERIFY2(run.exitCode == 0, qPrintable(run.err));
+    QCOMPARE(
+        db.column(u"SELECT OMemberID || '@' || OGroupID FROM Relation WHERE OMemberID IN (3, 5)"_s),
+        QStringList { u"5@20"_s });
+}
+
+void TestVelmarCtlEdit::preview()
+{
+    SERVER(dir, db);
+    QVERIFY2(velmarctl(QStringList { u"resave"_s } + dirArguments(dir)).exitCode == 0, "resave");
+    const QStringList before = snapshot(dir, db);
+    const QByteArray script
+        = "group add /Sales/West\ngroup rename /HQ Office\nmember delete bert\n";
+    CtlRun run = velmarctl(QStringList { u"edit"_s, u"--preview"_s } + dirArguments(dir), script);
+    QVERIFY2(run.exitCode == 0, qPrintable(run.err));
+    QCOMPARE(run.outText(),
+        u"group /Sales/West 52\n"
+        "[Group]: +1 -0 ~1\n"
+        "Member: +0 -1 ~0\n"
+        "Relation: +0 -1 ~0\n"
+        "(preview, nothing saved)\n"_s);
+    run = velmarctl(QStringList { u"edit"_s, u"--preview-rows"_s } + dirArguments(dir), script);
+    QVERIFY2(run.exitCode == 0, qPrintable(run.err));
+    QVERIFY2(run.outText().contains(u"  ~ 20 (GroupName: HQ → Office)\n"_s), run.out.constData());
+    QVERIFY2(run.outText().contains(u"  + OGroupID=52, GroupName=West, OGroupID_P=10"_s),
+        run.out.constData());
+    QCOMPARE(snapshot(dir, db), before);
 }
 
 QTEST_GUILESS_MAIN(TestVelmarCtlEdit)

@@ -6,6 +6,8 @@
 #include "ConsoleMessageService.h"
 #include "CReadDBThread.h"
 #include "CVelmarManagerDoc.h"
+#include "DataDoctor.h"
+#include "DbConnection.h"
 #include "DbSession.h"
 #include "EditCommandParser.h"
 #include "EditScript.h"
@@ -15,7 +17,9 @@
 #include "RegistryHives.h"
 #include "SaveRecovery.h"
 #include "ServerDataCounts.h"
+#include "ServerDataLoader.h"
 #include "ServerDataSaver.h"
+#include "ServerDataSet.h"
 #include "ServerFolder.h"
 #include "ServerFolderChoice.h"
 #include "ServiceCommand.h"
@@ -48,7 +52,8 @@ void printTo(FILE *stream, const QString &text)
 // (SIGSTOP) at one point, so that a test can kill it there with SIGKILL:
 // "statement:N" before the statement with index N, "profile" after the
 // version is written, "notify" before the notifications, "remove" after them,
-// before the journal is removed.
+// before the journal is removed; "loaded" stops velmarctl itself once the data
+// is read, before an edit is applied (another program may save meanwhile).
 SaveJournalRunner::Checkpoint stopPointFromEnvironment()
 {
     const QString stopAt = qEnvironmentVariable("VELMAR_SAVE_STOP_AT");
@@ -76,6 +81,60 @@ SaveJournalRunner::Checkpoint stopPointFromEnvironment()
 #endif
         }
     };
+}
+
+// Waits up to --wait seconds for another program's save on the folder,
+// saying once on standard error what it waits for.
+ServerFolderLock::Wait lockWait(const VelmarCtl::Options &options)
+{
+    auto told = std::make_shared<bool>(false);
+    const ServerFolderLock::Wait sleep
+        = ServerFolderLock::waitUpTo(qint64(options.waitSeconds) * 1000);
+    return [told, sleep, options](qint64 waitedMs) {
+        if (!*told) {
+            *told = true;
+            printTo(stderr,
+                u"velmarctl: waiting for another save on %1 (up to %2 s)\n"_s.arg(
+                    options.serverDir, QString::number(options.waitSeconds)));
+        }
+        return sleep(waitedMs);
+    };
+}
+
+void printBusy(const VelmarCtl::Options &options)
+{
+    printTo(stderr,
+        u"velmarctl: another save on %1 was still running after %2 s; nothing was done.\n"_s.arg(
+            options.serverDir, QString::number(options.waitSeconds)));
+}
+
+// Sets up a save as velmarctl runs it.
+void prepareSaver(ServerDataSaver &saver, const VelmarCtl::Options &options)
+{
+    saver.setCheckpoint(stopPointFromEnvironment());
+    saver.setLockWait(lockWait(options));
+    // One save per process: nothing compares against what it wrote.
+    saver.setRememberOrigin(false);
+    saver.setConflictPolicy(options.force ? ServerDataSaver::ConflictPolicy::Overwrite
+                                          : ServerDataSaver::ConflictPolicy::Refuse);
+}
+
+// The save's refusals that are velmarctl's to explain; -1 for the others.
+int reportSaveRefusal(const ServerDataSaver::Result &result, const VelmarCtl::Options &options)
+{
+    if (result.outcome == ServerDataSaver::Outcome::Busy) {
+        printBusy(options);
+        return VelmarCtl::Busy;
+    }
+    if (result.outcome == ServerDataSaver::Outcome::ConcurrentChange) {
+        printTo(stderr,
+            u"velmarctl: another program saved %1 since it was read; nothing was saved.\n%2\n"
+            "Run the edit again on the data as it is now, or add --force to save over it.\n"_s.arg(
+                options.serverDir,
+                ChangeGuard::describe(result.changes).replace(u"\r\n"_s, u"\n"_s)));
+        return VelmarCtl::Busy;
+    }
+    return -1;
 }
 
 // The server folder a command works on, with its registry hives. The
@@ -143,8 +202,9 @@ bool VelmarCtl::splitOneLineForm(
     // command's, and the word after a member text option is its value
     // whatever it looks like (as in a script).
     static const QStringList withValue
-        = { u"--server-dir"_s, u"--registry-dir"_s, u"--sql-trace"_s };
-    static const QStringList flags = { u"--dry-run"_s, u"--timings"_s, u"--verbose"_s };
+        = { u"--server-dir"_s, u"--registry-dir"_s, u"--sql-trace"_s, u"--wait"_s };
+    static const QStringList flags = { u"--dry-run"_s, u"--timings"_s, u"--verbose"_s, u"--force"_s,
+        u"--preview"_s, u"--preview-rows"_s };
     const auto isOwn = [](const QString &word) {
         return flags.contains(word)
             || std::any_of(withValue.cbegin(), withValue.cend(),
@@ -190,12 +250,18 @@ bool VelmarCtl::parse(
         "           and the server notifications) and print the counts and the version\n"
         "  recover  finish a save that was cut short (its journal beside Serverinfo.ini);\n"
         "           load and resave refuse (exit 3) while one is pending\n"
-        "  edit [FILE]\n"
-        "           apply an edit script (FILE or standard input) to the loaded data, one\n"
-        "           command per line, then save as the console saves; the first refused\n"
-        "           line ends it with 'line N: ' and the reason (exit 1, nothing saved), a\n"
-        "           refused save exits 2. Each edit command is also a command of its own:\n"
+        "  edit [FILE|-]\n"
+        "           apply an edit script (FILE, or standard input for - or none) to the\n"
+        "           loaded data, one command per line, then save as the console saves;\n"
+        "           the first refused line ends it with 'line N: ' and the reason (exit 1,\n"
+        "           nothing saved); a refused save, another save still running after\n"
+        "           --wait, or another save since the load (without --force) exits 2;\n"
+        "           --preview prints what the save would change. Each edit command is also\n"
+        "           a command of its own:\n"
         "           velmarctl member add alice --password x\n"
+        "  doctor [--json] [--fix]\n"
+        "           list what is wrong with the database (ids used twice, partition flags,\n"
+        "           rows pointing at nothing, levels, ...) with counts and examples\n"
         "  logs chat|system|user --from DATETIME --to DATETIME\n"
         "           print the rows the log view lists for that period, one per line\n"
         "           (DATETIME: YYYY-MM-DDTHH:MM:SS or 'YYYY-MM-DD HH:MM:SS')\n"
@@ -222,6 +288,22 @@ bool VelmarCtl::parse(
         "phases load, parse, edits and save."_s);
     const QCommandLineOption dryRun(
         u"dry-run"_s, u"edit: apply the script, print the journal and save nothing."_s);
+    const QCommandLineOption wait(u"wait"_s,
+        u"How long to wait for another program's save on the folder before giving up with "
+        "exit 2 (default 60)."_s,
+        u"seconds"_s, u"60"_s);
+    const QCommandLineOption force(u"force"_s,
+        u"edit, resave: save even when another program saved since the data was read "
+        "(otherwise exit 2, nothing saved)."_s);
+    const QCommandLineOption preview(u"preview"_s,
+        u"edit: apply the script and print, per table, how many rows the save would add (+), "
+        "remove (-) and change (~) against the database as it is now; save nothing."_s);
+    const QCommandLineOption previewRows(
+        u"preview-rows"_s, u"edit: the same, with the rows themselves."_s);
+    const QCommandLineOption json(u"json"_s, u"doctor: print the findings as JSON."_s);
+    const QCommandLineOption fix(u"fix"_s,
+        u"doctor: repair what has one safe repair (see the README), save as edit saves, and "
+        "print the findings before and after."_s);
     const QCommandLineOption discard(
         u"discard"_s, u"recover: drop the pending save's journal instead of finishing it."_s);
     const QCommandLineOption from(
@@ -239,7 +321,7 @@ bool VelmarCtl::parse(
     const QCommandLineOption help = parser.addHelpOption();
     const QCommandLineOption version = parser.addVersionOption();
     parser.addOptions({ serverDir, registryDir, sqlTrace, timings, dryRun, discard, from, to,
-        oldestFirst, format, code, verbose });
+        oldestFirst, format, code, verbose, wait, force, preview, previewRows, json, fix });
     QStringList ownArguments;
     QStringList editWords;
     const bool oneLine = splitOneLineForm(arguments, &ownArguments, &editWords);
@@ -259,6 +341,13 @@ bool VelmarCtl::parse(
         return false;
     }
     const QStringList positional = parser.positionalArguments();
+    bool waitOk = false;
+    options.waitSeconds = parser.value(wait).toInt(&waitOk);
+    if (!waitOk || options.waitSeconds < 0) {
+        message = u"--wait needs a number of seconds (0 or more)"_s;
+        return false;
+    }
+    options.force = parser.isSet(force);
     if (oneLine || positional.value(0) == u"edit"_s) {
         if (oneLine ? !positional.isEmpty() : positional.size() > 2) {
             message = u"expected edit [FILE] or one edit command\n\n"_s + parser.helpText();
@@ -267,7 +356,12 @@ bool VelmarCtl::parse(
         options.command = u"edit"_s;
         options.editWords = editWords;
         options.editFile = oneLine ? QString() : positional.value(1);
+        // "-" is standard input, as for every Unix tool.
+        if (options.editFile == u"-"_s)
+            options.editFile.clear();
         options.dryRun = parser.isSet(dryRun);
+        options.preview = parser.isSet(preview) || parser.isSet(previewRows);
+        options.previewRows = parser.isSet(previewRows);
         resolveServerDir(parser.value(serverDir), options);
         options.registryDir = parser.value(registryDir);
         options.sqlTrace = parser.value(sqlTrace);
@@ -299,7 +393,7 @@ bool VelmarCtl::parse(
         options.command = positional.first();
         return true;
     }
-    static const QStringList commands { u"load"_s, u"resave"_s, u"recover"_s };
+    static const QStringList commands { u"load"_s, u"resave"_s, u"recover"_s, u"doctor"_s };
     const auto readFormat = [&](auto &target, auto tsv, auto json) {
         const QString formatText = parser.value(format);
         if (formatText.isEmpty() || formatText == u"tsv"_s) {
@@ -339,7 +433,7 @@ bool VelmarCtl::parse(
         if (!readFormat(options.logs.format, LogsCommand::Format::Tsv, LogsCommand::Format::Json))
             return false;
     } else if (positional.size() != 1 || !commands.contains(positional.first())) {
-        message = u"expected one command: load, resave, recover, edit, an edit command, logs, "
+        message = u"expected one command: load, resave, recover, doctor, edit, an edit command, logs, "
                   "access, services or notify\n\n"_s
             + parser.helpText();
         return false;
@@ -350,6 +444,8 @@ bool VelmarCtl::parse(
     options.sqlTrace = parser.value(sqlTrace);
     options.timings = parser.isSet(timings);
     options.discard = parser.isSet(discard);
+    options.json = parser.isSet(json);
+    options.fix = parser.isSet(fix);
     return true;
 }
 
@@ -414,6 +510,8 @@ int VelmarCtl::run(const Options &options)
 
     if (options.command == u"recover"_s)
         return recover(options);
+    if (options.command == u"doctor"_s)
+        return doctor(options, trace.get());
 
     ConsoleMessageService messages;
     // The document is left to the end of the process: freeing 100,000
@@ -432,7 +530,13 @@ int VelmarCtl::run(const Options &options)
     {
         DbSession session(*hives, profilePath, databasePath, messages);
         SaveRecovery recovery(session, messages, profilePath);
-        if (recovery.inspect() != SaveRecovery::State::None) {
+        recovery.setLockWait(lockWait(options));
+        const SaveRecovery::State state = recovery.inspect();
+        if (recovery.gaveUpWaiting()) {
+            printBusy(options);
+            return Busy;
+        }
+        if (state != SaveRecovery::State::None) {
             printTo(stderr,
                 u"velmarctl: an unfinished save is pending in %1 (%2); the database may be "
                 "half written. Run 'velmarctl recover --server-dir %1' first.\n"_s.arg(
@@ -443,9 +547,11 @@ int VelmarCtl::run(const Options &options)
 
     // The console's loading worker, as the main window runs it.
     int loadResult = 0;
+    ServerDataLoader::Outcome loadOutcome = ServerDataLoader::Outcome::Ok;
     {
         QEventLoop loop;
         CReadDBThread reader(*hives, profilePath, databasePath, messages, data, trace.get());
+        reader.setLockWait(lockWait(options));
         QObject::connect(&reader, &CReadDBThread::workerExited, &loop, [&](int result) {
             loadResult = result;
             loop.quit();
@@ -453,6 +559,7 @@ int VelmarCtl::run(const Options &options)
         reader.start();
         loop.exec();
         const ServerDataLoader::Result result = reader.loadResult();
+        loadOutcome = result.outcome;
         if (result.outcome == ServerDataLoader::Outcome::ReadFailed) {
             printTo(stderr,
                 u"velmarctl: reading %1 failed: %2\n"_s.arg(
@@ -461,13 +568,18 @@ int VelmarCtl::run(const Options &options)
         }
     }
     if (loadResult != 1)
-        return LoadFailed;
+        return loadOutcome == ServerDataLoader::Outcome::Busy ? (printBusy(options), Busy)
+                                                              : LoadFailed;
     timings.loadNs = clock.nsecsElapsed();
+#ifdef Q_OS_UNIX
+    if (qEnvironmentVariable("VELMAR_SAVE_STOP_AT") == u"loaded"_s)
+        ::raise(SIGSTOP);
+#endif
 
     if (options.command == u"edit"_s) {
         DbSession session(*hives, profilePath, databasePath, messages, trace.get());
         ServerDataSaver saver(data, session, messages, profilePath, *hives, options.serverDir);
-        saver.setCheckpoint(stopPointFromEnvironment());
+        prepareSaver(saver, options);
         return edit(options, commands, data, saver, profilePath, timings);
     }
 
@@ -484,9 +596,11 @@ int VelmarCtl::run(const Options &options)
     if (options.command == u"resave"_s) {
         DbSession session(*hives, profilePath, databasePath, messages, trace.get());
         ServerDataSaver saver(data, session, messages, profilePath, *hives, options.serverDir);
-        saver.setCheckpoint(stopPointFromEnvironment());
+        prepareSaver(saver, options);
         const ServerDataSaver::Result result = saver.save(true);
         if (!result.ok()) {
+            if (const int code = reportSaveRefusal(result, options); code >= 0)
+                return code;
             if (result.outcome == ServerDataSaver::Outcome::DatabaseError)
                 printTo(stderr,
                     u"velmarctl: the save failed: %1\n"_s.arg(
@@ -501,6 +615,7 @@ int VelmarCtl::run(const Options &options)
                     ms(result.journalNs + result.journalWriteNs), ms(result.journalNs),
                     ms(result.journalWriteNs), QString::number(result.statements), ms(result.runNs),
                     ms(result.journalDecodeNs)));
+            printTo(stderr, u"concurrent-change check: %1 ms\n"_s.arg(ms(result.guardNs)));
         }
         report = ServerDataCounts::of(data);
         report.insert(u"version"_s, result.version);
@@ -544,6 +659,30 @@ int VelmarCtl::edit(const Options &options, const QList<EditCommand> &commands,
     timings.editNs = clock.nsecsElapsed();
 
     const QStringList journal = document.journal();
+    if (options.preview) {
+        const ServerDataSaver::Preview preview = saver.preview();
+        if (preview.busy) {
+            printBusy(options);
+            return Busy;
+        }
+        if (!preview.problems.isEmpty()) {
+            printTo(stderr,
+                SavePreflight::refusalText(preview.problems).replace(u"\r\n"_s, u"\n"_s) + u'\n');
+            return SaveRefused;
+        }
+        if (!preview.ok) {
+            printTo(stderr,
+                u"velmarctl: reading the database failed: %1\n"_s.arg(
+                    preview.error.formatted().replace(u"\r\n"_s, u"\n"_s)));
+            return LoadFailed;
+        }
+        printTo(stdout,
+            SavePreview::describe(preview.tables, options.previewRows)
+                + u"\n(preview, nothing saved)\n"_s);
+        if (options.timings)
+            printTo(stderr, u"preview: %1 ms\n"_s.arg(milliseconds(preview.ns)));
+        return Success;
+    }
     if (options.dryRun) {
         printTo(stdout,
             journal.join(u'\n') + (journal.isEmpty() ? u""_s : u"\n"_s)
@@ -556,6 +695,8 @@ int VelmarCtl::edit(const Options &options, const QList<EditCommand> &commands,
     const ServerDataSaver::Result result = saver.save(true);
     timings.saveNs = clock.nsecsElapsed();
     if (!result.ok()) {
+        if (const int code = reportSaveRefusal(result, options); code >= 0)
+            return code;
         // The saver has shown its designed message on standard error.
         if (result.outcome != ServerDataSaver::Outcome::DatabaseError)
             return SaveRefused;
@@ -589,8 +730,13 @@ int VelmarCtl::recover(const Options &options)
     DbSession session(*folder.hives, profilePath, folder.databasePath, messages, trace.get());
     SaveRecovery recovery(session, messages, profilePath);
     recovery.setCheckpoint(stopPointFromEnvironment());
+    recovery.setLockWait(lockWait(options));
 
     const SaveRecovery::State state = recovery.inspect();
+    if (recovery.gaveUpWaiting()) {
+        printBusy(options);
+        return Busy;
+    }
     if (state == SaveRecovery::State::None) {
         printTo(stdout, u"nothing to recover\n"_s);
         return Success;
@@ -624,6 +770,10 @@ int VelmarCtl::recover(const Options &options)
     }
 
     const SaveJournalRunner::Result result = recovery.finish();
+    if (recovery.gaveUpWaiting()) {
+        printBusy(options);
+        return Busy;
+    }
     if (!result.ok) {
         printTo(stderr,
             u"velmarctl: finishing the save failed at statement %1 (%2): %3\n%4\n"
@@ -643,5 +793,107 @@ int VelmarCtl::recover(const Options &options)
     report.insert(u"statements"_s, qint64(result.statementsRun));
     report.insert(u"created"_s, recovery.journal().created().toString(Qt::ISODate));
     printTo(stdout, QString::fromUtf8(QJsonDocument(report).toJson(QJsonDocument::Indented)));
+    return Success;
+}
+
+int VelmarCtl::doctor(const Options &options, SqlTrace *trace)
+{
+    const Folder folder(options);
+    const QString &profilePath = folder.profilePath;
+    ConsoleMessageService messages;
+    DbSession session(*folder.hives, profilePath, folder.databasePath, messages, trace);
+    {
+        SaveRecovery recovery(session, messages, profilePath);
+        recovery.setLockWait(lockWait(options));
+        const SaveRecovery::State state = recovery.inspect();
+        if (recovery.gaveUpWaiting()) {
+            printBusy(options);
+            return Busy;
+        }
+        if (state != SaveRecovery::State::None) {
+            printTo(stderr,
+                u"velmarctl: an unfinished save is pending in %1; run 'velmarctl recover' "
+                "first.\n"_s.arg(options.serverDir));
+            return SavePending;
+        }
+    }
+
+    auto *document = new CVelmarManagerDoc; // left to the end of the process, as for edit
+#if defined(__SANITIZE_ADDRESS__)
+    const std::unique_ptr<CVelmarManagerDoc> freed(document);
+#endif
+    // The database and the working copy read together, between two saves.
+    const auto examine = [&](QList<DataDoctor::Finding> *findings, bool load) -> int {
+        ServerFolderLock lock(ServerFolderLock::savePathFor(profilePath));
+        if (lock.acquire(ServerFolderLock::Mode::Shared, lockWait(options))
+            == ServerFolderLock::Status::GaveUp)
+            return Busy;
+        DbConnection connection = session.OpenDBConnection();
+        if (connection.isNull())
+            return int(LoadFailed);
+        try {
+            *findings = DataDoctor::examine(connection);
+        } catch (const DbException &e) {
+            printTo(stderr,
+                u"velmarctl: reading the database failed: %1\n"_s.arg(
+                    e.error().formatted().replace(u"\r\n"_s, u"\n"_s)));
+            return int(LoadFailed);
+        }
+        connection = DbConnection();
+        lock.release();
+        if (load) {
+            ServerDataSet data;
+            ServerDataLoader loader(session, profilePath);
+            loader.setLockWait(lockWait(options));
+            const ServerDataLoader::Result result = loader.run(data);
+            if (!result.ok())
+                return result.outcome == ServerDataLoader::Outcome::Busy ? int(Busy)
+                                                                         : int(LoadFailed);
+            document->adopt(std::move(data), CVelmarManagerDoc::LoadState::Complete);
+        }
+        *findings += DataDoctor::examine(*document, session.OpenDBConnection().dialect());
+        return int(Success);
+    };
+
+    QList<DataDoctor::Finding> before;
+    if (const int code = examine(&before, true); code != Success)
+        return code == Busy ? (printBusy(options), code) : code;
+    if (!options.fix) {
+        if (options.json) {
+            const QJsonObject report { { u"findings"_s, DataDoctor::toJson(before) },
+                { u"total"_s, DataDoctor::total(before) } };
+            printTo(
+                stdout, QString::fromUtf8(QJsonDocument(report).toJson(QJsonDocument::Indented)));
+        } else {
+            printTo(stdout, DataDoctor::describe(before) + u'\n');
+        }
+        return Success;
+    }
+
+    const int steps = DataDoctor::repair(*document);
+    ServerDataSaver saver(
+        *document, session, messages, profilePath, *folder.hives, options.serverDir);
+    prepareSaver(saver, options);
+    const ServerDataSaver::Result saved = saver.save(true);
+    if (!saved.ok()) {
+        if (const int code = reportSaveRefusal(saved, options); code >= 0)
+            return code;
+        return saved.outcome == ServerDataSaver::Outcome::DatabaseError ? int(SaveFailed)
+                                                                        : int(SaveRefused);
+    }
+    QList<DataDoctor::Finding> after;
+    if (const int code = examine(&after, false); code != Success)
+        return code == Busy ? (printBusy(options), code) : code;
+    if (options.json) {
+        const QJsonObject report { { u"before"_s, DataDoctor::toJson(before) },
+            { u"after"_s, DataDoctor::toJson(after) }, { u"repairSteps"_s, steps },
+            { u"version"_s, saved.version } };
+        printTo(stdout, QString::fromUtf8(QJsonDocument(report).toJson(QJsonDocument::Indented)));
+    } else {
+        printTo(stdout,
+            u"before:\n%1\n%2 repair steps, saved (version %3)\nafter:\n%4\n"_s.arg(
+                DataDoctor::describe(before), QString::number(steps),
+                QString::number(saved.version), DataDoctor::describe(after)));
+    }
     return Success;
 }

@@ -12,6 +12,7 @@
 // reports what they read, so that an installation or a data set can be
 // checked without a display; and lists the daemons' logs as the log views do.
 class CVelmarManagerDoc;
+class SqlTrace;
 class ServerDataSaver;
 
 class VelmarCtl
@@ -30,6 +31,8 @@ public:
         EditRefused = 1,
         SaveRefused = 2,
         NotFound = 7, // access: no such member or folder
+        // Another save held the folder past --wait, or saved since the load.
+        Busy = 2,
     };
 
     struct Options
@@ -53,6 +56,14 @@ public:
         QString editFile;
         QStringList editWords;
         bool dryRun = false; // edit: print the journal, save nothing
+        bool preview = false; // edit: print what the save would change, save nothing
+        bool previewRows = false; // edit: the same with the rows
+        bool json = false; // doctor: print JSON
+        bool fix = false; // doctor: repair what has one safe repair, and save
+        // How long a load or a save waits for another program's save.
+        int waitSeconds = 60;
+        // edit, resave: save even when another program saved since the load.
+        bool force = false;
     };
 
     // Parses arguments (the program name first). Returns false with a message
@@ -78,6 +89,7 @@ private:
     };
 
     static int recover(const Options &options);
+    static int doctor(const Options &options, SqlTrace *trace);
     // Applies the parsed script to the loaded document and saves it.
     static int edit(const Options &options, const QList<EditCommand> &commands,
         CVelmarManagerDoc &document, ServerDataSaver &saver, const QString &profilePath,
