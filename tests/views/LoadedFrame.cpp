@@ -57,11 +57,19 @@ QStringList organisation()
 
 bool LoadedFrame::open(QString *error)
 {
+    if (!fixture.dir.writeFile(u"Serverinfo.ini"_s, "[ServerInfo]\r\nDefaultPositionID=2\r\n")) {
+        *error = u"Serverinfo.ini"_s;
+        return false;
+    }
+    return open(organisation(), error);
+}
+
+bool LoadedFrame::open(const QStringList &statements, QString *error)
+{
     db = std::make_unique<TestDatabase>(
         TestDatabase::Backend::SqliteFile, fixture.dir.programDir());
     if (!db->isValid() || !db->writeConnectionString(fixture.dir.hives())
-        || !db->execAll(organisation())
-        || !fixture.dir.writeFile(u"Serverinfo.ini"_s, "[ServerInfo]\r\nDefaultPositionID=2\r\n")) {
+        || !db->execAll(statements)) {
         *error = db->errorString();
         return false;
     }

@@ -26,6 +26,8 @@ struct LoadedFrame
 
     // False with the reason in error when the database or the load failed.
     bool open(QString *error);
+    // The same on a database holding only these rows, without a Serverinfo.ini.
+    bool open(const QStringList &statements, QString *error);
     CMainFrame &frame() { return *fixture.frame; }
     ScriptedMessageService &messages() { return fixture.messages; }
     // The save command, as the menu runs it; true when nothing is left to save.
