@@ -753,10 +753,7 @@ void SettingsDialogsTest::lockedConsoleTouchesNothing()
     QFETCH(bool, cancel);
     FrameFixture f;
     QVERIFY(createSqliteDatabase(f.dir.databasePath()));
-    QVERIFY(setRegistryNumber(
-        f.dir.hives(), RegistryRoot::LocalMachine, ConsoleKey, u"AdmPasswordState"_s, 1));
-    QVERIFY(setRegistryString(f.dir.hives(), RegistryRoot::LocalMachine, ConsoleKey,
-        u"AdmPassword"_s, AdminPasswordStore::digest(u"Secret1"_s)));
+    QVERIFY(f.lock(AdminPasswordStore::digest(u"Secret1"_s)));
     const QByteArray database = f.dir.readFile(u"VelmarDB.mdb"_s);
     const QDateTime modified = QFileInfo(f.dir.databasePath()).lastModified();
 
