@@ -106,18 +106,6 @@ bool LoadedFrame::save()
     return !frame().document().isModified();
 }
 
-QStringList LoadedFrame::rows(const QString &sql)
-{
-    QStringList lines;
-    for (const QVariantList &row : db->rows(sql)) {
-        QStringList cells;
-        for (const QVariant &cell : row)
-            cells << (cell.isNull() ? u"NULL"_s : cell.toString());
-        lines << cells.join(u'|');
-    }
-    return lines;
-}
-
 void typeText(QWidget *widget, const QString &text)
 {
     for (const QChar ch : text)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AppTestSupport.h"
+#include "LoadedServer.h"
 #include "TestDatabase.h"
 
 #include <memory>
@@ -35,7 +36,7 @@ struct LoadedFrame
     // A new main window on the same folder, loaded (the console started again).
     bool reopen(QString *error);
     // Rows of a table as "a|b|c" lines.
-    QStringList rows(const QString &sql);
+    QStringList rows(const QString &sql) { return tableRows(*db, sql); }
 };
 
 // Types text into a widget key by key, each key carrying its character

@@ -87,28 +87,6 @@ void typeIntoCell(QAbstractItemView *grid, const QString &text)
     QApplication::processEvents();
 }
 
-// A drag of data over a tree's viewport to pos, as the system delivers it:
-// enter, move, then a drop or a leave. Returns whether the move was accepted
-// (hovering) or the drop was (dropping).
-bool drag(QAbstractItemView *tree, const QPoint &pos, QMimeData *data, bool drop)
-{
-    QWidget *viewport = tree->viewport();
-    const Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction;
-    QDragEnterEvent enter(pos, actions, data, Qt::LeftButton, {});
-    QApplication::sendEvent(viewport, &enter);
-    QDragMoveEvent move(pos, actions, data, Qt::LeftButton, {});
-    QApplication::sendEvent(viewport, &move);
-    if (!drop) {
-        const bool accepted = move.isAccepted() && move.dropAction() == Qt::MoveAction;
-        QDragLeaveEvent leave;
-        QApplication::sendEvent(viewport, &leave);
-        return accepted;
-    }
-    QDropEvent event(QPointF(pos), actions, data, Qt::LeftButton, {});
-    QApplication::sendEvent(viewport, &event);
-    return event.isAccepted();
-}
-
 } // namespace
 
 class OrganizeViewTest : public QObject
@@ -390,21 +368,21 @@ void OrganizeViewTest::dragsOntoTheTrees()
     auto centre = [this](const QModelIndex &index) { return tree()->visualRect(index).center(); };
     const QModelIndex aliceInSales = tree()->model()->index(0, 0, group(u"Sales"_s));
 
-    QVERIFY(!drag(tree(), centre(aliceInSales), members.get(), false));
-    QVERIFY(drag(tree(), centre(group(u"HQ"_s)), members.get(), false));
-    QVERIFY(drag(tree(), centre(group(u"HQ"_s)), members.get(), true));
+    QVERIFY(!dragTo(tree(), centre(aliceInSales), members.get(), false));
+    QVERIFY(dragTo(tree(), centre(group(u"HQ"_s)), members.get(), false));
+    QVERIFY(dragTo(tree(), centre(group(u"HQ"_s)), members.get(), true));
     QCOMPARE(nodeLabels(group(u"HQ"_s)), QStringList({ u"Bob"_s, u"Cara"_s }));
     QVERIFY(tree()->isExpanded(group(u"HQ"_s)));
     QCOMPARE(cell(u"cara"_s, 0).data(MemberListModel::IconIndexRole).toInt(), 1);
     // The rows stay in the grid; a second drop adds nothing.
     QCOMPARE(grid()->model()->rowCount(), 4);
-    drag(tree(), centre(group(u"HQ"_s)), members.get(), true);
+    dragTo(tree(), centre(group(u"HQ"_s)), members.get(), true);
     QCOMPARE(nodeLabels(group(u"HQ"_s)), QStringList({ u"Bob"_s, u"Cara"_s }));
 
     // bob's membership dragged inside the tree moves under Sales.
     auto bob = std::unique_ptr<QMimeData>(
         tree()->model()->mimeData({ tree()->model()->index(0, 0, group(u"HQ"_s)) }));
-    QVERIFY(drag(tree(), centre(group(u"Sales"_s)), bob.get(), true));
+    QVERIFY(dragTo(tree(), centre(group(u"Sales"_s)), bob.get(), true));
     QCOMPARE(nodeLabels(group(u"Sales"_s)), QStringList({ u"Alice"_s, u"Bob"_s }));
     QCOMPARE(nodeLabels(group(u"HQ"_s)), QStringList({ u"Cara"_s }));
     // With cara in Sales as well, her membership in HQ may not go there.
@@ -415,11 +393,11 @@ void OrganizeViewTest::dragsOntoTheTrees()
                 .ok());
     auto cara = std::unique_ptr<QMimeData>(
         tree()->model()->mimeData({ tree()->model()->index(0, 0, group(u"HQ"_s)) }));
-    QVERIFY(!drag(tree(), centre(group(u"Sales"_s)), cara.get(), false));
+    QVERIFY(!dragTo(tree(), centre(group(u"Sales"_s)), cara.get(), false));
 
     // A group moves with its subtree as the last child, keeping its id.
     auto hq = std::unique_ptr<QMimeData>(tree()->model()->mimeData({ group(u"HQ"_s) }));
-    QVERIFY(drag(tree(), centre(group(u"Sales"_s)), hq.get(), true));
+    QVERIFY(dragTo(tree(), centre(group(u"Sales"_s)), hq.get(), true));
     QCOMPARE(
         nodeLabels(group(u"Sales"_s)), QStringList({ u"Alice"_s, u"Bob"_s, u"Cara"_s, u"HQ"_s }));
     QCOMPARE(group(u"HQ"_s).data(GroupTreeModel::GroupIdRole).toInt(), 20);
@@ -531,7 +509,7 @@ void OrganizeViewTest::deleteKeyThenSaveMatchesTheView()
     auto data = std::unique_ptr<QMimeData>(MemberDragFormat::toMimeData(guests->selectedMembers()));
     OrganizeTreeView *forum = view().tree(true);
     const QModelIndex forumGroup = forum->tree()->index(0, 0, forum->tree()->rootIndex());
-    QVERIFY(drag(forum, forum->visualRect(forumGroup).center(), data.get(), true));
+    QVERIFY(dragTo(forum, forum->visualRect(forumGroup).center(), data.get(), true));
     QCOMPARE(nodeLabels(forumGroup), QStringList({ u"Gina"_s, u"gus"_s }));
 
     m_f->messages().queueAnswer(MessageService::Yes);
