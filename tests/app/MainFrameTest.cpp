@@ -76,7 +76,6 @@ private Q_SLOTS:
     void dashboardRemoteDatabase();
     void dashboardMasksPassword();
     void dashboardCounts();
-    void noPromptWithoutLock_data();
     void noPromptWithoutLock();
     void promptLetsAdministratorIn();
     void promptCancelCloses();
@@ -432,26 +431,11 @@ void MainFrameTest::dashboardCounts()
     QVERIFY(!dashboard->findChild<QLabel *>(u"serviceValue1"_s));
 }
 
-void MainFrameTest::noPromptWithoutLock_data()
-{
-    QTest::addColumn<int>("state"); // -1: no key at all
-    QTest::addColumn<QString>("digest");
-    QTest::newRow("no key") << -1 << QString();
-    QTest::newRow("lock off") << 0 << AdminPasswordStore::digest(u"Secret1"_s);
-    QTest::newRow("lock on, empty password") << 1 << QString();
-}
-
+// When the lock asks for the password is the password store's rule
+// (ShellLogicTest::promptNeeded); the frame follows it.
 void MainFrameTest::noPromptWithoutLock()
 {
-    QFETCH(int, state);
-    QFETCH(QString, digest);
     FrameFixture f;
-    if (state >= 0) {
-        QVERIFY(setRegistryNumber(
-            f.dir.hives(), RegistryRoot::LocalMachine, ConsoleKey, u"AdmPasswordState"_s, state));
-        QVERIFY(setRegistryString(
-            f.dir.hives(), RegistryRoot::LocalMachine, ConsoleKey, u"AdmPassword"_s, digest));
-    }
     CMainFrame &frame = f.makeFrame();
     QSignalSpy ready(&frame, &CMainFrame::startupReady);
     frame.show();
