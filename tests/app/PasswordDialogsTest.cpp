@@ -103,12 +103,10 @@ private Q_SLOTS:
     void setupOpening();
     void setupCheckBoxFlow();
     void setupCheckBoxFlowWithoutPassword();
-    void setupLockOffKeepsDigest();
-    void setupLockOnAgainWithEmptyFields();
+    void setupLockSwitchKeepsDigest();
     void setupChangeRefusals();
     void setupChangePassword();
     void setupFirstPassword();
-    void setupFirstPasswordMismatchFocus();
     void setupHundredCharacters();
     void setupWithoutKey();
     void setupEnterAndEscape();
@@ -281,36 +279,25 @@ void PasswordDialogsTest::setupCheckBoxFlowWithoutPassword()
     QCOMPARE(dialog.focusWidget(), dialog.newField());
 }
 
-void PasswordDialogsTest::setupLockOffKeepsDigest()
+// Switched off, whatever is typed is not looked at; switched on again with
+// empty fields, the old password locks the console again at the next start.
+void PasswordDialogsTest::setupLockSwitchKeepsDigest()
 {
     const QString digest = AdminPasswordStore::digest(Secret);
-    SetupFixture f;
-    CAdmSetupPasswordDlg &dialog = f.open(1, digest);
-    dialog.lockOffBox()->click();
-    // Whatever is typed is not looked at while the lock is switched off.
-    dialog.newField()->setText(u"ignored"_s);
-    dialog.confirm();
-    QCOMPARE(dialog.result(), int(QDialog::Accepted));
-    QCOMPARE(f.state(), std::optional<qint32>(0));
-    QCOMPARE(f.digest(), std::optional<QString>(digest));
-    QVERIFY(f.messages.boxes().isEmpty());
-}
-
-void PasswordDialogsTest::setupLockOnAgainWithEmptyFields()
-{
-    const QString digest = AdminPasswordStore::digest(Secret);
-    SetupFixture f;
-    CAdmSetupPasswordDlg &dialog = f.open(0, digest);
-    dialog.lockOffBox()->click();
-    dialog.confirm();
-    QCOMPARE(dialog.result(), int(QDialog::Accepted));
-    QCOMPARE(f.state(), std::optional<qint32>(1));
-    QCOMPARE(f.digest(), std::optional<QString>(digest));
-    QVERIFY(f.messages.boxes().isEmpty());
-    // The old password locks the console again at the next start.
-    QString expected;
-    QVERIFY(AdminPasswordStore(f.dir.hives()).promptNeeded(&expected));
-    QCOMPARE(expected, digest);
+    for (const int state : { 1, 0 }) {
+        SetupFixture f;
+        CAdmSetupPasswordDlg &dialog = f.open(state, digest);
+        dialog.lockOffBox()->click();
+        dialog.newField()->setText(state == 1 ? u"ignored"_s : QString());
+        dialog.confirm();
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+        QCOMPARE(f.state(), std::optional<qint32>(1 - state));
+        QCOMPARE(f.digest(), std::optional<QString>(digest));
+        QVERIFY(f.messages.boxes().isEmpty());
+        QString expected;
+        QCOMPARE(AdminPasswordStore(f.dir.hives()).promptNeeded(&expected), state == 0);
+        QCOMPARE(expected, state == 0 ? digest : QString());
+    }
 }
 
 void PasswordDialogsTest::setupChangeRefusals()
@@ -380,20 +367,24 @@ void PasswordDialogsTest::setupChangePassword()
 
 void PasswordDialogsTest::setupFirstPassword()
 {
-    const QList<QPair<QPair<QString, QString>, QString>> refusals = {
-        { { QString(), u"a"_s }, u"输入的新的密码不存在"_s },
-        { { u"a"_s, QString() }, u"输入的新的确认密码不存在"_s },
+    struct Refusal
+    {
+        QString fresh, confirmation, text;
+        bool focusOnNew;
     };
-    for (const auto &refusal : refusals) {
+    // Without a password yet, a mismatch selects the new text but focuses the confirmation.
+    for (const Refusal &r : { Refusal { QString(), u"a"_s, u"输入的新的密码不存在"_s, true },
+             Refusal { u"a"_s, QString(), u"输入的新的确认密码不存在"_s, false },
+             Refusal { u"abc"_s, u"abd"_s, u"输入的新的密码和确认密码不同"_s, false } }) {
         SetupFixture f;
         CAdmSetupPasswordDlg &dialog = f.open(1, QString());
-        dialog.newField()->setText(refusal.first.first);
-        dialog.confirmField()->setText(refusal.first.second);
+        dialog.newField()->setText(r.fresh);
+        dialog.confirmField()->setText(r.confirmation);
         dialog.confirm();
-        QCOMPARE(f.messages.boxTexts(), QStringList({ refusal.second }));
+        QCOMPARE(f.messages.boxTexts(), QStringList({ r.text }));
         QCOMPARE(f.messages.boxes().first().title, u"检查验证密码"_s);
-        QCOMPARE(dialog.focusWidget(),
-            refusal.first.first.isEmpty() ? dialog.newField() : dialog.confirmField());
+        QCOMPARE(dialog.focusWidget(), r.focusOnNew ? dialog.newField() : dialog.confirmField());
+        QCOMPARE(wholeTextSelected(dialog.newField()), r.confirmation == u"abd"_s);
         QVERIFY(dialog.isVisible());
         QCOMPARE(f.digest(), std::nullopt);
     }
@@ -405,21 +396,6 @@ void PasswordDialogsTest::setupFirstPassword()
     dialog.confirm();
     QCOMPARE(dialog.result(), int(QDialog::Accepted));
     QCOMPARE(f.digest(), std::optional<QString>(u"d2293e30f0c964c5f6242486aa8a483c"_s));
-}
-
-void PasswordDialogsTest::setupFirstPasswordMismatchFocus()
-{
-    SetupFixture f;
-    CAdmSetupPasswordDlg &dialog = f.open(1, QString());
-    QTest::keyClicks(dialog.newField(), u"abc"_s);
-    QTest::keyClicks(dialog.confirmField(), u"abd"_s);
-    dialog.newField()->setFocus();
-    QTest::keyClick(dialog.newField(), Qt::Key_Return);
-    QCOMPARE(f.messages.boxTexts(), QStringList({ u"输入的新的密码和确认密码不同"_s }));
-    // Without a password yet, the new text is selected but the focus goes to the confirmation.
-    QCOMPARE(dialog.focusWidget(), dialog.confirmField());
-    QVERIFY(wholeTextSelected(dialog.newField()));
-    QVERIFY(dialog.isVisible());
 }
 
 void PasswordDialogsTest::setupHundredCharacters()

@@ -161,7 +161,6 @@ private Q_SLOTS:
     void fileServerFirstOpening();
     void fileServerEditRemoveSave();
     void fileServerBadStoredValues();
-    void fileServerRefusesNonInteger();
     void siteListMigratesAndSaves();
     void siteListLimitAndEditRefusals();
     void captionBarThroughMenu();
@@ -224,6 +223,12 @@ void SettingsDialogsTest::fileServerFirstOpening()
     dialog.setEditDialogRunner(answerFileServer(u"10.9.8.7"_s, true));
     click(&dialog, u"addButton"_s);
     QCOMPARE(list->topLevelItemCount(), 2);
+    // A size that is no integer is refused, and the dialog stays.
+    click(&dialog, u"sizeCheck"_s);
+    type(&dialog, u"sizeEdit"_s, u"abc"_s);
+    click(&dialog, u"okButton"_s);
+    QCOMPARE(f.messages.boxTexts(), QStringList({ u"请输入一个整数。"_s }));
+    QCOMPARE(dialog.result(), int(QDialog::Rejected));
     click(&dialog, u"cancelButton"_s);
     QCOMPARE(stored(hives, SessionKey, names), defaults);
     QCOMPARE(ini(f.dir, u"ServerInfo"_s, u"FileTransMaxSize"_s), u"<absent>"_s);
@@ -338,19 +343,6 @@ void SettingsDialogsTest::fileServerBadStoredValues()
     QVERIFY(!registryKeyExists(hives, root, FolderKey));
     QVERIFY(f.dir.readFile(u"Serverinfo.ini"_s).startsWith("garbage without equals\r\n"));
     QCOMPARE(ini(f.dir, u"ServerInfo"_s, u"FileTransMaxSize"_s), u"12"_s);
-}
-
-void SettingsDialogsTest::fileServerRefusesNonInteger()
-{
-    FrameFixture f;
-    CSetupFileServerDlg dialog(SessionServerList(f.dir.hives(), f.dir.iniPath()), f.messages,
-        [] { return u"10.0.0.1"_s; });
-    click(&dialog, u"sizeCheck"_s);
-    type(&dialog, u"sizeEdit"_s, u"abc"_s);
-    click(&dialog, u"okButton"_s);
-    QCOMPARE(f.messages.boxTexts(), QStringList({ u"请输入一个整数。"_s }));
-    QCOMPARE(dialog.result(), int(QDialog::Rejected));
-    QCOMPARE(ini(f.dir, u"ServerInfo"_s, u"FileTransMaxSize"_s), u"<absent>"_s);
 }
 
 void SettingsDialogsTest::siteListMigratesAndSaves()
