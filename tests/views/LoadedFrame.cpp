@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QMenu>
+#include <QPointer>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -110,6 +111,19 @@ void typeText(QWidget *widget, const QString &text)
 {
     for (const QChar ch : text)
         QTest::sendKeyEvent(QTest::Click, widget, Qt::Key_unknown, QString(ch), Qt::NoModifier);
+}
+
+void typeIntoCell(QAbstractItemView *grid, const QString &text)
+{
+    QTest::keyClicks(grid, text.left(1));
+    QPointer<QWidget> editor = QApplication::focusWidget();
+    QVERIFY(editor && editor != grid);
+    QTest::keyClicks(editor, text.mid(1));
+    QTest::keyClick(editor, Qt::Key_Return);
+    // The delegate commits on the next turn of the event loop; a new member's
+    // row takes the caret after that.
+    QTRY_VERIFY(editor.isNull() || !editor->isVisible());
+    QApplication::processEvents();
 }
 
 QMenu *openPopup(QAbstractItemView *view, const QPoint &pos)

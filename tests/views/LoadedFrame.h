@@ -42,6 +42,10 @@ struct LoadedFrame
 // Types text into a widget key by key, each key carrying its character
 // (CJK included), as an input method hands them over.
 void typeText(QWidget *widget, const QString &text);
+// Types text into a grid's current cell as a person does: the first key
+// opens the editor, the others go to it, Enter ends the edit. Returns once
+// the delegate has committed and the grid has moved on.
+void typeIntoCell(QAbstractItemView *grid, const QString &text);
 // The pop-up a view opens for a right click at pos (viewport coordinates).
 QMenu *openPopup(QAbstractItemView *view, const QPoint &pos);
 // The texts of a menu's items, separators as "-".

@@ -72,21 +72,6 @@ QStringList nodeLabels(const QModelIndex &parent)
     return texts;
 }
 
-// Types text into the grid's current cell as a person does: the first key
-// opens the editor, the others go to it, Enter ends the edit.
-void typeIntoCell(QAbstractItemView *grid, const QString &text)
-{
-    QTest::keyClicks(grid, text.left(1));
-    QWidget *editor = QApplication::focusWidget();
-    QVERIFY(editor && editor != grid);
-    QTest::keyClicks(editor, text.mid(1));
-    QTest::keyClick(editor, Qt::Key_Return);
-    // The editor hands its text over once the key's event is done, and the
-    // caret follows a new member after that.
-    QApplication::processEvents();
-    QApplication::processEvents();
-}
-
 } // namespace
 
 class OrganizeViewTest : public QObject
