@@ -67,15 +67,12 @@ private Q_SLOTS:
     void commandTable();
     void toolBarAndStatusBarToggles();
     void viewsSwitchInPane();
-    void exitAsksQueryClose();
-    void titleFollowsDocument();
     void aboutAndPasswordCommandsOpenDialogs();
     void dashboardWorkingDatabase();
     void dashboardBrokenDatabase_data();
     void dashboardBrokenDatabase();
     void dashboardRemoteDatabase();
     void dashboardMasksPassword();
-    void dashboardCounts();
     void noPromptWithoutLock();
     void promptLetsAdministratorIn();
     void promptCancelCloses();
@@ -85,6 +82,7 @@ void MainFrameTest::pathsAndBalloonDefault()
 {
     FrameFixture f;
     CMainFrame &frame = f.makeFrame();
+    QCOMPARE(frame.windowTitle(), u"VelmarManager[*]"_s); // [*]: the modified marker
     QCOMPARE(frame.programDirectory(), f.dir.programDir());
     QCOMPARE(frame.accessDatabasePath(), f.dir.programDir() + u"/VelmarDB.mdb"_s);
     QCOMPARE(frame.profilePath(), f.dir.programDir() + u"/Serverinfo.ini"_s);
@@ -272,35 +270,6 @@ void MainFrameTest::viewsSwitchInPane()
     QCOMPARE(changed.count(), 2);
 }
 
-void MainFrameTest::exitAsksQueryClose()
-{
-    FrameFixture f;
-    RefusingFrame refusing(f.context());
-    refusing.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&refusing));
-    refusing.commandAction(CommandId::Exit)->trigger();
-    QCOMPARE(refusing.asked, 1);
-    QVERIFY(refusing.isVisible());
-
-    CMainFrame &frame = f.makeFrame();
-    frame.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&frame));
-    frame.commandAction(CommandId::Exit)->trigger();
-    QVERIFY(!frame.isVisible());
-}
-
-void MainFrameTest::titleFollowsDocument()
-{
-    FrameFixture f;
-    CMainFrame &frame = f.makeFrame();
-    QCOMPARE(frame.windowTitle(), u"VelmarManager[*]"_s);
-    QVERIFY(!frame.isWindowModified());
-    QVERIFY(frame.document().editor().addPosition().ok());
-    QVERIFY(frame.isWindowModified());
-    frame.document().undoStack()->undo();
-    QVERIFY(!frame.isWindowModified());
-}
-
 void MainFrameTest::aboutAndPasswordCommandsOpenDialogs()
 {
     FrameFixture f;
@@ -415,24 +384,6 @@ void MainFrameTest::dashboardMasksPassword()
     QCOMPARE(frame.dashboard()->findChild<QLabel *>(u"databaseTypeValue"_s)->text(), u"PGSQL"_s);
 }
 
-void MainFrameTest::dashboardCounts()
-{
-    FrameFixture f;
-    CMainFrame &frame = f.makeFrame();
-    CMainFormView *dashboard = frame.dashboard();
-    // Nothing loaded yet: nothing claimed.
-    QCOMPARE(dashboard->findChild<QLabel *>(u"directoryValue0"_s)->text(), u"—"_s);
-    QCOMPARE(dashboard->findChild<QLabel *>(u"serviceValue0"_s)->text(), u"—"_s);
-    dashboard->setDirectoryCounts({ { u"成员"_s, 1234 }, { u"群组"_s, 56 }, { u"访客群组"_s, 0 } });
-    QCOMPARE(dashboard->findChild<QLabel *>(u"directoryValue0"_s)->text(), u"1234"_s);
-    QCOMPARE(dashboard->findChild<QLabel *>(u"directoryValue2"_s)->text(), u"0"_s);
-    dashboard->setServiceStates({ { u"VelmarD"_s, u"运行中"_s } });
-    QCOMPARE(dashboard->findChild<QLabel *>(u"serviceValue0"_s)->text(), u"运行中"_s);
-    QVERIFY(!dashboard->findChild<QLabel *>(u"serviceValue1"_s));
-}
-
-// When the lock asks for the password is the password store's rule
-// (ShellLogicTest::promptNeeded); the frame follows it.
 void MainFrameTest::noPromptWithoutLock()
 {
     FrameFixture f;
