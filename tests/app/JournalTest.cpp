@@ -81,7 +81,6 @@ class JournalTest : public QObject
 
 private Q_SLOTS:
     void init();
-    void cleanup();
     void menusAndPanelBeforeEditing();
     void undoRedoFollowTheStack();
     void journalViewUndoesToEntry();
@@ -95,14 +94,10 @@ private:
 
 void JournalTest::init()
 {
+    m_f.reset(); // the last test's window goes before the next one opens
     m_f = std::make_unique<LoadedFrame>();
     QString error;
     QVERIFY2(m_f->open(statements(), &error), qPrintable(error));
-}
-
-void JournalTest::cleanup()
-{
-    m_f.reset();
 }
 
 void JournalTest::menusAndPanelBeforeEditing()

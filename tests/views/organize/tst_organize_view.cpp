@@ -80,7 +80,6 @@ class OrganizeViewTest : public QObject
 
 private Q_SLOTS:
     void init();
-    void cleanup();
     void showsBothPairs();
     void typingIntoTheBlankRow();
     void cellEditorsAndUndo();
@@ -110,16 +109,12 @@ private:
 
 void OrganizeViewTest::init()
 {
+    m_f.reset(); // the last test's window goes before the next one opens
     m_f = std::make_unique<LoadedFrame>();
     QString error;
     QVERIFY2(m_f->open(statements(), &error), qPrintable(error));
     QVERIFY(frame().showView(ViewId::Organize));
     m_f->messages().clear();
-}
-
-void OrganizeViewTest::cleanup()
-{
-    m_f.reset();
 }
 
 QModelIndex OrganizeViewTest::group(const QString &name) const

@@ -35,7 +35,6 @@ class PermissionViewTest : public QObject
 
 private Q_SLOTS:
     void init();
-    void cleanup();
     void layoutAndDefaultRecords();
     void checkBoxesAndCheckAll();
     void accountsAndPopupCommands();
@@ -62,17 +61,13 @@ private:
 
 void PermissionViewTest::init()
 {
+    m_f.reset(); // the last test's window goes before the next one opens
     m_f = std::make_unique<LoadedFrame>();
     QString error;
     QVERIFY2(m_f->open(&error), qPrintable(error));
     QVERIFY(m_f->frame().outlookBar()->isItemEnabled(ViewId::AccessControl));
     QVERIFY(m_f->frame().showView(ViewId::AccessControl));
     QVERIFY(view() && grid()->isVisible());
-}
-
-void PermissionViewTest::cleanup()
-{
-    m_f.reset();
 }
 
 void PermissionViewTest::click(const QModelIndex &index)
