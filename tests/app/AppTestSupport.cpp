@@ -73,6 +73,14 @@ CMainFrame &FrameFixture::makeFrame()
     return *frame;
 }
 
+bool FrameFixture::lock(const QString &digest)
+{
+    return setRegistryNumber(
+               dir.hives(), RegistryRoot::LocalMachine, ConsoleKey, u"AdmPasswordState"_s, 1)
+        && setRegistryString(
+            dir.hives(), RegistryRoot::LocalMachine, ConsoleKey, u"AdmPassword"_s, digest);
+}
+
 bool createSqliteDatabase(const QString &path)
 {
     const QString name = QUuid::createUuid().toString();

@@ -38,6 +38,8 @@ struct FrameFixture
 
     MainFrameContext context();
     CMainFrame &makeFrame();
+    // Locks the console with this password digest: the frame asks for it first.
+    bool lock(const QString &digest);
 };
 
 // Writes a small SQLite database file (the local "VelmarDB.mdb" of this platform).

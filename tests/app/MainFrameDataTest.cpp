@@ -14,7 +14,6 @@
 #include "Directory.h"
 #include "GroupTreeModel.h"
 #include "NotificationListeners.h"
-#include "ProfileFile.h"
 #include "SaveJournal.h"
 #include "SavePreviewDialog.h"
 #include "SaveWaitDialog.h"
@@ -157,7 +156,6 @@ class MainFrameDataTest : public QObject
 private Q_SLOTS:
     void loadFillsDashboard_data();
     void loadFillsDashboard();
-    void saveCommand_data();
     void saveCommand();
     void closeAfterLoad_data();
     void closeAfterLoad();
@@ -212,122 +210,91 @@ void MainFrameDataTest::loadFillsDashboard()
     QVERIFY(env.listeners.drain().isEmpty());
 }
 
-void MainFrameDataTest::saveCommand_data()
-{
-    QTest::addColumn<QString>("useDist"); // null: not in Serverinfo.ini
-    QTest::addColumn<int>("answer"); // to "确定要保存?"
-    QTest::addColumn<QStringList>("ports");
-    // Which ports a save notifies, and when, is the saver's to test.
-    QTest::newRow("yes") << QString() << int(MessageService::Yes) << QStringList { u"55052"_s };
-    // A declined save is the saver's to test.
-}
-
+// A declined save, and which ports a save notifies, are the saver's to test.
 void MainFrameDataTest::saveCommand()
 {
-    QFETCH(QString, useDist);
-    QFETCH(int, answer);
-    QFETCH(QStringList, ports);
-    const bool saves = answer == MessageService::Yes;
     DATA_FRAME(env);
     QString error;
     QVERIFY2(env.createDatabase(populatedDatabase(), &error), qPrintable(error));
-    if (!useDist.isNull())
-        QVERIFY(
-            ProfileFile(env.f.dir.iniPath()).writeString(u"ServerInfo"_s, u"UseDist"_s, useDist));
     CMainFrame &frame = env.start();
     WAIT_FOR_LOAD(env);
 
     addGroup(frame, u"Support"_s);
     QVERIFY(frame.isWindowModified());
-    const QStringList before = env.databaseDump();
     const QStringList edited = dumpServerData(*frame.serverData());
-    QVERIFY(before != edited);
+    QVERIFY(env.databaseDump() != edited);
 
     // The shortcut of the menu command, as the administrator saves.
     QVERIFY(showActive(&frame));
-    env.f.messages.queueAnswer(answer);
+    env.f.messages.queueAnswer(MessageService::Yes);
     QTest::keyClick(&frame, Qt::Key_S, Qt::ControlModifier);
 
     QCOMPARE(env.f.messages.boxTexts(), QStringList { u"确定要保存?"_s });
     QCOMPARE(env.f.messages.boxes().constFirst().buttons, MessageService::Buttons::YesNo);
     QVERIFY(env.f.messages.balloons().isEmpty());
-    QCOMPARE(env.listeners.drain(), ports);
+    QCOMPARE(env.listeners.drain(), QStringList { u"55052"_s });
     QVERIFY(!QGuiApplication::overrideCursor());
-    QCOMPARE(env.databaseDump(), saves ? edited : before);
-    QCOMPARE(env.db->count(u"[Group]"_s, u"GroupName = 'Support'"_s), saves ? 1 : 0);
-    QCOMPARE(env.version(), saves ? u"0001"_s : u"absent"_s);
-    QCOMPARE(frame.isWindowModified(), !saves);
-    QCOMPARE(frame.serverData()->isModified(), !saves);
+    QCOMPARE(env.databaseDump(), edited);
+    QCOMPARE(env.db->count(u"[Group]"_s, u"GroupName = 'Support'"_s), 1);
+    QCOMPARE(env.version(), u"0001"_s);
+    QVERIFY(!frame.isWindowModified() && !frame.serverData()->isModified());
 }
 
 void MainFrameDataTest::closeAfterLoad_data()
 {
-    QTest::addColumn<QString>("newGroup"); // null: nothing edited
-    QTest::addColumn<int>("answer"); // to "确定要保存编辑的内容?"
-    QTest::addColumn<bool>("closes");
-    QTest::addColumn<bool>("written");
-    QTest::newRow("cancel") << u"Support"_s << int(MessageService::Cancel) << false << false;
+    QTest::addColumn<int>("answer"); // to "确定要保存编辑的内容?"; closes and saves on Yes
+    QTest::newRow("cancel") << int(MessageService::Cancel);
     // Not edited, No, and a Yes whose save fails, are the saver's (saveOnClose) to test.
-    QTest::newRow("yes") << u"Support"_s << int(MessageService::Yes) << true << true;
+    QTest::newRow("yes") << int(MessageService::Yes);
 }
 
 void MainFrameDataTest::closeAfterLoad()
 {
-    QFETCH(QString, newGroup);
     QFETCH(int, answer);
-    QFETCH(bool, closes);
-    QFETCH(bool, written);
-    const bool edited = !newGroup.isNull();
+    const bool written = answer == MessageService::Yes;
     DATA_FRAME(env);
     QString error;
     QVERIFY2(env.createDatabase(populatedDatabase(), &error), qPrintable(error));
     CMainFrame &frame = env.start();
     WAIT_FOR_LOAD(env);
-    if (edited)
-        addGroup(frame, newGroup);
+    addGroup(frame, u"Support"_s);
     const QStringList before = env.databaseDump();
     const QStringList memory = dumpServerData(*frame.serverData());
-    if (answer)
-        env.f.messages.queueAnswer(answer);
+    env.f.messages.queueAnswer(answer);
 
     frame.commandAction(CommandId::Exit)->trigger();
 
-    QCOMPARE(frame.isVisible(), !closes);
-    if (edited) {
-        // Asked once with three buttons; a Yes saves without asking "确定要保存?".
-        QCOMPARE(env.f.messages.boxTexts(), QStringList { u"确定要保存编辑的内容?"_s });
-        QCOMPARE(env.f.messages.boxes().constFirst().buttons, MessageService::Buttons::YesNoCancel);
-    } else {
-        QVERIFY(env.f.messages.boxes().isEmpty());
-    }
+    QCOMPARE(frame.isVisible(), !written);
+    // Asked once with three buttons; a Yes saves without asking "确定要保存?".
+    QCOMPARE(env.f.messages.boxTexts(), QStringList { u"确定要保存编辑的内容?"_s });
+    QCOMPARE(env.f.messages.boxes().constFirst().buttons, MessageService::Buttons::YesNoCancel);
     QCOMPARE(env.version(), written ? u"0001"_s : u"absent"_s);
     QCOMPARE(env.listeners.drain(), written ? QStringList { u"55052"_s } : QStringList());
     QCOMPARE(env.databaseDump(), written ? memory : before);
     QVERIFY(env.f.messages.balloons().isEmpty());
     // What was not saved stays in memory, still to be saved.
     QCOMPARE(dumpServerData(*frame.serverData()), memory);
-    QCOMPARE(frame.isWindowModified(), edited && !written);
+    QCOMPARE(frame.isWindowModified(), !written);
 }
 
 void MainFrameDataTest::unfinishedSaveAtStart_data()
 {
     // The answers to the start-up questions, and what follows from them.
     QTest::addColumn<QList<int>>("answers");
-    QTest::addColumn<bool>("loads");
-    QTest::addColumn<bool>("finished");
+    QTest::addColumn<bool>("loads"); // and finishes the save
     const int yes = MessageService::Yes;
     const int ok = MessageService::Ok;
     const int cancel = MessageService::Cancel;
     // The other answers are the recovery's own to test (tst_saverecovery).
-    QTest::newRow("finish") << QList<int> { yes, ok } << true << true;
-    QTest::newRow("quit") << QList<int> { cancel } << false << false;
+    QTest::newRow("finish") << QList<int> { yes, ok } << true;
+    QTest::newRow("quit") << QList<int> { cancel } << false;
 }
 
 void MainFrameDataTest::unfinishedSaveAtStart()
 {
     QFETCH(QList<int>, answers);
     QFETCH(bool, loads);
-    QFETCH(bool, finished);
+    const bool finished = loads;
     DATA_FRAME(env);
     QString error;
     QVERIFY2(env.createDatabase(populatedDatabase(), &error), qPrintable(error));
@@ -384,21 +351,17 @@ void MainFrameDataTest::unfinishedSaveAtStart()
 
 void MainFrameDataTest::closeAfterFailedLoad_data()
 {
-    QTest::addColumn<QByteArray>("fileContents"); // empty: see "schema"
-    QTest::addColumn<bool>("schema"); // a real database whose notice table is missing
+    QTest::addColumn<bool>("schema"); // else no database file at all
     QTest::addColumn<QString>("failure");
-    QTest::newRow("no database") << QByteArray() << false << u"打开数据库时发生错误."_s;
-    QTest::newRow("read fails part-way") << QByteArray() << true << u"当读数据时发生错误."_s;
+    QTest::newRow("no database") << false << u"打开数据库时发生错误."_s;
+    QTest::newRow("read fails part-way") << true << u"当读数据时发生错误."_s;
 }
 
 void MainFrameDataTest::closeAfterFailedLoad()
 {
-    QFETCH(QByteArray, fileContents);
     QFETCH(bool, schema);
     QFETCH(QString, failure);
     DATA_FRAME(env);
-    if (!fileContents.isEmpty())
-        QVERIFY(env.f.dir.writeFile(u"VelmarDB.mdb"_s, fileContents));
     if (schema) {
         QString error;
         QVERIFY2(env.createDatabase(populatedDatabase(), &error), qPrintable(error));
@@ -437,10 +400,8 @@ void MainFrameDataTest::closeAfterFailedLoad()
     if (schema)
         QCOMPARE(env.db->rows(u"SELECT OGroupID, GroupName FROM [Group] ORDER BY OGroupID"_s),
             groupRows);
-    else if (fileContents.isEmpty())
-        QVERIFY(!QFile::exists(env.f.dir.databasePath()));
     else
-        QCOMPARE(env.f.dir.readFile(u"VelmarDB.mdb"_s), fileContents);
+        QVERIFY(!QFile::exists(env.f.dir.databasePath()));
 }
 
 void MainFrameDataTest::sharedFolder()

@@ -11,6 +11,8 @@
 #include "OnlineAddresses.h"
 #include "UpdateDialog.h"
 
+#include <memory>
+#include <optional>
 #include <QAction>
 #include <QApplication>
 #include <QCryptographicHash>
@@ -41,6 +43,34 @@ QByteArray feedFor(const QUrl &file, const QByteArray &content, const QString &v
 }
 
 const QHash<QString, QVersionNumber> Installed { { u"VelmarManager"_s, QVersionNumber(0, 1) } };
+
+// The update dialog on the feed of a local server, downloading into a folder.
+struct UpdateRun
+{
+    LocalHttpServer server;
+    QTemporaryDir folder;
+    ScriptedMessageService messages;
+    std::unique_ptr<UpdateDialog> dialog;
+
+    // Opens the dialog and checks the feed; true when the check ended.
+    bool check()
+    {
+        dialog = std::make_unique<UpdateDialog>(server.url(u"/feed.json"_s), Installed, messages,
+            [this](QWidget *, const QString &) { return folder.path(); });
+        QSignalSpy checked(dialog.get(), &UpdateDialog::checked);
+        dialog->check();
+        return checked.wait(10000);
+    }
+    // Presses the download button; the download's outcome, or nothing when it never ended.
+    std::optional<bool> download()
+    {
+        QSignalSpy finished(dialog.get(), &UpdateDialog::downloadFinished);
+        QTest::mouseClick(dialog->findChild<QPushButton *>(u"downloadButton"_s), Qt::LeftButton);
+        if (!finished.wait(10000))
+            return std::nullopt;
+        return finished.at(0).at(0).toBool();
+    }
+};
 } // namespace
 
 class OnlineCommandsTest : public QObject
@@ -115,67 +145,43 @@ void OnlineCommandsTest::settingsDialogRefusesOtherAddresses()
 
 void OnlineCommandsTest::updateDownloadsAndVerifies()
 {
-    LocalHttpServer server;
+    UpdateRun run;
     const QByteArray setup = QByteArray("deb").repeated(10000);
-    server.files.insert(u"/velmarmanager_9.0_amd64.deb"_s, setup);
-    server.files.insert(
-        u"/feed.json"_s, feedFor(server.url(u"/velmarmanager_9.0_amd64.deb"_s), setup, u"9.0"_s));
-    QTemporaryDir folder;
-    ScriptedMessageService messages;
-    UpdateDialog dialog(server.url(u"/feed.json"_s), Installed, messages,
-        [&folder](QWidget *, const QString &) { return folder.path(); });
-    QSignalSpy checked(&dialog, &UpdateDialog::checked);
-    dialog.check();
-    QVERIFY(checked.wait(10000));
+    run.server.files.insert(u"/velmarmanager_9.0_amd64.deb"_s, setup);
+    run.server.files.insert(u"/feed.json"_s,
+        feedFor(run.server.url(u"/velmarmanager_9.0_amd64.deb"_s), setup, u"9.0"_s));
+    QVERIFY(run.check());
     // Only the release newer than the installed one.
-    QCOMPARE(dialog.releaseList()->topLevelItemCount(), 1);
-    QCOMPARE(dialog.releaseList()->topLevelItem(0)->text(2), u"9.0"_s);
-
-    QSignalSpy finished(&dialog, &UpdateDialog::downloadFinished);
-    auto *download = dialog.findChild<QPushButton *>(u"downloadButton"_s);
-    QVERIFY(download->isEnabled());
-    QTest::mouseClick(download, Qt::LeftButton);
-    QVERIFY(finished.wait(10000));
-    QCOMPARE(finished.at(0).at(0).toBool(), true);
-    QFile file(folder.filePath(u"velmarmanager_9.0_amd64.deb"_s));
+    QCOMPARE(run.dialog->releaseList()->topLevelItemCount(), 1);
+    QCOMPARE(run.dialog->releaseList()->topLevelItem(0)->text(2), u"9.0"_s);
+    QVERIFY(run.dialog->findChild<QPushButton *>(u"downloadButton"_s)->isEnabled());
+    QCOMPARE(run.download(), std::optional<bool>(true));
+    QFile file(run.folder.filePath(u"velmarmanager_9.0_amd64.deb"_s));
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.readAll(), setup);
-    QCOMPARE(messages.boxes().size(), 1);
-    QCOMPARE(messages.boxes().at(0).icon, MessageService::Icon::Information);
+    QCOMPARE(run.messages.boxes().size(), 1);
+    QCOMPARE(run.messages.boxes().at(0).icon, MessageService::Icon::Information);
 }
 
 void OnlineCommandsTest::updateRefusesWrongChecksum()
 {
-    LocalHttpServer server;
-    server.files.insert(u"/setup.deb"_s, "what arrived");
-    server.files.insert(
-        u"/feed.json"_s, feedFor(server.url(u"/setup.deb"_s), "what was published", u"9.0"_s));
-    QTemporaryDir folder;
-    ScriptedMessageService messages;
-    UpdateDialog dialog(server.url(u"/feed.json"_s), Installed, messages,
-        [&folder](QWidget *, const QString &) { return folder.path(); });
-    QSignalSpy checked(&dialog, &UpdateDialog::checked);
-    dialog.check();
-    QVERIFY(checked.wait(10000));
-    QSignalSpy finished(&dialog, &UpdateDialog::downloadFinished);
-    QTest::mouseClick(dialog.findChild<QPushButton *>(u"downloadButton"_s), Qt::LeftButton);
-    QVERIFY(finished.wait(10000));
-    QCOMPARE(finished.at(0).at(0).toBool(), false);
-    QVERIFY2(messages.boxTexts().value(0).contains(u"SHA-256"_s),
-        qPrintable(messages.boxTexts().value(0)));
-    QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList());
+    UpdateRun run;
+    run.server.files.insert(u"/setup.deb"_s, "what arrived");
+    run.server.files.insert(
+        u"/feed.json"_s, feedFor(run.server.url(u"/setup.deb"_s), "what was published", u"9.0"_s));
+    QVERIFY(run.check());
+    QCOMPARE(run.download(), std::optional<bool>(false));
+    QVERIFY2(run.messages.boxTexts().value(0).contains(u"SHA-256"_s),
+        qPrintable(run.messages.boxTexts().value(0)));
+    QCOMPARE(QDir(run.folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList());
 }
 
 void OnlineCommandsTest::updateReportsBadFeed()
 {
-    LocalHttpServer server;
-    server.files.insert(u"/feed.json"_s, R"({"releases": [{"product": "VelmarManager", "ver)");
-    ScriptedMessageService messages;
-    UpdateDialog dialog(server.url(u"/feed.json"_s), Installed, messages,
-        [](QWidget *, const QString &) { return QString(); });
-    QSignalSpy checked(&dialog, &UpdateDialog::checked);
-    dialog.check();
-    QVERIFY(checked.wait(10000));
+    UpdateRun run;
+    run.server.files.insert(u"/feed.json"_s, R"({"releases": [{"product": "VelmarManager", "ver)");
+    QVERIFY(run.check());
+    const UpdateDialog &dialog = *run.dialog;
     QCOMPARE(dialog.releaseList()->topLevelItemCount(), 0);
     QVERIFY2(
         dialog.statusLabel()->text().contains(u"JSON"_s), qPrintable(dialog.statusLabel()->text()));

@@ -17,6 +17,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 const QString Secret = u"Secret1"_s;
+const QString Failure = u"验证检查|密码没有通过验证. 只能尝试 %1/3 的输入机会|"_s
+    + QString::number(int(MessageService::Icon::Exclamation));
 
 // A setup dialog on a server folder whose console key exists.
 struct SetupFixture
@@ -45,7 +47,44 @@ struct SetupFixture
         return registryString(
             dir.hives(), RegistryRoot::LocalMachine, ConsoleKey, u"AdmPassword"_s);
     }
+    // Stores the values (a state below 0 stores no key at all) and opens the
+    // dialog on them, shown and active.
+    CAdmSetupPasswordDlg &open(int state, const QString &digest)
+    {
+        if (state >= 0 || !digest.isNull())
+            store(state, digest);
+        dialog = std::make_unique<CAdmSetupPasswordDlg>(dir.hives(), messages);
+        QTest::qVerify(showActive(dialog.get()), "showActive", "", __FILE__, __LINE__);
+        return *dialog;
+    }
+    std::unique_ptr<CAdmSetupPasswordDlg> dialog;
 };
+
+// The three fields' enabled states as "existing new confirm", 1 for enabled.
+QString enabledFields(const CAdmSetupPasswordDlg &dialog)
+{
+    return u"%1%2%3"_s.arg(int(dialog.existingField()->isEnabled()))
+        .arg(int(dialog.newField()->isEnabled()))
+        .arg(int(dialog.confirmField()->isEnabled()));
+}
+
+// A login dialog expecting this password's digest, shown and active.
+struct LoginFixture
+{
+    explicit LoginFixture(const QString &password = Secret)
+    {
+        dialog.setExpectedDigest(AdminPasswordStore::digest(password));
+    }
+    bool show() { return showActive(&dialog); }
+    ScriptedMessageService messages;
+    CAdminLoginDlg dialog { messages };
+};
+
+// A box as "title|text|icon".
+QString describe(const MessageService::Box &box)
+{
+    return u"%1|%2|%3"_s.arg(box.title, box.text).arg(int(box.icon));
+}
 } // namespace
 
 class PasswordDialogsTest : public QObject
@@ -53,8 +92,7 @@ class PasswordDialogsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void loginEmptyPassword();
-    void loginOtherCaseFails();
+    void loginEmptyThenOtherCase();
     void loginThirdFailureCancels();
     void loginHundredCharacters();
     void loginEnterConfirmsOncePerPress();
@@ -64,64 +102,49 @@ private Q_SLOTS:
     void setupOpening();
     void setupCheckBoxFlow();
     void setupCheckBoxFlowWithoutPassword();
-    void setupLockOffKeepsDigest();
-    void setupLockOnAgainWithEmptyFields();
+    void setupLockSwitchKeepsDigest();
     void setupChangeRefusals();
     void setupChangePassword();
     void setupFirstPassword();
-    void setupFirstPasswordMismatchFocus();
     void setupHundredCharacters();
     void setupWithoutKey();
     void setupEnterAndEscape();
 };
 
-void PasswordDialogsTest::loginEmptyPassword()
+void PasswordDialogsTest::loginEmptyThenOtherCase()
 {
-    ScriptedMessageService messages;
-    CAdminLoginDlg dialog(messages);
-    dialog.setExpectedDigest(AdminPasswordStore::digest(Secret));
-    QVERIFY(showActive(&dialog));
-    dialog.findChild<QPushButton *>(u"control1103"_s)->setFocus();
-    dialog.findChild<QPushButton *>(u"control1103"_s)->click();
+    LoginFixture l;
+    auto &[messages, dialog] = l;
+    QVERIFY(l.show());
+    auto *confirm = dialog.findChild<QPushButton *>(u"control1103"_s);
+    confirm->setFocus();
+    confirm->click();
     QCOMPARE(messages.boxes().size(), 1);
     const MessageService::Box box = messages.boxes().first();
-    QCOMPARE(box.text, u"请输入验证密码."_s);
-    QCOMPARE(box.title, u"VelmarManager"_s);
-    QCOMPARE(box.icon, MessageService::Icon::None);
+    QCOMPARE(
+        describe(box), u"VelmarManager|请输入验证密码.|%1"_s.arg(int(MessageService::Icon::None)));
     QCOMPARE(box.buttons, MessageService::Buttons::Ok);
     QCOMPARE(box.parent, &dialog);
     QCOMPARE(dialog.focusWidget(), dialog.passwordField());
-    QVERIFY(dialog.isVisible());
     QCOMPARE(dialog.failedAttempts(), 0); // an empty entry is no attempt
-}
 
-void PasswordDialogsTest::loginOtherCaseFails()
-{
-    ScriptedMessageService messages;
-    CAdminLoginDlg dialog(messages);
-    dialog.setExpectedDigest(AdminPasswordStore::digest(Secret));
-    QVERIFY(showActive(&dialog));
     QTest::keyClicks(dialog.passwordField(), u"secret1"_s);
-    dialog.findChild<QPushButton *>(u"control1103"_s)->setFocus();
+    confirm->setFocus();
     dialog.confirm();
     QVERIFY(dialog.isVisible());
     QCOMPARE(dialog.failedAttempts(), 1);
-    QCOMPARE(messages.boxes().size(), 1);
-    const MessageService::Box box = messages.boxes().first();
-    QCOMPARE(box.text, u"密码没有通过验证. 只能尝试 1/3 的输入机会"_s);
-    QCOMPARE(box.title, u"验证检查"_s);
-    QCOMPARE(box.icon, MessageService::Icon::Exclamation);
+    QCOMPARE(messages.boxes().size(), 2);
+    QCOMPARE(describe(messages.boxes().last()), Failure.arg(1));
     QVERIFY(wholeTextSelected(dialog.passwordField()));
     QCOMPARE(dialog.focusWidget(), dialog.passwordField());
 }
 
 void PasswordDialogsTest::loginThirdFailureCancels()
 {
-    ScriptedMessageService messages;
-    CAdminLoginDlg dialog(messages);
-    dialog.setExpectedDigest(AdminPasswordStore::digest(Secret));
+    LoginFixture l;
+    auto &[messages, dialog] = l;
     QSignalSpy finished(&dialog, &QDialog::finished);
-    QVERIFY(showActive(&dialog));
+    QVERIFY(l.show());
     const QStringList attempts = { u"one"_s, u"two"_s, u"three"_s };
     for (const QString &attempt : attempts) {
         dialog.passwordField()->setText(attempt);
@@ -130,21 +153,21 @@ void PasswordDialogsTest::loginThirdFailureCancels()
     QCOMPARE(finished.count(), 1);
     QCOMPARE(finished.first().first().toInt(), int(QDialog::Rejected));
     QVERIFY(!dialog.isVisible());
-    QCOMPARE(messages.boxTexts(),
-        QStringList({ u"密码没有通过验证. 只能尝试 1/3 的输入机会"_s,
-            u"密码没有通过验证. 只能尝试 2/3 的输入机会"_s, u"密码验证没有通过程序将退出"_s }));
-    const MessageService::Box last = messages.boxes().last();
-    QCOMPARE(last.title, u"验证检查"_s);
-    QCOMPARE(last.icon, MessageService::Icon::Exclamation);
+    QStringList boxes;
+    for (const MessageService::Box &box : messages.boxes())
+        boxes << describe(box);
+    QCOMPARE(boxes,
+        QStringList({ Failure.arg(1), Failure.arg(2),
+            u"验证检查|密码验证没有通过程序将退出|%1"_s.arg(
+                int(MessageService::Icon::Exclamation)) }));
 }
 
 void PasswordDialogsTest::loginHundredCharacters()
 {
-    ScriptedMessageService messages;
-    CAdminLoginDlg dialog(messages);
     const QString hundred = QString(99, u'x') + u'Y';
-    dialog.setExpectedDigest(AdminPasswordStore::digest(hundred));
-    QVERIFY(showActive(&dialog));
+    LoginFixture l(hundred);
+    CAdminLoginDlg &dialog = l.dialog;
+    QVERIFY(l.show());
     QTest::keyClicks(dialog.passwordField(), hundred + u'Z');
     QCOMPARE(dialog.passwordField()->text(), hundred);
     QCOMPARE(dialog.passwordField()->echoMode(), QLineEdit::Password);
@@ -154,10 +177,9 @@ void PasswordDialogsTest::loginHundredCharacters()
 
 void PasswordDialogsTest::loginEnterConfirmsOncePerPress()
 {
-    ScriptedMessageService messages;
-    CAdminLoginDlg dialog(messages);
-    dialog.setExpectedDigest(AdminPasswordStore::digest(Secret));
-    QVERIFY(showActive(&dialog));
+    LoginFixture l;
+    auto &[messages, dialog] = l;
+    QVERIFY(l.show());
     QTest::keyClick(dialog.passwordField(), Qt::Key_Return);
     QCOMPARE(messages.boxes().size(), 1);
     QVERIFY(dialog.enterLatchSet());
@@ -175,11 +197,10 @@ void PasswordDialogsTest::loginEnterConfirmsOncePerPress()
 
 void PasswordDialogsTest::loginEscapeSwallowed()
 {
-    ScriptedMessageService messages;
-    CAdminLoginDlg dialog(messages);
-    dialog.setExpectedDigest(AdminPasswordStore::digest(Secret));
+    LoginFixture l;
+    auto &[messages, dialog] = l;
     QSignalSpy finished(&dialog, &QDialog::finished);
-    QVERIFY(showActive(&dialog));
+    QVERIFY(l.show());
     QTest::keyClick(dialog.passwordField(), Qt::Key_Escape);
     QTest::keyClick(&dialog, Qt::Key_Escape);
     dialog.findChild<QPushButton *>(u"control1103"_s)->setFocus();
@@ -196,13 +217,12 @@ void PasswordDialogsTest::setupOpening_data()
     QTest::addColumn<int>("state");
     QTest::addColumn<bool>("digest");
     QTest::addColumn<bool>("checked");
-    QTest::addColumn<bool>("existingEnabled");
-    QTest::addColumn<bool>("othersEnabled");
-    QTest::newRow("key cannot be opened") << false << -1 << false << false << true << true;
-    QTest::newRow("nothing stored") << true << -1 << false << true << false << false;
-    QTest::newRow("lock off with password") << true << 0 << true << true << false << false;
-    QTest::newRow("lock on with password") << true << 1 << true << false << true << true;
-    QTest::newRow("lock on without password") << true << 1 << false << false << false << true;
+    QTest::addColumn<QString>("enabled"); // existing, new, confirmation
+    QTest::newRow("key cannot be opened") << false << -1 << false << false << u"111"_s;
+    QTest::newRow("nothing stored") << true << -1 << false << true << u"000"_s;
+    QTest::newRow("lock off with password") << true << 0 << true << true << u"000"_s;
+    QTest::newRow("lock on with password") << true << 1 << true << false << u"111"_s;
+    QTest::newRow("lock on without password") << true << 1 << false << false << u"011"_s;
 }
 
 void PasswordDialogsTest::setupOpening()
@@ -211,16 +231,13 @@ void PasswordDialogsTest::setupOpening()
     QFETCH(int, state);
     QFETCH(bool, digest);
     QFETCH(bool, checked);
-    QFETCH(bool, existingEnabled);
-    QFETCH(bool, othersEnabled);
+    QFETCH(QString, enabled);
     SetupFixture f;
     if (key)
         f.store(state, digest ? AdminPasswordStore::digest(Secret) : QString());
     CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
     QCOMPARE(dialog.lockOffBox()->isChecked(), checked);
-    QCOMPARE(dialog.existingField()->isEnabled(), existingEnabled);
-    QCOMPARE(dialog.newField()->isEnabled(), othersEnabled);
-    QCOMPARE(dialog.confirmField()->isEnabled(), othersEnabled);
+    QCOMPARE(enabledFields(dialog), enabled);
     // Opening writes nothing.
     QCOMPARE(registryKeyExists(f.dir.hives(), RegistryRoot::LocalMachine, ConsoleKey), key);
     QCOMPARE(f.state(), state < 0 ? std::nullopt : std::optional<qint32>(state));
@@ -229,24 +246,18 @@ void PasswordDialogsTest::setupOpening()
 void PasswordDialogsTest::setupCheckBoxFlow()
 {
     SetupFixture f;
-    f.store(0, AdminPasswordStore::digest(Secret));
-    CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
-    QVERIFY(showActive(&dialog));
+    CAdmSetupPasswordDlg &dialog = f.open(0, AdminPasswordStore::digest(Secret));
     QVERIFY(dialog.lockOffBox()->isChecked());
     QTest::mouseClick(
         dialog.lockOffBox(), Qt::LeftButton, {}, QPoint(4, dialog.lockOffBox()->height() / 2));
     QVERIFY(!dialog.lockOffBox()->isChecked());
-    QVERIFY(dialog.existingField()->isEnabled());
-    QVERIFY(dialog.newField()->isEnabled());
-    QVERIFY(dialog.confirmField()->isEnabled());
+    QCOMPARE(enabledFields(dialog), u"111"_s);
     QCOMPARE(dialog.focusWidget(), dialog.existingField());
 
     QTest::mouseClick(
         dialog.lockOffBox(), Qt::LeftButton, {}, QPoint(4, dialog.lockOffBox()->height() / 2));
     QVERIFY(dialog.lockOffBox()->isChecked());
-    QVERIFY(!dialog.existingField()->isEnabled());
-    QVERIFY(!dialog.newField()->isEnabled());
-    QVERIFY(!dialog.confirmField()->isEnabled());
+    QCOMPARE(enabledFields(dialog), u"000"_s);
     // Clicking writes nothing; only the confirm button does.
     QCOMPARE(f.state(), std::optional<qint32>(0));
 }
@@ -254,51 +265,32 @@ void PasswordDialogsTest::setupCheckBoxFlow()
 void PasswordDialogsTest::setupCheckBoxFlowWithoutPassword()
 {
     SetupFixture f;
-    f.store(0, QString());
-    CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
-    QVERIFY(showActive(&dialog));
+    CAdmSetupPasswordDlg &dialog = f.open(0, QString());
     dialog.lockOffBox()->click();
     QVERIFY(!dialog.lockOffBox()->isChecked());
-    QVERIFY(!dialog.existingField()->isEnabled());
-    QVERIFY(dialog.newField()->isEnabled());
-    QVERIFY(dialog.confirmField()->isEnabled());
+    QCOMPARE(enabledFields(dialog), u"011"_s);
     QCOMPARE(dialog.focusWidget(), dialog.newField());
 }
 
-void PasswordDialogsTest::setupLockOffKeepsDigest()
+// Switched off, whatever is typed is not looked at; switched on again with
+// empty fields, the old password locks the console again at the next start.
+void PasswordDialogsTest::setupLockSwitchKeepsDigest()
 {
-    SetupFixture f;
     const QString digest = AdminPasswordStore::digest(Secret);
-    f.store(1, digest);
-    CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
-    QVERIFY(showActive(&dialog));
-    dialog.lockOffBox()->click();
-    // Whatever is typed is not looked at while the lock is switched off.
-    dialog.newField()->setText(u"ignored"_s);
-    dialog.confirm();
-    QCOMPARE(dialog.result(), int(QDialog::Accepted));
-    QCOMPARE(f.state(), std::optional<qint32>(0));
-    QCOMPARE(f.digest(), std::optional<QString>(digest));
-    QVERIFY(f.messages.boxes().isEmpty());
-}
-
-void PasswordDialogsTest::setupLockOnAgainWithEmptyFields()
-{
-    SetupFixture f;
-    const QString digest = AdminPasswordStore::digest(Secret);
-    f.store(0, digest);
-    CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
-    QVERIFY(showActive(&dialog));
-    dialog.lockOffBox()->click();
-    dialog.confirm();
-    QCOMPARE(dialog.result(), int(QDialog::Accepted));
-    QCOMPARE(f.state(), std::optional<qint32>(1));
-    QCOMPARE(f.digest(), std::optional<QString>(digest));
-    QVERIFY(f.messages.boxes().isEmpty());
-    // The old password locks the console again at the next start.
-    QString expected;
-    QVERIFY(AdminPasswordStore(f.dir.hives()).promptNeeded(&expected));
-    QCOMPARE(expected, digest);
+    for (const int state : { 1, 0 }) {
+        SetupFixture f;
+        CAdmSetupPasswordDlg &dialog = f.open(state, digest);
+        dialog.lockOffBox()->click();
+        dialog.newField()->setText(state == 1 ? u"ignored"_s : QString());
+        dialog.confirm();
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+        QCOMPARE(f.state(), std::optional<qint32>(1 - state));
+        QCOMPARE(f.digest(), std::optional<QString>(digest));
+        QVERIFY(f.messages.boxes().isEmpty());
+        QString expected;
+        QCOMPARE(AdminPasswordStore(f.dir.hives()).promptNeeded(&expected), state == 0);
+        QCOMPARE(expected, state == 0 ? digest : QString());
+    }
 }
 
 void PasswordDialogsTest::setupChangeRefusals()
@@ -326,11 +318,9 @@ void PasswordDialogsTest::setupChangeRefusals()
             &CAdmSetupPasswordDlg::newField, true },
     };
     for (const Case &c : cases) {
-        SetupFixture f;
         const QString digest = AdminPasswordStore::digest(Secret).toUpper();
-        f.store(0, digest);
-        CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
-        QVERIFY(showActive(&dialog));
+        SetupFixture f;
+        CAdmSetupPasswordDlg &dialog = f.open(0, digest);
         dialog.lockOffBox()->click();
         dialog.existingField()->setText(c.existing);
         dialog.newField()->setText(c.fresh);
@@ -340,11 +330,9 @@ void PasswordDialogsTest::setupChangeRefusals()
 
         QVERIFY2(dialog.isVisible(), qPrintable(c.text));
         QCOMPARE(f.messages.boxes().size(), 1);
-        const MessageService::Box box = f.messages.boxes().first();
-        QCOMPARE(box.text, c.text);
-        QCOMPARE(box.title, c.title);
-        QCOMPARE(box.icon, MessageService::Icon::Exclamation);
-        QCOMPARE(box.parent, &dialog);
+        QCOMPARE(describe(f.messages.boxes().first()),
+            u"%1|%2|%3"_s.arg(c.title, c.text).arg(int(MessageService::Icon::Exclamation)));
+        QCOMPARE(f.messages.boxes().first().parent, &dialog);
         QLineEdit *focused = (dialog.*c.focus)();
         QCOMPARE(dialog.focusWidget(), focused);
         QCOMPARE(wholeTextSelected(focused), c.selected);
@@ -357,9 +345,7 @@ void PasswordDialogsTest::setupChangeRefusals()
 void PasswordDialogsTest::setupChangePassword()
 {
     SetupFixture f;
-    f.store(1, AdminPasswordStore::digest(Secret).toUpper());
-    CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
-    QVERIFY(showActive(&dialog));
+    CAdmSetupPasswordDlg &dialog = f.open(1, AdminPasswordStore::digest(Secret).toUpper());
     QTest::keyClicks(dialog.existingField(), Secret);
     QTest::keyClicks(dialog.newField(), u"Neu-2"_s);
     QTest::keyClicks(dialog.confirmField(), u"Neu-2"_s);
@@ -374,30 +360,30 @@ void PasswordDialogsTest::setupChangePassword()
 
 void PasswordDialogsTest::setupFirstPassword()
 {
-    const QList<QPair<QPair<QString, QString>, QString>> refusals = {
-        { { QString(), u"a"_s }, u"输入的新的密码不存在"_s },
-        { { u"a"_s, QString() }, u"输入的新的确认密码不存在"_s },
+    struct Refusal
+    {
+        QString fresh, confirmation, text;
+        bool focusOnNew;
     };
-    for (const auto &refusal : refusals) {
+    // Without a password yet, a mismatch selects the new text but focuses the confirmation.
+    for (const Refusal &r : { Refusal { QString(), u"a"_s, u"输入的新的密码不存在"_s, true },
+             Refusal { u"a"_s, QString(), u"输入的新的确认密码不存在"_s, false },
+             Refusal { u"abc"_s, u"abd"_s, u"输入的新的密码和确认密码不同"_s, false } }) {
         SetupFixture f;
-        f.store(1, QString());
-        CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
-        QVERIFY(showActive(&dialog));
-        dialog.newField()->setText(refusal.first.first);
-        dialog.confirmField()->setText(refusal.first.second);
+        CAdmSetupPasswordDlg &dialog = f.open(1, QString());
+        dialog.newField()->setText(r.fresh);
+        dialog.confirmField()->setText(r.confirmation);
         dialog.confirm();
-        QCOMPARE(f.messages.boxTexts(), QStringList({ refusal.second }));
+        QCOMPARE(f.messages.boxTexts(), QStringList({ r.text }));
         QCOMPARE(f.messages.boxes().first().title, u"检查验证密码"_s);
-        QCOMPARE(dialog.focusWidget(),
-            refusal.first.first.isEmpty() ? dialog.newField() : dialog.confirmField());
+        QCOMPARE(dialog.focusWidget(), r.focusOnNew ? dialog.newField() : dialog.confirmField());
+        QCOMPARE(wholeTextSelected(dialog.newField()), r.confirmation == u"abd"_s);
         QVERIFY(dialog.isVisible());
         QCOMPARE(f.digest(), std::nullopt);
     }
 
     SetupFixture f;
-    f.store(1, QString());
-    CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
-    QVERIFY(showActive(&dialog));
+    CAdmSetupPasswordDlg &dialog = f.open(1, QString());
     dialog.newField()->setText(u"密码"_s);
     dialog.confirmField()->setText(u"密码"_s);
     dialog.confirm();
@@ -405,29 +391,10 @@ void PasswordDialogsTest::setupFirstPassword()
     QCOMPARE(f.digest(), std::optional<QString>(u"d2293e30f0c964c5f6242486aa8a483c"_s));
 }
 
-void PasswordDialogsTest::setupFirstPasswordMismatchFocus()
-{
-    SetupFixture f;
-    f.store(1, QString());
-    CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
-    QVERIFY(showActive(&dialog));
-    QTest::keyClicks(dialog.newField(), u"abc"_s);
-    QTest::keyClicks(dialog.confirmField(), u"abd"_s);
-    dialog.newField()->setFocus();
-    QTest::keyClick(dialog.newField(), Qt::Key_Return);
-    QCOMPARE(f.messages.boxTexts(), QStringList({ u"输入的新的密码和确认密码不同"_s }));
-    // Without a password yet, the new text is selected but the focus goes to the confirmation.
-    QCOMPARE(dialog.focusWidget(), dialog.confirmField());
-    QVERIFY(wholeTextSelected(dialog.newField()));
-    QVERIFY(dialog.isVisible());
-}
-
 void PasswordDialogsTest::setupHundredCharacters()
 {
     SetupFixture f;
-    f.store(1, QString());
-    CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
-    QVERIFY(showActive(&dialog));
+    CAdmSetupPasswordDlg &dialog = f.open(1, QString());
     const QString hundred = QString(100, u'k');
     QTest::keyClicks(dialog.newField(), hundred + u'k');
     QTest::keyClicks(dialog.confirmField(), hundred + u"kk"_s);
@@ -443,8 +410,7 @@ void PasswordDialogsTest::setupHundredCharacters()
 void PasswordDialogsTest::setupWithoutKey()
 {
     SetupFixture f; // the console key was never created
-    CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
-    QVERIFY(showActive(&dialog));
+    CAdmSetupPasswordDlg &dialog = f.open(-1, QString());
     dialog.newField()->setText(u"abc"_s);
     dialog.confirmField()->setText(u"abc"_s);
     dialog.confirm();
@@ -457,10 +423,8 @@ void PasswordDialogsTest::setupWithoutKey()
 void PasswordDialogsTest::setupEnterAndEscape()
 {
     SetupFixture f;
-    f.store(1, QString());
-    CAdmSetupPasswordDlg dialog(f.dir.hives(), f.messages);
+    CAdmSetupPasswordDlg &dialog = f.open(1, QString());
     QSignalSpy finished(&dialog, &QDialog::finished);
-    QVERIFY(showActive(&dialog));
     for (QWidget *target :
         std::initializer_list<QWidget *> { dialog.newField(), dialog.lockOffBox(), &dialog })
         QTest::keyClick(target, Qt::Key_Escape);

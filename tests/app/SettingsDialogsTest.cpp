@@ -95,6 +95,47 @@ QString ini(const TempServerDir &dir, const QString &section, const QString &key
     return ProfileFile(dir.iniPath()).readString(section, key, u"<absent>"_s, 6000);
 }
 
+QStringList inis(const TempServerDir &dir, const QString &section, const QStringList &keys)
+{
+    QStringList out;
+    for (const QString &key : keys)
+        out << key + u'=' + ini(dir, section, key);
+    return out;
+}
+
+// "name=value" per value of a machine key: numbers bare, strings quoted, "-"
+// when absent, so that one comparison shows the type as well.
+QStringList stored(RegistryHives &hives, const QString &key, const QStringList &names)
+{
+    const auto root = RegistryRoot::LocalMachine;
+    QStringList out;
+    for (const QString &name : names) {
+        if (const auto number = registryNumber(hives, root, key, name))
+            out << u"%1=%2"_s.arg(name).arg(*number);
+        else if (const auto text = registryString(hives, root, key, name))
+            out << u"%1=\"%2\""_s.arg(name, *text);
+        else
+            out << name + u"=-"_s;
+    }
+    return out;
+}
+
+// The texts of the named line edits.
+QStringList texts(QWidget *parent, const QStringList &names)
+{
+    QStringList out;
+    for (const QString &name : names)
+        out << child<QLineEdit>(parent, name)->text();
+    return out;
+}
+
+const QStringList Box = { u"Home Directory"_s, u"Custom PASV min port"_s, u"Custom PASV max port"_s,
+    u"Custom PASV IP"_s };
+const QStringList BoxFields
+    = { u"homeDirectoryEdit"_s, u"minPortEdit"_s, u"maxPortEdit"_s, u"pasvIpEdit"_s };
+const QStringList Log
+    = { u"LogPath"_s, u"DeleteLogAfterDuration"_s, u"KeepingDuration"_s, u"LogEnable"_s };
+
 // The edit dialogs are modal; the tests answer them through the runner hook.
 auto answerFileServer(const QString &address, bool use)
 {
@@ -120,7 +161,6 @@ private Q_SLOTS:
     void fileServerFirstOpening();
     void fileServerEditRemoveSave();
     void fileServerBadStoredValues();
-    void fileServerRefusesNonInteger();
     void siteListMigratesAndSaves();
     void siteListLimitAndEditRefusals();
     void captionBarThroughMenu();
@@ -163,19 +203,16 @@ void SettingsDialogsTest::fileServerFirstOpening()
         SessionServerList(hives, f.dir.iniPath()), f.messages, [] { return u"192.168.7.20"_s; });
     QCOMPARE(dialog.windowTitle(), u"文件服务设置"_s);
     // The default entry is written at once.
-    QCOMPARE(registryString(hives, RegistryRoot::LocalMachine, SessionKey, u"SessionD_0_Address"_s),
-        u"192.168.7.20"_s);
-    QCOMPARE(
-        registryNumber(hives, RegistryRoot::LocalMachine, SessionKey, u"SessionD_0_Port"_s), 55056);
-    QCOMPARE(
-        registryNumber(hives, RegistryRoot::LocalMachine, SessionKey, u"SessionD_0_Enable"_s), 1);
-    QCOMPARE(registryNumber(hives, RegistryRoot::LocalMachine, SessionKey, u"SessionDCount"_s), 1);
-    QCOMPARE(
-        registryNumber(hives, RegistryRoot::LocalMachine, SessionKey, u"SessionDChanged"_s), 1);
+    const QStringList names = { u"SessionD_0_Address"_s, u"SessionD_0_Port"_s,
+        u"SessionD_0_Enable"_s, u"SessionDCount"_s, u"SessionDChanged"_s, u"SessionD_1_Address"_s };
+    const QStringList defaults = { u"SessionD_0_Address=\"192.168.7.20\""_s,
+        u"SessionD_0_Port=55056"_s, u"SessionD_0_Enable=1"_s, u"SessionDCount=1"_s,
+        u"SessionDChanged=1"_s, u"SessionD_1_Address=-"_s };
+    QCOMPARE(stored(hives, SessionKey, names), defaults);
     QTreeWidget *list = dialog.serverList();
-    QCOMPARE(list->headerItem()->text(0), u"IP 地址"_s);
-    QCOMPARE(list->headerItem()->text(1), u"Port 端口"_s);
-    QCOMPARE(list->headerItem()->text(2), u"是否使用"_s);
+    QCOMPARE(QStringList({ list->headerItem()->text(0), list->headerItem()->text(1),
+                 list->headerItem()->text(2) }),
+        QStringList({ u"IP 地址"_s, u"Port 端口"_s, u"是否使用"_s }));
     QCOMPARE(list->columnWidth(1), 0);
     QCOMPARE(rowTexts(list), QStringList({ u"192.168.7.20|55056|使用者"_s }));
     QCOMPARE(child<QLineEdit>(&dialog, u"keepingEdit"_s)->text(), u"0"_s);
@@ -186,10 +223,14 @@ void SettingsDialogsTest::fileServerFirstOpening()
     dialog.setEditDialogRunner(answerFileServer(u"10.9.8.7"_s, true));
     click(&dialog, u"addButton"_s);
     QCOMPARE(list->topLevelItemCount(), 2);
+    // A size that is no integer is refused, and the dialog stays.
+    click(&dialog, u"sizeCheck"_s);
+    type(&dialog, u"sizeEdit"_s, u"abc"_s);
+    click(&dialog, u"okButton"_s);
+    QCOMPARE(f.messages.boxTexts(), QStringList({ u"请输入一个整数。"_s }));
+    QCOMPARE(dialog.result(), int(QDialog::Rejected));
     click(&dialog, u"cancelButton"_s);
-    QCOMPARE(registryNumber(hives, RegistryRoot::LocalMachine, SessionKey, u"SessionDCount"_s), 1);
-    QVERIFY(
-        !registryString(hives, RegistryRoot::LocalMachine, SessionKey, u"SessionD_1_Address"_s));
+    QCOMPARE(stored(hives, SessionKey, names), defaults);
     QCOMPARE(ini(f.dir, u"ServerInfo"_s, u"FileTransMaxSize"_s), u"<absent>"_s);
 }
 
@@ -198,10 +239,10 @@ void SettingsDialogsTest::fileServerEditRemoveSave()
     FrameFixture f;
     RegistryHives &hives = f.dir.hives();
     const auto root = RegistryRoot::LocalMachine;
-    const QStringList stored = { u"010.001.002.003"_s, u" 10.0.0.9"_s, u"not an address"_s };
-    for (int i = 0; i < stored.size(); ++i) {
-        QVERIFY(
-            setRegistryString(hives, root, SessionKey, u"SessionD_%1_Address"_s.arg(i), stored[i]));
+    const QStringList entries = { u"010.001.002.003"_s, u" 10.0.0.9"_s, u"not an address"_s };
+    for (int i = 0; i < entries.size(); ++i) {
+        QVERIFY(setRegistryString(
+            hives, root, SessionKey, u"SessionD_%1_Address"_s.arg(i), entries[i]));
         QVERIFY(setRegistryNumber(hives, root, SessionKey, u"SessionD_%1_Port"_s.arg(i), 1234));
         QVERIFY(setRegistryNumber(hives, root, SessionKey, u"SessionD_%1_Enable"_s.arg(i), i % 2));
     }
@@ -216,9 +257,9 @@ void SettingsDialogsTest::fileServerEditRemoveSave()
     QCOMPARE(rowTexts(list),
         QStringList({ u"10.1.2.3|55056|内部使用"_s, u"10.0.0.9|55056|使用者"_s,
             u"255.255.255.255|55056|内部使用"_s }));
-    QCOMPARE(child<QLineEdit>(&dialog, u"keepingEdit"_s)->text(), u"7"_s);
+    QCOMPARE(
+        texts(&dialog, { u"keepingEdit"_s, u"sizeEdit"_s }), QStringList({ u"7"_s, u"100"_s }));
     QVERIFY(child<QCheckBox>(&dialog, u"sizeCheck"_s)->isChecked());
-    QCOMPARE(child<QLineEdit>(&dialog, u"sizeEdit"_s)->text(), u"100"_s);
 
     // Remove rows 0 and 2, edit the one left, add one.
     list->topLevelItem(0)->setSelected(true);
@@ -251,17 +292,17 @@ void SettingsDialogsTest::fileServerEditRemoveSave()
     click(&dialog, u"okButton"_s);
     QCOMPARE(dialog.result(), int(QDialog::Accepted));
 
-    QCOMPARE(registryNumber(hives, root, SessionKey, u"SessionDCount"_s), 2);
-    QCOMPARE(registryNumber(hives, root, SessionKey, u"SessionDChanged"_s), 1);
-    QCOMPARE(registryString(hives, root, SessionKey, u"SessionD_0_Address"_s), u"10.0.0.10"_s);
-    QCOMPARE(registryNumber(hives, root, SessionKey, u"SessionD_0_Port"_s), 55056);
-    QCOMPARE(registryNumber(hives, root, SessionKey, u"SessionD_0_Enable"_s), 0);
-    QCOMPARE(registryString(hives, root, SessionKey, u"SessionD_1_Address"_s), u"0.0.0.0"_s);
-    QCOMPARE(registryNumber(hives, root, SessionKey, u"SessionD_1_Port"_s), 55056);
     // The entry beyond the count stays as it was.
-    QCOMPARE(registryString(hives, root, SessionKey, u"SessionD_2_Address"_s), u"not an address"_s);
-    QCOMPARE(registryNumber(hives, root, SessionKey, u"SessionD_2_Port"_s), 1234);
-    QCOMPARE(registryNumber(hives, root, FolderKey, u"KeepingDuration"_s), 30);
+    QCOMPARE(stored(hives, SessionKey,
+                 { u"SessionDCount"_s, u"SessionDChanged"_s, u"SessionD_0_Address"_s,
+                     u"SessionD_0_Port"_s, u"SessionD_0_Enable"_s, u"SessionD_1_Address"_s,
+                     u"SessionD_1_Port"_s, u"SessionD_2_Address"_s, u"SessionD_2_Port"_s })
+            + stored(hives, FolderKey, { u"KeepingDuration"_s }),
+        QStringList({ u"SessionDCount=2"_s, u"SessionDChanged=1"_s,
+            u"SessionD_0_Address=\"10.0.0.10\""_s, u"SessionD_0_Port=55056"_s,
+            u"SessionD_0_Enable=0"_s, u"SessionD_1_Address=\"0.0.0.0\""_s,
+            u"SessionD_1_Port=55056"_s, u"SessionD_2_Address=\"not an address\""_s,
+            u"SessionD_2_Port=1234"_s, u"KeepingDuration=30"_s }));
     QCOMPARE(ini(f.dir, u"ServerInfo"_s, u"FileTransMaxSize"_s), u"0"_s);
     QVERIFY(f.messages.boxes().isEmpty());
 }
@@ -280,8 +321,8 @@ void SettingsDialogsTest::fileServerBadStoredValues()
         QCOMPARE(dialog.serverList()->topLevelItemCount(), 0);
         click(&dialog, u"cancelButton"_s);
     }
-    QCOMPARE(registryString(hives, root, SessionKey, u"SessionDCount"_s), u"2"_s);
-    QCOMPARE(registryString(hives, root, SessionKey, u"SessionD_0_Address"_s), u"10.1.1.1"_s);
+    QCOMPARE(stored(hives, SessionKey, { u"SessionDCount"_s, u"SessionD_0_Address"_s }),
+        QStringList({ u"SessionDCount=\"2\""_s, u"SessionD_0_Address=\"10.1.1.1\""_s }));
 
     // A stored entry missing its port reads as empty (and is kept in the list);
     // an ini with garbage lines still gives its size.
@@ -302,19 +343,6 @@ void SettingsDialogsTest::fileServerBadStoredValues()
     QVERIFY(!registryKeyExists(hives, root, FolderKey));
     QVERIFY(f.dir.readFile(u"Serverinfo.ini"_s).startsWith("garbage without equals\r\n"));
     QCOMPARE(ini(f.dir, u"ServerInfo"_s, u"FileTransMaxSize"_s), u"12"_s);
-}
-
-void SettingsDialogsTest::fileServerRefusesNonInteger()
-{
-    FrameFixture f;
-    CSetupFileServerDlg dialog(SessionServerList(f.dir.hives(), f.dir.iniPath()), f.messages,
-        [] { return u"10.0.0.1"_s; });
-    click(&dialog, u"sizeCheck"_s);
-    type(&dialog, u"sizeEdit"_s, u"abc"_s);
-    click(&dialog, u"okButton"_s);
-    QCOMPARE(f.messages.boxTexts(), QStringList({ u"请输入一个整数。"_s }));
-    QCOMPARE(dialog.result(), int(QDialog::Rejected));
-    QCOMPARE(ini(f.dir, u"ServerInfo"_s, u"FileTransMaxSize"_s), u"<absent>"_s);
 }
 
 void SettingsDialogsTest::siteListMigratesAndSaves()
@@ -446,12 +474,13 @@ void SettingsDialogsTest::captionBarThroughMenu()
         QCOMPARE(ini(f.dir, u"SettingInfo"_s, u"Version"_s), QString::number(round));
         QCOMPARE(listeners.drain(), QStringList({ u"55054"_s }));
     }
-    QCOMPARE(ini(f.dir, u"SettingInfo"_s, u"UserDefineIconPath"_s),
-        QDir::toNativeSeparators(f.dir.filePath(u"icons/fits.ico"_s)));
-    QCOMPARE(ini(f.dir, u"SettingInfo"_s, u"UserDefineLogoPath"_s), QString());
-    QCOMPARE(ini(f.dir, u"SettingInfo"_s, u"bDefaultIcon"_s), u"0"_s);
-    QCOMPARE(ini(f.dir, u"SettingInfo"_s, u"bDefaultLogo"_s), u"1"_s);
-    QCOMPARE(ini(f.dir, u"SettingInfo"_s, u"CaptionBarName"_s), QString(50, u'n'));
+    QCOMPARE(inis(f.dir, u"SettingInfo"_s,
+                 { u"UserDefineIconPath"_s, u"UserDefineLogoPath"_s, u"bDefaultIcon"_s,
+                     u"bDefaultLogo"_s, u"CaptionBarName"_s }),
+        QStringList({ u"UserDefineIconPath="_s
+                + QDir::toNativeSeparators(f.dir.filePath(u"icons/fits.ico"_s)),
+            u"UserDefineLogoPath="_s, u"bDefaultIcon=0"_s, u"bDefaultLogo=1"_s,
+            u"CaptionBarName="_s + QString(50, u'n') }));
     frame.close();
 }
 
@@ -467,9 +496,10 @@ void SettingsDialogsTest::mailSettings()
         click(&dialog, u"forcedMailCheck"_s);
         click(&dialog, u"okButton"_s);
     }
-    QCOMPARE(ini(f.dir, u"SettingInfo"_s, u"USESSO"_s), u"1"_s);
-    QCOMPARE(ini(f.dir, u"SettingInfo"_s, u"FORCEDMAILMODE"_s), u"1"_s);
-    QCOMPARE(ini(f.dir, u"SettingInfo"_s, u"SSOURL"_s), u"http://mail.x.cn/?id=%ID&pw=%PASS"_s);
+    const QStringList mail = { u"USESSO"_s, u"FORCEDMAILMODE"_s, u"SSOURL"_s };
+    QCOMPARE(inis(f.dir, u"SettingInfo"_s, mail),
+        QStringList({ u"USESSO=1"_s, u"FORCEDMAILMODE=1"_s,
+            u"SSOURL=http://mail.x.cn/?id=%ID&pw=%PASS"_s }));
     {
         // The default mode keeps whatever the field holds, unprefixed.
         CSetupMailDlg dialog(f.dir.iniPath());
@@ -478,32 +508,28 @@ void SettingsDialogsTest::mailSettings()
         type(&dialog, u"urlEdit"_s, u"HTTP://Upper.cn"_s);
         click(&dialog, u"okButton"_s);
     }
-    QCOMPARE(ini(f.dir, u"SettingInfo"_s, u"USESSO"_s), u"0"_s);
-    QCOMPARE(ini(f.dir, u"SettingInfo"_s, u"SSOURL"_s), u"HTTP://Upper.cn"_s);
+    QCOMPARE(inis(f.dir, u"SettingInfo"_s, mail),
+        QStringList({ u"USESSO=0"_s, u"FORCEDMAILMODE=1"_s, u"SSOURL=HTTP://Upper.cn"_s }));
 }
 
 void SettingsDialogsTest::velmarboxDefaultsOnOpening()
 {
     FrameFixture f;
     RegistryHives &hives = f.dir.hives();
-    const auto root = RegistryRoot::LocalMachine;
     const QString home = QDir::toNativeSeparators(f.dir.programDir() + u"/VelmarBox"_s);
     {
         CVelmarboxSettingDlg dialog(
             VelmarBoxSettings(hives, f.dir.programDir(), [] { return u"10.20.30.40"_s; }),
             f.messages);
         QCOMPARE(dialog.windowTitle(), u"VelmarBox 设置"_s);
-        QCOMPARE(child<QLineEdit>(&dialog, u"homeDirectoryEdit"_s)->text(), home);
-        QCOMPARE(child<QLineEdit>(&dialog, u"minPortEdit"_s)->text(), u"55100"_s);
-        QCOMPARE(child<QLineEdit>(&dialog, u"maxPortEdit"_s)->text(), u"55109"_s);
-        QCOMPARE(child<QLineEdit>(&dialog, u"pasvIpEdit"_s)->text(), u"10.20.30.40"_s);
+        QCOMPARE(texts(&dialog, BoxFields),
+            QStringList({ home, u"55100"_s, u"55109"_s, u"10.20.30.40"_s }));
         click(&dialog, u"cancelButton"_s);
     }
     // Written before anything was pressed, and kept by Cancel.
-    QCOMPARE(registryString(hives, root, BoxKey, u"Home Directory"_s), home);
-    QCOMPARE(registryNumber(hives, root, BoxKey, u"Custom PASV min port"_s), 55100);
-    QCOMPARE(registryNumber(hives, root, BoxKey, u"Custom PASV max port"_s), 55109);
-    QCOMPARE(registryString(hives, root, BoxKey, u"Custom PASV IP"_s), u"10.20.30.40"_s);
+    QCOMPARE(stored(hives, BoxKey, Box),
+        QStringList({ u"Home Directory=\"%1\""_s.arg(home), u"Custom PASV min port=55100"_s,
+            u"Custom PASV max port=55109"_s, u"Custom PASV IP=\"10.20.30.40\""_s }));
     QVERIFY(QFileInfo(f.dir.programDir() + u"/VelmarBox"_s).isDir());
 
     // A host without a resolvable address: an empty passive-mode address.
@@ -511,14 +537,14 @@ void SettingsDialogsTest::velmarboxDefaultsOnOpening()
     CVelmarboxSettingDlg dialog(
         VelmarBoxSettings(g.dir.hives(), g.dir.programDir(), [] { return QString(); }), g.messages);
     QCOMPARE(child<QLineEdit>(&dialog, u"pasvIpEdit"_s)->text(), QString());
-    QCOMPARE(registryString(g.dir.hives(), root, BoxKey, u"Custom PASV IP"_s), QString());
+    QCOMPARE(stored(g.dir.hives(), BoxKey, { u"Custom PASV IP"_s }),
+        QStringList { u"Custom PASV IP=\"\""_s });
 }
 
 void SettingsDialogsTest::velmarboxPortChecks()
 {
     FrameFixture f;
     RegistryHives &hives = f.dir.hives();
-    const auto root = RegistryRoot::LocalMachine;
     CVelmarboxSettingDlg dialog(
         VelmarBoxSettings(hives, f.dir.programDir(), [] { return u"10.0.0.1"_s; }), f.messages);
     type(&dialog, u"minPortEdit"_s, u"60000"_s);
@@ -533,17 +559,17 @@ void SettingsDialogsTest::velmarboxPortChecks()
         QStringList({ u"端口错误，请重新设置."_s, u"请输入一个介于 1024 和 65535 之间的整数。"_s,
             u"请输入一个介于 1024 和 65535 之间的整数。"_s }));
     QCOMPARE(dialog.result(), int(QDialog::Rejected));
-    QCOMPARE(registryNumber(hives, root, BoxKey, u"Custom PASV min port"_s), 55100);
+    QCOMPARE(stored(hives, BoxKey, { u"Custom PASV min port"_s }),
+        QStringList { u"Custom PASV min port=55100"_s });
 
     type(&dialog, u"maxPortEdit"_s, u"65535"_s);
     type(&dialog, u"homeDirectoryEdit"_s, u"/srv/box"_s);
     type(&dialog, u"pasvIpEdit"_s, u"203.0.113.9"_s);
     click(&dialog, u"okButton"_s);
     QCOMPARE(dialog.result(), int(QDialog::Accepted));
-    QCOMPARE(registryNumber(hives, root, BoxKey, u"Custom PASV min port"_s), 65000);
-    QCOMPARE(registryNumber(hives, root, BoxKey, u"Custom PASV max port"_s), 65535);
-    QCOMPARE(registryString(hives, root, BoxKey, u"Home Directory"_s), u"/srv/box"_s);
-    QCOMPARE(registryString(hives, root, BoxKey, u"Custom PASV IP"_s), u"203.0.113.9"_s);
+    QCOMPARE(stored(hives, BoxKey, Box),
+        QStringList({ u"Home Directory=\"/srv/box\""_s, u"Custom PASV min port=65000"_s,
+            u"Custom PASV max port=65535"_s, u"Custom PASV IP=\"203.0.113.9\""_s }));
     // The home folder is not created at OK.
     QVERIFY(!QFileInfo::exists(u"/srv/box"_s));
 }
@@ -578,24 +604,23 @@ void SettingsDialogsTest::velmarboxKeepsValuesOfWrongType()
         QCOMPARE(child<QLineEdit>(&dialog, u"minPortEdit"_s)->text(), u"55100"_s);
         click(&dialog, u"cancelButton"_s);
     }
-    QCOMPARE(registryString(hives, root, BoxKey, u"Custom PASV min port"_s), u"55200"_s);
-    QCOMPARE(registryNumber(hives, root, BoxKey, u"Home Directory"_s), 5);
     // The missing ones were filled in all the same.
-    QCOMPARE(registryNumber(hives, root, BoxKey, u"Custom PASV max port"_s), 55109);
+    QCOMPARE(stored(hives, BoxKey, Box).mid(0, 3),
+        QStringList({ u"Home Directory=5"_s, u"Custom PASV min port=\"55200\""_s,
+            u"Custom PASV max port=55109"_s }));
 }
 
 void SettingsDialogsTest::logSettings()
 {
     FrameFixture f;
     RegistryHives &hives = f.dir.hives();
-    const auto root = RegistryRoot::LocalMachine;
     const QString shown = QDir::toNativeSeparators(f.dir.programDir() + u"/LogFiles"_s);
     {
         CLogManagerSettingDlg dialog(hives, f.dir.programDir());
         QCOMPARE(dialog.windowTitle(), u"日志 设置"_s);
-        QCOMPARE(child<QLineEdit>(&dialog, u"logPathEdit"_s)->text(), shown);
+        QCOMPARE(texts(&dialog, { u"logPathEdit"_s, u"keepingDaysEdit"_s }),
+            QStringList({ shown, u"0"_s }));
         QVERIFY(child<QCheckBox>(&dialog, u"deleteLogCheck"_s)->isChecked());
-        QCOMPARE(child<QLineEdit>(&dialog, u"keepingDaysEdit"_s)->text(), u"0"_s);
         QVERIFY(child<QLineEdit>(&dialog, u"keepingDaysEdit"_s)->isEnabled());
         QVERIFY(!child<QCheckBox>(&dialog, u"logEnableCheck"_s)->isChecked());
         QCOMPARE(child<QCheckBox>(&dialog, u"logEnableCheck"_s)->text(),
@@ -610,16 +635,15 @@ void SettingsDialogsTest::logSettings()
         click(&dialog, u"chooseFolderButton"_s);
         click(&dialog, u"okButton"_s);
     }
-    QCOMPARE(registryString(hives, root, LogKey, u"LogPath"_s), u"/var/log/velmar"_s);
-    QCOMPARE(registryNumber(hives, root, LogKey, u"DeleteLogAfterDuration"_s), 0);
-    QCOMPARE(registryNumber(hives, root, LogKey, u"KeepingDuration"_s), 30);
     // Checked is stored as 1, whatever the label says.
-    QCOMPARE(registryNumber(hives, root, LogKey, u"LogEnable"_s), 1);
+    QCOMPARE(stored(hives, LogKey, Log),
+        QStringList({ u"LogPath=\"/var/log/velmar\""_s, u"DeleteLogAfterDuration=0"_s,
+            u"KeepingDuration=30"_s, u"LogEnable=1"_s }));
 
     CLogManagerSettingDlg again(hives, f.dir.programDir());
-    QCOMPARE(child<QLineEdit>(&again, u"logPathEdit"_s)->text(), u"/var/log/velmar"_s);
+    QCOMPARE(texts(&again, { u"logPathEdit"_s, u"keepingDaysEdit"_s }),
+        QStringList({ u"/var/log/velmar"_s, u"30"_s }));
     QVERIFY(!child<QLineEdit>(&again, u"keepingDaysEdit"_s)->isEnabled());
-    QCOMPARE(child<QLineEdit>(&again, u"keepingDaysEdit"_s)->text(), u"30"_s);
     QVERIFY(child<QCheckBox>(&again, u"logEnableCheck"_s)->isChecked());
 }
 
@@ -633,21 +657,21 @@ void SettingsDialogsTest::logSettingsKeepStoredOnCancel()
     QVERIFY(setRegistryNumber(hives, root, LogKey, u"LogPath"_s, 3));
     {
         CLogManagerSettingDlg dialog(hives, f.dir.programDir());
-        QCOMPARE(child<QLineEdit>(&dialog, u"keepingDaysEdit"_s)->text(), u"0"_s);
-        QCOMPARE(child<QLineEdit>(&dialog, u"logPathEdit"_s)->text(),
-            QDir::toNativeSeparators(f.dir.programDir() + u"/LogFiles"_s));
+        QCOMPARE(texts(&dialog, { u"logPathEdit"_s, u"keepingDaysEdit"_s }),
+            QStringList({ QDir::toNativeSeparators(f.dir.programDir() + u"/LogFiles"_s), u"0"_s }));
         type(&dialog, u"keepingDaysEdit"_s, u"-5"_s);
         click(&dialog, u"cancelButton"_s);
     }
-    QCOMPARE(registryString(hives, root, LogKey, u"KeepingDuration"_s), u"14"_s);
-    QCOMPARE(registryNumber(hives, root, LogKey, u"LogPath"_s), 3);
+    QCOMPARE(stored(hives, LogKey, { u"LogPath"_s, u"KeepingDuration"_s }),
+        QStringList({ u"LogPath=3"_s, u"KeepingDuration=\"14\""_s }));
     {
         // OK stores what the fields hold, a negative count of days included.
         CLogManagerSettingDlg dialog(hives, f.dir.programDir());
         type(&dialog, u"keepingDaysEdit"_s, u"-5"_s);
         click(&dialog, u"okButton"_s);
     }
-    QCOMPARE(registryNumber(hives, root, LogKey, u"KeepingDuration"_s), -5);
+    QCOMPARE(
+        stored(hives, LogKey, { u"KeepingDuration"_s }), QStringList { u"KeepingDuration=-5"_s });
 }
 
 void SettingsDialogsTest::commandsOpenTheirDialogs()
@@ -721,10 +745,7 @@ void SettingsDialogsTest::lockedConsoleTouchesNothing()
     QFETCH(bool, cancel);
     FrameFixture f;
     QVERIFY(createSqliteDatabase(f.dir.databasePath()));
-    QVERIFY(setRegistryNumber(
-        f.dir.hives(), RegistryRoot::LocalMachine, ConsoleKey, u"AdmPasswordState"_s, 1));
-    QVERIFY(setRegistryString(f.dir.hives(), RegistryRoot::LocalMachine, ConsoleKey,
-        u"AdmPassword"_s, AdminPasswordStore::digest(u"Secret1"_s)));
+    QVERIFY(f.lock(AdminPasswordStore::digest(u"Secret1"_s)));
     const QByteArray database = f.dir.readFile(u"VelmarDB.mdb"_s);
     const QDateTime modified = QFileInfo(f.dir.databasePath()).lastModified();
 

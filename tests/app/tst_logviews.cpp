@@ -163,7 +163,6 @@ private Q_SLOTS:
     void systemViewListsTheDaemonsLines();
     void userViewListsRecordsPerReceiver();
     void userViewShowsTheRecordInFull();
-    void userViewOpensTheUploadFolder();
     void memberTreeNarrowsTheList();
     void newSearchReplacesTheRunningOne();
 };
@@ -371,20 +370,10 @@ void LogViewsTest::userViewShowsTheRecordInFull()
     QCOMPARE(view.filesList()->count(), 0);
     QVERIFY(!view.openButton()->isEnabled());
     QVERIFY(view.sessionId().isEmpty());
-}
 
-void LogViewsTest::userViewOpensTheUploadFolder()
-{
-    LogViewFixture fixture;
-    QVERIFY(fixture.writeLog(u"VelmarD/u2007100814.txt"_s, UserLog));
-    CLogManagerUserLogFormView view(fixture.context());
-    view.resize(1100, 700);
-    view.show();
-    QVERIFY(searchThrough(view, at(2007, 10, 8, 0, 0, 0), at(2007, 10, 8, 23, 0, 0)));
+    // The upload folder of the record's session; none yet: nothing is opened.
     selectRow(view.list(), 1);
     QVERIFY(view.openButton()->isEnabled());
-
-    // No such folder yet: nothing is opened.
     click(view.openButton());
     QVERIFY(fixture.openedFolders.isEmpty());
 

@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QMenu>
+#include <QPointer>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -57,11 +58,19 @@ QStringList organisation()
 
 bool LoadedFrame::open(QString *error)
 {
+    if (!fixture.dir.writeFile(u"Serverinfo.ini"_s, "[ServerInfo]\r\nDefaultPositionID=2\r\n")) {
+        *error = u"Serverinfo.ini"_s;
+        return false;
+    }
+    return open(organisation(), error);
+}
+
+bool LoadedFrame::open(const QStringList &statements, QString *error)
+{
     db = std::make_unique<TestDatabase>(
         TestDatabase::Backend::SqliteFile, fixture.dir.programDir());
     if (!db->isValid() || !db->writeConnectionString(fixture.dir.hives())
-        || !db->execAll(organisation())
-        || !fixture.dir.writeFile(u"Serverinfo.ini"_s, "[ServerInfo]\r\nDefaultPositionID=2\r\n")) {
+        || !db->execAll(statements)) {
         *error = db->errorString();
         return false;
     }
@@ -98,22 +107,23 @@ bool LoadedFrame::save()
     return !frame().document().isModified();
 }
 
-QStringList LoadedFrame::rows(const QString &sql)
-{
-    QStringList lines;
-    for (const QVariantList &row : db->rows(sql)) {
-        QStringList cells;
-        for (const QVariant &cell : row)
-            cells << (cell.isNull() ? u"NULL"_s : cell.toString());
-        lines << cells.join(u'|');
-    }
-    return lines;
-}
-
 void typeText(QWidget *widget, const QString &text)
 {
     for (const QChar ch : text)
         QTest::sendKeyEvent(QTest::Click, widget, Qt::Key_unknown, QString(ch), Qt::NoModifier);
+}
+
+void typeIntoCell(QAbstractItemView *grid, const QString &text)
+{
+    QTest::keyClicks(grid, text.left(1));
+    QPointer<QWidget> editor = QApplication::focusWidget();
+    QVERIFY(editor && editor != grid);
+    QTest::keyClicks(editor, text.mid(1));
+    QTest::keyClick(editor, Qt::Key_Return);
+    // The delegate commits on the next turn of the event loop; a new member's
+    // row takes the caret after that.
+    QTRY_VERIFY(editor.isNull() || !editor->isVisible());
+    QApplication::processEvents();
 }
 
 QMenu *openPopup(QAbstractItemView *view, const QPoint &pos)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AppTestSupport.h"
+#include "LoadedServer.h"
 #include "TestDatabase.h"
 
 #include <memory>
@@ -26,6 +27,8 @@ struct LoadedFrame
 
     // False with the reason in error when the database or the load failed.
     bool open(QString *error);
+    // The same on a database holding only these rows, without a Serverinfo.ini.
+    bool open(const QStringList &statements, QString *error);
     CMainFrame &frame() { return *fixture.frame; }
     ScriptedMessageService &messages() { return fixture.messages; }
     // The save command, as the menu runs it; true when nothing is left to save.
@@ -33,12 +36,16 @@ struct LoadedFrame
     // A new main window on the same folder, loaded (the console started again).
     bool reopen(QString *error);
     // Rows of a table as "a|b|c" lines.
-    QStringList rows(const QString &sql);
+    QStringList rows(const QString &sql) { return tableRows(*db, sql); }
 };
 
 // Types text into a widget key by key, each key carrying its character
 // (CJK included), as an input method hands them over.
 void typeText(QWidget *widget, const QString &text);
+// Types text into a grid's current cell as a person does: the first key
+// opens the editor, the others go to it, Enter ends the edit. Returns once
+// the delegate has committed and the grid has moved on.
+void typeIntoCell(QAbstractItemView *grid, const QString &text);
 // The pop-up a view opens for a right click at pos (viewport coordinates).
 QMenu *openPopup(QAbstractItemView *view, const QPoint &pos);
 // The texts of a menu's items, separators as "-".

