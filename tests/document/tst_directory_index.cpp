@@ -1,6 +1,7 @@
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
 #include "DirectoryTree.h"
+#include "DocumentFixture.h"
 #include "DocumentUndoStack.h"
 #include "ServerDataSet.h"
 
@@ -231,6 +232,9 @@ void TestDirectoryIndex::directoryIndexesFollowRandomEdits()
     DirectoryEditor &editor = document.editor();
     DocumentUndoStack &undo = *document.undoStack();
     using Step = DirectoryEditor::MoveStep;
+    // The whole document at each step of the journal: going back and forth
+    // must find it exactly as it was.
+    QList<QStringList> states { documentState(document) };
     int largest = 0;
     for (int step = 0; step < 1500; ++step) {
         const bool guest = random.bounded(3) == 0;
@@ -263,6 +267,7 @@ void TestDirectoryIndex::directoryIndexesFollowRandomEdits()
             // Back and forth through the journal: every index must follow.
             const int target = random.bounded(undo.count() + 1);
             undo.setIndex(target);
+            QCOMPARE(documentState(document), states.at(target));
         } else if (what < 106) {
             // A reload of the same content: every index is built anew.
             ServerDataSet set;
@@ -273,6 +278,10 @@ void TestDirectoryIndex::directoryIndexesFollowRandomEdits()
             document.markSaved();
         } else {
             document.adopt(ServerDataSet {}, CVelmarManagerDoc::LoadState::Complete);
+        }
+        if (what < 96 || what >= 104) {
+            states.resize(undo.count() + 1);
+            states[undo.index()] = documentState(document);
         }
         checkMembers(directory);
         // checkTree adds and takes out a membership, leaving the tree as it was.

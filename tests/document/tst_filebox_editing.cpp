@@ -122,13 +122,7 @@ void TestFileBoxEditing::removeFolderTakesItsRights()
     QCOMPARE(doc.fileBox().folders().size(), 1);
     QCOMPARE(rightsLines(doc), (QStringList { u"g 2 50 1"_s, u"m 2 1 2"_s }));
     QCOMPARE(doc.journal(), QStringList { u"删除文件夹 share\\docs"_s });
-    const QStringList after = documentState(doc);
-
-    doc.undoStack()->undo();
-    // Back in their places, not at the end.
-    QCOMPARE(documentState(doc), before);
-    doc.undoStack()->redo();
-    QCOMPARE(documentState(doc), after);
+    checkUndoRedo(doc, before);
 
     const EditResult missing = FileBoxEditor(doc).removeFolder(1);
     QVERIFY(!missing.ok());

@@ -269,11 +269,7 @@ void TestPermissionEditing::removePermissionsFreesPoolAndUndoes()
     QCOMPARE(holders(doc), (QList<qint32> { 0, 0, 0, 0, 0, 0 }));
     QVERIFY(doc.permissions().isModified());
     QCOMPARE(doc.journal().size(), 1);
-    const QStringList after = documentState(doc);
-    doc.undoStack()->undo();
-    QCOMPARE(documentState(doc), before);
-    doc.undoStack()->redo();
-    QCOMPARE(documentState(doc), after);
+    checkUndoRedo(doc, before);
 }
 
 void TestPermissionEditing::voipEditMovesPoolHolder()
@@ -347,12 +343,7 @@ void TestPermissionEditing::assignTelephonyServesUntilPoolRunsDry()
     QCOMPARE(flags(doc, 1), u"11111111"_s);
     QVERIFY(doc.permissions().isModified());
     QCOMPARE(doc.journal(), QStringList { u"自动分配电话号码"_s });
-    const QStringList after = documentState(doc);
-
-    doc.undoStack()->undo();
-    QCOMPARE(documentState(doc), before);
-    doc.undoStack()->redo();
-    QCOMPARE(documentState(doc), after);
+    checkUndoRedo(doc, before);
 
     // Nothing left to give: no step.
     const EditResult again = PermissionEditor(doc).assignTelephony();
