@@ -1,10 +1,9 @@
 #pragma once
 
+#include "CVelmarManagerDoc.h"
 #include "ServerDataSet.h"
 
 #include <QStringList>
-
-class CVelmarManagerDoc;
 
 // A working copy with something in every data set the editors change:
 //
@@ -20,6 +19,16 @@ class CVelmarManagerDoc;
 //
 // (99) is a membership of a member id the directory does not hold.
 ServerDataSet sampleServerData();
+
+// A document that has just loaded the sample (or the data given).
+class SampleDocument : public CVelmarManagerDoc
+{
+public:
+    explicit SampleDocument(ServerDataSet data = sampleServerData())
+    {
+        adopt(std::move(data), LoadState::Complete);
+    }
+};
 
 // The whole document as comparable lines: every member field and row icon,
 // both trees as their models show them (and whether the trees' indexes find
