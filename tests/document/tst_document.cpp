@@ -433,22 +433,19 @@ void TestDocument::cellEdits_data()
     QTest::addColumn<bool>("accepted");
     QTest::addColumn<QString>("refusal"); // empty: refused without a message
     QTest::addColumn<QString>("shown");
-    QTest::newRow("mobile of 14") << int(Column::MobileColumn) << QVariant(u"13900000000123"_s)
-                                  << false << u"已经超过13名."_s << u"13900000001"_s;
-    QTest::newRow("gender text") << int(Column::GenderColumn) << QVariant(u"女生"_s) << true
-                                 << QString() << u"女生"_s;
-    QTest::newRow("gender bool") << int(Column::GenderColumn) << QVariant(false) << true
-                                 << QString() << u"女生"_s;
-    QTest::newRow("gender free text")
-        << int(Column::GenderColumn) << QVariant(u"女"_s) << false << QString() << u"男生"_s;
-    QTest::newRow("admin") << int(Column::AdminColumn) << QVariant(u"否"_s) << true << QString()
-                           << u"否"_s;
-    QTest::newRow("solar") << int(Column::SolarColumn) << QVariant(u"阴历"_s) << true << QString()
-                           << u"阴历"_s;
-    QTest::newRow("public") << int(Column::PublicColumn) << QVariant(u"保密"_s) << true << QString()
-                            << u"保密"_s;
-    QTest::newRow("user id of a member")
-        << int(Column::LoginNameColumn) << QVariant(u"xyz"_s) << false << QString() << u"abc"_s;
+    const auto row = [](const char *name, int column, const QVariant &value, bool accepted,
+                         const QString &shown, const QString &refusal = {}) {
+        QTest::newRow(name) << column << value << accepted << refusal << shown;
+    };
+    row("mobile of 14", Column::MobileColumn, u"13900000000123"_s, false, u"13900000001"_s,
+        u"已经超过13名."_s);
+    row("gender text", Column::GenderColumn, u"女生"_s, true, u"女生"_s);
+    row("gender bool", Column::GenderColumn, false, true, u"女生"_s);
+    row("gender free text", Column::GenderColumn, u"女"_s, false, u"男生"_s);
+    row("admin", Column::AdminColumn, u"否"_s, true, u"否"_s);
+    row("solar", Column::SolarColumn, u"阴历"_s, true, u"阴历"_s);
+    row("public", Column::PublicColumn, u"保密"_s, true, u"保密"_s);
+    row("user id of a member", Column::LoginNameColumn, u"xyz"_s, false, u"abc"_s);
 }
 
 void TestDocument::cellEdits()
@@ -625,20 +622,20 @@ void TestDocument::movesAmongSiblings_data()
     QTest::addColumn<int>("step");
     QTest::addColumn<bool>("viaModel");
     QTest::addColumn<QStringList>("order"); // empty: refused
-    QTest::newRow("up") << 1 << int(Step::Up) << false
-                        << QStringList { u"M1"_s, u"G11"_s, u"M7"_s };
-    QTest::newRow("down, model") << 1 << int(Step::Down) << true
-                                 << QStringList { u"G11"_s, u"M7"_s, u"M1"_s };
-    QTest::newRow("first, model") << 7 << int(Step::First) << true
-                                  << QStringList { u"M7"_s, u"G11"_s, u"M1"_s };
-    QTest::newRow("last") << 0 << int(Step::Last) << false
-                          << QStringList { u"M1"_s, u"M7"_s, u"G11"_s };
-    QTest::newRow("last, model") << 0 << int(Step::Last) << true
-                                 << QStringList { u"M1"_s, u"M7"_s, u"G11"_s };
-    QTest::newRow("up from the top") << 0 << int(Step::Up) << false << QStringList();
-    QTest::newRow("first from the top") << 0 << int(Step::First) << false << QStringList();
-    QTest::newRow("down from the bottom") << 7 << int(Step::Down) << false << QStringList();
-    QTest::newRow("down from the bottom, model") << 7 << int(Step::Down) << true << QStringList();
+    const auto row
+        = [](const char *name, qint32 member, Step step, bool viaModel, const QString &order = {}) {
+              QTest::newRow(name) << member << int(step) << viaModel
+                                  << (order.isEmpty() ? QStringList() : order.split(u' '));
+          };
+    row("up", 1, Step::Up, false, u"M1 G11 M7"_s);
+    row("down, model", 1, Step::Down, true, u"G11 M7 M1"_s);
+    row("first, model", 7, Step::First, true, u"M7 G11 M1"_s);
+    row("last", 0, Step::Last, false, u"M1 M7 G11"_s);
+    row("last, model", 0, Step::Last, true, u"M1 M7 G11"_s);
+    row("up from the top", 0, Step::Up, false);
+    row("first from the top", 0, Step::First, false);
+    row("down from the bottom", 7, Step::Down, false);
+    row("down from the bottom, model", 7, Step::Down, true);
 }
 
 void TestDocument::movesAmongSiblings()

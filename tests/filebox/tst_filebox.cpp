@@ -11,8 +11,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace { } // namespace
-
 class TestFileBoxRights : public QObject
 {
     Q_OBJECT
@@ -42,16 +40,10 @@ void TestFileBoxRights::decode_data()
 {
     QTest::addColumn<QString>("stored");
     QTest::addColumn<int>("code");
-    QTest::newRow("W") << u"W"_s << 2;
-    QTest::newRow("w") << u"w"_s << 2;
-    QTest::newRow("R") << u"R"_s << 1;
-    QTest::newRow("r") << u"r"_s << 1;
-    QTest::newRow("X") << u"X"_s << 0;
-    QTest::newRow("empty") << QString() << 0;
-    QTest::newRow("two letters") << u"RW"_s << 0;
-    QTest::newRow("padded") << u"W "_s << 0;
-    QTest::newRow("digit") << u"2"_s << 0;
-    QTest::newRow("chinese") << u"读/写"_s << 0;
+    for (const auto &[stored, code] :
+        { std::pair { u"W"_s, 2 }, { u"w"_s, 2 }, { u"R"_s, 1 }, { u"r"_s, 1 }, { u"X"_s, 0 },
+            { QString(), 0 }, { u"RW"_s, 0 }, { u"W "_s, 0 }, { u"2"_s, 0 }, { u"读/写"_s, 0 } })
+        QTest::newRow(qPrintable(u'[' + stored + u']')) << stored << code;
 }
 
 void TestFileBoxRights::decode()
@@ -68,9 +60,8 @@ void TestFileBoxRights::encode_data()
     QTest::addColumn<QString>("shown");
     QTest::newRow("read/write") << 2 << u"W"_s << u"读/写"_s;
     QTest::newRow("read-only") << 1 << u"R"_s << u"只读"_s;
-    QTest::newRow("none") << 0 << u"X"_s << QString();
-    QTest::newRow("out of range") << 3 << u"X"_s << QString();
-    QTest::newRow("negative") << -1 << u"X"_s << QString();
+    for (const int code : { 0, 3, -1 }) // none, then out of range
+        QTest::newRow(qPrintable(QString::number(code))) << code << u"X"_s << QString();
 }
 
 void TestFileBoxRights::encode()
@@ -86,11 +77,12 @@ void TestFileBoxRights::storedPaths_data()
 {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("stored");
-    QTest::newRow("plain") << u"Share"_s << u"Share"_s;
-    QTest::newRow("nested") << u"Share\\Docs\\2007"_s << u"Share\\\\Docs\\\\2007"_s;
-    QTest::newRow("trailing") << u"Share\\"_s << u"Share\\\\"_s;
-    QTest::newRow("unc") << u"\\\\host\\share"_s << u"\\\\\\\\host\\\\share"_s;
-    QTest::newRow("slashes untouched") << u"a/b"_s << u"a/b"_s;
+    // Backslashes doubled, slashes untouched.
+    for (const auto &[path, stored] : { std::pair { u"Share"_s, u"Share"_s },
+             { u"Share\\Docs\\2007"_s, u"Share\\\\Docs\\\\2007"_s },
+             { u"Share\\"_s, u"Share\\\\"_s }, { u"\\\\host\\share"_s, u"\\\\\\\\host\\\\share"_s },
+             { u"a/b"_s, u"a/b"_s } })
+        QTest::newRow(qPrintable(path)) << path << stored;
 }
 
 void TestFileBoxRights::storedPaths()

@@ -190,17 +190,14 @@ void TestNotices::dates_data()
     QTest::addColumn<QString>("stored");
     QTest::addColumn<QString>("shown");
     QTest::addColumn<bool>("isEndDate");
-
     QTest::newRow("written") << u"2007-10-08 12:00:00"_s << u"2007/10/08 12:00:00"_s << false;
     QTest::newRow("written without dashes") << u"20071008"_s << u"20071008"_s << false;
-    QTest::newRow("end date") << u"20071231"_s << u"2007/12/31"_s << true;
-    QTest::newRow("no end date") << QString() << QString() << true;
-    QTest::newRow("year and month") << u"200712"_s << u"2007/12"_s << true;
-    QTest::newRow("five digits") << u"20071"_s << u"2007/1"_s << true;
-    QTest::newRow("year only") << u"2007"_s << u"2007"_s << true;
-    QTest::newRow("one character") << u"7"_s << u"7"_s << true;
-    QTest::newRow("seven digits") << u"2007123"_s << u"2007/12/3"_s << true;
-    QTest::newRow("longer") << u"2007123199"_s << u"2007/12/3199"_s << true;
+    // End dates: slashes after the year and the month, whatever the length.
+    for (const auto &[stored, shown] : { std::pair { u"20071231"_s, u"2007/12/31"_s },
+             { QString(), QString() }, { u"200712"_s, u"2007/12"_s }, { u"20071"_s, u"2007/1"_s },
+             { u"2007"_s, u"2007"_s }, { u"7"_s, u"7"_s }, { u"2007123"_s, u"2007/12/3"_s },
+             { u"2007123199"_s, u"2007/12/3199"_s } })
+        QTest::newRow(qPrintable(u"end "_s + stored)) << stored << shown << true;
 }
 
 void TestNotices::dates()
