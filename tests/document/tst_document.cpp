@@ -179,7 +179,6 @@ void refuse(const EditResult &result, const QString &text)
     QCOMPARE(result.refusal->text, text);
 }
 
-// Every operation, each through the editor or through the generic model API.
 struct Operation
 {
     const char *name;
@@ -192,86 +191,58 @@ bool dropOn(GroupTreeModel *tree, QMimeData *data, const QModelIndex &target)
     return owned && tree->dropMimeData(owned.get(), Qt::MoveAction, -1, 0, target);
 }
 
+// Every operation, each through the editor or through the generic model API.
+// clang-format off
+#define OPERATION(name, ...) Operation { name, [](Doc &d) { return bool(__VA_ARGS__); } }
+// clang-format on
+
 const QList<Operation> &operations()
 {
     static const QList<Operation> ops {
-        { "add member", [](Doc &d) { return d.ed().addMember(false, u"newbie"_s).ok(); } },
-        { "add guest member in the blank row",
-            [](Doc &d) {
-                return d.members(true)->setData(d.members(true)->index(2, 0), u"访客"_s);
-            } },
-        { "edit a name",
-            [](Doc &d) {
-                return d.members()->setData(
-                    d.members()->index(0, Column::DisplayNameColumn), u"李四"_s);
-            } },
-        { "edit a gender",
-            [](Doc &d) {
-                return d.ed().setMemberCell(false, 1, Column::GenderColumn, u"男生"_s).ok();
-            } },
-        { "delete a member with everything of his",
-            [](Doc &d) { return d.ed().deleteMembers(false, { 0 }).ok(); } },
-        { "delete three members", [](Doc &d) { return d.members()->removeRows(0, 3); } },
-        { "delete a guest member",
-            [](Doc &d) {
-                return d.ed().deleteMembers(true, { 1, 0 }).ok();
-            } },
-        { "add a group",
-            [](Doc &d) { return d.ed().addGroup(false, d.group(10), u"新 类别"_s).ok(); } },
-        { "add a guest group",
-            [](Doc &d) { return d.ed().addGroup(true, d.root(true), u"新 类别"_s).ok(); } },
-        { "rename a group",
-            [](Doc &d) { return d.tree()->setData(d.at(d.group(12)), u"销售部"_s); } },
-        { "delete a group with its sub-groups",
-            [](Doc &d) { return d.ed().deleteNode(false, d.group(10)).ok(); } },
-        { "delete two groups",
-            [](Doc &d) { return d.tree()->removeRows(0, 2, d.tree()->rootIndex()); } },
-        { "delete a membership",
-            [](Doc &d) { return d.ed().deleteNode(true, d.membership(5, 20, true)).ok(); } },
-        { "move up",
-            [](Doc &d) { return d.ed().moveNode(false, d.membership(1, 10), Step::Up).ok(); } },
-        { "move to last",
-            [](Doc &d) { return d.ed().moveNode(false, d.group(11), Step::Last).ok(); } },
-        { "move a group into another",
-            [](Doc &d) {
-                return d.tree()->moveRows(d.tree()->rootIndex(), 1, 1, d.at(d.group(11)), 1);
-            } },
-        { "move a membership by dropping its node",
-            [](Doc &d) {
-                return dropOn(
-                    d.tree(), d.tree()->mimeData({ d.at(d.membership(1, 12)) }), d.at(d.group(11)));
-            } },
-        { "place members",
-            [](Doc &d) {
-                return d.ed().placeMembers(false, d.group(12), { 2, 7, 8 }).ok();
-            } },
-        { "drop grid rows on the guest tree",
-            [](Doc &d) {
-                return dropOn(d.tree(true),
-                    d.members()->mimeData({ d.members()->index(3, 0), d.members()->index(1, 2) }),
-                    d.at(d.group(20, true), true));
-            } },
-        { "set a membership position",
-            [](Doc &d) {
-                return d.ed().setMembershipPosition(false, d.membership(7, 10), 3).ok();
-            } },
-        { "set several membership positions",
-            [](Doc &d) {
-                return d.ed()
-                    .setMembershipPositions(false, { d.membership(1, 10), d.membership(1, 12) }, -1)
-                    .ok();
-            } },
-        { "add a position", [](Doc &d) { return d.ed().addPosition().ok(); } },
-        { "rename a position",
-            [](Doc &d) {
-                return d.doc.positions()->setData(d.doc.positions()->index(0), u"职员"_s);
-            } },
-        { "delete a position", [](Doc &d) { return d.ed().deletePosition(1).ok(); } },
-        { "move a position", [](Doc &d) { return d.ed().movePosition(2, -2).ok(); } },
-        { "set the default position", [](Doc &d) { return d.ed().setDefaultPosition(3).ok(); } },
+        OPERATION("add member", d.ed().addMember(false, u"newbie"_s).ok()),
+        OPERATION("add guest member in the blank row",
+            d.members(true)->setData(d.members(true)->index(2, 0), u"访客"_s)),
+        OPERATION("edit a name",
+            d.members()->setData(d.members()->index(0, Column::DisplayNameColumn), u"李四"_s)),
+        OPERATION(
+            "edit a gender", d.ed().setMemberCell(false, 1, Column::GenderColumn, u"男生"_s).ok()),
+        OPERATION(
+            "delete a member with everything of his", d.ed().deleteMembers(false, { 0 }).ok()),
+        OPERATION("delete three members", d.members()->removeRows(0, 3)),
+        OPERATION("delete a guest member", d.ed().deleteMembers(true, { 1, 0 }).ok()),
+        OPERATION("add a group", d.ed().addGroup(false, d.group(10), u"新 类别"_s).ok()),
+        OPERATION("add a guest group", d.ed().addGroup(true, d.root(true), u"新 类别"_s).ok()),
+        OPERATION("rename a group", d.tree()->setData(d.at(d.group(12)), u"销售部"_s)),
+        OPERATION("delete a group with its sub-groups", d.ed().deleteNode(false, d.group(10)).ok()),
+        OPERATION("delete two groups", d.tree()->removeRows(0, 2, d.tree()->rootIndex())),
+        OPERATION("delete a membership", d.ed().deleteNode(true, d.membership(5, 20, true)).ok()),
+        OPERATION("move up", d.ed().moveNode(false, d.membership(1, 10), Step::Up).ok()),
+        OPERATION("move to last", d.ed().moveNode(false, d.group(11), Step::Last).ok()),
+        OPERATION("move a group into another",
+            d.tree()->moveRows(d.tree()->rootIndex(), 1, 1, d.at(d.group(11)), 1)),
+        OPERATION("move a membership by dropping its node",
+            dropOn(d.tree(), d.tree()->mimeData({ d.at(d.membership(1, 12)) }), d.at(d.group(11)))),
+        OPERATION("place members", d.ed().placeMembers(false, d.group(12), { 2, 7, 8 }).ok()),
+        OPERATION("drop grid rows on the guest tree",
+            dropOn(d.tree(true),
+                d.members()->mimeData({ d.members()->index(3, 0), d.members()->index(1, 2) }),
+                d.at(d.group(20, true), true))),
+        OPERATION("set a membership position",
+            d.ed().setMembershipPosition(false, d.membership(7, 10), 3).ok()),
+        OPERATION("set several membership positions",
+            d.ed()
+                .setMembershipPositions(false, { d.membership(1, 10), d.membership(1, 12) }, -1)
+                .ok()),
+        OPERATION("add a position", d.ed().addPosition().ok()),
+        OPERATION("rename a position",
+            d.doc.positions()->setData(d.doc.positions()->index(0), u"职员"_s)),
+        OPERATION("delete a position", d.ed().deletePosition(1).ok()),
+        OPERATION("move a position", d.ed().movePosition(2, -2).ok()),
+        OPERATION("set the default position", d.ed().setDefaultPosition(3).ok()),
     };
     return ops;
 }
+#undef OPERATION
 
 } // namespace
 
