@@ -224,19 +224,20 @@ void TestEditScript::commands_data()
         QTest::newRow(qPrintable(line)) << line << EditCommand { 1, std::move(op) };
     };
 
+    using enum Edit::MemberText;
+    const auto texts = [](const QList<Edit::MemberTextEdit> &edits) {
+        Edit::MemberFields fields;
+        fields.texts = edits;
+        return fields;
+    };
+
     // Members.
-    {
-        Edit::MemberAdd add;
-        add.userId = u"alice"_s;
-        row(u"member add alice"_s, add);
-        add.userId = u""_s;
-        row(u"member add \"\""_s, add);
-    }
+    row(u"member add alice"_s, Edit::MemberAdd { u"alice"_s, false, {} });
+    row(u"member add \"\""_s, Edit::MemberAdd { {}, false, {} });
     {
         Edit::MemberAdd add;
         add.userId = u"wang.li"_s;
         add.guest = true;
-        using enum Edit::MemberText;
         // Text cells keep the order they were written in.
         add.fields.texts = {
             { Intro, u""_s },
@@ -262,34 +263,18 @@ void TestEditScript::commands_data()
         QCOMPARE(*add.fields.text(Password), u"p w"_s);
         QVERIFY(!Edit::MemberFields().text(Password));
     }
-    {
-        Edit::MemberAdd add;
-        add.userId = u"bob"_s;
-        add.fields.texts
-            = { { Edit::MemberText::Name, u"Bob=B"_s }, { Edit::MemberText::Password, u""_s } };
-        row(u"member add bob --name=Bob=B --password="_s, add);
-        // The word after an option is its value, whatever it looks like.
-        add.fields.texts = { { Edit::MemberText::Name, u"--female"_s },
-            { Edit::MemberText::Password, u"-x"_s } };
-        row(u"member add bob --name --female --password -x"_s, add);
-    }
-    {
-        Edit::MemberSet set;
-        set.userId = u"alice"_s;
-        row(u"member set alice"_s, set);
-        set.fields.male = true;
-        set.fields.isPublic = true;
-        set.fields.solar = true;
-        set.fields.admin = true;
-        set.fields.texts = { { Edit::MemberText::Birthday, u""_s } };
-        row(u"member set alice --male --public --solar --admin --birthday \"\""_s, set);
-        set.fields = {};
-        set.fields.male = false;
-        set.fields.admin = false;
-        set.fields.texts = { { Edit::MemberText::Name, u""_s },
-            { Edit::MemberText::Birthday, u"2000-02-29"_s } };
-        row(u"member set alice --no-admin --female --name= --birthday=2000-02-29"_s, set);
-    }
+    row(u"member add bob --name=Bob=B --password="_s,
+        Edit::MemberAdd { u"bob"_s, false, texts({ { Name, u"Bob=B"_s }, { Password, u""_s } }) });
+    // The word after an option is its value, whatever it looks like.
+    row(u"member add bob --name --female --password -x"_s,
+        Edit::MemberAdd {
+            u"bob"_s, false, texts({ { Name, u"--female"_s }, { Password, u"-x"_s } }) });
+    row(u"member set alice"_s, Edit::MemberSet { u"alice"_s, {} });
+    row(u"member set alice --male --public --solar --admin --birthday \"\""_s,
+        Edit::MemberSet { u"alice"_s, { { { Birthday, u""_s } }, true, true, true, true } });
+    row(u"member set alice --no-admin --female --name= --birthday=2000-02-29"_s,
+        Edit::MemberSet { u"alice"_s,
+            { { { Name, u""_s }, { Birthday, u"2000-02-29"_s } }, false, {}, {}, false } });
     row(u"member delete alice"_s, Edit::MemberDelete { { u"alice"_s } });
     row(u"member delete a 'b c' 销售"_s, Edit::MemberDelete { { u"a"_s, u"b c"_s, u"销售"_s } });
 
@@ -328,33 +313,22 @@ void TestEditScript::commands_data()
     row(u"position move 职员 up"_s, Edit::PositionMove { u"职员"_s, true });
     row(u"position move 职员 down"_s, Edit::PositionMove { u"职员"_s, false });
 
-    // Permissions and VoIP.
-    {
-        Edit::PermissionSet set;
-        set.target = u"alice"_s;
-        set.flags[size_t(Edit::Feature::Chat)] = false;
-        set.flags[size_t(Edit::Feature::Voip)] = true;
-        row(u"permission set alice chat=off voip=on"_s, set);
-        set.flags = {};
-        for (std::optional<bool> &flag : set.flags)
-            flag = true;
-        set.flags[size_t(Edit::Feature::Message)] = false;
-        set.target = org({ u"Sales"_s });
-        row(u"permission set /Sales message=off chat=on file=on tts=on video=on call=on sms=on "
-            u"voip=on"_s,
-            set);
-        set.flags = {};
-        set.flags[size_t(Edit::Feature::Sms)] = false;
-        set.target = groupId(4, true);
-        row(u"permission set guest:#4 sms=off"_s, set);
-        set.flags = {};
-        set.flags[size_t(Edit::Feature::File)] = true;
-        set.flags[size_t(Edit::Feature::Tts)] = false;
-        set.flags[size_t(Edit::Feature::Video)] = true;
-        set.flags[size_t(Edit::Feature::Call)] = false;
-        set.target = u"guestbob"_s;
-        row(u"permission set guestbob file=on tts=off video=on call=off"_s, set);
-    }
+    // Permissions and VoIP; flags in feature order, '-' for a flag not given.
+    const auto permission = [](std::variant<QString, EditGroupRef> target, const char *flags) {
+        Edit::PermissionSet set { std::move(target), {} };
+        for (int f = 0; f < Edit::FeatureCount; ++f) {
+            if (flags[f] != '-')
+                set.flags[size_t(f)] = flags[f] == '1';
+        }
+        return set;
+    };
+    row(u"permission set alice chat=off voip=on"_s, permission(u"alice"_s, "-0-----1"));
+    row(u"permission set /Sales message=off chat=on file=on tts=on video=on call=on sms=on "
+        u"voip=on"_s,
+        permission(org({ u"Sales"_s }), "01111111"));
+    row(u"permission set guest:#4 sms=off"_s, permission(groupId(4, true), "------0-"));
+    row(u"permission set guestbob file=on tts=off video=on call=off"_s,
+        permission(u"guestbob"_s, "--1010--"));
     row(u"voip set alice 8001 's e'"_s, Edit::VoipSet { u"alice"_s, u"8001"_s, u"s e"_s });
     row(u"voip set alice '' ''"_s, Edit::VoipSet { u"alice"_s, u""_s, u""_s });
     row(u"voip assign"_s, Edit::VoipAssign {});
