@@ -212,18 +212,18 @@ void TestNotices::fileNames_data()
 {
     QTest::addColumn<QString>("fileList");
     QTest::addColumn<QStringList>("names");
-
-    QTest::newRow("none") << QString() << QStringList();
-    QTest::newRow("header only") << u"|2|session"_s << QStringList();
-    QTest::newRow("two files") << u"|2|session|/u/a.doc|a.doc|100|/u/dir\\b.txt|dir\\b.txt|200"_s
-                               << QStringList { u"a.doc"_s, u"dir\\b.txt"_s };
-    QTest::newRow("without leading bar")
-        << u"1|s|p|report.xls|9"_s << QStringList { u"report.xls"_s };
-    QTest::newRow("empty items skipped")
-        << u"||1||s|p|||shown.txt||9|"_s << QStringList { u"shown.txt"_s };
-    QTest::newRow("short last group")
-        << u"|1|s|p|a.txt|1|q|b.txt"_s << QStringList { u"a.txt"_s, u"b.txt"_s };
-    QTest::newRow("group of one") << u"|1|s|p|a.txt|1|q"_s << QStringList { u"a.txt"_s };
+    // "|count|session" and then path, name and size for each file.
+    const auto row = [](const QString &fileList, const QStringList &names) {
+        QTest::newRow(qPrintable(fileList)) << fileList << names;
+    };
+    row({}, {});
+    row(u"|2|session"_s, {});
+    row(u"|2|session|/u/a.doc|a.doc|100|/u/dir\\b.txt|dir\\b.txt|200"_s,
+        { u"a.doc"_s, u"dir\\b.txt"_s });
+    row(u"1|s|p|report.xls|9"_s, { u"report.xls"_s }); // without the leading bar
+    row(u"||1||s|p|||shown.txt||9|"_s, { u"shown.txt"_s }); // empty items skipped
+    row(u"|1|s|p|a.txt|1|q|b.txt"_s, { u"a.txt"_s, u"b.txt"_s }); // short last group
+    row(u"|1|s|p|a.txt|1|q"_s, { u"a.txt"_s });
 }
 
 void TestNotices::fileNames()
@@ -324,11 +324,8 @@ void TestNotices::removalNeedsTheUploadedItem()
 void TestNotices::removalRefusesNamesOutsideTheWorkingDirectory_data()
 {
     QTest::addColumn<QString>("sessionId");
-    QTest::newRow("parent") << u".."_s;
-    QTest::newRow("self") << u"."_s;
-    QTest::newRow("path") << u"sub/S-1"_s;
-    QTest::newRow("backslash path") << u"sub\\S-1"_s;
-    QTest::newRow("absolute") << u"/S-1"_s;
+    for (const QString &id : { u".."_s, u"."_s, u"sub/S-1"_s, u"sub\\S-1"_s, u"/S-1"_s })
+        QTest::newRow(qPrintable(id)) << id;
 }
 
 void TestNotices::removalRefusesNamesOutsideTheWorkingDirectory()
