@@ -23,8 +23,7 @@ private Q_SLOTS:
     void storedPaths_data();
     void storedPaths();
     void folderQueries();
-    void iterationWithoutMatchEndsAtOnce();
-    void iterationsVisitMatchesInOrder();
+    void iterations();
     void counts();
 
     // Against the databases.
@@ -107,25 +106,20 @@ void TestFileBoxRights::folderQueries()
     QCOMPARE(rights.folders().size(), 2);
 }
 
-void TestFileBoxRights::iterationWithoutMatchEndsAtOnce()
+// What one of the iterations visits from the start, as folder, owner and
+// right; it must end (folder -1) and stay at the end.
+template<typename Next> QStringList visit(Next next)
 {
-    FileBoxRights rights;
-    rights.setGroupRight(1, 10, AuthorityCode::ReadOnly);
-    rights.setMemberRight(5, 10, AuthorityCode::ReadOnly);
-
+    QStringList out;
     FileBoxRights::Position position;
-    QCOMPARE(rights.nextGroupRightOfFolder(99, position).folderId, -1);
-    // Once at the end it stays there rather than starting over.
-    QCOMPARE(rights.nextGroupRightOfFolder(99, position).folderId, -1);
-    FileBoxRights::Position memberPosition;
-    QCOMPARE(rights.nextMemberRightOfFolder(99, memberPosition).folderId, -1);
-    FileBoxRights::Position groupPosition;
-    QCOMPARE(rights.nextRightOfGroup(2, groupPosition).folderId, -1);
-    FileBoxRights::Position ofMember;
-    QCOMPARE(FileBoxRights().nextRightOfMember(5, ofMember).folderId, -1);
+    for (auto right = next(position); right.folderId != -1; right = next(position))
+        out << u"%1 %2"_s.arg(right.folderId).arg(right.authority);
+    if (next(position).folderId != -1)
+        out << u"started over"_s;
+    return out;
 }
 
-void TestFileBoxRights::iterationsVisitMatchesInOrder()
+void TestFileBoxRights::iterations()
 {
     FileBoxRights rights;
     rights.setGroupRight(1, 10, AuthorityCode::ReadOnly);
@@ -134,32 +128,20 @@ void TestFileBoxRights::iterationsVisitMatchesInOrder()
     rights.setGroupRight(1, 30, AuthorityCode::None);
     rights.setMemberRight(7, 20, AuthorityCode::ReadOnly);
     rights.setMemberRight(7, 10, AuthorityCode::ReadWrite);
-
-    QList<qint32> groups;
-    FileBoxRights::Position position;
-    for (auto r = rights.nextGroupRightOfFolder(10, position); r.folderId != -1;
-         r = rights.nextGroupRightOfFolder(10, position))
-        groups.append(r.groupId);
-    QCOMPARE(groups, (QList<qint32> { 1, 3 }));
-
-    QList<qint32> folders;
-    position = {};
-    for (auto r = rights.nextRightOfGroup(1, position); r.folderId != -1;
-         r = rights.nextRightOfGroup(1, position))
-        folders.append(r.folderId);
-    QCOMPARE(folders, (QList<qint32> { 10, 30 }));
-
-    folders.clear();
-    position = {};
-    for (auto r = rights.nextRightOfMember(7, position); r.folderId != -1;
-         r = rights.nextRightOfMember(7, position))
-        folders.append(r.folderId);
-    QCOMPARE(folders, (QList<qint32> { 20, 10 }));
-
-    position = {};
-    const tagUserAuthority first = rights.nextMemberRightOfFolder(10, position);
-    QCOMPARE(first, (tagUserAuthority { 10, 7, AuthorityCode::ReadWrite }));
-    QCOMPARE(rights.nextMemberRightOfFolder(10, position).folderId, -1);
+    using P = FileBoxRights::Position;
+    QCOMPARE(visit([&](P &p) { return rights.nextGroupRightOfFolder(10, p); }),
+        (QStringList { u"10 1"_s, u"10 2"_s }));
+    QCOMPARE(visit([&](P &p) { return rights.nextRightOfGroup(1, p); }),
+        (QStringList { u"10 1"_s, u"30 0"_s }));
+    QCOMPARE(visit([&](P &p) { return rights.nextRightOfMember(7, p); }),
+        (QStringList { u"20 1"_s, u"10 2"_s }));
+    QCOMPARE(visit([&](P &p) { return rights.nextMemberRightOfFolder(10, p); }),
+        QStringList { u"10 2"_s });
+    // Without a match each ends at once.
+    QCOMPARE(visit([&](P &p) { return rights.nextGroupRightOfFolder(99, p); }), QStringList());
+    QCOMPARE(visit([&](P &p) { return rights.nextMemberRightOfFolder(99, p); }), QStringList());
+    QCOMPARE(visit([&](P &p) { return rights.nextRightOfGroup(4, p); }), QStringList());
+    QCOMPARE(visit([&](P &p) { return FileBoxRights().nextRightOfMember(5, p); }), QStringList());
 }
 
 void TestFileBoxRights::counts()
