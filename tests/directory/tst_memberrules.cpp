@@ -1,8 +1,5 @@
-#include "CVelmarManagerDoc.h"
-#include "Directory.h"
 #include "MemberListModel.h"
 #include "MemberRules.h"
-#include "ServerDataSet.h"
 
 #include <QTest>
 
@@ -40,42 +37,31 @@ void TestMemberRules::byteLimitsCountGbkBytes_data()
     QTest::addColumn<int>("column");
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("refusal"); // empty: accepted
-
+    const auto row = [](const char *name, int column, const QString &text, const QString &refusal) {
+        QTest::newRow(name) << column << text << refusal;
+    };
+    using M = MemberListModel;
     const QString ten = u"张三李四王五赵六钱七"_s; // 20 bytes in GBK
-    QTest::newRow("name of ten Chinese characters")
-        << int(MemberListModel::DisplayNameColumn) << ten << QString();
-    QTest::newRow("name of ten Chinese characters and a letter")
-        << int(MemberListModel::DisplayNameColumn) << ten + u"a"_s << u"已经超过20名."_s;
-    QTest::newRow("name of 21 letters")
-        << int(MemberListModel::DisplayNameColumn) << QString(21, u'x') << u"已经超过20名."_s;
+    const QString over20 = u"已经超过20名."_s;
+    const QString over100 = u"已经超过100名."_s;
+    row("name of ten Chinese characters", M::DisplayNameColumn, ten, {});
+    row("name of ten Chinese characters and a letter", M::DisplayNameColumn, ten + u"a"_s, over20);
+    row("name of 21 letters", M::DisplayNameColumn, QString(21, u'x'), over20);
     // Nine characters and a letter are 19 bytes; one more character is 21.
-    QTest::newRow("name ending in a split character")
-        << int(MemberListModel::DisplayNameColumn) << ten.left(9) + u"ab张"_s << u"已经超过20名."_s;
-    QTest::newRow("mobile of 13") << int(MemberListModel::MobileColumn) << u"1391234567890"_s
-                                  << QString();
-    QTest::newRow("mobile of 14") << int(MemberListModel::MobileColumn) << u"13912345678901"_s
-                                  << u"已经超过13名."_s;
-    QTest::newRow("password of 20")
-        << int(MemberListModel::PasswordColumn) << QString(20, u'p') << QString();
-    QTest::newRow("password of 21")
-        << int(MemberListModel::PasswordColumn) << QString(21, u'p') << u"已经超过20名."_s;
-    QTest::newRow("e-mail of 50 characters, 100 bytes")
-        << int(MemberListModel::EmailColumn) << QString(50, u'邮') << QString();
-    QTest::newRow("e-mail of 101")
-        << int(MemberListModel::EmailColumn) << QString(50, u'邮') + u"@"_s << u"已经超过100名."_s;
-    QTest::newRow("address of 101")
-        << int(MemberListModel::AddressColumn) << QString(101, u'a') << u"已经超过100名."_s;
-    QTest::newRow("home phone of 21")
-        << int(MemberListModel::HomePhoneColumn) << QString(21, u'1') << u"已经超过20名."_s;
-    QTest::newRow("user ID of 21")
-        << int(MemberListModel::LoginNameColumn) << QString(21, u'u') << u"已经超过20名."_s;
+    row("name ending in a split character", M::DisplayNameColumn, ten.left(9) + u"ab张"_s, over20);
+    row("mobile of 13", M::MobileColumn, u"1391234567890"_s, {});
+    row("mobile of 14", M::MobileColumn, u"13912345678901"_s, u"已经超过13名."_s);
+    row("password of 20", M::PasswordColumn, QString(20, u'p'), {});
+    row("password of 21", M::PasswordColumn, QString(21, u'p'), over20);
+    row("e-mail of 50 characters, 100 bytes", M::EmailColumn, QString(50, u'邮'), {});
+    row("e-mail of 101", M::EmailColumn, QString(50, u'邮') + u"@"_s, over100);
+    row("address of 101", M::AddressColumn, QString(101, u'a'), over100);
+    row("home phone of 21", M::HomePhoneColumn, QString(21, u'1'), over20);
+    row("user ID of 21", M::LoginNameColumn, QString(21, u'u'), over20);
     // Not limited in this view.
-    QTest::newRow("long nickname")
-        << int(MemberListModel::NicknameColumn) << QString(500, u'n') << QString();
-    QTest::newRow("long office phone")
-        << int(MemberListModel::OfficePhoneColumn) << QString(500, u'1') << QString();
-    QTest::newRow("long introduction")
-        << int(MemberListModel::DescriptionColumn) << QString(500, u'介') << QString();
+    row("long nickname", M::NicknameColumn, QString(500, u'n'), {});
+    row("long office phone", M::OfficePhoneColumn, QString(500, u'1'), {});
+    row("long introduction", M::DescriptionColumn, QString(500, u'介'), {});
 }
 
 void TestMemberRules::byteLimitsCountGbkBytes()
@@ -84,12 +70,9 @@ void TestMemberRules::byteLimitsCountGbkBytes()
     QFETCH(QString, text);
     QFETCH(QString, refusal);
     const std::optional<MemberRefusal> result = m_rules.checkCell(column, text);
-    if (refusal.isEmpty()) {
-        QVERIFY2(!result, qPrintable(result ? result->text : QString()));
+    QCOMPARE(result ? result->text : QString(), refusal);
+    if (!result)
         return;
-    }
-    QVERIFY(result);
-    QCOMPARE(result->text, refusal);
     QCOMPARE(result->column, column);
     QCOMPARE(result->reason, MemberRefusal::Reason::TooLong);
     QCOMPARE(result->icon, MessageService::Icon::Error);
@@ -100,25 +83,27 @@ void TestMemberRules::newUserIdRefusals_data()
 {
     QTest::addColumn<QString>("userId");
     QTest::addColumn<QString>("refusal"); // empty: accepted
-
-    QTest::newRow("letters, digits, - and _") << u"a-b_c9"_s << QString();
-    QTest::newRow("Chinese characters") << u"张三"_s << QString();
-    QTest::newRow("empty") << QString() << QString();
-    QTest::newRow("space") << u"a b"_s << SpaceText;
-    QTest::newRow("space in an otherwise valid ID") << u"alice "_s << SpaceText;
-    QTest::newRow("space beside a bad character") << u"a.b c"_s << SpaceText;
-    QTest::newRow("dot") << u"a.b"_s << CharacterText;
-    QTest::newRow("hash") << u"a#b"_s << CharacterText;
-    QTest::newRow("tab") << u"a\tb"_s << CharacterText;
-    QTest::newRow("control character") << u"a\x01b"_s << CharacterText;
-    QTest::newRow("NUL") << QStringView(u"ab\0c", 4).toString() << CharacterText;
-    QTest::newRow("DEL") << u"ab\x7f"_s << CharacterText;
-    QTest::newRow("full-width letter, no space") << u"ａｂ"_s << QString();
+    const auto row = [](const char *name, const QString &userId, const QString &refusal = {}) {
+        QTest::newRow(name) << userId << refusal;
+    };
+    row("letters, digits, - and _", u"a-b_c9"_s);
+    row("Chinese characters", u"张三"_s);
+    row("empty", QString());
+    row("space", u"a b"_s, SpaceText);
+    row("space in an otherwise valid ID", u"alice "_s, SpaceText);
+    row("space beside a bad character", u"a.b c"_s, SpaceText);
+    row("dot", u"a.b"_s, CharacterText);
+    row("hash", u"a#b"_s, CharacterText);
+    row("tab", u"a\tb"_s, CharacterText);
+    row("control character", u"a\x01b"_s, CharacterText);
+    row("NUL", QStringView(u"ab\0c", 4).toString(), CharacterText);
+    row("DEL", u"ab\x7f"_s, CharacterText);
+    row("full-width letter, no space", u"ａｂ"_s);
     // Thai has no place in GBK: it would be stored as "?".
-    QTest::newRow("character outside the code page") << u"a\u0E01"_s << CharacterText;
-    QTest::newRow("twenty bytes") << u"张三李四王五赵六钱七"_s << QString();
-    QTest::newRow("twenty-one bytes") << u"张三李四王五赵六钱七x"_s << u"已经超过20名."_s;
-    QTest::newRow("existing") << u"taken"_s << ExistsText;
+    row("character outside the code page", u"a\u0E01"_s, CharacterText);
+    row("twenty bytes", u"张三李四王五赵六钱七"_s);
+    row("twenty-one bytes", u"张三李四王五赵六钱七x"_s, u"已经超过20名."_s);
+    row("existing", u"taken"_s, ExistsText);
 }
 
 void TestMemberRules::newUserIdRefusals()
@@ -127,37 +112,34 @@ void TestMemberRules::newUserIdRefusals()
     QFETCH(QString, refusal);
     const auto exists = [](const QString &name) { return name == u"taken"_s; };
     const std::optional<MemberRefusal> result = m_rules.checkNewUserId(userId, exists);
-    if (refusal.isEmpty()) {
-        QVERIFY2(!result, qPrintable(result ? result->text : QString()));
+    QCOMPARE(result ? result->text : QString(), refusal);
+    if (!result)
         return;
-    }
-    QVERIFY(result);
-    QCOMPARE(result->text, refusal);
     QCOMPARE(result->column, 0);
-    if (refusal == SpaceText) {
+    if (refusal == SpaceText)
         QCOMPARE(result->title, u"Tip!"_s);
-        QCOMPARE(result->icon, MessageService::Icon::Question);
-    } else {
-        QCOMPARE(result->icon, MessageService::Icon::Error);
-    }
+    QCOMPARE(result->icon,
+        refusal == SpaceText ? MessageService::Icon::Question : MessageService::Icon::Error);
 }
 
 void TestMemberRules::userIdBytesOutsideTheCodePageAreRefused_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<QString>("refusal");
-
-    QTest::newRow("GBK name") << QByteArray("\xd5\xc5\xc8\xfd") << QString(); // 张三
-    QTest::newRow("ASCII") << QByteArray("bob_1") << QString();
-    QTest::newRow("lead byte before DEL") << QByteArray("ab\x81\x7f") << CharacterText;
-    QTest::newRow("lead byte before a control byte") << QByteArray("\xd5\x01") << CharacterText;
-    QTest::newRow("lead byte at the end") << QByteArray("ab\xd5") << CharacterText;
-    QTest::newRow("lead byte before a space") << QByteArray("\xd5 ab") << CharacterText;
-    QTest::newRow("UTF-8 bytes of 张") << QByteArray("\xe5\xbc\xa0") << CharacterText;
-    QTest::newRow("control byte") << QByteArray("a\x02") << CharacterText;
-    QTest::newRow("escape") << QByteArray("a\x1b[0m") << CharacterText;
-    QTest::newRow("space") << QByteArray("a b") << SpaceText;
-    QTest::newRow("existing") << QByteArray("taken") << ExistsText;
+    const auto row = [](const char *name, const QByteArray &bytes, const QString &refusal = {}) {
+        QTest::newRow(name) << bytes << refusal;
+    };
+    row("GBK name", "\xd5\xc5\xc8\xfd"); // 张三
+    row("ASCII", "bob_1");
+    row("lead byte before DEL", "ab\x81\x7f", CharacterText);
+    row("lead byte before a control byte", "\xd5\x01", CharacterText);
+    row("lead byte at the end", "ab\xd5", CharacterText);
+    row("lead byte before a space", "\xd5 ab", CharacterText);
+    row("UTF-8 bytes of 张", "\xe5\xbc\xa0", CharacterText);
+    row("control byte", "a\x02", CharacterText);
+    row("escape", "a\x1b[0m", CharacterText);
+    row("space", "a b", SpaceText);
+    row("existing", "taken", ExistsText);
 }
 
 void TestMemberRules::userIdBytesOutsideTheCodePageAreRefused()
@@ -167,14 +149,8 @@ void TestMemberRules::userIdBytesOutsideTheCodePageAreRefused()
     const auto exists = [](const QString &name) { return name == u"taken"_s; };
     const std::optional<MemberRefusal> result
         = m_rules.checkNewUserId(QByteArrayView(bytes), exists);
-    if (refusal.isEmpty()) {
-        QVERIFY2(!result, qPrintable(result ? result->text : QString()));
-        return;
-    }
-    QVERIFY(result);
-    QCOMPARE(result->text, refusal);
+    QCOMPARE(result ? result->text : QString(), refusal);
 }
-
 
 void TestMemberRules::onlyTheBlankRowTakesAUserId()
 {
@@ -193,20 +169,8 @@ void TestMemberRules::passwordRuleAndNewMemberDefaults()
     QCOMPARE(refused->column, 3);
     QVERIFY(!MemberRules::checkPasswordOnLeave(u" "));
 
-    // A new member shows 男生, 公开, 阳历 and 是.
+    // What a new member shows in the grid is the document's test (newMemberAccepted).
     QCOMPARE(MemberRules::newMember(u"new"_s).id, -1);
-    CVelmarManagerDoc document;
-    QCOMPARE(document.editor().addMember(false, u"new"_s).id, 1);
-    const MemberListModel &list = *document.directory()->regularMembers();
-    const QStringList shown {
-        list.index(0, MemberListModel::GenderColumn).data().toString(),
-        list.index(0, MemberListModel::PublicColumn).data().toString(),
-        list.index(0, MemberListModel::SolarColumn).data().toString(),
-        list.index(0, MemberListModel::AdminColumn).data().toString(),
-    };
-    QCOMPARE(shown, QStringList({ u"男生"_s, u"公开"_s, u"阳历"_s, u"是"_s }));
-    QVERIFY(list.member(0).password.isEmpty());
-    QVERIFY(list.member(0).displayName.isEmpty());
 }
 
 void TestMemberRules::birthdayForms()
@@ -224,7 +188,6 @@ void TestMemberRules::birthdayForms()
     QCOMPARE(MemberRules::birthdayText(QDate(1990, 5, 7)), u"1990-05-07"_s);
     QCOMPARE(MemberRules::birthdayText(QDate()), QString());
 }
-
 
 QTEST_GUILESS_MAIN(TestMemberRules)
 #include "tst_memberrules.moc"

@@ -59,8 +59,7 @@ private Q_SLOTS:
 
 void TestAccessOverview::member()
 {
-    CVelmarManagerDoc doc;
-    doc.adopt(overviewData(), CVelmarManagerDoc::LoadState::Complete);
+    SampleDocument doc(overviewData());
     AccessOverviewModel model(doc);
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
 
@@ -98,8 +97,7 @@ void TestAccessOverview::member()
 
 void TestAccessOverview::folder()
 {
-    CVelmarManagerDoc doc;
-    doc.adopt(overviewData(), CVelmarManagerDoc::LoadState::Complete);
+    SampleDocument doc(overviewData());
     AccessOverviewModel model(doc);
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
 
@@ -132,8 +130,7 @@ void TestAccessOverview::folder()
 
 void TestAccessOverview::followsTheDocument()
 {
-    CVelmarManagerDoc doc;
-    doc.adopt(overviewData(), CVelmarManagerDoc::LoadState::Complete);
+    SampleDocument doc(overviewData());
     AccessOverviewModel model(doc);
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
     model.showMember(3);
@@ -156,8 +153,7 @@ void TestAccessOverview::csv()
     ServerDataSet data = overviewData();
     data.fileBox.addFolder(9, u"a,\"b\""_s);
     data.fileBox.setMemberRight(1, 9, 1);
-    CVelmarManagerDoc doc;
-    doc.adopt(std::move(data), CVelmarManagerDoc::LoadState::Complete);
+    SampleDocument doc(std::move(data));
     AccessOverviewModel model(doc);
     model.showMember(1);
     QVERIFY(model.toCsv().startsWith(u"文件夹,权限,来源\r\nshare\\docs,读/写,类别 /Sales\r\n"_s));

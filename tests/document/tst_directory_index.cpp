@@ -1,7 +1,9 @@
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
 #include "DirectoryTree.h"
+#include "DocumentFixture.h"
 #include "DocumentUndoStack.h"
+#include "PositionListModel.h"
 #include "ServerDataSet.h"
 
 #include <QRandomGenerator>
@@ -225,19 +227,53 @@ void TestDirectoryIndex::treeIndexesFollowRandomEdits()
 
 void TestDirectoryIndex::directoryIndexesFollowRandomEdits()
 {
-    QRandomGenerator random(4242);
+    QRandomGenerator random(20261125);
     CVelmarManagerDoc document;
     const Directory &directory = *document.directory();
     DirectoryEditor &editor = document.editor();
     DocumentUndoStack &undo = *document.undoStack();
     using Step = DirectoryEditor::MoveStep;
+    // The whole document at each step of the journal: going back and forth
+    // must find it exactly as it was.
+    QList<QStringList> states { documentState(document) };
+    document.setDefaultPositionWriter([](qint32) { return true; });
     int largest = 0;
     for (int step = 0; step < 1500; ++step) {
         const bool guest = random.bounded(3) == 0;
         const DirectoryTree &tree = directory.treeData(guest);
         const MemberListModel *list = directory.members(guest);
-        const int what = random.bounded(110);
-        if (what < 20) {
+        const int what = random.bounded(124);
+        const PositionList &positions = document.positions()->list();
+        const int position = random.bounded(positions.count() + 1);
+        if (what >= 110) {
+            // The positions, and a membership's, in among the other edits.
+            const DirectoryNode *node = randomNode(tree, random, false);
+            switch (what) {
+            case 110:
+            case 111:
+                editor.deletePosition(position);
+                break;
+            case 112:
+                editor.renamePosition(position, u"p%1"_s.arg(random.bounded(4)));
+                break;
+            case 113:
+            case 114:
+            case 115:
+                editor.movePosition(position, random.bounded(3) - 1);
+                break;
+            case 116:
+                editor.setDefaultPosition(positions.idAt(position));
+                break;
+            case 117:
+            case 118:
+            case 119:
+                if (node->isMembership())
+                    editor.setMembershipPosition(guest, node, positions.idAt(position));
+                break;
+            default:
+                editor.addPosition();
+            }
+        } else if (what < 20) {
             editor.addMember(guest, u"user%1"_s.arg(random.bounded(12)));
         } else if (what < 30 && list->memberCount() > 0) {
             QList<int> rows;
@@ -263,16 +299,22 @@ void TestDirectoryIndex::directoryIndexesFollowRandomEdits()
             // Back and forth through the journal: every index must follow.
             const int target = random.bounded(undo.count() + 1);
             undo.setIndex(target);
+            QCOMPARE(documentState(document), states.at(target));
         } else if (what < 106) {
             // A reload of the same content: every index is built anew.
             ServerDataSet set;
             set.directory = directory.toData();
+            set.positions = positions;
             document.adopt(std::move(set), CVelmarManagerDoc::LoadState::Complete);
             QVERIFY(directory.deletedMemberIds().isEmpty());
         } else if (what < 108) {
             document.markSaved();
         } else {
             document.adopt(ServerDataSet {}, CVelmarManagerDoc::LoadState::Complete);
+        }
+        if (what < 96 || what >= 104) {
+            states.resize(undo.count() + 1);
+            states[undo.index()] = documentState(document);
         }
         checkMembers(directory);
         // checkTree adds and takes out a membership, leaving the tree as it was.

@@ -31,13 +31,6 @@ QStringList column(const QAbstractItemModel &model, int column)
     return out;
 }
 
-class Document
-{
-public:
-    Document() { doc.adopt(sampleServerData(), CVelmarManagerDoc::LoadState::Complete); }
-    CVelmarManagerDoc doc;
-};
-
 } // namespace
 
 class TestFileBoxEditing : public QObject
@@ -58,8 +51,7 @@ private Q_SLOTS:
 
 void TestFileBoxEditing::addFolder()
 {
-    Document d;
-    CVelmarManagerDoc &doc = d.doc;
+    SampleDocument doc;
     const QStringList before = documentState(doc);
 
     const EditResult result = FileBoxEditor(doc).addFolder(u"team\\plans"_s);
@@ -69,13 +61,7 @@ void TestFileBoxEditing::addFolder()
     QVERIFY(doc.fileBox().isModified());
     QVERIFY(doc.isModified());
     QCOMPARE(doc.journal(), QStringList { u"添加文件夹 team\\plans"_s });
-    const QStringList after = documentState(doc);
-
-    doc.undoStack()->undo();
-    QCOMPARE(documentState(doc), before);
-    QVERIFY(!doc.fileBox().isModified());
-    doc.undoStack()->redo();
-    QCOMPARE(documentState(doc), after);
+    checkUndoRedo(doc, before);
 
     // The id follows the largest in use, not the count.
     QVERIFY(FileBoxEditor(doc).removeFolder(1).ok());
@@ -84,8 +70,7 @@ void TestFileBoxEditing::addFolder()
 
 void TestFileBoxEditing::addFolderRefusals()
 {
-    Document d;
-    CVelmarManagerDoc &doc = d.doc;
+    SampleDocument doc;
     const QStringList before = documentState(doc);
     FileBoxEditor editor(doc);
 
@@ -114,21 +99,14 @@ void TestFileBoxEditing::addFolderRefusals()
 
 void TestFileBoxEditing::removeFolderTakesItsRights()
 {
-    Document d;
-    CVelmarManagerDoc &doc = d.doc;
+    SampleDocument doc;
     const QStringList before = documentState(doc);
 
     QVERIFY(FileBoxEditor(doc).removeFolder(1).ok());
     QCOMPARE(doc.fileBox().folders().size(), 1);
     QCOMPARE(rightsLines(doc), (QStringList { u"g 2 50 1"_s, u"m 2 1 2"_s }));
     QCOMPARE(doc.journal(), QStringList { u"删除文件夹 share\\docs"_s });
-    const QStringList after = documentState(doc);
-
-    doc.undoStack()->undo();
-    // Back in their places, not at the end.
-    QCOMPARE(documentState(doc), before);
-    doc.undoStack()->redo();
-    QCOMPARE(documentState(doc), after);
+    checkUndoRedo(doc, before);
 
     const EditResult missing = FileBoxEditor(doc).removeFolder(1);
     QVERIFY(!missing.ok());
@@ -137,8 +115,7 @@ void TestFileBoxEditing::removeFolderTakesItsRights()
 
 void TestFileBoxEditing::rights()
 {
-    Document d;
-    CVelmarManagerDoc &doc = d.doc;
+    SampleDocument doc;
     const QStringList before = documentState(doc);
     FileBoxEditor editor(doc);
 
@@ -172,8 +149,7 @@ void TestFileBoxEditing::rights()
 
 void TestFileBoxEditing::rightsRefusals()
 {
-    Document d;
-    CVelmarManagerDoc &doc = d.doc;
+    SampleDocument doc;
     const QStringList before = documentState(doc);
     FileBoxEditor editor(doc);
 
@@ -198,8 +174,7 @@ void TestFileBoxEditing::rightsRefusals()
 
 void TestFileBoxEditing::folderListFollowsTheDocument()
 {
-    Document d;
-    CVelmarManagerDoc &doc = d.doc;
+    SampleDocument doc;
     FolderListModel model(doc);
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
     QCOMPARE(model.columnCount(), 3);
@@ -232,8 +207,7 @@ void TestFileBoxEditing::folderListFollowsTheDocument()
 
 void TestFileBoxEditing::folderRightsModel()
 {
-    Document d;
-    CVelmarManagerDoc &doc = d.doc;
+    SampleDocument doc;
     FolderRightsModel model(doc);
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
     QCOMPARE(model.rowCount(), 0);
@@ -274,8 +248,7 @@ void TestFileBoxEditing::folderRightsModel()
 
 void TestFileBoxEditing::severalRightsInOneStep()
 {
-    Document d;
-    CVelmarManagerDoc &doc = d.doc;
+    SampleDocument doc;
     const QStringList before = documentState(doc);
     FileBoxEditor editor(doc);
     using Owner = FileBoxEditor::Owner;
@@ -315,8 +288,7 @@ void TestFileBoxEditing::rightsOfVanishedOwners()
     ServerDataSet data = sampleServerData();
     data.fileBox.setGroupRight(77, 1, 1);
     data.fileBox.setMemberRight(88, 1, 2);
-    CVelmarManagerDoc doc;
-    doc.adopt(std::move(data), CVelmarManagerDoc::LoadState::Complete);
+    SampleDocument doc(std::move(data));
     FolderRightsModel model(doc);
     model.setFolder(1);
     QCOMPARE(column(model, 0),

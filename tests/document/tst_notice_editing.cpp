@@ -20,13 +20,6 @@ QList<qint32> ids(const QList<NoticeRecord> &records)
     return out;
 }
 
-class Document
-{
-public:
-    Document() { doc.adopt(sampleServerData(), CVelmarManagerDoc::LoadState::Complete); }
-    CVelmarManagerDoc doc;
-};
-
 } // namespace
 
 class TestNoticeEditing : public QObject
@@ -41,8 +34,7 @@ private Q_SLOTS:
 
 void TestNoticeEditing::deletionGoesBottomUpAndUndoes()
 {
-    Document d;
-    CVelmarManagerDoc &doc = d.doc;
+    SampleDocument doc;
     NoticeListModel &model = *doc.notices();
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
     QSignalSpy removed(&model, &QAbstractItemModel::rowsRemoved);
@@ -65,23 +57,13 @@ void TestNoticeEditing::deletionGoesBottomUpAndUndoes()
     QVERIFY(NoticeEditor(doc).deleteNotices({ 0 }).ok());
     QCOMPARE(ids(model.pendingDeletions()), (QList<qint32> { 15, 12, 10 }));
     QCOMPARE(doc.journal().last(), u"删除公告 Notice 10"_s);
-    const QStringList afterSecond = documentState(doc);
-
-    doc.undoStack()->undo();
-    QCOMPARE(documentState(doc), afterFirst);
-    doc.undoStack()->undo();
-    QCOMPARE(documentState(doc), before);
-    QVERIFY(!model.hasPendingDeletions());
-    QVERIFY(!doc.isModified());
-    doc.undoStack()->redo();
-    doc.undoStack()->redo();
-    QCOMPARE(documentState(doc), afterSecond);
+    checkUndoRedo(doc, afterFirst);
+    checkUndoRedo(doc, before, 2);
 }
 
 void TestNoticeEditing::nothingToDelete()
 {
-    Document d;
-    CVelmarManagerDoc &doc = d.doc;
+    SampleDocument doc;
     const QStringList before = documentState(doc);
     for (const QList<int> &rows : { QList<int> {}, QList<int> { 6, -1 } }) {
         const EditResult result = NoticeEditor(doc).deleteNotices(rows);
@@ -94,8 +76,7 @@ void TestNoticeEditing::nothingToDelete()
 
 void TestNoticeEditing::reloadDropsPendingDeletions()
 {
-    Document d;
-    CVelmarManagerDoc &doc = d.doc;
+    SampleDocument doc;
     QVERIFY(NoticeEditor(doc).deleteNotices({ 0, 1 }).ok());
     QVERIFY(doc.notices()->hasPendingDeletions());
     doc.adopt(sampleServerData(), CVelmarManagerDoc::LoadState::Complete);

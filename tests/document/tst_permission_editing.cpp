@@ -44,16 +44,6 @@ const DirectoryNode *group(const CVelmarManagerDoc &doc, bool guest, qint32 id)
     return doc.directory()->treeData(guest).findGroup(id);
 }
 
-class Document
-{
-public:
-    explicit Document(ServerDataSet data = sampleServerData())
-    {
-        doc.adopt(std::move(data), CVelmarManagerDoc::LoadState::Complete);
-    }
-    CVelmarManagerDoc doc;
-};
-
 } // namespace
 
 class TestPermissionEditing : public QObject
@@ -74,8 +64,7 @@ private Q_SLOTS:
 
 void TestPermissionEditing::coupledFlagEditIsOneStep()
 {
-    Document d;
-    CVelmarManagerDoc &doc = d.doc;
+    SampleDocument doc;
     const QStringList before = documentState(doc);
     PermissionEditor editor(doc);
 
@@ -86,16 +75,10 @@ void TestPermissionEditing::coupledFlagEditIsOneStep()
     QCOMPARE(flags(doc, 2), u"00011010"_s);
     QVERIFY(doc.permissions().isModified());
     QVERIFY(doc.isModified());
-    const QStringList afterFirst = documentState(doc);
     // The rule in both directions is the permission table's to test; the
     // editor makes the coupled change one step, undone and redone whole.
     QCOMPARE(doc.journal(), QStringList { u"修改用户 bert 的即时通讯"_s });
-    doc.undoStack()->undo();
-    QCOMPARE(documentState(doc), before);
-    QVERIFY(!doc.permissions().isModified());
-    QVERIFY(!doc.isModified());
-    doc.undoStack()->redo();
-    QCOMPARE(documentState(doc), afterFirst);
+    checkUndoRedo(doc, before);
 
     // A member without a record gets one from the defaults; undo takes it away.
     doc.undoStack()->setIndex(0);
@@ -109,8 +92,7 @@ void TestPermissionEditing::coupledFlagEditIsOneStep()
 
 void TestPermissionEditing::flagEditsRefusedOrUnchanged()
 {
-    Document d;
-    CVelmarManagerDoc &doc = d.doc;
+    SampleDocument doc;
     const QStringList before = documentState(doc);
     PermissionEditor editor(doc);
 
@@ -142,8 +124,7 @@ void TestPermissionEditing::flagEditsRefusedOrUnchanged()
 
 void TestPermissionEditing::gridShowsDefaultsWithoutModifying()
 {
-    Document d;
-    CVelmarManagerDoc &doc = d.doc;
+    SampleDocument doc;
     PermissionTableModel model(doc);
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
     QCOMPARE(model.columnCount(), 12);
@@ -212,8 +193,7 @@ void TestPermissionEditing::gridShowsDefaultsWithoutModifying()
 
 void TestPermissionEditing::checkAllCoversDirectMembersOnly()
 {
-    Document d;
-    CVelmarManagerDoc &doc = d.doc;
+    SampleDocument doc;
     PermissionTableModel model(doc);
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
 
@@ -258,8 +238,7 @@ void TestPermissionEditing::checkAllCoversDirectMembersOnly()
 
 void TestPermissionEditing::removePermissionsFreesPoolAndUndoes()
 {
-    Document d;
-    CVelmarManagerDoc &doc = d.doc;
+    SampleDocument doc;
     const QStringList before = documentState(doc);
     // anna (1) holds v100; gina (4) v101; 99 is no member.
     const EditResult result = PermissionEditor(doc).removePermissions({ 1, 4, 1, 99 });
@@ -269,17 +248,12 @@ void TestPermissionEditing::removePermissionsFreesPoolAndUndoes()
     QCOMPARE(holders(doc), (QList<qint32> { 0, 0, 0, 0, 0, 0 }));
     QVERIFY(doc.permissions().isModified());
     QCOMPARE(doc.journal().size(), 1);
-    const QStringList after = documentState(doc);
-    doc.undoStack()->undo();
-    QCOMPARE(documentState(doc), before);
-    doc.undoStack()->redo();
-    QCOMPARE(documentState(doc), after);
+    checkUndoRedo(doc, before);
 }
 
 void TestPermissionEditing::voipEditMovesPoolHolder()
 {
-    Document d;
-    CVelmarManagerDoc &doc = d.doc;
+    SampleDocument doc;
     PermissionTableModel model(doc);
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
     model.showGroup(false, doc.directory()->treeData(false).root());
@@ -299,16 +273,12 @@ void TestPermissionEditing::voipEditMovesPoolHolder()
     QVERIFY(model.setData(model.index(bert, 10), u"v101"_s));
     QCOMPARE(holders(doc), (QList<qint32> { 1, 2, 0, 0, 0, 0 }));
     QCOMPARE(model.index(bert, 10).data().toString(), u"v101"_s);
-    const QStringList afterSecond = documentState(doc);
-
-    doc.undoStack()->undo();
-    QCOMPARE(documentState(doc), afterFirst);
-    doc.undoStack()->undo();
-    QCOMPARE(documentState(doc), before);
+    checkUndoRedo(doc, afterFirst);
+    checkUndoRedo(doc, before, 2);
+    doc.undoStack()->setIndex(0);
     QCOMPARE(model.index(bert, 10).data().toString(), QString());
-    doc.undoStack()->redo();
-    doc.undoStack()->redo();
-    QCOMPARE(documentState(doc), afterSecond);
+    doc.undoStack()->setIndex(2);
+    const QStringList afterSecond = documentState(doc);
 
     // A password edit leaves the pool where the id puts it.
     PermissionEditor editor(doc);
@@ -318,15 +288,12 @@ void TestPermissionEditing::voipEditMovesPoolHolder()
     // An empty id names no account: anna's is released.
     QVERIFY(model.setData(model.index(model.rowOfMember(1), 10), QString()));
     QCOMPARE(holders(doc), (QList<qint32> { 0, 2, 0, 0, 0, 0 }));
-    doc.undoStack()->undo();
-    doc.undoStack()->undo();
-    QCOMPARE(documentState(doc), afterSecond);
+    checkUndoRedo(doc, afterSecond, 2);
 }
 
 void TestPermissionEditing::assignTelephonyServesUntilPoolRunsDry()
 {
-    Document d;
-    CVelmarManagerDoc &doc = d.doc;
+    SampleDocument doc;
     const QStringList before = documentState(doc);
 
     // Waiting: bert (no record), carl (empty id), dora, gus. The pool has
@@ -347,12 +314,7 @@ void TestPermissionEditing::assignTelephonyServesUntilPoolRunsDry()
     QCOMPARE(flags(doc, 1), u"11111111"_s);
     QVERIFY(doc.permissions().isModified());
     QCOMPARE(doc.journal(), QStringList { u"自动分配电话号码"_s });
-    const QStringList after = documentState(doc);
-
-    doc.undoStack()->undo();
-    QCOMPARE(documentState(doc), before);
-    doc.undoStack()->redo();
-    QCOMPARE(documentState(doc), after);
+    checkUndoRedo(doc, before);
 
     // Nothing left to give: no step.
     const EditResult again = PermissionEditor(doc).assignTelephony();
@@ -367,20 +329,19 @@ void TestPermissionEditing::assignTelephonyTakesGuestsAfterMembers()
     data.voipPool.append({ u"v104"_s, u"p104"_s, 0 });
     data.voipPool.append({ u"v105"_s, u"p105"_s, 0 });
     data.voipPool.append({ u"v106"_s, u"p106"_s, 0 });
-    Document d(std::move(data));
-    const EditResult result = PermissionEditor(d.doc).assignTelephony();
+    SampleDocument doc(std::move(data));
+    const EditResult result = PermissionEditor(doc).assignTelephony();
     QCOMPARE(result.applied, 4);
     QCOMPARE(result.skipped, 0);
-    QCOMPARE(account(d.doc, 7), u"v104/p104"_s);
-    QCOMPARE(account(d.doc, 5), u"v105/p105"_s);
-    QCOMPARE(flags(d.doc, 5), u"11111111"_s);
-    QCOMPARE(holders(d.doc), (QList<qint32> { 1, 4, 0, 0, 2, 3, 7, 5, 0 }));
+    QCOMPARE(account(doc, 7), u"v104/p104"_s);
+    QCOMPARE(account(doc, 5), u"v105/p105"_s);
+    QCOMPARE(flags(doc, 5), u"11111111"_s);
+    QCOMPARE(holders(doc), (QList<qint32> { 1, 4, 0, 0, 2, 3, 7, 5, 0 }));
 }
 
 void TestPermissionEditing::gridFollowsUndoAndReload()
 {
-    Document d;
-    CVelmarManagerDoc &doc = d.doc;
+    SampleDocument doc;
     PermissionTableModel model(doc);
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
     model.showGroup(false, doc.directory()->treeData(false).root());

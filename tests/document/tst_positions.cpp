@@ -96,12 +96,11 @@ void TestPositions::defaultFromProfile_data()
     QTest::addColumn<QByteArray>("ini");
     QTest::addColumn<qint32>("expected");
     QTest::newRow("no file") << QByteArray() << -1;
-    QTest::newRow("absent") << QByteArray("[ServerInfo]\r\nUseDist=0\r\n") << -1;
-    QTest::newRow("empty") << QByteArray("[ServerInfo]\r\nDefaultPositionID=\r\n") << -1;
-    QTest::newRow("zero") << QByteArray("[ServerInfo]\r\nDefaultPositionID=0\r\n") << -1;
-    QTest::newRow("set") << QByteArray("[serverinfo]\r\ndefaultpositionid=7\r\n") << 7;
-    QTest::newRow("trailing text")
-        << QByteArray("[ServerInfo]\r\nDefaultPositionID=12ab\r\n") << 12;
+    // The section and key names in any case.
+    for (const auto &[line, expected] : { std::pair { "UseDist=0", -1 },
+             { "DefaultPositionID=", -1 }, { "DefaultPositionID=0", -1 },
+             { "defaultpositionid=7", 7 }, { "DefaultPositionID=12ab", 12 } })
+        QTest::newRow(line) << "[serverinfo]\r\n" + QByteArray(line) + "\r\n" << expected;
 }
 
 void TestPositions::defaultFromProfile()

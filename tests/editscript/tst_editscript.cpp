@@ -63,48 +63,42 @@ void TestEditScript::lexer_data()
 {
     QTest::addColumn<QString>("line");
     QTest::addColumn<QStringList>("words");
+    const auto row = [](const QString &line, const QStringList &words) {
+        QTest::newRow(qPrintable(line)) << line << words;
+    };
 
     // Blanks, comments and the '#' that names a group.
-    QTest::newRow("empty") << u""_s << QStringList();
-    QTest::newRow("blanks only") << u" \t  "_s << QStringList();
-    QTest::newRow("comment") << u"# member add x"_s << QStringList();
-    QTest::newRow("indented comment") << u" \t# x"_s << QStringList();
-    QTest::newRow("runs of blanks")
-        << u"  a \t b\t\tc  "_s << QStringList { u"a"_s, u"b"_s, u"c"_s };
-    QTest::newRow("later # is text")
-        << u"place #12 a#b #"_s << QStringList { u"place"_s, u"#12"_s, u"a#b"_s, u"#"_s };
-    QTest::newRow("quoted # first") << u"\"#x\" y"_s << QStringList { u"#x"_s, u"y"_s };
+    row(u""_s, QStringList());
+    row(u" \t  "_s, QStringList());
+    row(u"# member add x"_s, QStringList());
+    row(u" \t# x"_s, QStringList());
+    row(u"  a \t b\t\tc  "_s, QStringList { u"a"_s, u"b"_s, u"c"_s });
+    row(u"place #12 a#b #"_s, QStringList { u"place"_s, u"#12"_s, u"a#b"_s, u"#"_s });
+    row(u"\"#x\" y"_s, QStringList { u"#x"_s, u"y"_s });
 
     // Quotes, and pieces joining into one word.
-    QTest::newRow("double quotes") << u"\"a b\"  c"_s << QStringList { u"a b"_s, u"c"_s };
-    QTest::newRow("single quotes") << u"'a  b'"_s << QStringList { u"a  b"_s };
-    QTest::newRow("joined pieces") << u"a\"b c\"'d e'f"_s << QStringList { u"ab cd ef"_s };
-    QTest::newRow("empty double") << u"a \"\" b"_s << QStringList { u"a"_s, u""_s, u"b"_s };
-    QTest::newRow("empty single") << u"'' x"_s << QStringList { u""_s, u"x"_s };
-    QTest::newRow("empty pieces") << u"''\"\""_s << QStringList { u""_s };
-    QTest::newRow("tab inside quotes") << u"'a\tb'"_s << QStringList { u"a\tb"_s };
+    row(u"\"a b\"  c"_s, QStringList { u"a b"_s, u"c"_s });
+    row(u"'a  b'"_s, QStringList { u"a  b"_s });
+    row(u"a\"b c\"'d e'f"_s, QStringList { u"ab cd ef"_s });
+    row(u"a \"\" b"_s, QStringList { u"a"_s, u""_s, u"b"_s });
+    row(u"'' x"_s, QStringList { u""_s, u"x"_s });
+    row(u"''\"\""_s, QStringList { u""_s });
+    row(u"'a\tb'"_s, QStringList { u"a\tb"_s });
 
     // Backslashes in each context.
-    QTest::newRow("double-quote escapes")
-        << uR"("\" \\ \$ \`")"_s << QStringList { uR"(" \ $ `)"_s };
-    QTest::newRow("other backslashes kept in double quotes")
-        << uR"("C:\dir\n" "a\b")"_s << QStringList { uR"(C:\dir\n)"_s, uR"(a\b)"_s };
-    QTest::newRow("single quotes literal")
-        << uR"('a\b"c\' x)"_s << QStringList { uR"(a\b"c\)"_s, u"x"_s };
-    QTest::newRow("escaped blank") << uR"(a\ b c)"_s << QStringList { u"a b"_s, u"c"_s };
-    QTest::newRow("escaped quotes")
-        << uR"(\'\" \\ \a)"_s << QStringList { uR"('")"_s, uR"(\)"_s, u"a"_s };
-    QTest::newRow("escaped hash first") << uR"(\#x)"_s << QStringList { u"#x"_s };
-    QTest::newRow("backslash-newline outside")
-        << u"a\\\nb \\\n c"_s << QStringList { u"ab"_s, u"c"_s };
-    QTest::newRow("backslash-newline inside") << u"\"a\\\nb\""_s << QStringList { u"ab"_s };
+    row(uR"("\" \\ \$ \`")"_s, QStringList { uR"(" \ $ `)"_s });
+    row(uR"("C:\dir\n" "a\b")"_s, QStringList { uR"(C:\dir\n)"_s, uR"(a\b)"_s });
+    row(uR"('a\b"c\' x)"_s, QStringList { uR"(a\b"c\)"_s, u"x"_s });
+    row(uR"(a\ b c)"_s, QStringList { u"a b"_s, u"c"_s });
+    row(uR"(\'\" \\ \a)"_s, QStringList { uR"('")"_s, uR"(\)"_s, u"a"_s });
+    row(uR"(\#x)"_s, QStringList { u"#x"_s });
+    row(u"a\\\nb \\\n c"_s, QStringList { u"ab"_s, u"c"_s });
+    row(u"\"a\\\nb\""_s, QStringList { u"ab"_s });
 
     // No expansion of any kind.
-    QTest::newRow("no expansion") << u"$HOME ~ * `x` $(y)"_s
-                                  << QStringList { u"$HOME"_s, u"~"_s, u"*"_s, u"`x`"_s,
-                                         u"$(y)"_s };
-    QTest::newRow("unicode") << u"group rename /销售部 \"市场 部\""_s
-                             << QStringList { u"group"_s, u"rename"_s, u"/销售部"_s, u"市场 部"_s };
+    row(u"$HOME ~ * `x` $(y)"_s, QStringList { u"$HOME"_s, u"~"_s, u"*"_s, u"`x`"_s, u"$(y)"_s });
+    row(u"group rename /销售部 \"市场 部\""_s,
+        QStringList { u"group"_s, u"rename"_s, u"/销售部"_s, u"市场 部"_s });
 }
 
 void TestEditScript::lexer()
@@ -120,14 +114,17 @@ void TestEditScript::lexerErrors_data()
 {
     QTest::addColumn<QString>("line");
     QTest::addColumn<QString>("error");
+    const auto row = [](const QString &line, const QString &error) {
+        QTest::newRow(qPrintable(line)) << line << error;
+    };
 
-    QTest::newRow("open double") << u"member add \"alice"_s << u"unbalanced double quote"_s;
-    QTest::newRow("escaped closing double") << uR"(a "b\")"_s << u"unbalanced double quote"_s;
-    QTest::newRow("double ending in backslash") << uR"("b\)"_s << u"unbalanced double quote"_s;
-    QTest::newRow("open single") << u"a 'b\""_s << u"unbalanced single quote"_s;
-    QTest::newRow("no escape in single") << uR"('a\'')"_s << u"unbalanced single quote"_s;
-    QTest::newRow("trailing backslash") << uR"(member add a\)"_s << u"trailing backslash"_s;
-    QTest::newRow("lone backslash") << uR"(\)"_s << u"trailing backslash"_s;
+    row(u"member add \"alice"_s, u"unbalanced double quote"_s);
+    row(uR"(a "b\")"_s, u"unbalanced double quote"_s);
+    row(uR"("b\)"_s, u"unbalanced double quote"_s);
+    row(u"a 'b\""_s, u"unbalanced single quote"_s);
+    row(uR"('a\'')"_s, u"unbalanced single quote"_s);
+    row(uR"(member add a\)"_s, u"trailing backslash"_s);
+    row(uR"(\)"_s, u"trailing backslash"_s);
 }
 
 void TestEditScript::lexerErrors()
@@ -142,30 +139,30 @@ void TestEditScript::groupRef_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<EditGroupRef>("expected");
     QTest::addColumn<QString>("canonical");
+    const auto row = [](const QString &text, const EditGroupRef &ref, const QString &shown = {}) {
+        QTest::newRow(qPrintable(text)) << text << ref << shown;
+    };
 
-    QTest::newRow("path") << u"/Sales/East"_s << org({ u"Sales"_s, u"East"_s }) << u""_s;
-    QTest::newRow("top level") << u"/Sales"_s << org({ u"Sales"_s }) << u""_s;
-    QTest::newRow("root") << u"/"_s << org({}) << u""_s;
-    QTest::newRow("guest path") << u"guest:/Forum/Old"_s << guest({ u"Forum"_s, u"Old"_s })
-                                << u""_s;
-    QTest::newRow("guest root") << u"guest:/"_s << guest({}) << u""_s;
-    QTest::newRow("id") << u"#12"_s << groupId(12) << u""_s;
-    QTest::newRow("guest id") << u"guest:#7"_s << groupId(7, true) << u""_s;
-    QTest::newRow("id zero padded") << u"#007"_s << groupId(7) << u"#7"_s;
-    QTest::newRow("largest id") << u"#2147483647"_s << groupId(2147483647) << u""_s;
-    QTest::newRow("unicode") << u"/销售部/华东区"_s << org({ u"销售部"_s, u"华东区"_s }) << u""_s;
-    QTest::newRow("names with blanks") << u"/A B/ C "_s << org({ u"A B"_s, u" C "_s }) << u""_s;
+    row(u"/Sales/East"_s, org({ u"Sales"_s, u"East"_s }));
+    row(u"/Sales"_s, org({ u"Sales"_s }));
+    row(u"/"_s, org({}));
+    row(u"guest:/Forum/Old"_s, guest({ u"Forum"_s, u"Old"_s }));
+    row(u"guest:/"_s, guest({}));
+    row(u"#12"_s, groupId(12));
+    row(u"guest:#7"_s, groupId(7, true));
+    row(u"#007"_s, groupId(7), u"#7"_s);
+    row(u"#2147483647"_s, groupId(2147483647));
+    row(u"/销售部/华东区"_s, org({ u"销售部"_s, u"华东区"_s }));
+    row(u"/A B/ C "_s, org({ u"A B"_s, u" C "_s }));
 
     // "\/" is a slash within a name, "\\" a backslash; other backslashes stay.
-    QTest::newRow("escaped slash") << uR"(/R\/D/Lab)"_s << org({ u"R/D"_s, u"Lab"_s }) << u""_s;
-    QTest::newRow("only a slash") << uR"(/\/)"_s << org({ u"/"_s }) << u""_s;
-    QTest::newRow("plain backslash") << uR"(/R\D)"_s << org({ uR"(R\D)"_s }) << u""_s;
-    QTest::newRow("doubled backslash before slash")
-        << uR"(/a\\/b)"_s << org({ uR"(a\)"_s, u"b"_s }) << u""_s;
-    QTest::newRow("name ending in backslash") << uR"(/a\)"_s << org({ uR"(a\)"_s }) << uR"(/a\\)"_s;
-    QTest::newRow("two backslashes") << uR"(/a\\\b)"_s << org({ uR"(a\\b)"_s }) << uR"(/a\\\b)"_s;
-    QTest::newRow("guest: inside a name")
-        << u"/guest:x/#1"_s << org({ u"guest:x"_s, u"#1"_s }) << u""_s;
+    row(uR"(/R\/D/Lab)"_s, org({ u"R/D"_s, u"Lab"_s }));
+    row(uR"(/\/)"_s, org({ u"/"_s }));
+    row(uR"(/R\D)"_s, org({ uR"(R\D)"_s }));
+    row(uR"(/a\\/b)"_s, org({ uR"(a\)"_s, u"b"_s }));
+    row(uR"(/a\)"_s, org({ uR"(a\)"_s }), uR"(/a\\)"_s);
+    row(uR"(/a\\\b)"_s, org({ uR"(a\\b)"_s }), uR"(/a\\\b)"_s);
+    row(u"/guest:x/#1"_s, org({ u"guest:x"_s, u"#1"_s }));
 }
 
 void TestEditScript::groupRef()
@@ -193,32 +190,20 @@ void TestEditScript::groupRefErrors_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("error");
 
-    const QString expected = u" (expected /PATH, guest:/PATH, #ID or guest:#ID)"_s;
-    QTest::newRow("no slash") << u"Sales"_s << u"bad group: Sales"_s + expected;
-    QTest::newRow("relative path") << u"Sales/East"_s << u"bad group: Sales/East"_s + expected;
-    QTest::newRow("empty") << u""_s << u"bad group: "_s + expected;
-    QTest::newRow("guest alone") << u"guest:"_s << u"bad group: guest:"_s + expected;
-    QTest::newRow("guest without slash")
-        << u"guest:Forum"_s << u"bad group: guest:Forum"_s + expected;
-    QTest::newRow("guest twice") << u"guest:guest:/a"_s
-                                 << u"bad group: guest:guest:/a"_s + expected;
-    QTest::newRow("GUEST") << u"GUEST:/a"_s << u"bad group: GUEST:/a"_s + expected;
-
-    const QString badId = u" (expected a decimal number after #)"_s;
-    QTest::newRow("hash alone") << u"#"_s << u"bad group id: #"_s + badId;
-    QTest::newRow("hash text") << u"#x1"_s << u"bad group id: #x1"_s + badId;
-    QTest::newRow("negative id") << u"#-1"_s << u"bad group id: #-1"_s + badId;
-    QTest::newRow("plus sign") << u"#+1"_s << u"bad group id: #+1"_s + badId;
-    QTest::newRow("id with blank") << u"# 1"_s << u"bad group id: # 1"_s + badId;
-    QTest::newRow("id too large") << u"#2147483648"_s << u"bad group id: #2147483648"_s + badId;
-    QTest::newRow("guest hash") << u"guest:#"_s << u"bad group id: guest:#"_s + badId;
-    QTest::newRow("full-width digits") << u"#１２"_s << u"bad group id: #１２"_s + badId;
-
-    const QString byId = u" (name such a group by #ID)"_s;
-    QTest::newRow("empty inner name") << u"/a//b"_s << u"empty group name in /a//b"_s + byId;
-    QTest::newRow("trailing slash") << u"/a/"_s << u"empty group name in /a/"_s + byId;
-    QTest::newRow("two slashes") << u"//"_s << u"empty group name in //"_s + byId;
-    QTest::newRow("guest empty") << u"guest://x"_s << u"empty group name in guest://x"_s + byId;
+    // Each message quotes the text it refuses.
+    const auto row = [](const QString &text, const QString &error) {
+        QTest::newRow(qPrintable(text)) << text << error.arg(text);
+    };
+    const QString bad = u"bad group: %1 (expected /PATH, guest:/PATH, #ID or guest:#ID)"_s;
+    for (const QString &text : { u"Sales"_s, u"Sales/East"_s, u""_s, u"guest:"_s, u"guest:Forum"_s,
+             u"guest:guest:/a"_s, u"GUEST:/a"_s })
+        row(text, bad);
+    const QString badId = u"bad group id: %1 (expected a decimal number after #)"_s;
+    for (const QString &text : { u"#"_s, u"#x1"_s, u"#-1"_s, u"#+1"_s, u"# 1"_s, u"#2147483648"_s,
+             u"guest:#"_s, u"#１２"_s })
+        row(text, badId);
+    for (const QString &text : { u"/a//b"_s, u"/a/"_s, u"//"_s, u"guest://x"_s })
+        row(text, u"empty group name in %1 (name such a group by #ID)"_s);
 }
 
 void TestEditScript::groupRefErrors()
@@ -239,19 +224,20 @@ void TestEditScript::commands_data()
         QTest::newRow(qPrintable(line)) << line << EditCommand { 1, std::move(op) };
     };
 
+    using enum Edit::MemberText;
+    const auto texts = [](const QList<Edit::MemberTextEdit> &edits) {
+        Edit::MemberFields fields;
+        fields.texts = edits;
+        return fields;
+    };
+
     // Members.
-    {
-        Edit::MemberAdd add;
-        add.userId = u"alice"_s;
-        row(u"member add alice"_s, add);
-        add.userId = u""_s;
-        row(u"member add \"\""_s, add);
-    }
+    row(u"member add alice"_s, Edit::MemberAdd { u"alice"_s, false, {} });
+    row(u"member add \"\""_s, Edit::MemberAdd { {}, false, {} });
     {
         Edit::MemberAdd add;
         add.userId = u"wang.li"_s;
         add.guest = true;
-        using enum Edit::MemberText;
         // Text cells keep the order they were written in.
         add.fields.texts = {
             { Intro, u""_s },
@@ -277,34 +263,18 @@ void TestEditScript::commands_data()
         QCOMPARE(*add.fields.text(Password), u"p w"_s);
         QVERIFY(!Edit::MemberFields().text(Password));
     }
-    {
-        Edit::MemberAdd add;
-        add.userId = u"bob"_s;
-        add.fields.texts
-            = { { Edit::MemberText::Name, u"Bob=B"_s }, { Edit::MemberText::Password, u""_s } };
-        row(u"member add bob --name=Bob=B --password="_s, add);
-        // The word after an option is its value, whatever it looks like.
-        add.fields.texts = { { Edit::MemberText::Name, u"--female"_s },
-            { Edit::MemberText::Password, u"-x"_s } };
-        row(u"member add bob --name --female --password -x"_s, add);
-    }
-    {
-        Edit::MemberSet set;
-        set.userId = u"alice"_s;
-        row(u"member set alice"_s, set);
-        set.fields.male = true;
-        set.fields.isPublic = true;
-        set.fields.solar = true;
-        set.fields.admin = true;
-        set.fields.texts = { { Edit::MemberText::Birthday, u""_s } };
-        row(u"member set alice --male --public --solar --admin --birthday \"\""_s, set);
-        set.fields = {};
-        set.fields.male = false;
-        set.fields.admin = false;
-        set.fields.texts = { { Edit::MemberText::Name, u""_s },
-            { Edit::MemberText::Birthday, u"2000-02-29"_s } };
-        row(u"member set alice --no-admin --female --name= --birthday=2000-02-29"_s, set);
-    }
+    row(u"member add bob --name=Bob=B --password="_s,
+        Edit::MemberAdd { u"bob"_s, false, texts({ { Name, u"Bob=B"_s }, { Password, u""_s } }) });
+    // The word after an option is its value, whatever it looks like.
+    row(u"member add bob --name --female --password -x"_s,
+        Edit::MemberAdd {
+            u"bob"_s, false, texts({ { Name, u"--female"_s }, { Password, u"-x"_s } }) });
+    row(u"member set alice"_s, Edit::MemberSet { u"alice"_s, {} });
+    row(u"member set alice --male --public --solar --admin --birthday \"\""_s,
+        Edit::MemberSet { u"alice"_s, { { { Birthday, u""_s } }, true, true, true, true } });
+    row(u"member set alice --no-admin --female --name= --birthday=2000-02-29"_s,
+        Edit::MemberSet { u"alice"_s,
+            { { { Name, u""_s }, { Birthday, u"2000-02-29"_s } }, false, {}, {}, false } });
     row(u"member delete alice"_s, Edit::MemberDelete { { u"alice"_s } });
     row(u"member delete a 'b c' 销售"_s, Edit::MemberDelete { { u"a"_s, u"b c"_s, u"销售"_s } });
 
@@ -343,33 +313,22 @@ void TestEditScript::commands_data()
     row(u"position move 职员 up"_s, Edit::PositionMove { u"职员"_s, true });
     row(u"position move 职员 down"_s, Edit::PositionMove { u"职员"_s, false });
 
-    // Permissions and VoIP.
-    {
-        Edit::PermissionSet set;
-        set.target = u"alice"_s;
-        set.flags[size_t(Edit::Feature::Chat)] = false;
-        set.flags[size_t(Edit::Feature::Voip)] = true;
-        row(u"permission set alice chat=off voip=on"_s, set);
-        set.flags = {};
-        for (std::optional<bool> &flag : set.flags)
-            flag = true;
-        set.flags[size_t(Edit::Feature::Message)] = false;
-        set.target = org({ u"Sales"_s });
-        row(u"permission set /Sales message=off chat=on file=on tts=on video=on call=on sms=on "
-            u"voip=on"_s,
-            set);
-        set.flags = {};
-        set.flags[size_t(Edit::Feature::Sms)] = false;
-        set.target = groupId(4, true);
-        row(u"permission set guest:#4 sms=off"_s, set);
-        set.flags = {};
-        set.flags[size_t(Edit::Feature::File)] = true;
-        set.flags[size_t(Edit::Feature::Tts)] = false;
-        set.flags[size_t(Edit::Feature::Video)] = true;
-        set.flags[size_t(Edit::Feature::Call)] = false;
-        set.target = u"guestbob"_s;
-        row(u"permission set guestbob file=on tts=off video=on call=off"_s, set);
-    }
+    // Permissions and VoIP; flags in feature order, '-' for a flag not given.
+    const auto permission = [](std::variant<QString, EditGroupRef> target, const char *flags) {
+        Edit::PermissionSet set { std::move(target), {} };
+        for (int f = 0; f < Edit::FeatureCount; ++f) {
+            if (flags[f] != '-')
+                set.flags[size_t(f)] = flags[f] == '1';
+        }
+        return set;
+    };
+    row(u"permission set alice chat=off voip=on"_s, permission(u"alice"_s, "-0-----1"));
+    row(u"permission set /Sales message=off chat=on file=on tts=on video=on call=on sms=on "
+        u"voip=on"_s,
+        permission(org({ u"Sales"_s }), "01111111"));
+    row(u"permission set guest:#4 sms=off"_s, permission(groupId(4, true), "------0-"));
+    row(u"permission set guestbob file=on tts=off video=on call=off"_s,
+        permission(u"guestbob"_s, "--1010--"));
     row(u"voip set alice 8001 's e'"_s, Edit::VoipSet { u"alice"_s, u"8001"_s, u"s e"_s });
     row(u"voip set alice '' ''"_s, Edit::VoipSet { u"alice"_s, u""_s, u""_s });
     row(u"voip assign"_s, Edit::VoipAssign {});

@@ -11,8 +11,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace { } // namespace
-
 class TestFileBoxRights : public QObject
 {
     Q_OBJECT
@@ -25,8 +23,7 @@ private Q_SLOTS:
     void storedPaths_data();
     void storedPaths();
     void folderQueries();
-    void iterationWithoutMatchEndsAtOnce();
-    void iterationsVisitMatchesInOrder();
+    void iterations();
     void counts();
 
     // Against the databases.
@@ -42,16 +39,10 @@ void TestFileBoxRights::decode_data()
 {
     QTest::addColumn<QString>("stored");
     QTest::addColumn<int>("code");
-    QTest::newRow("W") << u"W"_s << 2;
-    QTest::newRow("w") << u"w"_s << 2;
-    QTest::newRow("R") << u"R"_s << 1;
-    QTest::newRow("r") << u"r"_s << 1;
-    QTest::newRow("X") << u"X"_s << 0;
-    QTest::newRow("empty") << QString() << 0;
-    QTest::newRow("two letters") << u"RW"_s << 0;
-    QTest::newRow("padded") << u"W "_s << 0;
-    QTest::newRow("digit") << u"2"_s << 0;
-    QTest::newRow("chinese") << u"读/写"_s << 0;
+    for (const auto &[stored, code] :
+        { std::pair { u"W"_s, 2 }, { u"w"_s, 2 }, { u"R"_s, 1 }, { u"r"_s, 1 }, { u"X"_s, 0 },
+            { QString(), 0 }, { u"RW"_s, 0 }, { u"W "_s, 0 }, { u"2"_s, 0 }, { u"读/写"_s, 0 } })
+        QTest::newRow(qPrintable(u'[' + stored + u']')) << stored << code;
 }
 
 void TestFileBoxRights::decode()
@@ -68,9 +59,8 @@ void TestFileBoxRights::encode_data()
     QTest::addColumn<QString>("shown");
     QTest::newRow("read/write") << 2 << u"W"_s << u"读/写"_s;
     QTest::newRow("read-only") << 1 << u"R"_s << u"只读"_s;
-    QTest::newRow("none") << 0 << u"X"_s << QString();
-    QTest::newRow("out of range") << 3 << u"X"_s << QString();
-    QTest::newRow("negative") << -1 << u"X"_s << QString();
+    for (const int code : { 0, 3, -1 }) // none, then out of range
+        QTest::newRow(qPrintable(QString::number(code))) << code << u"X"_s << QString();
 }
 
 void TestFileBoxRights::encode()
@@ -86,11 +76,12 @@ void TestFileBoxRights::storedPaths_data()
 {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("stored");
-    QTest::newRow("plain") << u"Share"_s << u"Share"_s;
-    QTest::newRow("nested") << u"Share\\Docs\\2007"_s << u"Share\\\\Docs\\\\2007"_s;
-    QTest::newRow("trailing") << u"Share\\"_s << u"Share\\\\"_s;
-    QTest::newRow("unc") << u"\\\\host\\share"_s << u"\\\\\\\\host\\\\share"_s;
-    QTest::newRow("slashes untouched") << u"a/b"_s << u"a/b"_s;
+    // Backslashes doubled, slashes untouched.
+    for (const auto &[path, stored] : { std::pair { u"Share"_s, u"Share"_s },
+             { u"Share\\Docs\\2007"_s, u"Share\\\\Docs\\\\2007"_s },
+             { u"Share\\"_s, u"Share\\\\"_s }, { u"\\\\host\\share"_s, u"\\\\\\\\host\\\\share"_s },
+             { u"a/b"_s, u"a/b"_s } })
+        QTest::newRow(qPrintable(path)) << path << stored;
 }
 
 void TestFileBoxRights::storedPaths()
@@ -115,25 +106,20 @@ void TestFileBoxRights::folderQueries()
     QCOMPARE(rights.folders().size(), 2);
 }
 
-void TestFileBoxRights::iterationWithoutMatchEndsAtOnce()
+// What one of the iterations visits from the start, as folder, owner and
+// right; it must end (folder -1) and stay at the end.
+template<typename Next> QStringList visit(Next next)
 {
-    FileBoxRights rights;
-    rights.setGroupRight(1, 10, AuthorityCode::ReadOnly);
-    rights.setMemberRight(5, 10, AuthorityCode::ReadOnly);
-
+    QStringList out;
     FileBoxRights::Position position;
-    QCOMPARE(rights.nextGroupRightOfFolder(99, position).folderId, -1);
-    // Once at the end it stays there rather than starting over.
-    QCOMPARE(rights.nextGroupRightOfFolder(99, position).folderId, -1);
-    FileBoxRights::Position memberPosition;
-    QCOMPARE(rights.nextMemberRightOfFolder(99, memberPosition).folderId, -1);
-    FileBoxRights::Position groupPosition;
-    QCOMPARE(rights.nextRightOfGroup(2, groupPosition).folderId, -1);
-    FileBoxRights::Position ofMember;
-    QCOMPARE(FileBoxRights().nextRightOfMember(5, ofMember).folderId, -1);
+    for (auto right = next(position); right.folderId != -1; right = next(position))
+        out << u"%1 %2"_s.arg(right.folderId).arg(right.authority);
+    if (next(position).folderId != -1)
+        out << u"started over"_s;
+    return out;
 }
 
-void TestFileBoxRights::iterationsVisitMatchesInOrder()
+void TestFileBoxRights::iterations()
 {
     FileBoxRights rights;
     rights.setGroupRight(1, 10, AuthorityCode::ReadOnly);
@@ -142,32 +128,20 @@ void TestFileBoxRights::iterationsVisitMatchesInOrder()
     rights.setGroupRight(1, 30, AuthorityCode::None);
     rights.setMemberRight(7, 20, AuthorityCode::ReadOnly);
     rights.setMemberRight(7, 10, AuthorityCode::ReadWrite);
-
-    QList<qint32> groups;
-    FileBoxRights::Position position;
-    for (auto r = rights.nextGroupRightOfFolder(10, position); r.folderId != -1;
-         r = rights.nextGroupRightOfFolder(10, position))
-        groups.append(r.groupId);
-    QCOMPARE(groups, (QList<qint32> { 1, 3 }));
-
-    QList<qint32> folders;
-    position = {};
-    for (auto r = rights.nextRightOfGroup(1, position); r.folderId != -1;
-         r = rights.nextRightOfGroup(1, position))
-        folders.append(r.folderId);
-    QCOMPARE(folders, (QList<qint32> { 10, 30 }));
-
-    folders.clear();
-    position = {};
-    for (auto r = rights.nextRightOfMember(7, position); r.folderId != -1;
-         r = rights.nextRightOfMember(7, position))
-        folders.append(r.folderId);
-    QCOMPARE(folders, (QList<qint32> { 20, 10 }));
-
-    position = {};
-    const tagUserAuthority first = rights.nextMemberRightOfFolder(10, position);
-    QCOMPARE(first, (tagUserAuthority { 10, 7, AuthorityCode::ReadWrite }));
-    QCOMPARE(rights.nextMemberRightOfFolder(10, position).folderId, -1);
+    using P = FileBoxRights::Position;
+    QCOMPARE(visit([&](P &p) { return rights.nextGroupRightOfFolder(10, p); }),
+        (QStringList { u"10 1"_s, u"10 2"_s }));
+    QCOMPARE(visit([&](P &p) { return rights.nextRightOfGroup(1, p); }),
+        (QStringList { u"10 1"_s, u"30 0"_s }));
+    QCOMPARE(visit([&](P &p) { return rights.nextRightOfMember(7, p); }),
+        (QStringList { u"20 1"_s, u"10 2"_s }));
+    QCOMPARE(visit([&](P &p) { return rights.nextMemberRightOfFolder(10, p); }),
+        QStringList { u"10 2"_s });
+    // Without a match each ends at once.
+    QCOMPARE(visit([&](P &p) { return rights.nextGroupRightOfFolder(99, p); }), QStringList());
+    QCOMPARE(visit([&](P &p) { return rights.nextMemberRightOfFolder(99, p); }), QStringList());
+    QCOMPARE(visit([&](P &p) { return rights.nextRightOfGroup(4, p); }), QStringList());
+    QCOMPARE(visit([&](P &p) { return FileBoxRights().nextRightOfMember(5, p); }), QStringList());
 }
 
 void TestFileBoxRights::counts()

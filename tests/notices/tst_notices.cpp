@@ -190,17 +190,14 @@ void TestNotices::dates_data()
     QTest::addColumn<QString>("stored");
     QTest::addColumn<QString>("shown");
     QTest::addColumn<bool>("isEndDate");
-
     QTest::newRow("written") << u"2007-10-08 12:00:00"_s << u"2007/10/08 12:00:00"_s << false;
     QTest::newRow("written without dashes") << u"20071008"_s << u"20071008"_s << false;
-    QTest::newRow("end date") << u"20071231"_s << u"2007/12/31"_s << true;
-    QTest::newRow("no end date") << QString() << QString() << true;
-    QTest::newRow("year and month") << u"200712"_s << u"2007/12"_s << true;
-    QTest::newRow("five digits") << u"20071"_s << u"2007/1"_s << true;
-    QTest::newRow("year only") << u"2007"_s << u"2007"_s << true;
-    QTest::newRow("one character") << u"7"_s << u"7"_s << true;
-    QTest::newRow("seven digits") << u"2007123"_s << u"2007/12/3"_s << true;
-    QTest::newRow("longer") << u"2007123199"_s << u"2007/12/3199"_s << true;
+    // End dates: slashes after the year and the month, whatever the length.
+    for (const auto &[stored, shown] : { std::pair { u"20071231"_s, u"2007/12/31"_s },
+             { QString(), QString() }, { u"200712"_s, u"2007/12"_s }, { u"20071"_s, u"2007/1"_s },
+             { u"2007"_s, u"2007"_s }, { u"7"_s, u"7"_s }, { u"2007123"_s, u"2007/12/3"_s },
+             { u"2007123199"_s, u"2007/12/3199"_s } })
+        QTest::newRow(qPrintable(u"end "_s + stored)) << stored << shown << true;
 }
 
 void TestNotices::dates()
@@ -215,18 +212,18 @@ void TestNotices::fileNames_data()
 {
     QTest::addColumn<QString>("fileList");
     QTest::addColumn<QStringList>("names");
-
-    QTest::newRow("none") << QString() << QStringList();
-    QTest::newRow("header only") << u"|2|session"_s << QStringList();
-    QTest::newRow("two files") << u"|2|session|/u/a.doc|a.doc|100|/u/dir\\b.txt|dir\\b.txt|200"_s
-                               << QStringList { u"a.doc"_s, u"dir\\b.txt"_s };
-    QTest::newRow("without leading bar")
-        << u"1|s|p|report.xls|9"_s << QStringList { u"report.xls"_s };
-    QTest::newRow("empty items skipped")
-        << u"||1||s|p|||shown.txt||9|"_s << QStringList { u"shown.txt"_s };
-    QTest::newRow("short last group")
-        << u"|1|s|p|a.txt|1|q|b.txt"_s << QStringList { u"a.txt"_s, u"b.txt"_s };
-    QTest::newRow("group of one") << u"|1|s|p|a.txt|1|q"_s << QStringList { u"a.txt"_s };
+    // "|count|session" and then path, name and size for each file.
+    const auto row = [](const QString &fileList, const QStringList &names) {
+        QTest::newRow(qPrintable(fileList)) << fileList << names;
+    };
+    row({}, {});
+    row(u"|2|session"_s, {});
+    row(u"|2|session|/u/a.doc|a.doc|100|/u/dir\\b.txt|dir\\b.txt|200"_s,
+        { u"a.doc"_s, u"dir\\b.txt"_s });
+    row(u"1|s|p|report.xls|9"_s, { u"report.xls"_s }); // without the leading bar
+    row(u"||1||s|p|||shown.txt||9|"_s, { u"shown.txt"_s }); // empty items skipped
+    row(u"|1|s|p|a.txt|1|q|b.txt"_s, { u"a.txt"_s, u"b.txt"_s }); // short last group
+    row(u"|1|s|p|a.txt|1|q"_s, { u"a.txt"_s });
 }
 
 void TestNotices::fileNames()
@@ -327,11 +324,8 @@ void TestNotices::removalNeedsTheUploadedItem()
 void TestNotices::removalRefusesNamesOutsideTheWorkingDirectory_data()
 {
     QTest::addColumn<QString>("sessionId");
-    QTest::newRow("parent") << u".."_s;
-    QTest::newRow("self") << u"."_s;
-    QTest::newRow("path") << u"sub/S-1"_s;
-    QTest::newRow("backslash path") << u"sub\\S-1"_s;
-    QTest::newRow("absolute") << u"/S-1"_s;
+    for (const QString &id : { u".."_s, u"."_s, u"sub/S-1"_s, u"sub\\S-1"_s, u"/S-1"_s })
+        QTest::newRow(qPrintable(id)) << id;
 }
 
 void TestNotices::removalRefusesNamesOutsideTheWorkingDirectory()

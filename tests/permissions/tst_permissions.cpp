@@ -90,22 +90,25 @@ void TestPermissions::flagRule_data()
     QTest::addColumn<int>("feature");
     QTest::addColumn<bool>("on");
     QTest::addColumn<Flags>("after");
-
-    QTest::newRow("messages off clears file transfer")
-        << AllOn << int(CAccessToken::MessageOn) << false << Flags { 0, 1, 0, 1, 1, 1, 1, 1 };
-    QTest::newRow("messages on leaves file transfer off") << Flags { 0, 0, 0, 0, 0, 0, 0,
-        0 } << int(CAccessToken::MessageOn) << true << Flags { 1, 0, 0, 0, 0, 0, 0, 0 };
-    QTest::newRow("file transfer on sets messages")
-        << Flags { 0, 0, 0, 0, 0, 0, 0, 0 } << int(CAccessToken::FileTransferOn) << true
-        << Flags { 1, 0, 1, 0, 0, 0, 0, 0 };
-    QTest::newRow("file transfer off leaves messages on")
-        << AllOn << int(CAccessToken::FileTransferOn) << false << Flags { 1, 1, 0, 1, 1, 1, 1, 1 };
-    QTest::newRow("chat alone") << AllOn << int(CAccessToken::ChatOn) << false
-                                << Flags { 1, 0, 1, 1, 1, 1, 1, 1 };
-    QTest::newRow("voip alone") << Flags { 0, 0, 0, 0, 0, 0, 0, 0 } << int(CAccessToken::VoipOn)
-                                << true << Flags { 0, 0, 0, 0, 0, 0, 0, 1 };
-    QTest::newRow("sms alone") << AllOn << int(CAccessToken::SMSOn) << false
-                               << Flags { 1, 1, 1, 1, 1, 1, 0, 1 };
+    // Flags as written: "01011111" in table order.
+    const auto row
+        = [](const char *name, const char *before, int feature, bool on, const char *after) {
+              const auto flags = [](const char *text) {
+                  Flags out;
+                  for (int f = 0; f < CAccessToken::FeatureCount; ++f)
+                      out.append(text[f] == '1');
+                  return out;
+              };
+              QTest::newRow(name) << flags(before) << feature << on << flags(after);
+          };
+    using T = CAccessToken;
+    row("messages off clears file transfer", "11111111", T::MessageOn, false, "01011111");
+    row("messages on leaves file transfer off", "00000000", T::MessageOn, true, "10000000");
+    row("file transfer on sets messages", "00000000", T::FileTransferOn, true, "10100000");
+    row("file transfer off leaves messages on", "11111111", T::FileTransferOn, false, "11011111");
+    row("chat alone", "11111111", T::ChatOn, false, "10111111");
+    row("voip alone", "00000000", T::VoipOn, true, "00000001");
+    row("sms alone", "11111111", T::SMSOn, false, "11111101");
 }
 
 void TestPermissions::flagRule()
@@ -114,7 +117,6 @@ void TestPermissions::flagRule()
     QFETCH(int, feature);
     QFETCH(bool, on);
     QFETCH(Flags, after);
-
     AccessTokenTable table;
     table.ensureToken(7) = tokenWith(before);
     table.setFlag(7, CAccessToken::Feature(feature), on);

@@ -2,8 +2,11 @@
 
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
+#include "DocumentUndoStack.h"
 #include "NoticeListModel.h"
 #include "PositionListModel.h"
+
+#include <QTest>
 
 using namespace Qt::StringLiterals;
 
@@ -48,28 +51,44 @@ QString flagsOf(const CAccessToken &token)
     return flags;
 }
 
-void dumpTree(const DirectoryNode *node, const QString &tree, QStringList &out)
+QString memberLine(const UserInfo &m)
 {
-    for (int row = 0; row < node->childCount(); ++row) {
-        const DirectoryNode *child = node->child(row);
-        if (child->isGroup()) {
-            out << u"%1 group %2 %3 under %4"_s.arg(tree)
-                       .arg(child->id())
-                       .arg(child->name())
-                       .arg(node->id());
-            dumpTree(child, tree, out);
-        } else {
-            out << u"%1 membership %2 in %3 rank %4"_s.arg(tree)
-                       .arg(child->id())
-                       .arg(node->id())
-                       .arg(child->rankId());
-        }
+    return QStringList { QString::number(m.id), m.loginName, m.displayName, m.nickname, m.password,
+        QString::number(m.gender), QString::number(m.bPublic), m.email, m.mobile, m.homePhone,
+        m.address, m.birthday, QString::number(m.bSolar), QString::number(m.bAdmin), m.officePhone,
+        m.description, QString::number(m.level), QString::number(m.isGuest) }
+        .join(u'|');
+}
+
+// Walks the tree through the model, so that the view's structure is dumped
+// along with each node's record and whether the tree's indexes find it.
+void dumpTree(const GroupTreeModel *model, const QModelIndex &parent, int depth, QStringList &out)
+{
+    for (int row = 0; row < model->rowCount(parent); ++row) {
+        const QModelIndex index = model->index(row, 0, parent);
+        const DirectoryNode *node = model->nodeForIndex(index);
+        const DirectoryTree &tree = model->tree();
+        const bool indexed = node->isRoot()
+            || (node->isGroup() ? tree.findGroup(node->id()) == node
+                                : tree.membershipsOf(node->id()).contains(node));
+        out << u"%1 %2 id=%3 rank=%4 pos=%5 name=%6 shown=%7/%8 %9"_s.arg(QString(depth, u'.'))
+                   .arg(int(node->kind()))
+                   .arg(node->id())
+                   .arg(node->rankId())
+                   .arg(node->position())
+                   .arg(node->name(), index.data().toString(),
+                       index.data(GroupTreeModel::RankNameRole).toString(),
+                       indexed ? u"indexed"_s : u"NOT INDEXED"_s);
+        dumpTree(model, index, depth + 1, out);
     }
 }
 
-QString noticeLine(const QString &kind, const NoticeRecord &n)
+QString ids(const QList<qint32> &list)
 {
-    return u"%1 %2 %3"_s.arg(kind).arg(n.id).arg(n.title);
+    QStringList texts;
+    for (const qint32 id : list)
+        texts << QString::number(id);
+    return texts.join(u',');
 }
 
 } // namespace
@@ -135,39 +154,68 @@ ServerDataSet sampleServerData()
 QStringList documentState(const CVelmarManagerDoc &doc)
 {
     QStringList out;
-    const Directory &directory = *doc.directory();
+    const Directory *dir = doc.directory();
     for (const bool guest : { false, true }) {
-        const MemberRows &rows = directory.memberRows(guest);
-        for (int row = 0; row < rows.count(); ++row) {
-            const UserInfo &m = rows.at(row);
-            out << u"%1 member %2 %3 %4"_s.arg(guest ? u"guest"_s : u"regular"_s)
-                       .arg(m.id)
-                       .arg(m.loginName, m.displayName);
-        }
-        dumpTree(directory.treeData(guest).root(), guest ? u"guest"_s : u"regular"_s, out);
+        const MemberListModel *model = dir->members(guest);
+        out << u"members guest=%1 rows=%2"_s.arg(guest).arg(model->rowCount());
+        for (int row = 0; row < model->memberCount(); ++row)
+            out << memberLine(model->member(row))
+                    + u" icon=%1"_s.arg(
+                        model->index(row, 0).data(MemberListModel::IconIndexRole).toInt());
+        const DirectoryTree &tree = dir->treeData(guest);
+        out << u"tree guest=%1 groups=%2 memberships=%3"_s.arg(guest)
+                   .arg(tree.groupCount())
+                   .arg(tree.membershipCount());
+        dumpTree(dir->tree(guest), {}, 0, out);
     }
-    out << u"default position %1"_s.arg(doc.positions()->list().defaultId);
+    out << u"created=%1 deleted=%2 (%3) counter=%4"_s.arg(ids(dir->createdMemberIds()),
+        ids(dir->deletedMemberIds()), dir->deletedLoginNames().join(u','),
+        QString::number(dir->groupCounter()));
+    const PositionList &positions = doc.positions()->list();
+    for (const Position &position : positions.positions)
+        out << u"position %1 %2"_s.arg(position.id).arg(position.name);
+    out << u"default position %1"_s.arg(positions.defaultId);
+    out << u"permissions modified %1"_s.arg(doc.permissions().isModified());
     for (const auto &[id, token] : doc.permissions().tokens())
         out << u"token %1 %2"_s.arg(id).arg(flagsOf(token));
     for (const auto &[id, account] : doc.permissions().voipAccounts())
         out << u"voip %1 [%2] [%3]"_s.arg(id).arg(account.id, account.password);
-    out << u"permissions modified %1"_s.arg(doc.permissions().isModified());
-    const QList<VoipAccountPool::Entry> &pool = doc.voipPool().entries();
-    for (qsizetype i = 0; i < pool.size(); ++i)
-        out << u"pool %1 [%2] [%3] held by %4"_s.arg(i)
-                   .arg(pool.at(i).voipId, pool.at(i).voipPassword)
-                   .arg(pool.at(i).memberId);
-    for (const tagFolderData &f : doc.fileBox().folders())
+    const VoipAccountPool &pool = doc.voipPool();
+    for (int i = 0; i < pool.size(); ++i) {
+        const VoipAccountPool::Entry &entry = pool.entries().at(i);
+        out << u"pool %1 [%2] [%3] held by %4 %5"_s.arg(i)
+                   .arg(entry.voipId, entry.voipPassword)
+                   .arg(entry.memberId)
+                   .arg(entry.isFree() || pool.accountsOf(entry.memberId).contains(i)
+                           ? u"indexed"_s
+                           : u"NOT INDEXED"_s);
+    }
+    out << u"pool first free %1"_s.arg(pool.firstFree());
+    const FileBoxRights &box = doc.fileBox();
+    for (const tagFolderData &f : box.folders())
         out << u"folder %1 %2"_s.arg(f.folderId).arg(f.path);
-    for (const tagGroupAuthority &r : doc.fileBox().groupRights())
+    for (const tagGroupAuthority &r : box.groupRights())
         out << u"group right %1 %2 %3"_s.arg(r.folderId).arg(r.groupId).arg(r.authority);
-    for (const tagUserAuthority &r : doc.fileBox().memberRights())
+    for (const tagUserAuthority &r : box.memberRights())
         out << u"member right %1 %2 %3"_s.arg(r.folderId).arg(r.memberId).arg(r.authority);
-    out << u"file box modified %1"_s.arg(doc.fileBox().isModified());
+    out << u"file box modified %1"_s.arg(box.isModified());
     for (const NoticeRecord &n : doc.notices()->records())
-        out << noticeLine(u"notice"_s, n);
+        out << u"notice %1 %2"_s.arg(n.id).arg(n.title);
     for (const NoticeRecord &n : doc.notices()->pendingDeletions())
-        out << noticeLine(u"pending"_s, n);
+        out << u"pending %1 %2"_s.arg(n.id).arg(n.title);
     out << u"document modified %1"_s.arg(doc.isModified());
     return out;
+}
+
+void checkUndoRedo(CVelmarManagerDoc &doc, const QStringList &before, int steps)
+{
+    const QStringList after = documentState(doc);
+    for (int round = 0; round < 2; ++round) {
+        for (int i = 0; i < steps; ++i)
+            doc.undoStack()->undo();
+        QCOMPARE(documentState(doc), before);
+        for (int i = 0; i < steps; ++i)
+            doc.undoStack()->redo();
+        QCOMPARE(documentState(doc), after);
+    }
 }

@@ -1,10 +1,9 @@
 #pragma once
 
+#include "CVelmarManagerDoc.h"
 #include "ServerDataSet.h"
 
 #include <QStringList>
-
-class CVelmarManagerDoc;
 
 // A working copy with something in every data set the editors change:
 //
@@ -21,8 +20,23 @@ class CVelmarManagerDoc;
 // (99) is a membership of a member id the directory does not hold.
 ServerDataSet sampleServerData();
 
-// The whole document as comparable lines: members, groups and memberships
-// in order, the default position, every permission and VoIP record, the pool
-// with its holders, the file-box lists, the notices listed and pending, the
-// tables' modified flags and the document's.
+// A document that has just loaded the sample (or the data given).
+class SampleDocument : public CVelmarManagerDoc
+{
+public:
+    explicit SampleDocument(ServerDataSet data = sampleServerData())
+    {
+        adopt(std::move(data), LoadState::Complete);
+    }
+};
+
+// The whole document as comparable lines: every member field and row icon,
+// both trees as their models show them (and whether the trees' indexes find
+// each node), created and deleted ids, the positions, every permission and
+// VoIP record, the pool with its holders, the file-box lists, the notices
+// listed and pending, the tables' modified flags and the document's.
 QStringList documentState(const CVelmarManagerDoc &doc);
+
+// Takes the last `steps` edits back and does them again, twice over: the
+// document must come back to `before`, then to the state it was in.
+void checkUndoRedo(CVelmarManagerDoc &doc, const QStringList &before, int steps = 1);
