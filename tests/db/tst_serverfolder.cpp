@@ -40,87 +40,84 @@ class TstServerFolder : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void paths();
-    void hivesOfTheRegistryFolder();
-    void databaseSettings_data();
-    void databaseSettings();
-};
-
-void TstServerFolder::paths()
-{
-    TempServerDir dir;
-    QVERIFY(dir.isValid());
-    // A trailing separator and a "." inside are gone: names are appended.
-    const ServerFolder folder(dir.programDir() + u"/./"_s);
-    QCOMPARE(folder.programDirectory(), dir.programDir());
-    QCOMPARE(folder.profilePath(), dir.programDir() + u"/Serverinfo.ini"_s);
-    QCOMPARE(folder.accessDatabasePath(), dir.programDir() + u"/VelmarDB.mdb"_s);
-    QCOMPARE(folder.filePath(u"pskill"_s), dir.programDir() + u"/pskill"_s);
-    QCOMPARE(folder.profilePath(), dir.iniPath());
-    QCOMPARE(folder.accessDatabasePath(), dir.databasePath());
-    QCOMPARE(folder.registryDirectory(), QString());
-    QCOMPARE(ServerFolder(u"/"_s).programDirectory(), u"/"_s);
-}
-
-void TstServerFolder::hivesOfTheRegistryFolder()
-{
-    TempServerDir dir;
-    QVERIFY(setMachineString(dir.hives(), u"SetDBType"_s, u"PGSQL"_s));
-    const ServerFolder folder(dir.programDir(), dir.registryDir());
-    const std::unique_ptr<RegistryHives> hives = folder.openHives();
-    QCOMPARE(machineString(*hives, DatabaseKey, u"SetDBType"_s), std::optional(u"PGSQL"_s));
-}
-
-void TstServerFolder::databaseSettings_data()
-{
-    QTest::addColumn<QString>("type"); // null: absent
-    QTest::addColumn<QString>("string"); // null: absent
-    QTest::addColumn<bool>("mdbExists");
-    QTest::addColumn<QString>("expectedType");
-    QTest::addColumn<QString>("expectedString"); // "<access>": the Access string of this folder
-
-    QTest::newRow("fresh, no database") << QString() << QString() << false << u"MDB"_s << QString();
-    QTest::newRow("fresh, database") << QString() << QString() << true << u"MDB"_s << u"<access>"_s;
-    QTest::newRow("MDB, stale string")
-        << u"MDB"_s << u"DRIVER={Microsoft Access Driver (*.mdb)};DBQ=/old/VelmarDB.mdb;"_s << true
-        << u"MDB"_s << u"<access>"_s;
-    QTest::newRow("MDB, no database keeps string")
-        << u"MDB"_s << u"DSN=velmar"_s << false << u"MDB"_s << u"DSN=velmar"_s;
-    QTest::newRow("other server keeps string")
-        << u"MSSQL"_s << u"DSN=velmar"_s << true << u"MSSQL"_s << u"DSN=velmar"_s;
-    QTest::newRow("type is compared exactly")
-        << u"mdb"_s << u"DSN=velmar"_s << true << u"mdb"_s << u"DSN=velmar"_s;
-}
-
-void TstServerFolder::databaseSettings()
-{
-    QFETCH(QString, type);
-    QFETCH(QString, string);
-    QFETCH(bool, mdbExists);
-    QFETCH(QString, expectedType);
-    QFETCH(QString, expectedString);
-
-    TempServerDir dir;
-    RegistryHives &hives = dir.hives();
-    if (!type.isNull())
-        QVERIFY(setMachineString(hives, u"SetDBType"_s, type));
-    if (!string.isNull())
-        QVERIFY(setMachineString(hives, u"ConnectionString"_s, string));
-    if (mdbExists)
-        QVERIFY(dir.writeFile(u"VelmarDB.mdb"_s, QByteArray()));
-
-    ServerFolder(dir.programDir()).prepareDatabaseSettings(hives);
-    QCOMPARE(machineString(hives, DatabaseKey, u"SetDBType"_s), std::optional(expectedType));
-    // "Database" and "DataBase" are one key: the session reads what start-up wrote.
-    const std::optional<QString> stored
-        = machineString(hives, u"SOFTWARE\\Velmar\\Services\\Database"_s, u"ConnectionString"_s);
-    if (expectedString.isNull()) {
-        QVERIFY(!stored.has_value());
-    } else {
-        expectedString.replace(u"<access>"_s, AccessString.arg(dir.databasePath()));
-        QCOMPARE(stored, std::optional(expectedString));
+    void paths()
+    {
+        TempServerDir dir;
+        QVERIFY(dir.isValid());
+        // A trailing separator and a "." inside are gone: names are appended.
+        const ServerFolder folder(dir.programDir() + u"/./"_s);
+        QCOMPARE(folder.programDirectory(), dir.programDir());
+        QCOMPARE(folder.profilePath(), dir.programDir() + u"/Serverinfo.ini"_s);
+        QCOMPARE(folder.accessDatabasePath(), dir.programDir() + u"/VelmarDB.mdb"_s);
+        QCOMPARE(folder.filePath(u"pskill"_s), dir.programDir() + u"/pskill"_s);
+        QCOMPARE(folder.profilePath(), dir.iniPath());
+        QCOMPARE(folder.accessDatabasePath(), dir.databasePath());
+        QCOMPARE(folder.registryDirectory(), QString());
+        QCOMPARE(ServerFolder(u"/"_s).programDirectory(), u"/"_s);
     }
-}
+
+    void hivesOfTheRegistryFolder()
+    {
+        TempServerDir dir;
+        QVERIFY(setMachineString(dir.hives(), u"SetDBType"_s, u"PGSQL"_s));
+        const ServerFolder folder(dir.programDir(), dir.registryDir());
+        const std::unique_ptr<RegistryHives> hives = folder.openHives();
+        QCOMPARE(machineString(*hives, DatabaseKey, u"SetDBType"_s), std::optional(u"PGSQL"_s));
+    }
+
+    void databaseSettings_data()
+    {
+        QTest::addColumn<QString>("type"); // null: absent
+        QTest::addColumn<QString>("string"); // null: absent
+        QTest::addColumn<bool>("mdbExists");
+        QTest::addColumn<QString>("expectedType");
+        QTest::addColumn<QString>("expectedString"); // "<access>": the Access string of this folder
+
+        QTest::newRow("fresh, no database")
+            << QString() << QString() << false << u"MDB"_s << QString();
+        QTest::newRow("fresh, database")
+            << QString() << QString() << true << u"MDB"_s << u"<access>"_s;
+        QTest::newRow("MDB, stale string")
+            << u"MDB"_s << u"DRIVER={Microsoft Access Driver (*.mdb)};DBQ=/old/VelmarDB.mdb;"_s
+            << true << u"MDB"_s << u"<access>"_s;
+        QTest::newRow("MDB, no database keeps string")
+            << u"MDB"_s << u"DSN=velmar"_s << false << u"MDB"_s << u"DSN=velmar"_s;
+        QTest::newRow("other server keeps string")
+            << u"MSSQL"_s << u"DSN=velmar"_s << true << u"MSSQL"_s << u"DSN=velmar"_s;
+        QTest::newRow("type is compared exactly")
+            << u"mdb"_s << u"DSN=velmar"_s << true << u"mdb"_s << u"DSN=velmar"_s;
+    }
+
+    void databaseSettings()
+    {
+        QFETCH(QString, type);
+        QFETCH(QString, string);
+        QFETCH(bool, mdbExists);
+        QFETCH(QString, expectedType);
+        QFETCH(QString, expectedString);
+
+        TempServerDir dir;
+        RegistryHives &hives = dir.hives();
+        if (!type.isNull())
+            QVERIFY(setMachineString(hives, u"SetDBType"_s, type));
+        if (!string.isNull())
+            QVERIFY(setMachineString(hives, u"ConnectionString"_s, string));
+        if (mdbExists)
+            QVERIFY(dir.writeFile(u"VelmarDB.mdb"_s, QByteArray()));
+
+        ServerFolder(dir.programDir()).prepareDatabaseSettings(hives);
+        QCOMPARE(machineString(hives, DatabaseKey, u"SetDBType"_s), std::optional(expectedType));
+        // "Database" and "DataBase" are one key: the session reads what start-up wrote.
+        const std::optional<QString> stored = machineString(
+            hives, u"SOFTWARE\\Velmar\\Services\\Database"_s, u"ConnectionString"_s);
+        if (expectedString.isNull()) {
+            QVERIFY(!stored.has_value());
+        } else {
+            expectedString.replace(u"<access>"_s, AccessString.arg(dir.databasePath()));
+            QCOMPARE(stored, std::optional(expectedString));
+        }
+    }
+};
 
 QTEST_GUILESS_MAIN(TstServerFolder)
 #include "tst_serverfolder.moc"
