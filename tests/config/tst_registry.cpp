@@ -34,26 +34,17 @@ bool writeBytes(const QString &path, const QByteArray &bytes)
 
 RegistryHive::Value text(quint32 type, const QString &value)
 {
-    RegistryHive::Value result;
-    result.type = type;
-    result.text = value;
-    return result;
+    return { type, value, 0, {} };
 }
 
 RegistryHive::Value number(quint32 value)
 {
-    RegistryHive::Value result;
-    result.type = RegistryType::DWord;
-    result.number = value;
-    return result;
+    return { RegistryType::DWord, {}, value, {} };
 }
 
 RegistryHive::Value raw(quint32 type, const QByteArray &bytes)
 {
-    RegistryHive::Value result;
-    result.type = type;
-    result.raw = bytes;
-    return result;
+    return { type, {}, 0, bytes };
 }
 
 QString describe(const RegistryHive::Value &value)

@@ -9,6 +9,9 @@
 
 using namespace Qt::StringLiterals;
 
+// A script names only what differs from a plain stopped service.
+#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
+
 namespace {
 using Script = ScriptedServiceManager::Script;
 
@@ -109,11 +112,10 @@ private Q_SLOTS:
         QFETCH(QStringList, sleeps);
 
         Fixture f;
-        Script script;
-        script.pendingQueries = pendingQueries;
-        script.progress = progress;
-        script.waitHint = waitHint;
-        script.stateAfterStart = stateAfterStart;
+        Script script { .waitHint = waitHint,
+            .pendingQueries = pendingQueries,
+            .progress = progress,
+            .stateAfterStart = stateAfterStart };
         f.manager.setScript(u"GroupD"_s, script);
         QCOMPARE(f.control.StartServiceAndWait(u"GroupD"_s), result);
         QCOMPARE(f.manager.journal({ u"sleep"_s }), sleeps);
@@ -130,21 +132,18 @@ private Q_SLOTS:
     void stopPollsUpToTenSeconds()
     {
         Fixture f;
-        Script script;
-        script.state = ServiceManager::Running;
-        script.pendingQueries = 2;
-        script.waitHint = 300000;
-        f.manager.setScript(u"ChatD"_s, script);
+        f.manager.setScript(u"ChatD"_s,
+            { .state = ServiceManager::Running, .waitHint = 300000, .pendingQueries = 2 });
         QVERIFY(f.control.StopServiceAndWait(u"ChatD"_s));
         QCOMPARE(f.manager.journal({ u"sleep"_s }), QStringList(2, u"sleep 10000"_s));
         QVERIFY(!f.control.IsServiceRunning(u"ChatD"_s));
 
         // Frozen in stop-pending: given up after its hint, the stop failed.
-        script.state = ServiceManager::Running;
-        script.pendingQueries = -1;
-        script.progress = false;
-        script.waitHint = 25000;
-        f.manager.setScript(u"ChatD"_s, script);
+        f.manager.setScript(u"ChatD"_s,
+            { .state = ServiceManager::Running,
+                .waitHint = 25000,
+                .pendingQueries = -1,
+                .progress = false });
         f.manager.clearJournal();
         QVERIFY(!f.control.StopServiceAndWait(u"ChatD"_s));
         QCOMPARE(f.manager.journal({ u"sleep"_s }), QStringList(11, u"sleep 2500"_s));
@@ -153,9 +152,7 @@ private Q_SLOTS:
     void unreachableAndUnknown()
     {
         Fixture f;
-        Script unknown;
-        unknown.known = false;
-        f.manager.setScript(u"RelayD"_s, unknown);
+        f.manager.setScript(u"RelayD"_s, { .known = false });
         // A service the manager does not know: not running, but starting and
         // stopping it succeed, and nothing is asked of the manager.
         QVERIFY(!f.control.IsServiceRunning(u"RelayD"_s));
@@ -200,13 +197,9 @@ private Q_SLOTS:
     {
         Fixture f;
         f.manager.setRunning({ u"GroupD"_s, u"CheckD"_s });
-        Script failing;
-        failing.failStart = true;
-        f.manager.setScript(u"RelayD"_s, failing);
-        Script dies;
-        dies.pendingQueries = 1;
-        dies.stateAfterStart = ServiceManager::Stopped;
-        f.manager.setScript(u"VelmarD"_s, dies);
+        f.manager.setScript(u"RelayD"_s, { .failStart = true });
+        f.manager.setScript(
+            u"VelmarD"_s, { .pendingQueries = 1, .stateAfterStart = ServiceManager::Stopped });
 
         Recorder recorder;
         QCOMPARE(f.services.StartAllServices(&recorder), ServerServices::StartOutcome::Ran);
@@ -256,11 +249,8 @@ private Q_SLOTS:
     void startAllAbandonsAHangingService()
     {
         Fixture f;
-        Script hangs;
-        hangs.pendingQueries = -1;
-        hangs.progress = false;
-        hangs.waitHint = 2000;
-        f.manager.setScript(u"FileDispatchD"_s, hangs);
+        f.manager.setScript(
+            u"FileDispatchD"_s, { .waitHint = 2000, .pendingQueries = -1, .progress = false });
         Recorder recorder;
         f.services.StartAllServices(&recorder);
         QVERIFY(recorder.events.contains(u"started FileDispatchD failed"_s));
@@ -287,10 +277,7 @@ private Q_SLOTS:
         // stop does not end the sequence.
         Fixture some;
         some.manager.setRunning({ u"GroupD"_s, u"FileSessionD"_s, u"RelayD"_s });
-        Script refuses;
-        refuses.state = ServiceManager::Running;
-        refuses.failStop = true;
-        some.manager.setScript(u"GroupD"_s, refuses);
+        some.manager.setScript(u"GroupD"_s, { .state = ServiceManager::Running, .failStop = true });
         some.services.StopAllServices();
         QCOMPARE(some.manager.journal({ u"stop"_s, u"launch"_s }),
             (QStringList { u"launch pskill ChatD"_s, u"stop GroupD"_s, u"stop RelayD"_s,
@@ -337,11 +324,8 @@ private Q_SLOTS:
     void registration()
     {
         Fixture f;
-        Script unknown;
-        unknown.known = false;
-        f.manager.setScript(u"ChatD"_s, unknown);
-        f.manager.setScript(u"CheckD"_s, unknown);
-        f.manager.setScript(u"GroupD"_s, unknown);
+        for (const QString &name : { u"ChatD"_s, u"CheckD"_s, u"GroupD"_s })
+            f.manager.setScript(name, { .known = false });
         f.services.EnsureServicesRegistered();
         const QString in = u" /service in "_s + ProgramDir;
         // In its own order: CheckD before RelayD.
