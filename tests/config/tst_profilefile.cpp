@@ -79,6 +79,7 @@ private Q_SLOTS:
         row("cut never splits a gbk character", "[ServerInfo]\r\nKey=中文字\r\n", u"中文"_s, 6);
         row("gbk fits exactly", "[ServerInfo]\r\nKey=中文字\r\n", u"中文字"_s, 7);
         row("buffer of one", "[ServerInfo]\r\nKey=abc\r\n", QString(), 1);
+        row("gbk file", Gbk.encode(u"[ServerInfo]\r\nKey=数据库服务器\r\n"_s), u"数据库服务器"_s);
         QTest::newRow("default trailing blanks dropped")
             << QByteArray("[ServerInfo]\r\n") << s << k << u"dflt  "_s << 256 << d;
         QTest::newRow("default cut") << QByteArray() << s << k << u"abcdef"_s << 3 << u"ab"_s;
@@ -97,13 +98,6 @@ private Q_SLOTS:
             QVERIFY(writeBytes(m_path, contents));
         const ProfileFile file(m_path, Gbk);
         QCOMPARE(file.readString(section, key, defaultValue, bufferSize), expected);
-    }
-
-    void readGbkFile()
-    {
-        QVERIFY(writeBytes(m_path, Gbk.encode(u"[DBInfo]\r\nDBAddr=数据库服务器\r\n"_s)));
-        const ProfileFile file(m_path, Gbk);
-        QCOMPARE(file.readString(u"DBInfo"_s, u"DBAddr"_s, QString(), 256), u"数据库服务器"_s);
     }
 
     void parseDecimal_data()
@@ -162,44 +156,38 @@ private Q_SLOTS:
         QTest::addColumn<QString>("value");
         QTest::addColumn<QByteArray>("after");
 
-        QTest::newRow("replace keeps the rest")
-            << QByteArray("; server settings\r\n[ServerInfo]\r\nUseDist = 0\r\n\r\n"
-                          "[GroupInfo]\r\nVersion=0001\r\n; end\r\n")
-            << u"GroupInfo"_s << u"version"_s << u"0002"_s
-            << QByteArray("; server settings\r\n[ServerInfo]\r\nUseDist = 0\r\n\r\n"
-                          "[GroupInfo]\r\nVersion=0002\r\n; end\r\n");
-        QTest::newRow("replaced line loses its blanks")
-            << QByteArray("[S]\r\n  Key =  old  \r\n") << u"S"_s << u"KEY"_s << u"new"_s
-            << QByteArray("[S]\r\nKey=new\r\n");
-        QTest::newRow("section matched without case")
-            << QByteArray("[groupinfo]\r\nVERSION=1\r\n") << u"GroupInfo"_s << u"Version"_s
-            << u"2"_s << QByteArray("[groupinfo]\r\nVERSION=2\r\n");
-        QTest::newRow("new key after the section's last entry")
-            << QByteArray("[A]\r\nx=1\r\n\r\n; about B\r\n[B]\r\ny=2\r\n") << u"A"_s << u"z"_s
-            << u"3"_s << QByteArray("[A]\r\nx=1\r\nz=3\r\n\r\n; about B\r\n[B]\r\ny=2\r\n");
-        QTest::newRow("new key in an empty section")
-            << QByteArray("[A]\r\n[B]\r\n") << u"A"_s << u"z"_s << u"3"_s
-            << QByteArray("[A]\r\nz=3\r\n[B]\r\n");
-        QTest::newRow("new key at the end without final line end") << QByteArray(
-            "[A]\r\nx=1") << u"A"_s << u"z"_s << u"3"_s << QByteArray("[A]\r\nx=1\r\nz=3");
-        QTest::newRow("new section at the end")
-            << QByteArray("top\r\n[A]\r\nx=1\r\n") << u"New"_s << u"k"_s << u"v"_s
-            << QByteArray("top\r\n[A]\r\nx=1\r\n\r\n[New]\r\nk=v\r\n");
-        QTest::newRow("new section after a blank line")
-            << QByteArray("[A]\r\nx=1\r\n\r\n") << u"New"_s << u"k"_s << u"v"_s
-            << QByteArray("[A]\r\nx=1\r\n\r\n[New]\r\nk=v\r\n");
-        QTest::newRow("lf file stays lf") << QByteArray("[A]\nx=1\n") << u"New"_s << u"k"_s
-                                          << u"v"_s << QByteArray("[A]\nx=1\n\n[New]\nk=v\n");
-        QTest::newRow("first of duplicate sections")
-            << QByteArray("[A]\r\nx=1\r\n[A]\r\ny=1\r\n") << u"A"_s << u"y"_s << u"2"_s
-            << QByteArray("[A]\r\nx=1\r\ny=2\r\n[A]\r\ny=1\r\n");
-        QTest::newRow("first of duplicate keys")
-            << QByteArray("[A]\r\nx=1\r\nx=2\r\n") << u"A"_s << u"X"_s << u"3"_s
-            << QByteArray("[A]\r\nx=3\r\nx=2\r\n");
-        QTest::newRow("empty value") << QByteArray("[A]\r\nx=1\r\n") << u"A"_s << u"x"_s
-                                     << QString() << QByteArray("[A]\r\nx=\r\n");
-        QTest::newRow("empty file")
-            << QByteArray("") << u"A"_s << u"x"_s << u"1"_s << QByteArray("[A]\r\nx=1\r\n");
+        const auto row = [](const char *name, const QByteArray &before, const QString &section,
+                             const QString &key, const QString &value, const QByteArray &after) {
+            QTest::newRow(name) << before << section << key << value << after;
+        };
+        row("replace keeps the rest",
+            "; server settings\r\n[ServerInfo]\r\nUseDist = 0\r\n\r\n"
+            "[GroupInfo]\r\nVersion=0001\r\n; end\r\n",
+            u"GroupInfo"_s, u"version"_s, u"0002"_s,
+            "; server settings\r\n[ServerInfo]\r\nUseDist = 0\r\n\r\n"
+            "[GroupInfo]\r\nVersion=0002\r\n; end\r\n");
+        row("replaced line loses its blanks", "[S]\r\n  Key =  old  \r\n", u"S"_s, u"KEY"_s,
+            u"new"_s, "[S]\r\nKey=new\r\n");
+        row("section matched without case", "[groupinfo]\r\nVERSION=1\r\n", u"GroupInfo"_s,
+            u"Version"_s, u"2"_s, "[groupinfo]\r\nVERSION=2\r\n");
+        row("new key after the section's last entry",
+            "[A]\r\nx=1\r\n\r\n; about B\r\n[B]\r\ny=2\r\n", u"A"_s, u"z"_s, u"3"_s,
+            "[A]\r\nx=1\r\nz=3\r\n\r\n; about B\r\n[B]\r\ny=2\r\n");
+        row("new key in an empty section", "[A]\r\n[B]\r\n", u"A"_s, u"z"_s, u"3"_s,
+            "[A]\r\nz=3\r\n[B]\r\n");
+        row("new key at the end without final line end", "[A]\r\nx=1", u"A"_s, u"z"_s, u"3"_s,
+            "[A]\r\nx=1\r\nz=3");
+        row("new section at the end", "top\r\n[A]\r\nx=1\r\n", u"New"_s, u"k"_s, u"v"_s,
+            "top\r\n[A]\r\nx=1\r\n\r\n[New]\r\nk=v\r\n");
+        row("new section after a blank line", "[A]\r\nx=1\r\n\r\n", u"New"_s, u"k"_s, u"v"_s,
+            "[A]\r\nx=1\r\n\r\n[New]\r\nk=v\r\n");
+        row("lf file stays lf", "[A]\nx=1\n", u"New"_s, u"k"_s, u"v"_s, "[A]\nx=1\n\n[New]\nk=v\n");
+        row("first of duplicate sections", "[A]\r\nx=1\r\n[A]\r\ny=1\r\n", u"A"_s, u"y"_s, u"2"_s,
+            "[A]\r\nx=1\r\ny=2\r\n[A]\r\ny=1\r\n");
+        row("first of duplicate keys", "[A]\r\nx=1\r\nx=2\r\n", u"A"_s, u"X"_s, u"3"_s,
+            "[A]\r\nx=3\r\nx=2\r\n");
+        row("empty value", "[A]\r\nx=1\r\n", u"A"_s, u"x"_s, QString(), "[A]\r\nx=\r\n");
+        row("empty file", "", u"A"_s, u"x"_s, u"1"_s, "[A]\r\nx=1\r\n");
     }
 
     void write()

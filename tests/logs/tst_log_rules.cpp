@@ -222,16 +222,9 @@ private Q_SLOTS:
         // whether the rows came oldest first, as runs (daemons' files one after
         // the other, an odd number of them) or newest first.
         using Row = std::pair<int, int>;
-        const std::vector<std::vector<int>> inputs {
-            {},
-            { 5 },
-            { 1, 1, 1 },
-            { 1, 2, 2, 3, 3, 3, 4 },
-            { 1, 2, 3, 1, 2, 3 },
-            { 3, 3, 1, 2, 2, 1 },
-            { 2, 2, 1, 3, 3, 2, 2, 1, 4 },
-            { 5, 4, 3, 2, 1 },
-        };
+        const std::vector<std::vector<int>> inputs { {}, { 5 }, { 1, 1, 1 },
+            { 1, 2, 2, 3, 3, 3, 4 }, { 1, 2, 3, 1, 2, 3 }, { 3, 3, 1, 2, 2, 1 },
+            { 2, 2, 1, 3, 3, 2, 2, 1, 4 }, { 5, 4, 3, 2, 1 } };
         for (const std::vector<int> &times : inputs) {
             std::vector<Row> rows;
             for (int i = 0; i < int(times.size()); ++i)
