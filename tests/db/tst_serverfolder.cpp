@@ -50,8 +50,6 @@ private Q_SLOTS:
         QCOMPARE(folder.profilePath(), dir.programDir() + u"/Serverinfo.ini"_s);
         QCOMPARE(folder.accessDatabasePath(), dir.programDir() + u"/VelmarDB.mdb"_s);
         QCOMPARE(folder.filePath(u"pskill"_s), dir.programDir() + u"/pskill"_s);
-        QCOMPARE(folder.profilePath(), dir.iniPath());
-        QCOMPARE(folder.accessDatabasePath(), dir.databasePath());
         QCOMPARE(folder.registryDirectory(), QString());
         QCOMPARE(ServerFolder(u"/"_s).programDirectory(), u"/"_s);
     }

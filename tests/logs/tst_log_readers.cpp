@@ -364,18 +364,6 @@ private Q_SLOTS:
         QCOMPARE(rows.fields(2).value(8), u"103"_s);
         QCOMPARE(rows.fields(2).value(13), block);
 
-        // Filed under the sender and each receiver.
-        rows.showMember(101);
-        QCOMPARE(rows.rowCount(), 1);
-        QCOMPARE(rows.cell(0, UserLogRows::EventColumn), u"MSG_SENT"_s);
-        rows.showMember(103);
-        QCOMPARE(rows.rowCount(), 1);
-        QCOMPARE(rows.cell(0, UserLogRows::ReceiverColumn), u"Wang Wu"_s);
-        rows.showMember(555);
-        QCOMPARE(rows.rowCount(), 0);
-        rows.showAll();
-        QCOMPARE(rows.rowCount(), 3);
-
         // Only MSG_SENT multiplies.
         UserLogRows received(names(), Gbk);
         QByteArray recv = SentHeader;
