@@ -1,3 +1,4 @@
+#include "FileBytes.h"
 #include "PrivilegeDrop.h"
 #include "ProfileFile.h"
 
@@ -8,19 +9,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QByteArray fileBytes(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeBytes(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate)
-        && file.write(bytes) == bytes.size();
-}
 
 const CodePage Gbk("GBK");
 

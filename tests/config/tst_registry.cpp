@@ -1,4 +1,5 @@
 #include "CRegistry.h"
+#include "FileBytes.h"
 #include "PrivilegeDrop.h"
 #include "RegEditFormat.h"
 #include "RegistryHive.h"
@@ -17,20 +18,6 @@ const QString DatabaseKey = u"SOFTWARE\\Velmar\\Services\\Database"_s;
 const QString ManagerKey = u"Software\\Velmar\\VelmarManager"_s;
 const QString RaceKey = u"Software\\Velmar\\Race"_s;
 const QString WriterArgument = u"--hive-writer"_s;
-
-QByteArray fileBytes(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeBytes(const QString &path, const QByteArray &bytes)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate)
-        && file.write(bytes) == bytes.size();
-}
 
 RegistryHive::Value text(quint32 type, const QString &value)
 {

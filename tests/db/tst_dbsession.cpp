@@ -519,15 +519,11 @@ private Q_SLOTS:
                     u"INSERT INTO Rank (ORankID,RankName) VALUES  ('1' ,'line1\r\nline2\nline3')"_s);
                 connection.execute(
                     u"INSERT INTO Folder (OFolderID,FolderPath) VALUES ('1','D:\\\\new\\rights\\')"_s);
-                try {
+                QVERIFY_THROWS_EXCEPTION(DbException,
                     connection.execute(
-                        u"INSERT INTO Rank (ORankID,RankName) VALUES  ('2' ,'x'); DELETE FROM Rank; --')"_s);
-                    QFAIL("a second statement ran");
-                } catch (const DbException &) { }
-                try {
-                    connection.execute(u"SELECT NoSuchColumn FROM Rank"_s);
-                    QFAIL("a bad statement ran");
-                } catch (const DbException &) { }
+                        u"INSERT INTO Rank (ORankID,RankName) VALUES  ('2' ,'x'); DELETE FROM Rank; --')"_s));
+                QVERIFY_THROWS_EXCEPTION(
+                    DbException, connection.execute(u"SELECT NoSuchColumn FROM Rank"_s));
                 connection.execute(u"SELECT COUNT(*) FROM [Group]"_s);
             }
             const QString group

@@ -1,5 +1,6 @@
 #include "ChatLogReader.h"
 #include "ChatLogRows.h"
+#include "FileBytes.h"
 #include "LogHeaderExpression.h"
 #include "LogLineReader.h"
 #include "PrivilegeDrop.h"
@@ -27,12 +28,6 @@ LogMemberNames names()
 QByteArray gbk(const QString &text)
 {
     return Gbk.encode(text);
-}
-
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
 }
 
 QStringList systemCells(const QByteArray &bytes)
@@ -121,7 +116,7 @@ private Q_SLOTS:
     {
         QTemporaryDir dir;
         const QString path = dir.filePath(u"c200710081230_1.txt"_s);
-        QVERIFY(writeFile(path,
+        QVERIFY(writeBytes(path,
             gbk(u"  2007-10-08 12:30:01 CR7 2|101|a|b|c|102|a|b|c  \r\n"
                 u"2007-10-08 12:30:05 张三(zs)\r\n你好\r\n2007-10-08 12:31:00 李四(ls)\r\n好\r\n"_s)));
         const auto cells = ChatLogReader::readRow(path, names(), Gbk);
@@ -137,7 +132,7 @@ private Q_SLOTS:
             QStringList({ u"Time"_s, u"none"_s, u"Users"_s, u"Message"_s, u"Filename"_s }));
 
         // A UTF-8 file reads the same.
-        QVERIFY(writeFile(path,
+        QVERIFY(writeBytes(path,
             u"2007-10-08 12:30:01 CR7 1|102|a|b|c\n2007-10-08 12:30:05 李四(ls)\n早\n"_s.toUtf8()));
         QCOMPARE(ChatLogReader::readRow(path, names(), Gbk)->mid(2, 2),
             QStringList({ u"李四; "_s, u"李四(ls) 早"_s }));
@@ -149,20 +144,20 @@ private Q_SLOTS:
         const QString path = dir.filePath(u"c200710081230_1.txt"_s);
         // Only the header: no summary text, but its separating space is not added
         // either, as the second line was never read.
-        QVERIFY(writeFile(path, "2007-10-08 12:30:01 CR7\r\n"));
+        QVERIFY(writeBytes(path, "2007-10-08 12:30:01 CR7\r\n"));
         QCOMPARE(*ChatLogReader::readRow(path, names(), Gbk),
             QStringList({ u"2007-10-08"_s, u"12:30:01"_s, QString(), QString(), path }));
         // A second line of 20 characters or fewer leaves only the space.
-        QVERIFY(writeFile(path, "2007-10-08 12:30:01 CR7\r\n2007-10-08 12:30:05\r\n"));
+        QVERIFY(writeBytes(path, "2007-10-08 12:30:01 CR7\r\n2007-10-08 12:30:05\r\n"));
         QCOMPARE(ChatLogReader::readRow(path, names(), Gbk)->value(3), u" "_s);
         // A header without a single space yields no fields: every cell but the
         // summary and the path is empty.
-        QVERIFY(writeFile(path, "garbage\r\nxxxxxxxxxxxxxxxxxxxxhello\r\n"));
+        QVERIFY(writeBytes(path, "garbage\r\nxxxxxxxxxxxxxxxxxxxxhello\r\n"));
         QCOMPARE(*ChatLogReader::readRow(path, names(), Gbk),
             QStringList({ QString(), QString(), QString(), u"hello "_s, path }));
         // An empty file: the cells are only the summary and the path, so the
         // path lands in the label and the Filename cell stays empty.
-        QVERIFY(writeFile(path, QByteArray()));
+        QVERIFY(writeBytes(path, QByteArray()));
         const QStringList cells = *ChatLogReader::readRow(path, names(), Gbk);
         QCOMPARE(cells, QStringList({ QString(), path }));
         ChatLogRows rows;
@@ -170,8 +165,8 @@ private Q_SLOTS:
         QCOMPARE(rows.cell(0, ChatLogRows::TimeColumn), u" "_s + path);
         QCOMPARE(rows.filePath(0), QString());
         // A header line longer than the 4096-byte buffer spills into the next read.
-        QVERIFY(
-            writeFile(path, "2007-10-08 12:30:01 CR7 0|" + QByteArray(5000, 'x') + "\r\nnext\r\n"));
+        QVERIFY(writeBytes(
+            path, "2007-10-08 12:30:01 CR7 0|" + QByteArray(5000, 'x') + "\r\nnext\r\n"));
         // 26 header characters and 5000 more: 4095 in the first read, the rest
         // (less its 20-byte prefix) starts the summary.
         QCOMPARE(ChatLogReader::readRow(path, names(), Gbk)->value(3).size(),
@@ -184,7 +179,7 @@ private Q_SLOTS:
         const QString path = dir.filePath(u"c200710081230_1.txt"_s);
         QVERIFY(!ChatLogReader::readRow(path, names(), Gbk)); // missing
         QVERIFY(!ChatLogReader::readRow(QString(), names(), Gbk));
-        QVERIFY(writeFile(path, "2007-10-08 12:30:01 CR7\r\nline\r\n"));
+        QVERIFY(writeBytes(path, "2007-10-08 12:30:01 CR7\r\nline\r\n"));
         QVERIFY(PrivilegeDrop::openToOthers(dir.path()));
         QVERIFY(
             QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther));
@@ -213,7 +208,7 @@ private Q_SLOTS:
         bytes += "cd";
         bytes += QByteArray(4096 - bytes.size(), 'x');
         bytes += "tail";
-        QVERIFY(writeFile(path, bytes));
+        QVERIFY(writeBytes(path, bytes));
         QCOMPARE(*ChatLogReader::detailText(path, Gbk), u"abtail"_s);
     }
 
