@@ -1,3 +1,4 @@
+#include "FileBytes.h"
 #include "PrivilegeDrop.h"
 #include "ProfileFile.h"
 
@@ -7,25 +8,16 @@
 
 using namespace Qt::StringLiterals;
 
+using Encoding = CodePage::FileEncoding;
+
 namespace {
-
-QByteArray fileBytes(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeBytes(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate)
-        && file.write(bytes) == bytes.size();
-}
 
 const CodePage Gbk("GBK");
 
 } // namespace
 
+// Serverinfo.ini read and written in place, and the code pages of the
+// server's files.
 class TestProfileFile : public QObject
 {
     Q_OBJECT
@@ -33,6 +25,7 @@ class TestProfileFile : public QObject
 private Q_SLOTS:
     void init()
     {
+        qunsetenv("VELMAR_CODEPAGE");
         m_dir.emplace();
         QVERIFY(m_dir->isValid());
         m_path = m_dir->filePath(u"Serverinfo.ini"_s);
@@ -79,6 +72,7 @@ private Q_SLOTS:
         row("cut never splits a gbk character", "[ServerInfo]\r\nKey=中文字\r\n", u"中文"_s, 6);
         row("gbk fits exactly", "[ServerInfo]\r\nKey=中文字\r\n", u"中文字"_s, 7);
         row("buffer of one", "[ServerInfo]\r\nKey=abc\r\n", QString(), 1);
+        row("gbk file", Gbk.encode(u"[ServerInfo]\r\nKey=数据库服务器\r\n"_s), u"数据库服务器"_s);
         QTest::newRow("default trailing blanks dropped")
             << QByteArray("[ServerInfo]\r\n") << s << k << u"dflt  "_s << 256 << d;
         QTest::newRow("default cut") << QByteArray() << s << k << u"abcdef"_s << 3 << u"ab"_s;
@@ -97,13 +91,6 @@ private Q_SLOTS:
             QVERIFY(writeBytes(m_path, contents));
         const ProfileFile file(m_path, Gbk);
         QCOMPARE(file.readString(section, key, defaultValue, bufferSize), expected);
-    }
-
-    void readGbkFile()
-    {
-        QVERIFY(writeBytes(m_path, Gbk.encode(u"[DBInfo]\r\nDBAddr=数据库服务器\r\n"_s)));
-        const ProfileFile file(m_path, Gbk);
-        QCOMPARE(file.readString(u"DBInfo"_s, u"DBAddr"_s, QString(), 256), u"数据库服务器"_s);
     }
 
     void parseDecimal_data()
@@ -162,44 +149,38 @@ private Q_SLOTS:
         QTest::addColumn<QString>("value");
         QTest::addColumn<QByteArray>("after");
 
-        QTest::newRow("replace keeps the rest")
-            << QByteArray("; server settings\r\n[ServerInfo]\r\nUseDist = 0\r\n\r\n"
-                          "[GroupInfo]\r\nVersion=0001\r\n; end\r\n")
-            << u"GroupInfo"_s << u"version"_s << u"0002"_s
-            << QByteArray("; server settings\r\n[ServerInfo]\r\nUseDist = 0\r\n\r\n"
-                          "[GroupInfo]\r\nVersion=0002\r\n; end\r\n");
-        QTest::newRow("replaced line loses its blanks")
-            << QByteArray("[S]\r\n  Key =  old  \r\n") << u"S"_s << u"KEY"_s << u"new"_s
-            << QByteArray("[S]\r\nKey=new\r\n");
-        QTest::newRow("section matched without case")
-            << QByteArray("[groupinfo]\r\nVERSION=1\r\n") << u"GroupInfo"_s << u"Version"_s
-            << u"2"_s << QByteArray("[groupinfo]\r\nVERSION=2\r\n");
-        QTest::newRow("new key after the section's last entry")
-            << QByteArray("[A]\r\nx=1\r\n\r\n; about B\r\n[B]\r\ny=2\r\n") << u"A"_s << u"z"_s
-            << u"3"_s << QByteArray("[A]\r\nx=1\r\nz=3\r\n\r\n; about B\r\n[B]\r\ny=2\r\n");
-        QTest::newRow("new key in an empty section")
-            << QByteArray("[A]\r\n[B]\r\n") << u"A"_s << u"z"_s << u"3"_s
-            << QByteArray("[A]\r\nz=3\r\n[B]\r\n");
-        QTest::newRow("new key at the end without final line end") << QByteArray(
-            "[A]\r\nx=1") << u"A"_s << u"z"_s << u"3"_s << QByteArray("[A]\r\nx=1\r\nz=3");
-        QTest::newRow("new section at the end")
-            << QByteArray("top\r\n[A]\r\nx=1\r\n") << u"New"_s << u"k"_s << u"v"_s
-            << QByteArray("top\r\n[A]\r\nx=1\r\n\r\n[New]\r\nk=v\r\n");
-        QTest::newRow("new section after a blank line")
-            << QByteArray("[A]\r\nx=1\r\n\r\n") << u"New"_s << u"k"_s << u"v"_s
-            << QByteArray("[A]\r\nx=1\r\n\r\n[New]\r\nk=v\r\n");
-        QTest::newRow("lf file stays lf") << QByteArray("[A]\nx=1\n") << u"New"_s << u"k"_s
-                                          << u"v"_s << QByteArray("[A]\nx=1\n\n[New]\nk=v\n");
-        QTest::newRow("first of duplicate sections")
-            << QByteArray("[A]\r\nx=1\r\n[A]\r\ny=1\r\n") << u"A"_s << u"y"_s << u"2"_s
-            << QByteArray("[A]\r\nx=1\r\ny=2\r\n[A]\r\ny=1\r\n");
-        QTest::newRow("first of duplicate keys")
-            << QByteArray("[A]\r\nx=1\r\nx=2\r\n") << u"A"_s << u"X"_s << u"3"_s
-            << QByteArray("[A]\r\nx=3\r\nx=2\r\n");
-        QTest::newRow("empty value") << QByteArray("[A]\r\nx=1\r\n") << u"A"_s << u"x"_s
-                                     << QString() << QByteArray("[A]\r\nx=\r\n");
-        QTest::newRow("empty file")
-            << QByteArray("") << u"A"_s << u"x"_s << u"1"_s << QByteArray("[A]\r\nx=1\r\n");
+        const auto row = [](const char *name, const QByteArray &before, const QString &section,
+                             const QString &key, const QString &value, const QByteArray &after) {
+            QTest::newRow(name) << before << section << key << value << after;
+        };
+        row("replace keeps the rest",
+            "; server settings\r\n[ServerInfo]\r\nUseDist = 0\r\n\r\n"
+            "[GroupInfo]\r\nVersion=0001\r\n; end\r\n",
+            u"GroupInfo"_s, u"version"_s, u"0002"_s,
+            "; server settings\r\n[ServerInfo]\r\nUseDist = 0\r\n\r\n"
+            "[GroupInfo]\r\nVersion=0002\r\n; end\r\n");
+        row("replaced line loses its blanks", "[S]\r\n  Key =  old  \r\n", u"S"_s, u"KEY"_s,
+            u"new"_s, "[S]\r\nKey=new\r\n");
+        row("section matched without case", "[groupinfo]\r\nVERSION=1\r\n", u"GroupInfo"_s,
+            u"Version"_s, u"2"_s, "[groupinfo]\r\nVERSION=2\r\n");
+        row("new key after the section's last entry",
+            "[A]\r\nx=1\r\n\r\n; about B\r\n[B]\r\ny=2\r\n", u"A"_s, u"z"_s, u"3"_s,
+            "[A]\r\nx=1\r\nz=3\r\n\r\n; about B\r\n[B]\r\ny=2\r\n");
+        row("new key in an empty section", "[A]\r\n[B]\r\n", u"A"_s, u"z"_s, u"3"_s,
+            "[A]\r\nz=3\r\n[B]\r\n");
+        row("new key at the end without final line end", "[A]\r\nx=1", u"A"_s, u"z"_s, u"3"_s,
+            "[A]\r\nx=1\r\nz=3");
+        row("new section at the end", "top\r\n[A]\r\nx=1\r\n", u"New"_s, u"k"_s, u"v"_s,
+            "top\r\n[A]\r\nx=1\r\n\r\n[New]\r\nk=v\r\n");
+        row("new section after a blank line", "[A]\r\nx=1\r\n\r\n", u"New"_s, u"k"_s, u"v"_s,
+            "[A]\r\nx=1\r\n\r\n[New]\r\nk=v\r\n");
+        row("lf file stays lf", "[A]\nx=1\n", u"New"_s, u"k"_s, u"v"_s, "[A]\nx=1\n\n[New]\nk=v\n");
+        row("first of duplicate sections", "[A]\r\nx=1\r\n[A]\r\ny=1\r\n", u"A"_s, u"y"_s, u"2"_s,
+            "[A]\r\nx=1\r\ny=2\r\n[A]\r\ny=1\r\n");
+        row("first of duplicate keys", "[A]\r\nx=1\r\nx=2\r\n", u"A"_s, u"X"_s, u"3"_s,
+            "[A]\r\nx=3\r\nx=2\r\n");
+        row("empty value", "[A]\r\nx=1\r\n", u"A"_s, u"x"_s, QString(), "[A]\r\nx=\r\n");
+        row("empty file", "", u"A"_s, u"x"_s, u"1"_s, "[A]\r\nx=1\r\n");
     }
 
     void write()
@@ -325,6 +306,100 @@ private Q_SLOTS:
         // A folder that does not exist is not made.
         ProfileFile elsewhere(m_dir->filePath(u"missing/Serverinfo.ini"_s), Gbk);
         QVERIFY(!elsewhere.writeString(u"A"_s, u"x"_s, u"1"_s));
+    }
+
+    void cleanup() { qunsetenv("VELMAR_CODEPAGE"); }
+
+    void systemCodePage()
+    {
+        QCOMPARE(CodePage::system().name(), QByteArray("GBK"));
+        QCOMPARE(CodePage::system().byteLength(u"中文a"_s), 5);
+
+        qputenv("VELMAR_CODEPAGE", "UTF-8");
+        QCOMPARE(CodePage::system().name(), QByteArray("UTF-8"));
+        QCOMPARE(CodePage::system().byteLength(u"中文a"_s), 7);
+
+        // A name no converter knows must not leave lengths to chance.
+        qputenv("VELMAR_CODEPAGE", "no-such-codepage");
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"unknown code page"_s));
+        QCOMPARE(CodePage::system().name(), QByteArray("GBK"));
+    }
+
+    void gbkRoundTrip()
+    {
+        const CodePage gbk("GBK");
+        const QByteArray bytes = gbk.encode(u"服务器a"_s);
+        QCOMPARE(bytes, QByteArray::fromHex("b7fecef1c6f761"));
+        QCOMPARE(gbk.decode(bytes), u"服务器a"_s);
+        // Characters GBK lacks count as the one '?' the conversion puts there.
+        QCOMPARE(gbk.byteLength(u"😀"_s), 1);
+    }
+
+    void truncatedToBytes_data()
+    {
+        QTest::addColumn<QByteArray>("codePage");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("maxBytes");
+        QTest::addColumn<QString>("expected");
+
+        QTest::newRow("fits") << QByteArray("GBK") << u"中文"_s << 4 << u"中文"_s;
+        QTest::newRow("half a character left out")
+            << QByteArray("GBK") << u"中文"_s << 3 << u"中"_s;
+        QTest::newRow("ascii then chinese") << QByteArray("GBK") << u"a中b"_s << 2 << u"a"_s;
+        QTest::newRow("exact after chinese") << QByteArray("GBK") << u"a中b"_s << 3 << u"a中"_s;
+        QTest::newRow("zero") << QByteArray("GBK") << u"abc"_s << 0 << QString();
+        QTest::newRow("utf-8 three bytes") << QByteArray("UTF-8") << u"中文"_s << 5 << u"中"_s;
+        QTest::newRow("surrogate pair kept whole") << QByteArray("UTF-8") << u"a😀"_s << 4 << u"a"_s;
+        QTest::newRow("surrogate pair fits") << QByteArray("UTF-8") << u"a😀"_s << 5 << u"a😀"_s;
+    }
+
+    void truncatedToBytes()
+    {
+        QFETCH(QByteArray, codePage);
+        QFETCH(QString, text);
+        QFETCH(int, maxBytes);
+        QFETCH(QString, expected);
+        const CodePage page(codePage);
+        const QString result = page.truncatedToBytes(text, maxBytes);
+        QCOMPARE(result, expected);
+        QVERIFY(page.byteLength(result) <= maxBytes);
+    }
+
+    void serverFiles_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<Encoding>("encoding");
+
+        const QString chinese = u"[ServerInfo]\r\nName=服务器\r\n"_s;
+        QTest::newRow("utf-8 bom")
+            << QByteArray("\xEF\xBB\xBF") + chinese.toUtf8() << chinese << Encoding::Utf8Bom;
+        QTest::newRow("utf-16le bom") << QByteArray("\xFF\xFE")
+                + QByteArray(reinterpret_cast<const char *>(chinese.utf16()), chinese.size() * 2)
+                                      << chinese << Encoding::Utf16LeBom;
+        QByteArray be("\xFE\xFF");
+        for (QChar c : chinese) {
+            be.append(char(c.unicode() >> 8));
+            be.append(char(c.unicode() & 0xff));
+        }
+        QTest::newRow("utf-16be bom") << be << chinese << Encoding::Utf16BeBom;
+        QTest::newRow("valid utf-8") << chinese.toUtf8() << chinese << Encoding::Utf8;
+        QTest::newRow("gbk") << CodePage("GBK").encode(chinese) << chinese << Encoding::CodePage;
+        QTest::newRow("ascii") << QByteArray("[A]\nb=1\n") << u"[A]\nb=1\n"_s << Encoding::CodePage;
+        QTest::newRow("empty") << QByteArray() << QString() << Encoding::CodePage;
+    }
+
+    void serverFiles()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, text);
+        QFETCH(Encoding, encoding);
+        const CodePage gbk("GBK");
+        Encoding detected = Encoding::Utf16BeBom;
+        QCOMPARE(gbk.decodeServerFile(bytes, &detected), text);
+        QCOMPARE(detected, encoding);
+        // Written back in the encoding it came in, byte for byte.
+        QCOMPARE(gbk.encodeServerFile(text, detected), bytes);
     }
 
 private:

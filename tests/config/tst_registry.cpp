@@ -1,4 +1,5 @@
 #include "CRegistry.h"
+#include "FileBytes.h"
 #include "PrivilegeDrop.h"
 #include "RegEditFormat.h"
 #include "RegistryHive.h"
@@ -18,42 +19,19 @@ const QString ManagerKey = u"Software\\Velmar\\VelmarManager"_s;
 const QString RaceKey = u"Software\\Velmar\\Race"_s;
 const QString WriterArgument = u"--hive-writer"_s;
 
-QByteArray fileBytes(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeBytes(const QString &path, const QByteArray &bytes)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate)
-        && file.write(bytes) == bytes.size();
-}
-
 RegistryHive::Value text(quint32 type, const QString &value)
 {
-    RegistryHive::Value result;
-    result.type = type;
-    result.text = value;
-    return result;
+    return { type, value, 0, {} };
 }
 
 RegistryHive::Value number(quint32 value)
 {
-    RegistryHive::Value result;
-    result.type = RegistryType::DWord;
-    result.number = value;
-    return result;
+    return { RegistryType::DWord, {}, value, {} };
 }
 
 RegistryHive::Value raw(quint32 type, const QByteArray &bytes)
 {
-    RegistryHive::Value result;
-    result.type = type;
-    result.raw = bytes;
-    return result;
+    return { type, {}, 0, bytes };
 }
 
 QString describe(const RegistryHive::Value &value)
@@ -202,19 +180,15 @@ private Q_SLOTS:
         QVERIFY(registry.writeNumber(u"Number"_s, 1));
 
         QString value = u"unchanged"_s;
-        const RegistryHives &hives = dir.hives();
-        QCOMPARE(readRegistryString(hives, RegistryRoot::LocalMachine, u"SOFTWARE\\Nothing"_s,
-                     u"ConnectionString"_s, value),
-            -1);
-        QCOMPARE(readRegistryString(
-                     hives, RegistryRoot::LocalMachine, DatabaseKey, u"ConnectionString"_s, value),
-            -1);
-        QCOMPARE(
-            readRegistryString(hives, RegistryRoot::LocalMachine, DatabaseKey, u"Number"_s, value),
-            -1);
-        QCOMPARE(
-            readRegistryString(hives, RegistryRoot::CurrentUser, DatabaseKey, u"Number"_s, value),
-            -1);
+        // A missing key, a missing value, a number, the other hive.
+        const QList<std::tuple<RegistryRoot, QString, QString>> failing {
+            { RegistryRoot::LocalMachine, u"SOFTWARE\\Nothing"_s, u"ConnectionString"_s },
+            { RegistryRoot::LocalMachine, DatabaseKey, u"ConnectionString"_s },
+            { RegistryRoot::LocalMachine, DatabaseKey, u"Number"_s },
+            { RegistryRoot::CurrentUser, DatabaseKey, u"Number"_s }
+        };
+        for (const auto &[root, key, name] : failing)
+            QCOMPARE(readRegistryString(dir.hives(), root, key, name, value), -1);
         QCOMPARE(value, u"unchanged"_s);
     }
 
@@ -259,14 +233,14 @@ private Q_SLOTS:
 
         qint32 number = 5;
         QString value = u"unchanged"_s;
-        QVERIFY(!registry.writeNumber(u"A"_s, 1));
-        QCOMPARE(registry.lastResult(), RegistryStatus::InvalidHandle);
-        QVERIFY(!registry.writeString(u"A"_s, u"x"_s));
-        QCOMPARE(registry.lastResult(), RegistryStatus::InvalidHandle);
-        QVERIFY(!registry.readNumber(u"A"_s, number));
-        QCOMPARE(registry.lastResult(), RegistryStatus::InvalidHandle);
-        QVERIFY(!registry.readString(u"A"_s, value));
-        QCOMPARE(registry.lastResult(), RegistryStatus::InvalidHandle);
+        for (const std::function<bool()> &call : std::initializer_list<std::function<bool()>> {
+                 [&] { return registry.writeNumber(u"A"_s, 1); },
+                 [&] { return registry.writeString(u"A"_s, u"x"_s); },
+                 [&] { return registry.readNumber(u"A"_s, number); },
+                 [&] { return registry.readString(u"A"_s, value); } }) {
+            QVERIFY(!call());
+            QCOMPARE(registry.lastResult(), RegistryStatus::InvalidHandle);
+        }
         QCOMPARE(registry.writeNumberQuietly(u"A"_s, 1), RegistryStatus::InvalidHandle);
         QCOMPARE(number, 5);
         QCOMPARE(value, u"unchanged"_s);
@@ -391,16 +365,17 @@ private Q_SLOTS:
                                  "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Velmar]\n\n"
                                  "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Velmar\\Services]\n"),
             file.constData());
-        QVERIFY(file.contains(QStringLiteral("\n@=\"默认值\"\n").toUtf8()));
-        QVERIFY(file.contains("\n\"Path\"=\"C:\\\\Data\\\\\\\"quoted\\\"\"\n"));
-        QVERIFY(file.contains("\n\"Name \\\"with\\\" \\\\ quotes\"=\"x\"\n"));
-        QVERIFY(file.contains("\n\"Count\"=dword:0000000a\n"));
-        QVERIFY(file.contains("\n\"Max\"=dword:ffffffff\n"));
-        QVERIFY(file.contains("\n\"Lines\"=hex(1):6f,6e,65,0d,0a,74,77,6f,00\n"));
-        QVERIFY(file.contains("\n\"Big\"=hex(b):01,02,03,04,05,06,07,08\n"));
-        QVERIFY(file.contains("\n\"EmptyBlob\"=hex:\n"));
-        QVERIFY(file.contains("\n\"Blob\"=hex:ab,ab,"));
-        QVERIFY(file.contains(",\\\n  ab,ab,")); // long data continues on indented lines
+        // Long data continues on indented lines.
+        for (const QByteArray &line : { QStringLiteral("\n@=\"默认值\"\n").toUtf8(),
+                 QByteArray("\n\"Path\"=\"C:\\\\Data\\\\\\\"quoted\\\"\"\n"),
+                 QByteArray("\n\"Name \\\"with\\\" \\\\ quotes\"=\"x\"\n"),
+                 QByteArray("\n\"Count\"=dword:0000000a\n"),
+                 QByteArray("\n\"Max\"=dword:ffffffff\n"),
+                 QByteArray("\n\"Lines\"=hex(1):6f,6e,65,0d,0a,74,77,6f,00\n"),
+                 QByteArray("\n\"Big\"=hex(b):01,02,03,04,05,06,07,08\n"),
+                 QByteArray("\n\"EmptyBlob\"=hex:\n"), QByteArray("\n\"Blob\"=hex:ab,ab,"),
+                 QByteArray(",\\\n  ab,ab,") })
+            QVERIFY2(file.contains(line), line.constData());
         for (const QByteArray &line : file.split('\n'))
             QVERIFY2(line.size() <= 80, line.constData());
 

@@ -48,6 +48,7 @@ public:
             "2007-10-08 10:06:00 VelmarD ip 5000 MSG_SENT 1 102 101 ip 0 0 64\r\n"
             "MESSAGE: back\r\n.END_OF_DATA\r\n");
     }
+
     void write(const QString &relative, const QByteArray &bytes)
     {
         const QString path = root + relative;
@@ -93,175 +94,175 @@ class tst_LogModels : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void chatListNewestFirstAndEnumerationOrder();
-    void loadingFlagCoversTheWholeFill();
-    void newSearchCancelsTheRunningOne();
-    void systemListAcrossDaemonFolders();
-    void userListAndMemberTree();
-    void missingRootGivesAnEmptyList();
+    void chatListNewestFirstAndEnumerationOrder()
+    {
+        LogRoot logs;
+        ChatLogModel model;
+        QAbstractItemModelTester tester(
+            &model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        QCOMPARE(model.columnCount(), 5);
+        QCOMPARE(model.headerData(3, Qt::Horizontal).toString(), u"Message"_s);
+        QCOMPARE(model.columnWidths(), QList<int>({ 125, 0, 100, 805, 0 }));
+
+        QVERIFY(runSearch(model, logs.request(true)));
+        QCOMPARE(column(model, 0),
+            QStringList(
+                { u"2007-10-09 12:00:00"_s, u"2007-10-08 12:30:00"_s, u"2007-10-07 10:00:00"_s }));
+        QCOMPARE(column(model, 2), QStringList(3, u"张三; "_s));
+        QCOMPARE(model.index(1, 3).data().toString(), u"张三(zs) 第3"_s);
+        QCOMPARE(model.filePath(1), logs.root + u"/ChatD/c200710081230_3.txt"_s);
+
+        // Oldest first keeps the order the folder is listed in.
+        QList<QString> listed;
+        for (const LogFileEntry &file :
+            LogSearch::keptFiles(LogSearch::Kind::Chat, logs.root, logs.request(false).filter))
+            listed << file.path;
+        QVERIFY(runSearch(model, logs.request(false)));
+        QCOMPARE(column(model, 4), QStringList(listed));
+
+        // The period decides, both ends inclusive.
+        LogSearchRequest narrow = logs.request(true);
+        narrow.filter = { at("2007-10-08 12:30:00"), at("2007-10-09 12:00:00"), true };
+        QVERIFY(runSearch(model, narrow));
+        QCOMPARE(model.rowCount(), 2);
+        narrow.filter = { at("2007-10-09 12:00:00"), at("2007-10-08 12:30:00"), true };
+        QVERIFY(runSearch(model, narrow));
+        QCOMPARE(model.rowCount(), 0);
+    }
+
+    void loadingFlagCoversTheWholeFill()
+    {
+        LogRoot logs;
+        SystemLogModel model;
+        QAbstractItemModelTester tester(
+            &model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        QVERIFY(!model.isLoading());
+        QSignalSpy loading(&model, &LogTableModel::loadingChanged);
+        QSignalSpy finished(&model, &LogTableModel::searchFinished);
+        QSignalSpy progress(&model, &LogTableModel::searchProgress);
+        // The list is never seen half-filled: empty, then every row at once.
+        QList<int> rowsAtReset;
+        connect(&model, &QAbstractItemModel::modelReset, this,
+            [&] { rowsAtReset << model.rowCount(); });
+        model.search(logs.request(true));
+        QVERIFY(model.isLoading());
+        QCOMPARE(model.rowCount(), 0);
+        QVERIFY(finished.wait(30000));
+        QVERIFY(!model.isLoading());
+        QCOMPARE(rowsAtReset, QList<int>({ 0, 4 }));
+        QCOMPARE(loading.size(), 2);
+        QCOMPARE(loading.at(0).at(0).toBool(), true);
+        QCOMPARE(loading.at(1).at(0).toBool(), false);
+        QVERIFY(!progress.isEmpty());
+        QCOMPARE(progress.last().at(0), progress.last().at(1));
+    }
+
+    void newSearchCancelsTheRunningOne()
+    {
+        LogRoot logs;
+        // Enough files that the first search is still running when the second starts.
+        for (int i = 0; i < 400; ++i)
+            logs.write(u"ChatD/c200710071%1_x.txt"_s.arg(i % 60, 3, 10, QChar(u'0')),
+                "2007-10-07 10:00:00 CR 0\r\n");
+        ChatLogModel model;
+        QAbstractItemModelTester tester(
+            &model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        QSignalSpy finished(&model, &LogTableModel::searchFinished);
+        model.search(logs.request(true));
+        LogSearchRequest second = logs.request(true);
+        second.filter.start = at("2007-10-09 00:00:00");
+        model.search(second);
+        QVERIFY(finished.wait(30000));
+        QTest::qWait(50);
+        QCOMPARE(finished.size(), 1);
+        QCOMPARE(column(model, 0), QStringList { u"2007-10-09 12:00:00"_s });
+
+        // Cancelling leaves an empty list that is no longer loading.
+        model.search(logs.request(true));
+        model.cancel();
+        QVERIFY(!model.isLoading());
+        QVERIFY(!model.isSearching());
+        QCOMPARE(model.rowCount(), 0);
+        QTest::qWait(50);
+        QCOMPARE(finished.size(), 1);
+    }
+
+    void systemListAcrossDaemonFolders()
+    {
+        LogRoot logs;
+        SystemLogModel model;
+        QAbstractItemModelTester tester(
+            &model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        QVERIFY(runSearch(model, logs.request(false)));
+        // Folders in their fixed order; the 14-character name is never read.
+        QCOMPARE(column(model, 3), QStringList({ u"one"_s, u"two"_s, u"three"_s, u"four"_s }));
+        QVERIFY(runSearch(model, logs.request(true)));
+        QCOMPARE(
+            column(model, 2), QStringList({ u"ChatD"_s, u"RelayD"_s, u"VelmarD"_s, u"VelmarD"_s }));
+        QCOMPARE(column(model, 3), QStringList({ u"four"_s, u"three"_s, u"two"_s, u"one"_s }));
+    }
+
+    void userListAndMemberTree()
+    {
+        LogRoot logs;
+        UserLogModel model;
+        QAbstractItemModelTester tester(
+            &model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        QVERIFY(runSearch(model, logs.request(false)));
+        QCOMPARE(column(model, 5),
+            QStringList(
+                { u"MSG_SENT"_s, u"MSG_RECV"_s, u"MSG_RECV"_s, u"MSG_SENT"_s, u"MSG_RECV"_s }));
+        QCOMPARE(column(model, 7),
+            QStringList({ u"张三"_s, u"张三"_s, u"张三"_s, u"李四"_s, u"李四"_s }));
+        QCOMPARE(column(model, 8),
+            QStringList({ u"李四;王五"_s, u"李四"_s, u"王五"_s, u"张三"_s, u"张三"_s }));
+        QCOMPARE(model.detail(2).header.section(u"\r\n"_s, 6, 6), u"Receiver\t: 103"_s);
+        QCOMPARE(model.detail(3).message, u"back\r\n"_s);
+
+        QSignalSpy loading(&model, &LogTableModel::loadingChanged);
+        model.showMember(101);
+        QCOMPARE(loading.size(), 2); // on and off again around the refill
+        QCOMPARE(*model.shownMember(), 101);
+        QCOMPARE(column(model, 5), QStringList({ u"MSG_SENT"_s, u"MSG_RECV"_s }));
+        QCOMPARE(model.fields(1).value(8), u"101"_s);
+        model.showAll();
+        QVERIFY(!model.shownMember());
+        QCOMPARE(model.rowCount(), 5);
+
+        // Newest first orders the member's rows too.
+        QVERIFY(runSearch(model, logs.request(true)));
+        model.showMember(101);
+        QCOMPARE(
+            column(model, 0), QStringList({ u"2007-10-08 10:06:00"_s, u"2007-10-08 10:05:09"_s }));
+    }
+
+    void missingRootGivesAnEmptyList()
+    {
+        LogSearchRequest request;
+        request.filter = { at("2000-01-01 00:00:00"), at("2030-01-01 00:00:00"), true };
+        request.logRoot = u"/nonexistent/velmar/LogFiles/"_s;
+        UserLogModel model;
+        QVERIFY(runSearch(model, request));
+        QCOMPARE(model.rowCount(), 0);
+        model.showMember(1); // nothing stored: nothing to show, no crash
+        QCOMPARE(model.rowCount(), 0);
+
+        // An unreadable folder is passed over like a missing one.
+        QTemporaryDir dir;
+        const QString root = dir.path() + u"/"_s;
+        QVERIFY(QDir().mkpath(root + u"/VelmarD"_s));
+        QFile file(root + u"/VelmarD/u2007100810.txt"_s);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("2007-10-08 10:05:09 VelmarD ip 5000 MSG_RECV 1 101 102 ip 0 0 0\r\n");
+        file.close();
+        QVERIFY(QFile::setPermissions(root + u"/VelmarD"_s, QFile::Permissions()));
+        request.logRoot = root;
+        QVERIFY(runSearch(model, request));
+        QVERIFY(model.rowCount() <= 1); // root reads it anyway
+        QFile::setPermissions(
+            root + u"/VelmarD"_s, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
 };
-
-void tst_LogModels::chatListNewestFirstAndEnumerationOrder()
-{
-    LogRoot logs;
-    ChatLogModel model;
-    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-    QCOMPARE(model.columnCount(), 5);
-    QCOMPARE(model.headerData(3, Qt::Horizontal).toString(), u"Message"_s);
-    QCOMPARE(model.columnWidths(), QList<int>({ 125, 0, 100, 805, 0 }));
-
-    QVERIFY(runSearch(model, logs.request(true)));
-    QCOMPARE(column(model, 0),
-        QStringList(
-            { u"2007-10-09 12:00:00"_s, u"2007-10-08 12:30:00"_s, u"2007-10-07 10:00:00"_s }));
-    QCOMPARE(column(model, 2), QStringList(3, u"张三; "_s));
-    QCOMPARE(model.index(1, 3).data().toString(), u"张三(zs) 第3"_s);
-    QCOMPARE(model.filePath(1), logs.root + u"/ChatD/c200710081230_3.txt"_s);
-
-    // Oldest first keeps the order the folder is listed in.
-    QList<QString> listed;
-    for (const LogFileEntry &file :
-        LogSearch::keptFiles(LogSearch::Kind::Chat, logs.root, logs.request(false).filter))
-        listed << file.path;
-    QVERIFY(runSearch(model, logs.request(false)));
-    QCOMPARE(column(model, 4), QStringList(listed));
-
-    // The period decides, both ends inclusive.
-    LogSearchRequest narrow = logs.request(true);
-    narrow.filter = { at("2007-10-08 12:30:00"), at("2007-10-09 12:00:00"), true };
-    QVERIFY(runSearch(model, narrow));
-    QCOMPARE(model.rowCount(), 2);
-    narrow.filter = { at("2007-10-09 12:00:00"), at("2007-10-08 12:30:00"), true };
-    QVERIFY(runSearch(model, narrow));
-    QCOMPARE(model.rowCount(), 0);
-}
-
-void tst_LogModels::loadingFlagCoversTheWholeFill()
-{
-    LogRoot logs;
-    SystemLogModel model;
-    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-    QVERIFY(!model.isLoading());
-    QSignalSpy loading(&model, &LogTableModel::loadingChanged);
-    QSignalSpy finished(&model, &LogTableModel::searchFinished);
-    QSignalSpy progress(&model, &LogTableModel::searchProgress);
-    // The list is never seen half-filled: empty, then every row at once.
-    QList<int> rowsAtReset;
-    connect(
-        &model, &QAbstractItemModel::modelReset, this, [&] { rowsAtReset << model.rowCount(); });
-    model.search(logs.request(true));
-    QVERIFY(model.isLoading());
-    QCOMPARE(model.rowCount(), 0);
-    QVERIFY(finished.wait(30000));
-    QVERIFY(!model.isLoading());
-    QCOMPARE(rowsAtReset, QList<int>({ 0, 4 }));
-    QCOMPARE(loading.size(), 2);
-    QCOMPARE(loading.at(0).at(0).toBool(), true);
-    QCOMPARE(loading.at(1).at(0).toBool(), false);
-    QVERIFY(!progress.isEmpty());
-    QCOMPARE(progress.last().at(0), progress.last().at(1));
-}
-
-void tst_LogModels::newSearchCancelsTheRunningOne()
-{
-    LogRoot logs;
-    // Enough files that the first search is still running when the second starts.
-    for (int i = 0; i < 400; ++i)
-        logs.write(u"ChatD/c200710071%1_x.txt"_s.arg(i % 60, 3, 10, QChar(u'0')),
-            "2007-10-07 10:00:00 CR 0\r\n");
-    ChatLogModel model;
-    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-    QSignalSpy finished(&model, &LogTableModel::searchFinished);
-    model.search(logs.request(true));
-    LogSearchRequest second = logs.request(true);
-    second.filter.start = at("2007-10-09 00:00:00");
-    model.search(second);
-    QVERIFY(finished.wait(30000));
-    QTest::qWait(50);
-    QCOMPARE(finished.size(), 1);
-    QCOMPARE(column(model, 0), QStringList { u"2007-10-09 12:00:00"_s });
-
-    // Cancelling leaves an empty list that is no longer loading.
-    model.search(logs.request(true));
-    model.cancel();
-    QVERIFY(!model.isLoading());
-    QVERIFY(!model.isSearching());
-    QCOMPARE(model.rowCount(), 0);
-    QTest::qWait(50);
-    QCOMPARE(finished.size(), 1);
-}
-
-void tst_LogModels::systemListAcrossDaemonFolders()
-{
-    LogRoot logs;
-    SystemLogModel model;
-    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-    QVERIFY(runSearch(model, logs.request(false)));
-    // Folders in their fixed order; the 14-character name is never read.
-    QCOMPARE(column(model, 3), QStringList({ u"one"_s, u"two"_s, u"three"_s, u"four"_s }));
-    QVERIFY(runSearch(model, logs.request(true)));
-    QCOMPARE(
-        column(model, 2), QStringList({ u"ChatD"_s, u"RelayD"_s, u"VelmarD"_s, u"VelmarD"_s }));
-    QCOMPARE(column(model, 3), QStringList({ u"four"_s, u"three"_s, u"two"_s, u"one"_s }));
-}
-
-void tst_LogModels::userListAndMemberTree()
-{
-    LogRoot logs;
-    UserLogModel model;
-    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-    QVERIFY(runSearch(model, logs.request(false)));
-    QCOMPARE(column(model, 5),
-        QStringList({ u"MSG_SENT"_s, u"MSG_RECV"_s, u"MSG_RECV"_s, u"MSG_SENT"_s, u"MSG_RECV"_s }));
-    QCOMPARE(
-        column(model, 7), QStringList({ u"张三"_s, u"张三"_s, u"张三"_s, u"李四"_s, u"李四"_s }));
-    QCOMPARE(column(model, 8),
-        QStringList({ u"李四;王五"_s, u"李四"_s, u"王五"_s, u"张三"_s, u"张三"_s }));
-    QCOMPARE(model.detail(2).header.section(u"\r\n"_s, 6, 6), u"Receiver\t: 103"_s);
-    QCOMPARE(model.detail(3).message, u"back\r\n"_s);
-
-    QSignalSpy loading(&model, &LogTableModel::loadingChanged);
-    model.showMember(101);
-    QCOMPARE(loading.size(), 2); // on and off again around the refill
-    QCOMPARE(*model.shownMember(), 101);
-    QCOMPARE(column(model, 5), QStringList({ u"MSG_SENT"_s, u"MSG_RECV"_s }));
-    QCOMPARE(model.fields(1).value(8), u"101"_s);
-    model.showAll();
-    QVERIFY(!model.shownMember());
-    QCOMPARE(model.rowCount(), 5);
-
-    // Newest first orders the member's rows too.
-    QVERIFY(runSearch(model, logs.request(true)));
-    model.showMember(101);
-    QCOMPARE(column(model, 0), QStringList({ u"2007-10-08 10:06:00"_s, u"2007-10-08 10:05:09"_s }));
-}
-
-void tst_LogModels::missingRootGivesAnEmptyList()
-{
-    LogSearchRequest request;
-    request.filter = { at("2000-01-01 00:00:00"), at("2030-01-01 00:00:00"), true };
-    request.logRoot = u"/nonexistent/velmar/LogFiles/"_s;
-    UserLogModel model;
-    QVERIFY(runSearch(model, request));
-    QCOMPARE(model.rowCount(), 0);
-    model.showMember(1); // nothing stored: nothing to show, no crash
-    QCOMPARE(model.rowCount(), 0);
-
-    // An unreadable folder is passed over like a missing one.
-    QTemporaryDir dir;
-    const QString root = dir.path() + u"/"_s;
-    QVERIFY(QDir().mkpath(root + u"/VelmarD"_s));
-    QFile file(root + u"/VelmarD/u2007100810.txt"_s);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("2007-10-08 10:05:09 VelmarD ip 5000 MSG_RECV 1 101 102 ip 0 0 0\r\n");
-    file.close();
-    QVERIFY(QFile::setPermissions(root + u"/VelmarD"_s, QFile::Permissions()));
-    request.logRoot = root;
-    QVERIFY(runSearch(model, request));
-    QVERIFY(model.rowCount() <= 1); // root reads it anyway
-    QFile::setPermissions(
-        root + u"/VelmarD"_s, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-}
 
 QTEST_GUILESS_MAIN(tst_LogModels)
 #include "tst_log_models.moc"

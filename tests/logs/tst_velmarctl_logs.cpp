@@ -64,117 +64,106 @@ class tst_VelmarctlLogs : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void userLogWithNamesFromTheDatabase();
-    void systemAndChatLogs();
-    void jsonAndOldestFirst();
-    void namesStayIdsWithoutDatabase();
-    void usageErrors();
-};
+    void userLogWithNamesFromTheDatabase()
+    {
+        TempServerDir dir;
+        TestDatabase db(TestDatabase::Backend::SqliteFile, dir.programDir());
+        QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+        const QString columns
+            = u"INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, "
+              u"Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, "
+              u"BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember) "_s;
+        QVERIFY(db.exec(
+            columns + u"VALUES (1,'anna','Anna','','p',0,1,'','','','','','',1,0,'',0,0)"_s));
+        QVERIFY(
+            db.exec(columns + u"VALUES (2,'bo','博','','p',0,1,'','','','','','',1,0,'',0,0)"_s));
+        writeLogs(dir, u"LogFiles"_s);
 
-void tst_VelmarctlLogs::userLogWithNamesFromTheDatabase()
-{
-    TempServerDir dir;
-    TestDatabase db(TestDatabase::Backend::SqliteFile, dir.programDir());
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
-    const QString columns
-        = u"INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, "
-          u"Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, "
-          u"BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember) "_s;
-    QVERIFY(
-        db.exec(columns + u"VALUES (1,'anna','Anna','','p',0,1,'','','','','','',1,0,'',0,0)"_s));
-    QVERIFY(db.exec(columns + u"VALUES (2,'bo','博','','p',0,1,'','','','','','',1,0,'',0,0)"_s));
-    writeLogs(dir, u"LogFiles"_s);
+        const CtlRun run = velmarctl(logsArguments(dir, u"user"_s));
+        QCOMPARE(run.exitCode, 0);
+        const QString block = u"MESSAGE: 你好\\tthere\\r\\n.END_OF_DATA\\r\\n"_s;
+        QCOMPARE(lines(run.out),
+            QStringList({
+                u"2007-10-08 10:07:00\t\tVelmarD\t10.0.0.1\t5000\tMSG_RECV\t1\t博\tAnna\t10.0.0.9\t0\t0\t0\t"_s,
+                u"2007-10-08 10:05:09\t\tVelmarD\t10.0.0.1\t5000\tMSG_SENT\t1\tAnna\t博\t10.0.0.9\t0\t0\t64\t"_s
+                    + block,
+                u"2007-10-08 10:05:09\t\tVelmarD\t10.0.0.1\t5000\tMSG_RECV\t1\tAnna\t博\t10.0.0.9\t0\t0\t64\t"_s
+                    + block,
+                u"2007-10-08 10:05:09\t\tVelmarD\t10.0.0.1\t5000\tMSG_RECV\t1\tAnna\t\t10.0.0.9\t0\t0\t64\t"_s
+                    + block,
+            }));
 
-    const CtlRun run = velmarctl(logsArguments(dir, u"user"_s));
-    QCOMPARE(run.exitCode, 0);
-    const QString block = u"MESSAGE: 你好\\tthere\\r\\n.END_OF_DATA\\r\\n"_s;
-    QCOMPARE(lines(run.out),
-        QStringList({
-            u"2007-10-08 10:07:00\t\tVelmarD\t10.0.0.1\t5000\tMSG_RECV\t1\t博\tAnna\t10.0.0.9\t0\t0\t0\t"_s,
-            u"2007-10-08 10:05:09\t\tVelmarD\t10.0.0.1\t5000\tMSG_SENT\t1\tAnna\t博\t10.0.0.9\t0\t0\t64\t"_s
-                + block,
-            u"2007-10-08 10:05:09\t\tVelmarD\t10.0.0.1\t5000\tMSG_RECV\t1\tAnna\t博\t10.0.0.9\t0\t0\t64\t"_s
-                + block,
-            u"2007-10-08 10:05:09\t\tVelmarD\t10.0.0.1\t5000\tMSG_RECV\t1\tAnna\t\t10.0.0.9\t0\t0\t64\t"_s
-                + block,
-        }));
-
-    // The same rows as the list model of the view shows, cell for cell.
-    LogSearchRequest request;
-    request.filter = { QDateTime(QDate(2007, 10, 8), QTime(0, 0)),
-        QDateTime(QDate(2007, 10, 8), QTime(23, 59, 59)), true };
-    request.logRoot = LogLocations::logRoot(dir.hives(), dir.programDir());
-    request.names = { { 1, u"Anna"_s }, { 2, u"博"_s } };
-    request.codePage = Gbk;
-    const auto rows = UserLogRows::search(request);
-    QCOMPARE(rows->rowCount(), 4);
-    QCOMPARE(rows->cell(3, UserLogRows::DataColumn), u"MESSAGE: 你好\tthere\r\n.END_OF_DATA\r\n"_s);
-    for (int r = 0; r < rows->rowCount(); ++r)
+        // The same rows as the list model of the view shows, cell for cell.
+        LogSearchRequest request;
+        request.filter = { QDateTime(QDate(2007, 10, 8), QTime(0, 0)),
+            QDateTime(QDate(2007, 10, 8), QTime(23, 59, 59)), true };
+        request.logRoot = LogLocations::logRoot(dir.hives(), dir.programDir());
+        request.names = { { 1, u"Anna"_s }, { 2, u"博"_s } };
+        request.codePage = Gbk;
+        const auto rows = UserLogRows::search(request);
+        QCOMPARE(rows->rowCount(), 4);
         QCOMPARE(
-            lines(run.out).at(r).section(u'\t', 7, 8), rows->cell(r, 7) + u'\t' + rows->cell(r, 8));
-}
+            rows->cell(3, UserLogRows::DataColumn), u"MESSAGE: 你好\tthere\r\n.END_OF_DATA\r\n"_s);
+        for (int r = 0; r < rows->rowCount(); ++r)
+            QCOMPARE(lines(run.out).at(r).section(u'\t', 7, 8),
+                rows->cell(r, 7) + u'\t' + rows->cell(r, 8));
+    }
 
-void tst_VelmarctlLogs::systemAndChatLogs()
-{
-    TempServerDir dir;
-    writeLogs(dir, u"LogFiles"_s);
-    CtlRun run = velmarctl(logsArguments(dir, u"system"_s));
-    QCOMPARE(run.exitCode, 0);
-    QCOMPARE(lines(run.out),
-        QStringList({ u"2007-10-08 11:00:00\t\tVelmarD\tstarted"_s,
-            u"2007-10-08 09:00:00\t\tRelayD\trelay up"_s }));
-    run = velmarctl(logsArguments(dir, u"chat"_s));
-    QCOMPARE(run.exitCode, 0);
-    // No database: the participants are unknown, so the Users cell is empty.
-    QCOMPARE(lines(run.out),
-        QStringList { u"2007-10-08 12:30:01\t\t\tAnna(anna) 早上好\t"_s + dir.programDir()
-            + u"/LogFiles//ChatD/c200710081230_1.txt"_s });
-    QVERIFY(!QFile::exists(dir.databasePath())); // looking did not create one
-}
+    void systemAndChatLogs()
+    {
+        TempServerDir dir;
+        writeLogs(dir, u"LogFiles"_s);
+        CtlRun run = velmarctl(logsArguments(dir, u"system"_s));
+        QCOMPARE(run.exitCode, 0);
+        QCOMPARE(lines(run.out),
+            QStringList({ u"2007-10-08 11:00:00\t\tVelmarD\tstarted"_s,
+                u"2007-10-08 09:00:00\t\tRelayD\trelay up"_s }));
+        run = velmarctl(logsArguments(dir, u"chat"_s));
+        QCOMPARE(run.exitCode, 0);
+        // No database: the participants are unknown, so the Users cell is empty.
+        QCOMPARE(lines(run.out),
+            QStringList { u"2007-10-08 12:30:01\t\t\tAnna(anna) 早上好\t"_s + dir.programDir()
+                + u"/LogFiles//ChatD/c200710081230_1.txt"_s });
+        QVERIFY(!QFile::exists(dir.databasePath())); // looking did not create one
+    }
 
-void tst_VelmarctlLogs::jsonAndOldestFirst()
-{
-    TempServerDir dir;
-    writeLogs(dir, u"LogFiles"_s);
-    const CtlRun run = velmarctl(
-        logsArguments(dir, u"user"_s, { u"--oldest-first"_s, u"--format"_s, u"json"_s }));
-    QCOMPARE(run.exitCode, 0);
-    const QStringList out = lines(run.out);
-    QCOMPARE(out.size(), 4);
-    const QJsonArray first = QJsonDocument::fromJson(out.at(0).toUtf8()).array();
-    QCOMPARE(first.size(), 14);
-    QCOMPARE(first.at(0).toString(), u"2007-10-08 10:05:09"_s);
-    QCOMPARE(first.at(5).toString(), u"MSG_SENT"_s);
-    QCOMPARE(first.at(13).toString(), u"MESSAGE: 你好\tthere\r\n.END_OF_DATA\r\n"_s);
-    QCOMPARE(QJsonDocument::fromJson(out.at(3).toUtf8()).array().at(0).toString(),
-        u"2007-10-08 10:07:00"_s);
-}
+    void jsonAndOldestFirst()
+    {
+        TempServerDir dir;
+        writeLogs(dir, u"LogFiles"_s);
+        const CtlRun run = velmarctl(
+            logsArguments(dir, u"user"_s, { u"--oldest-first"_s, u"--format"_s, u"json"_s }));
+        QCOMPARE(run.exitCode, 0);
+        const QStringList out = lines(run.out);
+        QCOMPARE(out.size(), 4);
+        const QJsonArray first = QJsonDocument::fromJson(out.at(0).toUtf8()).array();
+        QCOMPARE(first.size(), 14);
+        QCOMPARE(first.at(0).toString(), u"2007-10-08 10:05:09"_s);
+        QCOMPARE(first.at(5).toString(), u"MSG_SENT"_s);
+        // No database: an unknown sender shows its id, unknown receivers are left out.
+        QCOMPARE(first.at(7).toString(), u"1"_s);
+        QCOMPARE(first.at(8).toString(), QString());
+        QCOMPARE(first.at(13).toString(), u"MESSAGE: 你好\tthere\r\n.END_OF_DATA\r\n"_s);
+        QCOMPARE(QJsonDocument::fromJson(out.at(3).toUtf8()).array().at(0).toString(),
+            u"2007-10-08 10:07:00"_s);
+    }
 
-void tst_VelmarctlLogs::namesStayIdsWithoutDatabase()
-{
-    TempServerDir dir;
-    writeLogs(dir, u"LogFiles"_s);
-    const CtlRun run = velmarctl(logsArguments(dir, u"user"_s));
-    QCOMPARE(run.exitCode, 0);
-    // Unknown sender: its id; unknown receivers: left out.
-    QCOMPARE(lines(run.out).at(0).section(u'\t', 7, 8), u"2\t"_s);
-}
-
-void tst_VelmarctlLogs::usageErrors()
-{
-    TempServerDir dir;
-    CtlRun run = velmarctl({ u"logs"_s, u"audit"_s, u"--from"_s, u"2007-10-08T00:00:00"_s,
-        u"--to"_s, u"2007-10-08T00:00:00"_s });
-    QCOMPARE(run.exitCode, 2);
-    QVERIFY(run.err.contains(u"logs chat, logs system or logs user"_s));
-    run = velmarctl({ u"logs"_s, u"chat"_s, u"--from"_s, u"2007-10-08"_s, u"--to"_s,
-        u"2007-10-08T00:00:00"_s });
-    QCOMPARE(run.exitCode, 2);
-    QVERIFY(run.err.contains(u"--from and --to"_s));
-    run = velmarctl(logsArguments(dir, u"chat"_s, { u"--format"_s, u"xml"_s }));
-    QCOMPARE(run.exitCode, 2);
-    QVERIFY(run.err.contains(u"tsv or json"_s));
-}
+    void usageErrors()
+    {
+        TempServerDir dir;
+        CtlRun run = velmarctl({ u"logs"_s, u"audit"_s, u"--from"_s, u"2007-10-08T00:00:00"_s,
+            u"--to"_s, u"2007-10-08T00:00:00"_s });
+        QCOMPARE(run.exitCode, 2);
+        QVERIFY(run.err.contains(u"logs chat, logs system or logs user"_s));
+        run = velmarctl({ u"logs"_s, u"chat"_s, u"--from"_s, u"2007-10-08"_s, u"--to"_s,
+            u"2007-10-08T00:00:00"_s });
+        QCOMPARE(run.exitCode, 2);
+        QVERIFY(run.err.contains(u"--from and --to"_s));
+        run = velmarctl(logsArguments(dir, u"chat"_s, { u"--format"_s, u"xml"_s }));
+        QCOMPARE(run.exitCode, 2);
+        QVERIFY(run.err.contains(u"tsv or json"_s));
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_VelmarctlLogs)
 #include "tst_velmarctl_logs.moc"

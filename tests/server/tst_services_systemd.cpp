@@ -77,15 +77,150 @@ class TestServicesSystemd : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void startAndStopAll();
-    void hangingAndUnknownUnits();
-    void velmarctlServices();
-    void cleanupTestCase();
+    void initTestCase()
+    {
+        if (qEnvironmentVariable("VELMAR_TEST_SYSTEMD") != u"1"_s) {
+            if (qEnvironmentVariable("VELMAR_REQUIRE_SYSTEMD") == u"1"_s)
+                QFAIL("VELMAR_REQUIRE_SYSTEMD is set but no systemd user manager runs");
+            QSKIP("no systemd user manager: run under scripts/systemd-test-manager.sh run -- ...");
+        }
+        QVERIFY(m_dir.isValid());
+        m_orderFile = m_dir.filePath(u"order.txt"_s);
+        const QString unitDir = QDir::homePath() + u"/.config/systemd/user"_s;
+        QVERIFY(QDir().mkpath(unitDir));
+        for (const QString &name : AllEight + QStringList { u"HangD"_s }) {
+            QFile unit(unitDir + u'/' + name + u".service"_s);
+            QVERIFY(unit.open(QIODevice::WriteOnly | QIODevice::Truncate));
+            unit.write(unitText(name, m_orderFile));
+        }
+        // pskill stand-in: records the name it was given.
+        QVERIFY(m_dir.writeFile(u"pskill"_s,
+            "#!/bin/sh\necho \"pskill $*\" >> \"" + m_dir.filePath(u"pskill.txt"_s).toUtf8()
+                + "\"\n"));
+        QVERIFY(QFile::setPermissions(
+            m_dir.filePath(u"pskill"_s), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+
+        const QDBusMessage reload
+            = QDBusConnection::sessionBus().call(QDBusMessage::createMethodCall(
+                u"org.freedesktop.systemd1"_s, u"/org/freedesktop/systemd1"_s,
+                u"org.freedesktop.systemd1.Manager"_s, u"Reload"_s));
+        QCOMPARE(reload.type(), QDBusMessage::ReplyMessage);
+
+        m_manager = std::make_unique<SystemdServiceManager>(SystemdServiceManager::Bus::User);
+        QVERIFY(m_manager->openManager());
+        m_control
+            = std::make_unique<ServiceControl>(*m_manager, m_clock, m_launcher, m_dir.programDir());
+        m_services = std::make_unique<ServerServices>(*m_control);
+    }
+
+    void init()
+    {
+        stopEverything();
+        QFile::remove(m_orderFile);
+    }
+
+    void startAndStopAll()
+    {
+        for (const QString &name : AllEight)
+            QCOMPARE(m_control->queryState(name), ServiceControl::State::Stopped);
+        QVERIFY(m_services->isStartEnabled());
+        QVERIFY(!m_services->isStopEnabled());
+
+        Recorder recorder;
+        QCOMPARE(m_services->StartAllServices(&recorder), ServerServices::StartOutcome::Ran);
+        const QStringList started = readLines(m_orderFile);
+        qInfo("observed start order: %s", qPrintable(started.join(u", "_s)));
+        QCOMPARE(started, ExpectedStart);
+        QVERIFY(recorder.events.contains(u"GroupD ok"_s));
+        QVERIFY(recorder.events.contains(u"FileSessionD failed"_s));
+        for (const QString &name : AllEight) {
+            QCOMPARE(m_control->IsServiceRunning(name), name != u"FileSessionD"_s);
+        }
+        // FileSessionD is down: the start command stays offered.
+        QVERIFY(m_services->isStartEnabled());
+        QVERIFY(m_services->isStopEnabled());
+
+        // A second run starts only what is down: the failing unit again.
+        QFile::remove(m_orderFile);
+        QCOMPARE(m_services->StartAllServices(), ServerServices::StartOutcome::Ran);
+        QCOMPARE(readLines(m_orderFile), QStringList { u"start FileSessionD"_s });
+
+        QFile::remove(m_orderFile);
+        m_services->StopAllServices();
+        const QStringList stopped = readLines(m_orderFile);
+        qInfo("observed stop order: %s", qPrintable(stopped.join(u", "_s)));
+        QCOMPARE(stopped, ExpectedStop);
+        QTRY_COMPARE(readLines(m_dir.filePath(u"pskill.txt"_s)), QStringList { u"pskill ChatD"_s });
+        for (const QString &name : AllEight)
+            QVERIFY2(!m_control->IsServiceRunning(name), qPrintable(name));
+        QVERIFY(m_services->isStartEnabled());
+        QVERIFY(!m_services->isStopEnabled());
+    }
+
+    void hangingAndUnknownUnits()
+    {
+        // Hangs in activating: given up when its wait hint (its start time-out)
+        // has passed without progress.
+        QVERIFY(!m_control->StartServiceAndWait(u"HangD"_s));
+        QVERIFY(!m_control->IsServiceRunning(u"HangD"_s));
+
+        // A unit systemd does not know is the service that does not exist.
+        QVERIFY(!m_control->IsServiceRunning(u"NoSuchD"_s));
+        QVERIFY(m_control->StartServiceAndWait(u"NoSuchD"_s));
+        QVERIFY(m_control->StopServiceAndWait(u"NoSuchD"_s));
+        QCOMPARE(m_control->queryState(u"NoSuchD"_s), ServiceControl::State::NotInstalled);
+    }
+
+    void velmarctlServices()
+    {
+        auto velmarctl = [this](const QString &action, QString *out) {
+            QProcess process;
+            process.start(QStringLiteral(VELMARCTL_PATH),
+                { u"services"_s, action, u"--server-dir"_s, m_dir.programDir() });
+            if (!process.waitForFinished(120000) || process.exitStatus() != QProcess::NormalExit)
+                return -1;
+            *out = QString::fromUtf8(process.readAllStandardOutput());
+            return process.exitCode();
+        };
+
+        QString out;
+        QCOMPARE(velmarctl(u"start"_s, &out), 5);
+        QCOMPARE(readLines(m_orderFile), ExpectedStart);
+        QVERIFY2(out.contains(u"FileSessionD 服务运行失败.\n"_s), qPrintable(out));
+        QVERIFY2(
+            out.contains(u"starting GroupD\nGroupD started\nstarting RelayD\n"_s), qPrintable(out));
+
+        QCOMPARE(velmarctl(u"status"_s, &out), 0);
+        QCOMPARE(out,
+            u"VelmarD\trunning\nGroupD\trunning\nVelmarboxServerManager\trunning\nRelayD\trunning\n"
+            "CheckD\trunning\nFileDispatchD\trunning\nFileSessionD\tstopped\nChatD\trunning\n"_s);
+
+        QFile::remove(m_orderFile);
+        QCOMPARE(velmarctl(u"stop"_s, &out), 0);
+        QCOMPARE(readLines(m_orderFile), ExpectedStop);
+        QVERIFY2(
+            out.startsWith(u"stopping CheckD\nCheckD stopped\npskill ChatD\nstopping ChatD\n"_s),
+            qPrintable(out));
+        QVERIFY2(out.contains(u"start command enabled, stop command greyed\n"_s), qPrintable(out));
+    }
+
+    void cleanupTestCase()
+    {
+        if (m_control)
+            stopEverything();
+    }
 
 private:
-    void stopEverything();
+    void stopEverything()
+    {
+        for (const QString &name : AllEight + QStringList { u"HangD"_s }) {
+            QDBusConnection::sessionBus().call(QDBusMessage::createMethodCall(
+                u"org.freedesktop.systemd1"_s, u"/org/freedesktop/systemd1"_s,
+                u"org.freedesktop.systemd1.Manager"_s, u"ResetFailed"_s));
+            if (m_control->IsServiceRunning(name))
+                QVERIFY(m_control->StopServiceAndWait(name));
+        }
+    }
 
     TempServerDir m_dir;
     QString m_orderFile;
@@ -95,147 +230,6 @@ private:
     std::unique_ptr<ServiceControl> m_control;
     std::unique_ptr<ServerServices> m_services;
 };
-
-void TestServicesSystemd::initTestCase()
-{
-    if (qEnvironmentVariable("VELMAR_TEST_SYSTEMD") != u"1"_s) {
-        if (qEnvironmentVariable("VELMAR_REQUIRE_SYSTEMD") == u"1"_s)
-            QFAIL("VELMAR_REQUIRE_SYSTEMD is set but no systemd user manager runs");
-        QSKIP("no systemd user manager: run under scripts/systemd-test-manager.sh run -- ...");
-    }
-    QVERIFY(m_dir.isValid());
-    m_orderFile = m_dir.filePath(u"order.txt"_s);
-    const QString unitDir = QDir::homePath() + u"/.config/systemd/user"_s;
-    QVERIFY(QDir().mkpath(unitDir));
-    for (const QString &name : AllEight + QStringList { u"HangD"_s }) {
-        QFile unit(unitDir + u'/' + name + u".service"_s);
-        QVERIFY(unit.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        unit.write(unitText(name, m_orderFile));
-    }
-    // pskill stand-in: records the name it was given.
-    QVERIFY(m_dir.writeFile(u"pskill"_s,
-        "#!/bin/sh\necho \"pskill $*\" >> \"" + m_dir.filePath(u"pskill.txt"_s).toUtf8() + "\"\n"));
-    QVERIFY(QFile::setPermissions(
-        m_dir.filePath(u"pskill"_s), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
-
-    const QDBusMessage reload = QDBusConnection::sessionBus().call(
-        QDBusMessage::createMethodCall(u"org.freedesktop.systemd1"_s,
-            u"/org/freedesktop/systemd1"_s, u"org.freedesktop.systemd1.Manager"_s, u"Reload"_s));
-    QCOMPARE(reload.type(), QDBusMessage::ReplyMessage);
-
-    m_manager = std::make_unique<SystemdServiceManager>(SystemdServiceManager::Bus::User);
-    QVERIFY(m_manager->openManager());
-    m_control
-        = std::make_unique<ServiceControl>(*m_manager, m_clock, m_launcher, m_dir.programDir());
-    m_services = std::make_unique<ServerServices>(*m_control);
-}
-
-void TestServicesSystemd::init()
-{
-    stopEverything();
-    QFile::remove(m_orderFile);
-}
-
-void TestServicesSystemd::stopEverything()
-{
-    for (const QString &name : AllEight + QStringList { u"HangD"_s }) {
-        QDBusConnection::sessionBus().call(QDBusMessage::createMethodCall(
-            u"org.freedesktop.systemd1"_s, u"/org/freedesktop/systemd1"_s,
-            u"org.freedesktop.systemd1.Manager"_s, u"ResetFailed"_s));
-        if (m_control->IsServiceRunning(name))
-            QVERIFY(m_control->StopServiceAndWait(name));
-    }
-}
-
-void TestServicesSystemd::startAndStopAll()
-{
-    for (const QString &name : AllEight)
-        QCOMPARE(m_control->queryState(name), ServiceControl::State::Stopped);
-    QVERIFY(m_services->isStartEnabled());
-    QVERIFY(!m_services->isStopEnabled());
-
-    Recorder recorder;
-    QCOMPARE(m_services->StartAllServices(&recorder), ServerServices::StartOutcome::Ran);
-    const QStringList started = readLines(m_orderFile);
-    qInfo("observed start order: %s", qPrintable(started.join(u", "_s)));
-    QCOMPARE(started, ExpectedStart);
-    QVERIFY(recorder.events.contains(u"GroupD ok"_s));
-    QVERIFY(recorder.events.contains(u"FileSessionD failed"_s));
-    for (const QString &name : AllEight) {
-        QCOMPARE(m_control->IsServiceRunning(name), name != u"FileSessionD"_s);
-    }
-    // FileSessionD is down: the start command stays offered.
-    QVERIFY(m_services->isStartEnabled());
-    QVERIFY(m_services->isStopEnabled());
-
-    // A second run starts only what is down: the failing unit again.
-    QFile::remove(m_orderFile);
-    QCOMPARE(m_services->StartAllServices(), ServerServices::StartOutcome::Ran);
-    QCOMPARE(readLines(m_orderFile), QStringList { u"start FileSessionD"_s });
-
-    QFile::remove(m_orderFile);
-    m_services->StopAllServices();
-    const QStringList stopped = readLines(m_orderFile);
-    qInfo("observed stop order: %s", qPrintable(stopped.join(u", "_s)));
-    QCOMPARE(stopped, ExpectedStop);
-    QTRY_COMPARE(readLines(m_dir.filePath(u"pskill.txt"_s)), QStringList { u"pskill ChatD"_s });
-    for (const QString &name : AllEight)
-        QVERIFY2(!m_control->IsServiceRunning(name), qPrintable(name));
-    QVERIFY(m_services->isStartEnabled());
-    QVERIFY(!m_services->isStopEnabled());
-}
-
-void TestServicesSystemd::hangingAndUnknownUnits()
-{
-    // Hangs in activating: given up when its wait hint (its start time-out)
-    // has passed without progress.
-    QVERIFY(!m_control->StartServiceAndWait(u"HangD"_s));
-    QVERIFY(!m_control->IsServiceRunning(u"HangD"_s));
-
-    // A unit systemd does not know is the service that does not exist.
-    QVERIFY(!m_control->IsServiceRunning(u"NoSuchD"_s));
-    QVERIFY(m_control->StartServiceAndWait(u"NoSuchD"_s));
-    QVERIFY(m_control->StopServiceAndWait(u"NoSuchD"_s));
-    QCOMPARE(m_control->queryState(u"NoSuchD"_s), ServiceControl::State::NotInstalled);
-}
-
-void TestServicesSystemd::velmarctlServices()
-{
-    auto velmarctl = [this](const QString &action, QString *out) {
-        QProcess process;
-        process.start(QStringLiteral(VELMARCTL_PATH),
-            { u"services"_s, action, u"--server-dir"_s, m_dir.programDir() });
-        if (!process.waitForFinished(120000) || process.exitStatus() != QProcess::NormalExit)
-            return -1;
-        *out = QString::fromUtf8(process.readAllStandardOutput());
-        return process.exitCode();
-    };
-
-    QString out;
-    QCOMPARE(velmarctl(u"start"_s, &out), 5);
-    QCOMPARE(readLines(m_orderFile), ExpectedStart);
-    QVERIFY2(out.contains(u"FileSessionD 服务运行失败.\n"_s), qPrintable(out));
-    QVERIFY2(
-        out.contains(u"starting GroupD\nGroupD started\nstarting RelayD\n"_s), qPrintable(out));
-
-    QCOMPARE(velmarctl(u"status"_s, &out), 0);
-    QCOMPARE(out,
-        u"VelmarD\trunning\nGroupD\trunning\nVelmarboxServerManager\trunning\nRelayD\trunning\n"
-        "CheckD\trunning\nFileDispatchD\trunning\nFileSessionD\tstopped\nChatD\trunning\n"_s);
-
-    QFile::remove(m_orderFile);
-    QCOMPARE(velmarctl(u"stop"_s, &out), 0);
-    QCOMPARE(readLines(m_orderFile), ExpectedStop);
-    QVERIFY2(out.startsWith(u"stopping CheckD\nCheckD stopped\npskill ChatD\nstopping ChatD\n"_s),
-        qPrintable(out));
-    QVERIFY2(out.contains(u"start command enabled, stop command greyed\n"_s), qPrintable(out));
-}
-
-void TestServicesSystemd::cleanupTestCase()
-{
-    if (m_control)
-        stopEverything();
-}
 
 QTEST_GUILESS_MAIN(TestServicesSystemd)
 #include "tst_services_systemd.moc"
