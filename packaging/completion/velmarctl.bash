@@ -73,7 +73,7 @@ _velmarctl()
         if [[ $cur == -* ]]; then
             COMPREPLY=($(compgen -W "$common" -- "$cur"))
         else
-            COMPREPLY=($(compgen -W "load resave recover edit logs access services notify $edit_words" -- "$cur"))
+            COMPREPLY=($(compgen -W "load resave recover doctor edit logs access services notify $edit_words" -- "$cur"))
         fi
         return
     fi
@@ -82,14 +82,15 @@ _velmarctl()
     local options="$common"
     case $command in
         load) ;;
-        resave) options+=" --timings" ;;
-        recover) options+=" --discard" ;;
-        edit) options+=" --dry-run --timings" ;;
+        resave) options+=" --timings --force --wait" ;;
+        recover) options+=" --discard --wait" ;;
+        doctor) options+=" --json --fix --wait" ;;
+        edit) options+=" --dry-run --timings --force --wait --preview --preview-rows" ;;
         logs) options="--from --to --oldest-first --format --server-dir --registry-dir --help" ;;
         access) options="--format --server-dir --registry-dir --verbose --help" ;;
         services) options="--server-dir --verbose --help" ;;
         notify) options="--code --help" ;;
-        *) options+=" --dry-run --timings" ;;
+        *) options+=" --dry-run --timings --force --wait --preview --preview-rows" ;;
     esac
     if [[ $cur == -* ]]; then
         case "$command ${args[1]-}" in

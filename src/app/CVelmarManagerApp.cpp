@@ -33,8 +33,8 @@ namespace {
 int startViewId(const QString &name)
 {
     static constexpr int ids[] = { ViewId::Home, ViewId::Organize, ViewId::Position,
-        ViewId::AccessControl, ViewId::FileBox, ViewId::Notice, ViewId::ChatLog,
-        ViewId::SystemLog, ViewId::UserLog };
+        ViewId::AccessControl, ViewId::FileBox, ViewId::Notice, ViewId::ChatLog, ViewId::SystemLog,
+        ViewId::UserLog };
     const qsizetype at = StartupOptions::startViews().indexOf(name);
     return at < 0 ? ViewId::Home : ids[at];
 }

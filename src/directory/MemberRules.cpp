@@ -86,8 +86,8 @@ std::optional<MemberRefusal> MemberRules::checkNewUserId(
             u"数字, 英文, '_' 除了以上特殊字符不能输入."_s, MemberColumns::LoginNameColumn);
     }
     if (exists && exists(userId)) {
-        return refusal(MemberRefusal::Reason::UserIdExists, u"用户已存在."_s,
-            MemberColumns::LoginNameColumn);
+        return refusal(
+            MemberRefusal::Reason::UserIdExists, u"用户已存在."_s, MemberColumns::LoginNameColumn);
     }
     return std::nullopt;
 }

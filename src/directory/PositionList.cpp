@@ -5,9 +5,9 @@
 #include "Recordset.h"
 #include "SqlTemplate.h"
 
-#include <QSet>
 #include <algorithm>
 #include <limits>
+#include <QSet>
 
 using namespace Qt::StringLiterals;
 

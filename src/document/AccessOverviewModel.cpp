@@ -2,9 +2,8 @@
 
 #include "AuthorityCode.h"
 #include "CVelmarManagerDoc.h"
-#include "DocumentUndoStack.h"
 #include "Directory.h"
-
+#include "DocumentUndoStack.h"
 
 using namespace Qt::StringLiterals;
 
@@ -12,7 +11,8 @@ AccessOverviewModel::AccessOverviewModel(const CVelmarManagerDoc &document, QObj
     : QAbstractTableModel(parent)
     , m_document(document)
 {
-    connect(document.undoStack(), &DocumentUndoStack::indexChanged, this, &AccessOverviewModel::recompute);
+    connect(document.undoStack(), &DocumentUndoStack::indexChanged, this,
+        &AccessOverviewModel::recompute);
     connect(&document, &CVelmarManagerDoc::adopted, this, &AccessOverviewModel::clear);
 }
 

@@ -2,8 +2,8 @@
 
 #include "AuthorityCode.h"
 #include "CVelmarManagerDoc.h"
-#include "DocumentUndoStack.h"
 #include "Directory.h"
+#include "DocumentUndoStack.h"
 
 #include <algorithm>
 #include <limits>

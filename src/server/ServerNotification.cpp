@@ -43,7 +43,7 @@ bool SendServerNotification(quint16 port, quint16 code)
     // so nothing outlives the call and no port is held between saves.
     QUdpSocket socket;
     const QByteArray bytes = ServerNotification::datagram(code);
-    const qint64 written = socket.writeDatagram(bytes, QHostAddress(QHostAddress::LocalHost),
-        ServerNotification::destinationPort(port));
+    const qint64 written = socket.writeDatagram(
+        bytes, QHostAddress(QHostAddress::LocalHost), ServerNotification::destinationPort(port));
     return written == bytes.size();
 }

@@ -12,6 +12,7 @@
 #include "CVelmarManagerDoc.h"
 #include "DataCheckDialog.h"
 #include "Directory.h"
+#include "DocumentUndoStack.h"
 #include "GroupTreeModel.h"
 #include "NotificationListeners.h"
 #include "SaveJournal.h"
@@ -38,7 +39,6 @@
 #include <QTableView>
 #include <QTest>
 #include <QTimer>
-#include <QUndoStack>
 
 using namespace Qt::StringLiterals;
 

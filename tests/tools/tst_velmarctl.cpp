@@ -332,7 +332,8 @@ void TestVelmarCtl::resave()
     ProfileFile(dir.iniPath()).writeString(u"GroupInfo"_s, u"Version"_s, u"0041"_s);
     const QString tracePath = dir.root() + u"/trace.sql"_s;
     const QStringList before = dumpDataSet(readBack(dir));
-    NotificationListeners listener({ ServerNotification::ServerPort }, ServerNotification::DatabaseChanged);
+    NotificationListeners listener(
+        { ServerNotification::ServerPort }, ServerNotification::DatabaseChanged);
     QString bindError;
     QVERIFY2(listener.bind(&bindError), qPrintable(bindError));
 
@@ -366,7 +367,8 @@ void TestVelmarCtl::resaveFailure()
     QString error;
     QVERIFY2(createPoisonTrigger(db, u"INSERT"_s, u"Member"_s, u"IsGuestMember = 1"_s, &error),
         qPrintable(error));
-    NotificationListeners listener({ ServerNotification::ServerPort }, ServerNotification::DatabaseChanged);
+    NotificationListeners listener(
+        { ServerNotification::ServerPort }, ServerNotification::DatabaseChanged);
     QString bindError;
     QVERIFY2(listener.bind(&bindError), qPrintable(bindError));
 

@@ -433,8 +433,9 @@ bool VelmarCtl::parse(
         if (!readFormat(options.logs.format, LogsCommand::Format::Tsv, LogsCommand::Format::Json))
             return false;
     } else if (positional.size() != 1 || !commands.contains(positional.first())) {
-        message = u"expected one command: load, resave, recover, doctor, edit, an edit command, logs, "
-                  "access, services or notify\n\n"_s
+        message
+            = u"expected one command: load, resave, recover, doctor, edit, an edit command, logs, "
+              "access, services or notify\n\n"_s
             + parser.helpText();
         return false;
     }
