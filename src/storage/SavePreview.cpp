@@ -14,7 +14,7 @@ namespace {
 
 // A table the save rewrites: the rows it deletes (where) and how a row is
 // known across the rewrite (the first keyColumns columns, plus the flag).
-struct Spec
+struct TableShape
 {
     QString table; // as the statements name it
     QStringList columns; // in the order of the save's INSERT
@@ -23,9 +23,9 @@ struct Spec
     QList<int> numbers; // columns whose NULL the save writes as 0
 };
 
-const QList<Spec> &specs()
+const QList<TableShape> &tableShapes()
 {
-    static const QList<Spec> all {
+    static const QList<TableShape> all {
         { u"[Group]"_s,
             { u"OGroupID"_s, u"GroupName"_s, u"OGroupID_P"_s, u"Position"_s, u"Depth"_s,
                 u"IsGuestGroup"_s },
@@ -112,17 +112,17 @@ QString rowText(const QStringList &columns, const QStringList &row)
     return cells.join(u", "_s);
 }
 
-QString keyOf(const Spec &spec, const QStringList &row)
+QString keyOf(const TableShape &shape, const QStringList &row)
 {
     QStringList parts;
-    for (const int column : spec.key)
+    for (const int column : shape.key)
         parts << row.value(column);
     return parts.join(u'/');
 }
 
 // Rows both sides hold cancel out; what is left is removed or added, and a
 // removed and an added row with one key make a change.
-void diff(const Spec &spec, const QList<QString> &before, const QList<QString> &after,
+void diff(const TableShape &shape, const QList<QString> &before, const QList<QString> &after,
     SavePreview::Table &out)
 {
     QHash<QStringView, int> remaining; // row -> count among the rows before
@@ -145,28 +145,28 @@ void diff(const Spec &spec, const QList<QString> &before, const QList<QString> &
             continue;
         --it.value();
         removed << row.split(Separator);
-        removedByKey[keyOf(spec, removed.constLast())] << removed.size() - 1;
+        removedByKey[keyOf(shape, removed.constLast())] << removed.size() - 1;
     }
     QSet<qsizetype> paired;
     for (const QStringList &row : std::as_const(added)) {
-        auto it = removedByKey.find(keyOf(spec, row));
+        auto it = removedByKey.find(keyOf(shape, row));
         if (it != removedByKey.end() && !it->isEmpty()) {
             const qsizetype index = it->takeFirst();
             const QStringList &old = removed.at(index);
             paired.insert(index);
             QStringList changes;
-            for (qsizetype i = 0; i < spec.columns.size(); ++i) {
+            for (qsizetype i = 0; i < shape.columns.size(); ++i) {
                 if (old.value(i) != row.value(i))
-                    changes << u"%1: %2 → %3"_s.arg(spec.columns[i], old.value(i), row.value(i));
+                    changes << u"%1: %2 → %3"_s.arg(shape.columns[i], old.value(i), row.value(i));
             }
-            out.changed << keyOf(spec, row) + u" ("_s + changes.join(u", "_s) + u')';
+            out.changed << keyOf(shape, row) + u" ("_s + changes.join(u", "_s) + u')';
         } else {
-            out.added << rowText(spec.columns, row);
+            out.added << rowText(shape.columns, row);
         }
     }
     for (qsizetype i = 0; i < removed.size(); ++i) {
         if (!paired.contains(i))
-            out.removed << rowText(spec.columns, removed.at(i));
+            out.removed << rowText(shape.columns, removed.at(i));
     }
 }
 
@@ -224,23 +224,23 @@ QList<SavePreview::Table> SavePreview::compute(const SaveJournal &journal, DbCon
     }
 
     QList<Table> tables;
-    for (const Spec &spec : specs()) {
+    for (const TableShape &shape : tableShapes()) {
         // A data set that was not edited is not written at all.
-        if (spec.table != u"VoipNumberList"_s && !written.contains(spec.table))
+        if (shape.table != u"VoipNumberList"_s && !written.contains(shape.table))
             continue;
         QList<QString> before;
-        Recordset set = connection.execute(u"SELECT %1 FROM %2%3"_s.arg(spec.columns.join(u','),
-            spec.table, spec.where.isEmpty() ? QString() : u" WHERE "_s + spec.where));
+        Recordset set = connection.execute(u"SELECT %1 FROM %2%3"_s.arg(shape.columns.join(u','),
+            shape.table, shape.where.isEmpty() ? QString() : u" WHERE "_s + shape.where));
         before.reserve(1024);
         while (!set.isEOF()) {
             QString row;
             row.reserve(64);
-            for (int i = 0; i < spec.columns.size(); ++i) {
+            for (int i = 0; i < shape.columns.size(); ++i) {
                 if (i > 0)
                     row += Separator;
                 // The load reads NULL as empty text or 0; the save writes that.
                 if (set.isNull(i)) {
-                    if (spec.numbers.contains(i))
+                    if (shape.numbers.contains(i))
                         row += u'0';
                 } else {
                     row += set.value(i).toString();
@@ -252,7 +252,7 @@ QList<SavePreview::Table> SavePreview::compute(const SaveJournal &journal, DbCon
         set.close();
 
         QList<QString> after;
-        if (spec.table == u"VoipNumberList"_s) {
+        if (shape.table == u"VoipNumberList"_s) {
             after = before;
             for (QString &row : after) {
                 QStringList cells = row.split(Separator);
@@ -263,12 +263,12 @@ QList<SavePreview::Table> SavePreview::compute(const SaveJournal &journal, DbCon
                 }
             }
         } else {
-            after = written.value(spec.table);
+            after = written.value(shape.table);
         }
         Table table;
-        table.name = spec.table;
-        table.columns = spec.columns;
-        diff(spec, before, after, table);
+        table.name = shape.table;
+        table.columns = shape.columns;
+        diff(shape, before, after, table);
         tables << table;
     }
 
