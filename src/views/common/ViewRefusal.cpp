@@ -17,6 +17,9 @@ void showRefusal(
                                                                : refusal.icon;
         box.parent = anchor ? anchor->window() : nullptr;
         messages.showMessage(box);
+        // The administrator goes on where the refused entry was.
+        if (anchor)
+            anchor->setFocus();
         return;
     }
     MessageService::Balloon balloon;

@@ -16,6 +16,7 @@
 #include "RightDropFilter.h"
 #include "RightRowDelegate.h"
 #include "UserInfo.h"
+#include "ViewRefusal.h"
 
 #include <QAction>
 #include <QDir>
@@ -365,24 +366,7 @@ void CFileBoxFormView::updateButtons()
 
 void CFileBoxFormView::showRefusal(const EditRefusal &refusal, QWidget *anchor)
 {
-    if (refusal.text.isEmpty())
-        return;
-    if (refusal.messageBox) {
-        MessageService::Box box;
-        box.text = refusal.text;
-        box.title = refusal.title;
-        box.icon = MessageService::Icon::Exclamation;
-        box.parent = this;
-        m_messages.showMessage(box);
-        anchor->setFocus();
-        return;
-    }
-    MessageService::Balloon balloon;
-    balloon.title = refusal.title;
-    balloon.text = refusal.text;
-    balloon.icon = MessageService::Icon::Exclamation;
-    balloon.anchor = anchor;
-    m_messages.showBalloon(balloon);
+    ::showRefusal(m_messages, refusal, anchor);
 }
 
 bool CFileBoxFormView::addFolder()

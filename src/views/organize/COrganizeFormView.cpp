@@ -15,6 +15,7 @@
 #include "MessageService.h"
 #include "OrganizeTreeView.h"
 #include "PositionListModel.h"
+#include "ViewRefusal.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -524,25 +525,8 @@ void COrganizeFormView::placeMembers()
 void COrganizeFormView::showRefusal(
     const std::optional<EditRefusal> &refusal, QWidget *anchor, const QRect &cell)
 {
-    if (!refusal || refusal->text.isEmpty())
-        return;
-    if (refusal->messageBox) {
-        MessageService::Box box;
-        box.text = refusal->text;
-        box.title = refusal->title;
-        box.icon = refusal->icon;
-        box.parent = window();
-        m_messages.showMessage(box);
-        return;
-    }
-    MessageService::Balloon balloon;
-    balloon.title = refusal->title;
-    balloon.text = refusal->text;
-    balloon.icon = refusal->icon;
-    balloon.timeoutMs = BalloonMs;
-    balloon.anchor = anchor ? anchor : this;
-    balloon.cell = cell;
-    m_messages.showBalloon(balloon);
+    if (refusal)
+        ::showRefusal(m_messages, *refusal, anchor ? anchor : this, cell);
 }
 
 void COrganizeFormView::showGridRefusal(bool guest, const QModelIndex &cell)
