@@ -2,7 +2,7 @@
 // administrator is in (worker, progress dialog, dashboard counts), the save
 // command and the save question when the window closes, on a server folder
 // with a real SQLite database. The save notifies 127.0.0.1:55051/55052, which
-// these tests listen on, so they run alone (SERIAL).
+// these tests listen on (redirected to ports of their own).
 
 #include "AppTestSupport.h"
 #include "CMainFormView.h"

@@ -1,5 +1,4 @@
-// The service-management commands of the main window. The database-settings
-// command notifies the fixed port 55052, so this runs alone.
+// The service-management commands of the main window.
 
 #include <QApplication>
 #include <QTest>

@@ -18,7 +18,7 @@ class QAbstractItemView;
 //   AccessToken: anna 11111111, bert 10100000, dora 11111110 (carl and gina none)
 //   VoipInfo: anna v100/p100; VoipNumberList: v100 (anna), v101, v102 (free)
 //
-// The save notifies the fixed ports; what arrives there is the frame's
+// The save notifies the server's ports; what arrives there is the frame's
 // tests' business, so nothing listens here.
 struct LoadedFrame
 {

@@ -22,8 +22,7 @@ bool dragTo(QAbstractItemView *view, const QPoint &pos, const QMimeData *data, b
 
 // A server folder with a real SQLite database (the populated fixture plus
 // extra statements), loaded into a document by the console's loading worker,
-// and saved by the console's save. The save notifies the fixed ports, so the
-// tests that use it run alone.
+// and saved by the console's save.
 struct LoadedServer
 {
     // False with the reason in error when the database or the load failed.
