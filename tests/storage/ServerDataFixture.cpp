@@ -119,15 +119,6 @@ QStringList dumpServerData(const CVelmarManagerDoc &data)
         data.fileBox(), data.voipPool(), data.notices()->records());
 }
 
-QStringList ThreadRun::progressTexts() const
-{
-    QStringList out;
-    for (const QString &e : events)
-        if (e.startsWith(u"text "))
-            out << e.mid(5);
-    return out;
-}
-
 QStringList ThreadRun::progressRanges() const
 {
     QStringList out;

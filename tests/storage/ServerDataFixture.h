@@ -41,7 +41,6 @@ struct ThreadRun
     QStringList events;
     ServerDataLoader::Result result;
 
-    QStringList progressTexts() const;
     QStringList progressRanges() const;
 };
 

@@ -99,24 +99,21 @@ void TestServerDataLoad::fullLoad()
         qPrintable(order.join(u',')));
     QVERIFY(statements.first().startsWith(u"SELECT COUNT(*) FROM Member"_s));
 
-    // Counts of every data set.
+    // Counts of every data set: members, groups and memberships (regular,
+    // guest), positions and the default, tokens, VoIP accounts, the pool and
+    // its first free account, folders, group and member rights, notices.
     Directory &directory = *data.directory();
-    QCOMPARE(directory.regularMembers()->memberCount(), 5);
-    QCOMPARE(directory.guestMembers()->memberCount(), 2);
-    QCOMPARE(directory.regularTree()->tree().groupCount(), 3);
-    QCOMPARE(directory.guestTree()->tree().groupCount(), 2);
-    QCOMPARE(directory.regularTree()->tree().membershipCount(), 4);
-    QCOMPARE(directory.guestTree()->tree().membershipCount(), 2);
-    QCOMPARE(data.positions()->list().count(), 3);
-    QCOMPARE(data.positions()->list().defaultId, 2);
-    QCOMPARE(int(data.permissions().tokens().size()), 3);
-    QCOMPARE(int(data.permissions().voipAccounts().size()), 2);
-    QCOMPARE(data.voipPool().size(), 4);
-    QCOMPARE(data.voipPool().firstFree(), 2);
-    QCOMPARE(data.fileBox().folders().size(), 2);
-    QCOMPARE(data.fileBox().groupRights().size(), 2);
-    QCOMPARE(data.fileBox().memberRights().size(), 2);
-    QCOMPARE(data.notices()->rowCount(), 2);
+    const DirectoryTree &regular = directory.regularTree()->tree();
+    const DirectoryTree &guest = directory.guestTree()->tree();
+    const QList<qsizetype> counts { directory.regularMembers()->memberCount(),
+        directory.guestMembers()->memberCount(), regular.groupCount(), guest.groupCount(),
+        regular.membershipCount(), guest.membershipCount(), data.positions()->list().count(),
+        data.positions()->list().defaultId, qsizetype(data.permissions().tokens().size()),
+        qsizetype(data.permissions().voipAccounts().size()), data.voipPool().size(),
+        data.voipPool().firstFree(), data.fileBox().folders().size(),
+        data.fileBox().groupRights().size(), data.fileBox().memberRights().size(),
+        data.notices()->rowCount() };
+    QCOMPARE(counts, QList<qsizetype>({ 5, 2, 3, 2, 4, 2, 3, 2, 3, 2, 4, 2, 2, 2, 2, 2 }));
     QCOMPARE(data.loadState(), CVelmarManagerDoc::LoadState::Complete);
     QVERIFY(!data.isModified());
 

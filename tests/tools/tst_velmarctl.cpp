@@ -34,6 +34,12 @@ QStringList dirArguments(TempServerDir &dir)
     return { u"--server-dir"_s, dir.programDir(), u"--registry-dir"_s, dir.registryDir() };
 }
 
+// velmarctl on the folders of dir.
+CtlRun ctl(TempServerDir &dir, const QStringList &arguments)
+{
+    return velmarctl(arguments + dirArguments(dir));
+}
+
 // The counts of populatedDatabase().
 QJsonObject populatedCounts()
 {
@@ -118,39 +124,6 @@ char processState(qint64 pid)
     return close >= 0 && close + 2 < line.size() ? line.at(close + 2) : 0;
 }
 
-// Runs velmarctl until it stops itself at point (VELMAR_SAVE_STOP_AT), then
-// kills it with SIGKILL, as a crash or a power cut would end it there.
-bool killAt(const QStringList &arguments, const QString &point, QString *why)
-{
-    QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(u"VELMAR_SAVE_STOP_AT"_s, point);
-    process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(VELMARCTL_PATH), arguments);
-    if (!process.waitForStarted()) {
-        *why = process.errorString();
-        return false;
-    }
-    const qint64 pid = process.processId();
-    QDeadlineTimer deadline(120000);
-    while (!deadline.hasExpired()) {
-        if (processState(pid) == 'T') {
-            ::kill(pid_t(pid), SIGKILL);
-            process.waitForFinished(30000);
-            return true;
-        }
-        if (process.waitForFinished(5)) {
-            *why = u"finished (exit %1) before reaching the stop point: %2"_s.arg(
-                QString::number(process.exitCode()),
-                QString::fromUtf8(process.readAllStandardError()));
-            return false;
-        }
-    }
-    process.kill();
-    *why = u"did not reach the stop point"_s;
-    return false;
-}
-
 // Starts velmarctl without waiting for it; with stopAt, it stops itself there.
 std::unique_ptr<QProcess> startCtl(const QStringList &arguments, const QString &stopAt = {})
 {
@@ -174,6 +147,22 @@ bool waitUntilStopped(QProcess &process)
             return false;
     }
     return false;
+}
+
+// Runs velmarctl until it stops itself at point (VELMAR_SAVE_STOP_AT), then
+// kills it with SIGKILL, as a crash or a power cut would end it there.
+bool killAt(const QStringList &arguments, const QString &point, QString *why)
+{
+    const std::unique_ptr<QProcess> process = startCtl(arguments, point);
+    if (!waitUntilStopped(*process)) {
+        *why
+            = u"did not stop at the point (exit %1): %2"_s.arg(QString::number(process->exitCode()),
+                QString::fromUtf8(process->readAllStandardError()));
+        return false;
+    }
+    ::kill(pid_t(process->processId()), SIGKILL);
+    process->waitForFinished(30000);
+    return true;
 }
 
 // Row counts of every table a save touches.
@@ -239,11 +228,8 @@ void TestVelmarCtl::load_data()
 void TestVelmarCtl::load()
 {
     QFETCH(bool, throughEnvironment);
-    TempServerDir dir;
-    TestDatabase db(TestDatabase::Backend::SqliteFile, dir.programDir());
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    POPULATED_SERVER(dir, db);
     QVERIFY(db.writeConnectionString(dir.hives()));
-    QVERIFY2(db.execAll(populatedDatabase()), qPrintable(db.errorString()));
     ProfileFile(dir.iniPath()).writeString(u"ServerInfo"_s, u"DefaultPositionID"_s, u"2"_s);
     const QString tracePath = dir.root() + u"/trace.sql"_s;
 
@@ -276,7 +262,7 @@ void TestVelmarCtl::accessFallback()
     // No ConnectionString: the local VelmarDB.mdb beside the console, which
     // start-up writes into the registry as the console's start-up does.
     POPULATED_SERVER(dir, db);
-    const CtlRun run = velmarctl(QStringList { u"load"_s } + dirArguments(dir));
+    const CtlRun run = ctl(dir, { u"load"_s });
     QVERIFY2(run.exitCode == 0, qPrintable(run.err));
     QCOMPARE(QJsonDocument::fromJson(run.out).object().value(u"notices"_s).toInt(), 2);
     QString value;
@@ -311,7 +297,7 @@ void TestVelmarCtl::loadFailures()
         QVERIFY(db->execAll(populatedDatabase()));
         QVERIFY(db->exec(u"DROP TABLE CONTENTS"_s));
     }
-    const CtlRun run = velmarctl(QStringList { u"load"_s } + dirArguments(dir));
+    const CtlRun run = ctl(dir, { u"load"_s });
     QCOMPARE(run.exitCode, 1);
     QVERIFY(run.out.isEmpty());
     for (const QString &line : expectedLines)
@@ -337,8 +323,7 @@ void TestVelmarCtl::resave()
     QString bindError;
     QVERIFY2(listener.bind(&bindError), qPrintable(bindError));
 
-    const CtlRun run
-        = velmarctl(QStringList { u"resave"_s, u"--sql-trace"_s, tracePath } + dirArguments(dir));
+    const CtlRun run = ctl(dir, { u"resave"_s, u"--sql-trace"_s, tracePath });
     QVERIFY2(run.exitCode == 0, qPrintable(run.err));
     QJsonObject expected = populatedCounts();
     expected.insert(u"defaultPosition"_s, -1);
@@ -372,7 +357,7 @@ void TestVelmarCtl::resaveFailure()
     QString bindError;
     QVERIFY2(listener.bind(&bindError), qPrintable(bindError));
 
-    const CtlRun run = velmarctl(QStringList { u"resave"_s } + dirArguments(dir));
+    const CtlRun run = ctl(dir, { u"resave"_s });
     QCOMPARE(run.exitCode, 4);
     QVERIFY(run.out.isEmpty());
     QVERIFY2(run.err.contains(u"数据库发生错误."_s), qPrintable(run.err));
@@ -383,20 +368,20 @@ void TestVelmarCtl::resaveFailure()
     // The guest members are gone from the database now; nothing reads it
     // until the save is finished.
     QVERIFY(dumpDataSet(readBack(dir)) != before);
-    const CtlRun load = velmarctl(QStringList { u"load"_s } + dirArguments(dir));
+    const CtlRun load = ctl(dir, { u"load"_s });
     QCOMPARE(load.exitCode, 3);
     QVERIFY2(load.err.contains(u"an unfinished save is pending"_s), qPrintable(load.err));
     QVERIFY(load.out.isEmpty());
 
     // Finishing fails while the cause is there, names the statement and
     // keeps the journal.
-    const CtlRun stuck = velmarctl(QStringList { u"recover"_s } + dirArguments(dir));
+    const CtlRun stuck = ctl(dir, { u"recover"_s });
     QCOMPARE(stuck.exitCode, 1);
     QVERIFY2(stuck.err.contains(u"(Directory): INSERT INTO Member "_s), qPrintable(stuck.err));
     QVERIFY(QFile::exists(SaveJournal::pathFor(dir.iniPath())));
 
     QVERIFY(dropPoisonTrigger(db, u"Member"_s));
-    const CtlRun recovered = velmarctl(QStringList { u"recover"_s } + dirArguments(dir));
+    const CtlRun recovered = ctl(dir, { u"recover"_s });
     QVERIFY2(recovered.exitCode == 0, qPrintable(recovered.err));
     QCOMPARE(
         QJsonDocument::fromJson(recovered.out).object().value(u"recovered"_s), QJsonValue(true));
@@ -404,7 +389,7 @@ void TestVelmarCtl::resaveFailure()
     QCOMPARE(dir.savedVersion(), u"0001"_s);
     QCOMPARE(listener.drain(), QStringList { u"55052"_s });
     QVERIFY(!QFile::exists(SaveJournal::pathFor(dir.iniPath())));
-    const CtlRun again = velmarctl(QStringList { u"recover"_s } + dirArguments(dir));
+    const CtlRun again = ctl(dir, { u"recover"_s });
     QCOMPARE(again.exitCode, 0);
     QCOMPARE(again.out, QByteArray("nothing to recover\n"));
 }
@@ -439,9 +424,9 @@ void TestVelmarCtl::unusableJournal()
         file.write(bytes);
     }
 
-    QCOMPARE(velmarctl(QStringList { u"load"_s } + dirArguments(dir)).exitCode, 3);
-    QCOMPARE(velmarctl(QStringList { u"resave"_s } + dirArguments(dir)).exitCode, 3);
-    const CtlRun refused = velmarctl(QStringList { u"recover"_s } + dirArguments(dir));
+    QCOMPARE(ctl(dir, { u"load"_s }).exitCode, 3);
+    QCOMPARE(ctl(dir, { u"resave"_s }).exitCode, 3);
+    const CtlRun refused = ctl(dir, { u"recover"_s });
     QCOMPARE(refused.exitCode, 1);
     QVERIFY2(refused.err.contains(message), qPrintable(refused.err));
     QVERIFY(refused.err.contains(u"Nothing was replayed."_s));
@@ -449,12 +434,11 @@ void TestVelmarCtl::unusableJournal()
     QVERIFY(QFile::exists(path));
     QCOMPARE(dumpDataSet(readBack(dir)), before);
 
-    const CtlRun discarded
-        = velmarctl(QStringList { u"recover"_s, u"--discard"_s } + dirArguments(dir));
+    const CtlRun discarded = ctl(dir, { u"recover"_s, u"--discard"_s });
     QCOMPARE(discarded.exitCode, 0);
     QVERIFY(!QFile::exists(path));
     QCOMPARE(dumpDataSet(readBack(dir)), before);
-    QCOMPARE(velmarctl(QStringList { u"load"_s } + dirArguments(dir)).exitCode, 0);
+    QCOMPARE(ctl(dir, { u"load"_s }).exitCode, 0);
 }
 
 void TestVelmarCtl::killedSave_data()
@@ -469,15 +453,12 @@ void TestVelmarCtl::killedSave_data()
 
 void TestVelmarCtl::killedSave()
 {
-    QFETCH(TestDatabase::Backend, backend);
-    TempServerDir dir;
-    TestDatabase db(backend, dir.programDir());
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    VELMAR_BACKEND_DATABASE(db);
     QVERIFY(db.writeConnectionString(dir.hives()));
     QVERIFY2(db.execAll(populatedDatabase() + generatedRows()), qPrintable(db.errorString()));
     // A first save settles what the fixture stores unlike the console (a
     // group whose guest flag is NULL is written again with 0).
-    const CtlRun settled = velmarctl(QStringList { u"resave"_s } + dirArguments(dir));
+    const CtlRun settled = ctl(dir, { u"resave"_s });
     QVERIFY2(settled.exitCode == 0, qPrintable(settled.err));
     // The designed reads carry no ORDER BY, and PostgreSQL hands rows that
     // were deleted and written again back in another order than before: the
@@ -488,16 +469,7 @@ void TestVelmarCtl::killedSave()
         return lines;
     };
     const QStringList before = dump();
-    const QStringList tables { u"Member"_s, u"[Group]"_s, u"Relation"_s, u"Rank"_s,
-        u"AccessToken"_s, u"VoipInfo"_s, u"VoipNumberList"_s, u"Folder"_s, u"GroupAuthority"_s,
-        u"UserAuthority"_s, u"CONTENTS"_s };
-    auto rowCounts = [&] {
-        QStringList counts;
-        for (const QString &table : tables)
-            counts << table + u' ' + QString::number(db.count(table));
-        return counts;
-    };
-    const QStringList countsBefore = rowCounts();
+    const QMap<QString, qint64> countsBefore = rowCounts(db);
     const QString journalPath = SaveJournal::pathFor(dir.iniPath());
 
     // The statement stream of this save, from a journal written by a save
@@ -537,18 +509,18 @@ void TestVelmarCtl::killedSave()
                 qPrintable(point + u": "_s + why));
         }
         QVERIFY2(QFile::exists(journalPath), qPrintable(point));
-        const CtlRun load = velmarctl(QStringList { u"load"_s } + dirArguments(dir));
+        const CtlRun load = ctl(dir, { u"load"_s });
         QVERIFY2(load.exitCode == 3, qPrintable(point + u": "_s + load.err));
-        const CtlRun recovered = velmarctl(QStringList { u"recover"_s } + dirArguments(dir));
+        const CtlRun recovered = ctl(dir, { u"recover"_s });
         QVERIFY2(recovered.exitCode == 0, qPrintable(point + u": "_s + recovered.err));
         ++version;
         QCOMPARE(dir.savedVersion(), QString::asprintf("%04d", version));
         QVERIFY2(!QFile::exists(journalPath), qPrintable(point));
-        QCOMPARE(rowCounts(), countsBefore);
+        QCOMPARE(rowCounts(db), countsBefore);
         QCOMPARE(dump(), before);
     }
     // A save that ran to its end.
-    const CtlRun saved = velmarctl(QStringList { u"resave"_s } + dirArguments(dir));
+    const CtlRun saved = ctl(dir, { u"resave"_s });
     QVERIFY2(saved.exitCode == 0, qPrintable(saved.err));
     QCOMPARE(dir.savedVersion(), QString::asprintf("%04d", version + 1));
     QVERIFY(!QFile::exists(journalPath));
@@ -575,7 +547,7 @@ void TestVelmarCtl::racingEdits()
     POPULATED_SERVER(dir, db);
     QVERIFY(db.writeConnectionString(dir.hives()));
     QVERIFY2(db.execAll(generatedRows()), qPrintable(db.errorString()));
-    const CtlRun settled = velmarctl(QStringList { u"resave"_s } + dirArguments(dir));
+    const CtlRun settled = ctl(dir, { u"resave"_s });
     QVERIFY2(settled.exitCode == 0, qPrintable(settled.err));
     QMap<QString, qint64> expected = rowCounts(db);
     int version = dir.savedVersion().toInt();
@@ -647,9 +619,7 @@ void TestVelmarCtl::waitAndConflict()
     std::unique_ptr<QProcess> late = startCtl(
         QStringList { u"member"_s, u"delete"_s, u"xavier"_s } + dirArguments(dir), u"loaded"_s);
     QVERIFY(waitUntilStopped(*late));
-    const CtlRun between
-        = velmarctl(QStringList { u"member"_s, u"add"_s, u"zora"_s, u"--password"_s, u"p"_s }
-            + dirArguments(dir));
+    const CtlRun between = ctl(dir, { u"member"_s, u"add"_s, u"zora"_s, u"--password"_s, u"p"_s });
     QVERIFY2(between.exitCode == 0, qPrintable(between.err));
     ::kill(pid_t(late->processId()), SIGCONT);
     QVERIFY(late->waitForFinished(60000));
@@ -701,7 +671,7 @@ void TestVelmarCtl::doctor()
         }
         return out;
     };
-    CtlRun run = velmarctl(QStringList { u"doctor"_s, u"--json"_s } + dirArguments(dir));
+    CtlRun run = ctl(dir, { u"doctor"_s, u"--json"_s });
     QVERIFY2(run.exitCode == 0, qPrintable(run.err));
     QJsonObject report = QJsonDocument::fromJson(run.out).object();
     // Examined before the load settles anything; the last two are the
@@ -722,7 +692,7 @@ void TestVelmarCtl::doctor()
 
     // The save would refuse the quote: mended by hand first.
     QVERIFY(db.exec(u"DELETE FROM Member WHERE OMemberID = 10"_s));
-    run = velmarctl(QStringList { u"doctor"_s, u"--json"_s, u"--fix"_s } + dirArguments(dir));
+    run = ctl(dir, { u"doctor"_s, u"--json"_s, u"--fix"_s });
     QVERIFY2(run.exitCode == 0, qPrintable(run.err));
     report = QJsonDocument::fromJson(run.out).object();
     QCOMPARE(report[u"repairSteps"_s].toInt(), 1);
