@@ -240,8 +240,8 @@ Q_DECLARE_METATYPE(ServerDataSaver::Step)
         QVERIFY2(env.setUp(backend, statements, &setUpError), qPrintable(setUpError));             \
     }
 
-// The save command against every backend, with real listeners on the fixed
-// notification ports (SERIAL).
+// The save command against every backend, with real listeners for the
+// notification ports.
 class TestServerDataSave : public QObject
 {
     Q_OBJECT
