@@ -72,15 +72,15 @@ for target in "${targets[@]}"; do
   [ -f "fuzz/$target.dict" ] && args+=(-dict="fuzz/$target.dict")
   status=0
   "$exe" "${args[@]}" "$work" "${seeds[@]}" >"$log" 2>&1 || status=$?
-  runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | tail -n1)
-  cov=$(grep -oE 'cov: [0-9]+' "$log" | tail -n1 | cut -d' ' -f2)
-  ft=$(grep -oE 'ft: [0-9]+' "$log" | tail -n1 | cut -d' ' -f2)
+  runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | tail -n1 || true)
+  cov=$(grep -oE 'cov: [0-9]+' "$log" | tail -n1 | cut -d' ' -f2 || true)
+  ft=$(grep -oE 'ft: [0-9]+' "$log" | tail -n1 | cut -d' ' -f2 || true)
   if [ "$status" -eq 0 ]; then
     result=ok
   else
     failed=1
-    kind=$(grep -oE 'ERROR: (libFuzzer|AddressSanitizer|LeakSanitizer): [a-z-]+|runtime error|ALARM: working on the last Unit for [0-9]+ seconds' "$log" | head -n1)
-    artifact=$(sed -n 's/.*Test unit written to //p' "$log" | tail -n1)
+    kind=$(grep -oE 'ERROR: (libFuzzer|AddressSanitizer|LeakSanitizer): [a-z-]+|runtime error|ALARM: working on the last Unit for [0-9]+ seconds' "$log" | head -n1 || true)
+    artifact=$(sed -n 's/.*Test unit written to //p' "$log" | tail -n1 || true)
     result="FAILED (${kind:-exit $status}) ${artifact:-} log $log"
   fi
   printf '%-24s %10s %8s %8s  %s\n' "$target" "${runs:-0}" "${cov:-0}" "${ft:-0}" "$result"
