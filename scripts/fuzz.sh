@@ -79,7 +79,7 @@ for target in "${targets[@]}"; do
     result=ok
   else
     failed=1
-    kind=$(grep -oE 'ERROR: (libFuzzer|AddressSanitizer|LeakSanitizer): [a-z-]+|runtime error|ALARM: working on the last Unit for [0-9]+ seconds' "$log" | head -n1 || true)
+    kind=$(grep -oE 'ERROR: (libFuzzer|AddressSanitizer|LeakSanitizer): [a-z-]+( signal)?|runtime error|ALARM: working on the last Unit for [0-9]+ seconds' "$log" | head -n1 || true)
     artifact=$(sed -n 's/.*Test unit written to //p' "$log" | tail -n1 || true)
     result="FAILED (${kind:-exit $status}) ${artifact:-} log $log"
   fi
