@@ -38,8 +38,8 @@ endif()
 
 # libFuzzer builds (clang): every library gets the fuzzer's coverage hooks and
 # the sanitizers, so the fuzzers see into the parsers; the entry points are in
-# tests/fuzz.
-option(VELMAR_FUZZ "Build the libFuzzer entries in tests/fuzz (needs clang)" OFF)
+# fuzz/.
+option(VELMAR_FUZZ "Build the libFuzzer entries in fuzz/ (needs clang)" OFF)
 if(VELMAR_FUZZ)
     target_compile_options(velmar_options INTERFACE
         -fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer)

@@ -342,6 +342,10 @@ private:
                 return fail(first, u"the string has no closing quote"_s);
             if (!QStringView(data).mid(end).trimmed().isEmpty())
                 return fail(first, u"text after the closing quote"_s);
+            // Trailing NULs are the string's terminator, as in hex(1) data:
+            // kept, the value would read back shorter after a save.
+            while (value.text.endsWith(QChar(u'\0')))
+                value.text.chop(1);
             value.type = RegistryType::String;
         } else if (data == u"-") {
             m_current->removeValue(name); // "delete this value", as in an import file

@@ -456,6 +456,37 @@ private Q_SLOTS:
         QVERIFY(rewritten.contains("\"Port\"=dword:0000d6d8\n\"Blob\"=hex:01,02,03,04\n"));
     }
 
+    void stringTerminatorSurvivesASave_data()
+    {
+        QTest::addColumn<QByteArray>("line");
+        QTest::addColumn<QString>("expected");
+
+        // A NUL typed at the end of a quoted string is its terminator, as it
+        // is in hex(1) data; one inside the text is kept (and written as hex(1)).
+        QTest::newRow("quoted, trailing NULs")
+            << QByteArray("\"A\"=\"abc~~\"").replace('~', '\0') << u"abc"_s;
+        QTest::newRow("hex(1), trailing NULs")
+            << QByteArray("\"A\"=hex(1):61,62,63,00,00") << u"abc"_s;
+        QTest::newRow("quoted, inner NUL") << QByteArray("\"A\"=\"ab~c\"").replace('~', '\0')
+                                           << QStringLiteral("ab") + QChar(u'\0') + u"c"_s;
+    }
+
+    void stringTerminatorSurvivesASave()
+    {
+        QFETCH(QByteArray, line);
+        QFETCH(QString, expected);
+        const QString root = u"HKEY_LOCAL_MACHINE"_s;
+        QByteArray file = "REGEDIT4\n\n[HKEY_LOCAL_MACHINE\\X]\n" + line + '\n';
+        for (int pass = 0; pass < 2; ++pass) {
+            const RegEditFormat::ParseResult read = RegEditFormat::parse(file, root);
+            QVERIFY2(read.ok, qPrintable(read.errorReason));
+            const RegistryHive::Value *value = read.root.find({ u"X"_s })->value(u"A");
+            QVERIFY(value);
+            QCOMPARE(value->text, expected);
+            file = RegEditFormat::serialize(read.root, root);
+        }
+    }
+
     void regeditVersion5Export()
     {
         // What regedit writes on export: UTF-16 with a byte-order mark, and
