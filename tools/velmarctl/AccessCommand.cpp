@@ -4,41 +4,12 @@
 #include "AccessOverviewModel.h"
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
+#include "LogsCommand.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-// Tabs and line ends inside a cell would break the line format.
-QString tsvCell(const QString &cell)
-{
-    QString out;
-    out.reserve(cell.size());
-    for (const QChar c : cell) {
-        switch (c.unicode()) {
-        case u'\\':
-            out += u"\\\\"_s;
-            break;
-        case u'\t':
-            out += u"\\t"_s;
-            break;
-        case u'\r':
-            out += u"\\r"_s;
-            break;
-        case u'\n':
-            out += u"\\n"_s;
-            break;
-        default:
-            out += c;
-        }
-    }
-    return out;
-}
-
-} // namespace
 
 bool AccessCommand::run(
     const Options &options, const CVelmarManagerDoc &document, FILE *out, QString *error)
@@ -68,10 +39,13 @@ bool AccessCommand::run(
             buffer
                 += QJsonDocument(QJsonArray::fromStringList(cells)).toJson(QJsonDocument::Compact);
         } else {
-            QStringList escaped;
-            for (const QString &cell : cells)
-                escaped.append(tsvCell(cell));
-            buffer += escaped.join(u'\t').toUtf8();
+            QString line;
+            for (qsizetype i = 0; i < cells.size(); ++i) {
+                if (i > 0)
+                    line += u'\t';
+                LogsCommand::appendTsvCell(line, cells.at(i));
+            }
+            buffer += line.toUtf8();
         }
         buffer += '\n';
         if (buffer.size() >= (1 << 20)) {

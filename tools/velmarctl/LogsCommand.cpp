@@ -60,9 +60,7 @@ LogMemberNames LogsCommand::memberNames(RegistryHives &hives, const QString &ser
     }
 }
 
-namespace {
-
-void escapeTsv(const QString &cell, QString &line)
+void LogsCommand::appendTsvCell(QString &line, const QString &cell)
 {
     bool plain = true;
     for (const QChar c : cell) {
@@ -95,7 +93,7 @@ void escapeTsv(const QString &cell, QString &line)
     }
 }
 
-} // namespace
+namespace { } // namespace
 
 qint64 LogsCommand::print(const LogRows &rows, Format format, FILE *out)
 {
@@ -113,7 +111,7 @@ qint64 LogsCommand::print(const LogRows &rows, Format format, FILE *out)
             for (qsizetype column = 0; column < cells.size(); ++column) {
                 if (column > 0)
                     line += u'\t';
-                escapeTsv(cells.at(column), line);
+                appendTsvCell(line, cells.at(column));
             }
             buffer += line.toUtf8();
         }

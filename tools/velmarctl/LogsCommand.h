@@ -34,6 +34,9 @@ public:
 
     // Prints every row of rows to out; returns the number of rows.
     static qint64 print(const LogRows &rows, Format format, FILE *out);
+    // Appends a cell as the tsv output writes it: a backslash, tab, CR and LF
+    // escaped, so that a cell never breaks the line format.
+    static void appendTsvCell(QString &line, const QString &cell);
 
     static int run(const Options &options, RegistryHives &hives, const QString &serverDir);
 };
