@@ -36,6 +36,24 @@ bool isFeature(CAccessToken::Feature feature)
     return int(feature) >= 0 && int(feature) < CAccessToken::FeatureCount;
 }
 
+// The ids of members the directory holds, each once and in the order given;
+// skipped counts the unknown ones.
+QList<qint32> knownMembersOnce(const Directory &directory, const QList<qint32> &ids, int &skipped)
+{
+    QList<qint32> known;
+    QSet<qint32> seen;
+    skipped = 0;
+    for (const qint32 id : ids) {
+        if (!directory.findMember(id))
+            ++skipped;
+        else if (!seen.contains(id)) {
+            seen.insert(id);
+            known.append(id);
+        }
+    }
+    return known;
+}
+
 } // namespace
 
 PermissionEditor::PermissionEditor(CVelmarManagerDoc &document)
@@ -74,17 +92,9 @@ EditResult PermissionEditor::setFlagForMembers(
     const Directory &directory = *m_document.m_directory;
     const AccessTokenTable &table = m_document.m_permissions;
     QList<qint32> changed;
-    QSet<qint32> seen;
     int skipped = 0;
     auto before = std::make_shared<PermissionsBefore>();
-    for (const qint32 id : memberIds) {
-        if (!directory.findMember(id)) {
-            ++skipped;
-            continue;
-        }
-        if (seen.contains(id))
-            continue;
-        seen.insert(id);
+    for (const qint32 id : knownMembersOnce(directory, memberIds, skipped)) {
         const CAccessToken *token = table.token(id);
         CAccessToken after = token ? *token : CAccessToken::defaults();
         after.applyFlagRule(feature, on);
@@ -217,19 +227,10 @@ EditResult PermissionEditor::removePermissions(const QList<qint32> &memberIds)
     const Directory &directory = *m_document.m_directory;
     const AccessTokenTable &table = m_document.m_permissions;
     const VoipAccountPool &pool = m_document.m_voipPool;
-    QList<qint32> removed;
-    QSet<qint32> seen;
     int skipped = 0;
+    const QList<qint32> removed = knownMembersOnce(directory, memberIds, skipped);
     auto before = std::make_shared<PermissionsBefore>();
-    for (const qint32 id : memberIds) {
-        if (!directory.findMember(id)) {
-            ++skipped;
-            continue;
-        }
-        if (seen.contains(id))
-            continue;
-        seen.insert(id);
-        removed.append(id);
+    for (const qint32 id : removed) {
         before->records.emplace_back(id, table.recordsOf(id));
         for (const int index : pool.accountsOf(id))
             before->holders.emplace_back(index, id);
