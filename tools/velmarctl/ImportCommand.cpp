@@ -146,7 +146,7 @@ int ImportCommand::apply(const Options &options, const Prepared &prepared,
     for (const qint32 id : result.ids) {
         const UserInfo *member = directory.findMember(id);
         if (member)
-            printTo(out, u"added %1 (id %2)\n"_s.arg(member->loginName).arg(id));
+            printTo(out, u"added %1 (id %2)\n"_s.arg(member->loginName, QString::number(id)));
     }
     *stopped = !options.skipRefused && result.stopped();
     return result.added;
