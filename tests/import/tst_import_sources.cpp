@@ -303,9 +303,22 @@ void TestImportSources::databases()
 
     QVERIFY(!ImportSource::open(*ImportSourceSpec::parse(u"odbc:NoSuchDsn"_s), &error));
     QVERIFY2(error.contains(u"NoSuchDsn"_s), qPrintable(error));
-    // The driver manager answers; this machine may list no DSN at all.
-    for (const OdbcImportSource::DataSource &source : OdbcImportSource::dataSources())
-        QVERIFY(!source.name.isEmpty());
+
+    // A data source of the user's odbc.ini: listed by the driver manager,
+    // and opened by its bare name.
+    const QString odbcIni = writeFile(dir, u"odbc.ini"_s,
+        u"[staffdsn]\nDescription=staff\nDriver=SQLite3\nDatabase=%1\n"_s.arg(path).toUtf8());
+    qputenv("ODBCINI", odbcIni.toLocal8Bit());
+    const QList<OdbcImportSource::DataSource> sources = OdbcImportSource::dataSources();
+    const auto listed = std::find_if(sources.cbegin(), sources.cend(),
+        [](const OdbcImportSource::DataSource &source) { return source.name == u"staffdsn"_s; });
+    QVERIFY(listed != sources.cend());
+    QCOMPARE(listed->description, u"SQLite3"_s);
+    QVERIFY(!listed->system);
+    const auto byName = ImportSource::open(*ImportSourceSpec::parse(u"odbc:staffdsn"_s), &error);
+    QVERIFY2(byName, qPrintable(error));
+    QCOMPARE(byName->read(u"员工 名单"_s).rows, StaffRows);
+    qunsetenv("ODBCINI");
 }
 
 void TestImportSources::ldap()
