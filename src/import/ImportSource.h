@@ -11,6 +11,13 @@
 // An opened outside data source: CsvImportSource, SqliteImportSource,
 // OdbcImportSource or LdapImportSource. Errors are texts for the
 // administrator: which file, server or table, and what the system said.
+// A source and its cursors belong to the thread that opened it (a database
+// connection does); the ImportTable they give may go to any thread.
+//
+//   QString error;
+//   auto source = ImportSource::open(*ImportSourceSpec::parse(u"csv:/tmp/staff.csv"_s), &error);
+//   ImportTable table = source->read(source->tables().value(0), -1, &error);
+//   ImportFields::Mapping mapping = ImportFields::guessMapping(table.columns);
 class ImportSource
 {
 public:
