@@ -179,6 +179,33 @@ bool DbConnection::directSqliteAvailable()
 DbConnection DbConnection::open(
     const QString &connectionString, SqlTrace *trace, SqliteAccess access)
 {
+    return open(connectionString, trace, access, false);
+}
+
+DbConnection DbConnection::openForReading(const QString &connectionString)
+{
+    return open(connectionString, nullptr, SqliteAccess::Default, true);
+}
+
+QStringList DbConnection::tables() const
+{
+    if (!d || d->recorder)
+        return {};
+    QStringList names = d->db.tables(QSql::Tables);
+    names += d->db.tables(QSql::Views);
+    return names;
+}
+
+QString DbConnection::quotedTableName(const QString &name) const
+{
+    if (!d || d->recorder)
+        return name;
+    return d->db.driver()->escapeIdentifier(name, QSqlDriver::TableName);
+}
+
+DbConnection DbConnection::open(
+    const QString &connectionString, SqlTrace *trace, SqliteAccess access, bool readOnly)
+{
     if (directSqliteAvailable()) {
         // SQLite's allocation statistics take a process-wide mutex on every
         // malloc and free; nothing here reads them. This must happen before
@@ -212,7 +239,7 @@ DbConnection DbConnection::open(
         // mode=rw: a missing file is an error, as it is for the Access driver,
         // instead of a new empty database.
         QUrl url = QUrl::fromLocalFile(QFileInfo(target.databaseName).absoluteFilePath());
-        url.setQuery(u"mode=rw"_s);
+        url.setQuery(readOnly ? u"mode=ro"_s : u"mode=rw"_s);
         p->db.setConnectOptions(u"QSQLITE_OPEN_URI;QSQLITE_BUSY_TIMEOUT=%1"_s.arg(busyTimeoutMs));
         p->db.setDatabaseName(url.toString(QUrl::FullyEncoded));
     } else {
@@ -223,7 +250,11 @@ DbConnection DbConnection::open(
 
     p->dialect = detectDialect(p->db, target);
     if (p->dialect == SqlDialect::Sqlite) {
-        for (const QString &setting : sqliteSettings())
+        // A file to read gets only what makes a non-database fail here.
+        const QStringList settings = readOnly
+            ? QStringList { sqliteSettings().at(0), sqliteSettings().at(1) }
+            : sqliteSettings();
+        for (const QString &setting : settings)
             runSetupStatement(*p, setting);
         if (access == SqliteAccess::Default)
             p->sqlite = sqliteHandle(p->db);

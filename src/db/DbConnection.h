@@ -40,6 +40,16 @@ public:
     // be one library, so that the driver's handle may be used directly.
     static bool directSqliteAvailable();
 
+    // Opens someone else's database only to read it (the external data
+    // import): an SQLite file opens read-only, and none of the settings made
+    // for the server's database (WAL, synchronous) are applied, as they
+    // would change the file. Raises DbException.
+    static DbConnection openForReading(const QString &connectionString);
+    // The tables and views the database lists, as the driver names them.
+    QStringList tables() const;
+    // A table name quoted as this database quotes names.
+    QString quotedTableName(const QString &name) const;
+
     // A handle that runs nothing: every statement given to execute() goes to
     // sink as written and gives an empty record set. The save uses it to put
     // the statements it is about to send into its journal first.
@@ -62,6 +72,8 @@ public:
 
 private:
     explicit DbConnection(std::shared_ptr<DbConnectionPrivate> d);
+    static DbConnection open(
+        const QString &connectionString, SqlTrace *trace, SqliteAccess access, bool readOnly);
     Recordset executeOnSqlite(const QString &text);
     std::shared_ptr<DbConnectionPrivate> d;
     friend class Recordset;

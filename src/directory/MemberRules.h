@@ -65,6 +65,11 @@ public:
     std::optional<MemberRefusal> checkNewUserId(
         QByteArrayView userId, const LoginNameLookup &exists) const;
 
+    // A user ID added with checks but not typed into the blank row (the
+    // external data import): the character rule, then an existing user ID.
+    std::optional<MemberRefusal> checkAddedUserId(
+        QStringView userId, const LoginNameLookup &exists) const;
+
     // Digits, ASCII letters, '-' and '_'; a byte from 0x80 up starts a
     // double-byte character, taken whole. Everything else (space, punctuation,
     // control bytes) fails. An empty ID passes.

@@ -123,9 +123,12 @@ int Directory::appendMember(bool guest, UserInfo member)
     MemberListModel *model = members(guest);
     // The blank row stays last: the member goes in front of it.
     const int row = mutableRows(guest).count();
-    model->beginInsertRows({}, row, row);
+    const bool signalled = !m_memberBatch[guest];
+    if (signalled)
+        model->beginInsertRows({}, row, row);
     const int seq = mutableRows(guest).append(std::move(member));
-    model->endInsertRows();
+    if (signalled)
+        model->endInsertRows();
     // Memberships can name the id before its member exists (a member
     // deleted and added again); only theirs can change.
     refreshMember(id);

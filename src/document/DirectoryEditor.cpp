@@ -7,6 +7,7 @@
 #include "PositionListModel.h"
 
 #include <algorithm>
+#include <limits>
 #include <memory>
 
 using namespace Qt::StringLiterals;
@@ -128,6 +129,115 @@ EditResult DirectoryEditor::addMember(bool guest, const QString &userId)
             dir.removeMember(guest, dir.memberRows(guest).rowOfSeq(state->seq));
         });
     return EditResult::done(id);
+}
+
+std::optional<EditRefusal> DirectoryEditor::checkAddedMember(
+    const QString &userId, const QSet<QString> &taken) const
+{
+    const Directory &directory = *m_document.m_directory;
+    if (auto refusal = m_rules.checkAddedUserId(userId, [&](const QString &loginName) {
+            return directory.hasLoginName(loginName) || taken.contains(loginName);
+        }))
+        return EditRefusal::fromMember(*refusal);
+    return std::nullopt;
+}
+
+EditResult DirectoryEditor::addMembers(
+    bool guest, QList<UserInfo> members, const QString &text, QList<qint32> *ids)
+{
+    Directory &directory = *m_document.m_directory;
+    QSet<QString> taken;
+    taken.reserve(members.size());
+    // Ids as nextMemberId gives them one after another: each above the
+    // largest, none of a member deleted since the last save.
+    qint64 nextId = qint64(directory.nextMemberId());
+    for (qsizetype i = 0; i < members.size(); ++i) {
+        UserInfo &member = members[i];
+        if (auto refusal = checkAddedMember(member.loginName, taken)) {
+            EditResult result = EditResult::refused(std::move(*refusal));
+            result.applied = int(i);
+            return result;
+        }
+        while (nextId > 0 && nextId <= std::numeric_limits<qint32>::max()
+            && directory.isDeletedSinceSave(qint32(nextId)))
+            ++nextId;
+        if (nextId <= 0 || nextId > std::numeric_limits<qint32>::max()) {
+            EditResult result = EditResult::refused(EditRefusal::message(u"没有可用的会员编号."_s));
+            result.applied = int(i);
+            return result;
+        }
+        taken.insert(member.loginName);
+        member.id = qint32(nextId++);
+        member.isGuest = guest ? 1 : 0;
+    }
+    if (ids) {
+        ids->clear();
+        ids->reserve(members.size());
+        for (const UserInfo &member : std::as_const(members))
+            ids->append(member.id);
+    }
+    if (members.isEmpty())
+        return EditResult::done(-1, 0);
+
+    struct Added
+    {
+        UserInfo member;
+        int seq = -1;
+        bool created = false;
+        int poolIndex = -1;
+        AccessTokenTable::MemberRecords before;
+    };
+    auto added = std::make_shared<std::vector<Added>>();
+    added->reserve(size_t(members.size()));
+    for (UserInfo &member : members) {
+        Added entry;
+        entry.member = std::move(member);
+        added->push_back(std::move(entry));
+    }
+    const qint32 firstId = added->front().member.id;
+    CVelmarManagerDoc *doc = &m_document;
+    m_document.push(
+        text,
+        [doc, added, guest] {
+            Directory &dir = *doc->m_directory;
+            dir.beginMemberBatch(guest, qsizetype(added->size()));
+            for (Added &entry : *added) {
+                const qint32 memberId = entry.member.id;
+                if (entry.seq < 0)
+                    entry.seq = dir.appendMember(guest, entry.member);
+                else
+                    dir.restoreMember(guest, entry.seq, entry.member);
+                entry.created = dir.noteCreated(memberId);
+                entry.before = doc->m_permissions.recordsOf(memberId);
+                // A free account of the pool goes with each new member, as
+                // with one typed into the blank row.
+                entry.poolIndex = doc->m_voipPool.firstFree();
+                QString voipId;
+                QString voipPassword;
+                if (entry.poolIndex >= 0) {
+                    doc->m_voipPool.assign(entry.poolIndex, memberId);
+                    voipId = doc->m_voipPool.entries().at(entry.poolIndex).voipId;
+                    voipPassword = doc->m_voipPool.entries().at(entry.poolIndex).voipPassword;
+                }
+                doc->m_permissions.addMember(memberId, voipId, voipPassword);
+            }
+            dir.endMemberBatch(guest);
+        },
+        [doc, added, guest] {
+            Directory &dir = *doc->m_directory;
+            dir.beginMemberBatch(guest, qsizetype(added->size()));
+            for (auto it = added->rbegin(); it != added->rend(); ++it) {
+                const qint32 memberId = it->member.id;
+                doc->m_permissions.restoreRecords(memberId, it->before);
+                if (it->poolIndex >= 0)
+                    doc->m_voipPool.assign(it->poolIndex, 0);
+                if (it->created)
+                    dir.unnoteCreated(memberId);
+                dir.removeMember(guest, dir.memberRows(guest).rowOfSeq(it->seq));
+            }
+            dir.endMemberBatch(guest);
+        });
+    return EditResult::done(firstId, int(added->size()));
 }
 
 EditResult DirectoryEditor::setMemberCell(bool guest, int row, int column, const QVariant &value)

@@ -6,6 +6,7 @@
 #include <optional>
 #include <QByteArrayView>
 #include <QList>
+#include <QSet>
 #include <QString>
 #include <QVariant>
 
@@ -30,6 +31,22 @@ public:
     // when there is one, and its permission and VoIP records. The result
     // carries the new id.
     EditResult addMember(bool guest, const QString &userId);
+    // The checks of a member added with checks rather than typed (the
+    // external data import): the character rule of the user ID, then the
+    // duplicate test across both lists and against taken, the user IDs the
+    // same operation adds before it. No length or space test: the blank
+    // row's cell makes those.
+    std::optional<EditRefusal> checkAddedMember(
+        const QString &userId, const QSet<QString> &taken = {}) const;
+    // Adds members with every attribute as given (nickname included), as one
+    // step named text: each checked as above against the lists and the
+    // members before it, then made as addMember makes one (next free id,
+    // created list, a free pool account, its permission and VoIP records).
+    // When one is refused nothing is added; the result's refusal is its, and
+    // applied counts the members before it. ids (when given) receives the
+    // ids, in order.
+    EditResult addMembers(
+        bool guest, QList<UserInfo> members, const QString &text, QList<qint32> *ids = nullptr);
     // A cell of a member row was edited (MemberListModel columns): the byte
     // limit of the column in the code page; the user ID is not editable.
     EditResult setMemberCell(bool guest, int row, int column, const QVariant &value);

@@ -1,0 +1,84 @@
+#include "CsvImportSource.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class CsvCursor final : public ImportCursor
+{
+public:
+    CsvCursor(const QString &text, QChar separator)
+        : m_reader(text, separator)
+    {
+        m_columns = m_reader.next();
+        for (QString &name : m_columns)
+            name = name.trimmed();
+    }
+
+    QStringList columns() const override { return m_columns; }
+    bool fetch(QList<QStringList> *rows, qsizetype maxRows) override
+    {
+        for (qsizetype n = 0; (maxRows < 0 || n < maxRows) && !m_reader.atEnd(); ++n) {
+            QStringList row = m_reader.next();
+            fitToColumns(row, m_columns.size());
+            rows->append(std::move(row));
+        }
+        return true;
+    }
+    bool atEnd() const override { return m_reader.atEnd(); }
+    QString errorString() const override { return {}; }
+
+private:
+    CsvReader m_reader;
+    QStringList m_columns;
+};
+
+} // namespace
+
+CsvImportSource::CsvImportSource(
+    ImportSourceSpec spec, QString text, CodePage::FileEncoding encoding)
+    : ImportSource(std::move(spec))
+    , m_text(std::move(text))
+    , m_encoding(encoding)
+    , m_separator(CsvReader::detectSeparator(m_text))
+{ }
+
+std::unique_ptr<CsvImportSource> CsvImportSource::open(
+    const ImportSourceSpec &spec, const CodePage &codePage, QString *error)
+{
+    QFile file(spec.location);
+    if (!file.open(QIODevice::ReadOnly)) {
+        if (error)
+            *error = u"cannot read %1: %2"_s.arg(spec.location, file.errorString());
+        return nullptr;
+    }
+    const QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError) {
+        if (error)
+            *error = u"cannot read %1: %2"_s.arg(spec.location, file.errorString());
+        return nullptr;
+    }
+    CodePage::FileEncoding encoding = CodePage::FileEncoding::CodePage;
+    QString text = CsvReader::decode(bytes, codePage, &encoding);
+    return std::unique_ptr<CsvImportSource>(new CsvImportSource(spec, std::move(text), encoding));
+}
+
+QStringList CsvImportSource::tables() const
+{
+    return { QFileInfo(spec().location).fileName() };
+}
+
+std::unique_ptr<ImportCursor> CsvImportSource::cursor(const QString &table, QString *error)
+{
+    if (!table.isEmpty() && table != tables().constFirst()) {
+        if (error)
+            *error = u"%1 has one table, %2, not %3"_s.arg(
+                spec().location, tables().constFirst(), table);
+        return nullptr;
+    }
+    // The cursor copies nothing: QString shares the decoded text.
+    return std::make_unique<CsvCursor>(m_text, m_separator);
+}

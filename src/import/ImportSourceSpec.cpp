@@ -1,0 +1,163 @@
+#include "ImportSourceSpec.h"
+
+#include <ldap.h>
+#include <memory>
+#include <QUrl>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+bool fail(QString *error, const QString &why)
+{
+    if (error)
+        *error = why;
+    return false;
+}
+
+QString fromLdap(const char *text)
+{
+    return text ? QString::fromUtf8(text) : QString();
+}
+
+// The URL's query parts after the DN (attributes, scope, filter,
+// extensions), as written: libldap fills in a scope of its own when none is
+// written, and the import's default differs.
+QStringList urlQueryParts(const QString &url)
+{
+    const qsizetype question = url.indexOf(u'?');
+    return question < 0 ? QStringList() : url.mid(question + 1).split(u'?');
+}
+
+bool parseLdap(const QString &text, ImportSourceSpec *spec, QString *error)
+{
+    LDAPURLDesc *desc = nullptr;
+    const QByteArray url = text.toUtf8();
+    const int rc = ldap_url_parse(url.constData(), &desc);
+    if (rc != LDAP_URL_SUCCESS || !desc)
+        return fail(error,
+            u"%1 is no LDAP URL (RFC 4516: ldap://HOST:PORT/BASE?ATTRIBUTES?SCOPE?FILTER)"_s.arg(
+                text));
+    const std::unique_ptr<LDAPURLDesc, void (*)(LDAPURLDesc *)> held(desc, ldap_free_urldesc);
+
+    // The server part as written, so that an ldapi:// socket path keeps its
+    // percent-encoding for ldap_initialize.
+    const qsizetype schemeEnd = text.indexOf(u"://"_s);
+    const qsizetype pathStart = text.indexOf(u'/', schemeEnd + 3);
+    qsizetype serverEnd = pathStart;
+    const qsizetype question = text.indexOf(u'?', schemeEnd + 3);
+    if (question >= 0 && (serverEnd < 0 || question < serverEnd))
+        serverEnd = question;
+    spec->kind = ImportSourceSpec::Kind::Ldap;
+    spec->location = serverEnd < 0 ? text : text.left(serverEnd);
+    spec->searchBase = fromLdap(desc->lud_dn);
+    spec->attributes.clear();
+    for (char **attr = desc->lud_attrs; attr && *attr; ++attr)
+        spec->attributes.append(QString::fromUtf8(*attr));
+    spec->filter = fromLdap(desc->lud_filter);
+
+    const QStringList parts = urlQueryParts(text);
+    const QString scope = parts.value(1).toLower();
+    if (scope.isEmpty() || scope == u"sub"_s)
+        spec->scope = ImportSourceSpec::Scope::Subtree;
+    else if (scope == u"one"_s)
+        spec->scope = ImportSourceSpec::Scope::OneLevel;
+    else if (scope == u"base"_s)
+        spec->scope = ImportSourceSpec::Scope::Base;
+    else
+        return fail(error, u"the scope of an LDAP URL is base, one or sub, not %1"_s.arg(scope));
+
+    for (char **ext = desc->lud_exts; ext && *ext; ++ext) {
+        QString extension = QString::fromUtf8(*ext);
+        if (extension.startsWith(u'!'))
+            extension.remove(0, 1);
+        if (extension.startsWith(u"bindname="_s, Qt::CaseInsensitive))
+            spec->bindDn = QUrl::fromPercentEncoding(extension.mid(9).toUtf8());
+    }
+    return true;
+}
+
+} // namespace
+
+ImportSourceSpec ImportSourceSpec::csv(const QString &file)
+{
+    ImportSourceSpec spec;
+    spec.kind = Kind::Csv;
+    spec.location = file;
+    return spec;
+}
+
+ImportSourceSpec ImportSourceSpec::sqlite(const QString &file)
+{
+    ImportSourceSpec spec;
+    spec.kind = Kind::Sqlite;
+    spec.location = file;
+    return spec;
+}
+
+ImportSourceSpec ImportSourceSpec::odbc(const QString &connectionString)
+{
+    ImportSourceSpec spec;
+    spec.kind = Kind::Odbc;
+    spec.location = connectionString;
+    return spec;
+}
+
+std::optional<ImportSourceSpec> ImportSourceSpec::parse(const QString &text, QString *error)
+{
+    const auto withRest = [&](QStringView prefix, Kind kind) -> std::optional<ImportSourceSpec> {
+        const QString rest = text.mid(prefix.size());
+        if (rest.isEmpty()) {
+            fail(error,
+                u"%1 needs %2 after it"_s.arg(
+                    prefix, kind == Kind::Odbc ? u"a connection string"_s : u"a file"_s));
+            return std::nullopt;
+        }
+        ImportSourceSpec spec;
+        spec.kind = kind;
+        spec.location = rest;
+        return spec;
+    };
+    if (text.startsWith(u"csv:"_s, Qt::CaseInsensitive))
+        return withRest(u"csv:", Kind::Csv);
+    if (text.startsWith(u"sqlite:"_s, Qt::CaseInsensitive))
+        return withRest(u"sqlite:", Kind::Sqlite);
+    if (text.startsWith(u"odbc:"_s, Qt::CaseInsensitive))
+        return withRest(u"odbc:", Kind::Odbc);
+    if (text.startsWith(u"ldap://"_s, Qt::CaseInsensitive)
+        || text.startsWith(u"ldaps://"_s, Qt::CaseInsensitive)
+        || text.startsWith(u"ldapi://"_s, Qt::CaseInsensitive)) {
+        ImportSourceSpec spec;
+        if (!parseLdap(text, &spec, error))
+            return std::nullopt;
+        return spec;
+    }
+    fail(error,
+        u"unknown source %1: expected csv:FILE, sqlite:FILE, odbc:CONNECTION-STRING or an "
+        "ldap:// URL"_s.arg(text));
+    return std::nullopt;
+}
+
+QString ImportSourceSpec::effectiveFilter() const
+{
+    return filter.isEmpty() ? u"(objectClass=*)"_s : filter;
+}
+
+QString ImportSourceSpec::toString() const
+{
+    switch (kind) {
+    case Kind::Csv:
+        return u"csv:"_s + location;
+    case Kind::Sqlite:
+        return u"sqlite:"_s + location;
+    case Kind::Odbc:
+        return u"odbc:"_s + location;
+    case Kind::Ldap:
+        break;
+    }
+    static const char *const scopes[] = { "base", "one", "sub" };
+    return u"%1/%2?%3?%4?%5"_s.arg(location,
+        QString::fromUtf8(QUrl::toPercentEncoding(searchBase, "=,")), attributes.join(u','),
+        QString::fromLatin1(scopes[int(scope)]),
+        QString::fromUtf8(QUrl::toPercentEncoding(filter, "()=*&|!")));
+}

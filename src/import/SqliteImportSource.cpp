@@ -1,0 +1,50 @@
+#include "SqliteImportSource.h"
+
+#include "DbError.h"
+#include "SqlImportCursor.h"
+
+#include <QFileInfo>
+
+using namespace Qt::StringLiterals;
+
+SqliteImportSource::SqliteImportSource(ImportSourceSpec spec, DbConnection connection)
+    : ImportSource(std::move(spec))
+    , m_connection(std::move(connection))
+{ }
+
+std::unique_ptr<SqliteImportSource> SqliteImportSource::open(
+    const ImportSourceSpec &spec, QString *error)
+{
+    const QFileInfo file(spec.location);
+    if (!file.isFile()) {
+        if (error)
+            *error = u"cannot read %1: no such file"_s.arg(spec.location);
+        return nullptr;
+    }
+    try {
+        // The console's own way to an SQLite file (the Access driver string),
+        // read-only: the file is the administrator's, not the server's.
+        DbConnection connection = DbConnection::openForReading(
+            u"DRIVER={Microsoft Access Driver (*.mdb)};DBQ=%1;"_s.arg(file.absoluteFilePath()));
+        return std::unique_ptr<SqliteImportSource>(
+            new SqliteImportSource(spec, std::move(connection)));
+    } catch (const DbException &e) {
+        if (error)
+            *error = u"cannot open %1: %2"_s.arg(
+                spec.location, e.error().formatted().replace(u"\r\n"_s, u"\n"_s));
+        return nullptr;
+    }
+}
+
+QStringList SqliteImportSource::tables() const
+{
+    QStringList names = m_connection.tables();
+    // SQLite's own bookkeeping is nobody's data.
+    names.removeIf([](const QString &name) { return name.startsWith(u"sqlite_"_s); });
+    return names;
+}
+
+std::unique_ptr<ImportCursor> SqliteImportSource::cursor(const QString &table, QString *error)
+{
+    return SqlImportCursor::open(m_connection, table, error);
+}
