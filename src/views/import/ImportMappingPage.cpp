@@ -138,6 +138,9 @@ void ImportMappingPage::updatePreview()
     m_preview->setRows(m_wizard.preview(mapping()));
     QGuiApplication::restoreOverrideCursor();
     m_view->resizeColumnsToContents();
+    // A long refusal stays in its tool tip rather than pushing the fields out of sight.
+    const int result = ImportPreviewModel::resultColumn();
+    m_view->setColumnWidth(result, qMin(m_view->columnWidth(result), 230));
     updateSummary();
     Q_EMIT completeChanged();
     Q_EMIT previewUpdated();

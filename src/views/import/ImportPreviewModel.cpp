@@ -49,7 +49,7 @@ int ImportPreviewModel::rowCount(const QModelIndex &parent) const
 
 int ImportPreviewModel::columnCount(const QModelIndex &parent) const
 {
-    return parent.isValid() ? 0 : int(m_fieldNames.size()) + 2;
+    return parent.isValid() ? 0 : fieldColumn(int(m_fieldNames.size()));
 }
 
 QString ImportPreviewModel::fieldText(const UserInfo &member, int field)
@@ -92,10 +92,15 @@ QString ImportPreviewModel::fieldText(const UserInfo &member, int field)
 QString ImportPreviewModel::resultText(int row) const
 {
     const Row &entry = m_rows.at(row);
+    if (!m_skipRefused && m_firstRefused >= 0 && row > m_firstRefused) {
+        // Never read: the import has stopped before it.
+        QString text = u"不导入 (在第 %1 行停止)"_s.arg(m_rows.at(m_firstRefused).sourceRow);
+        if (entry.refusal)
+            text += u"; "_s + entry.refusal->text;
+        return text;
+    }
     if (entry.refusal)
         return (m_skipRefused ? u"跳过: "_s : u"停止: "_s) + entry.refusal->text;
-    if (!m_skipRefused && m_firstRefused >= 0 && row > m_firstRefused)
-        return u"不导入 (在第 %1 行停止)"_s.arg(m_rows.at(m_firstRefused).sourceRow);
     return u"导入"_s;
 }
 
@@ -112,15 +117,18 @@ QVariant ImportPreviewModel::data(const QModelIndex &index, int role) const
             return entry.sourceRow;
         if (result)
             return resultText(index.row());
-        return fieldText(entry.member, index.column() - 1);
+        return fieldText(entry.member, index.column() - fieldColumn(0));
     case Qt::ForegroundRole:
+        // Greyed: rows the stopped import never reads.
+        if (!m_skipRefused && m_firstRefused >= 0 && index.row() > m_firstRefused)
+            return QBrush(QColor(0x80, 0x80, 0x80));
         if (entry.refusal && result)
             return QBrush(QColor(0xb0, 0x00, 0x20));
-        if (!entry.refusal && !m_skipRefused && m_firstRefused >= 0 && index.row() > m_firstRefused)
-            return QBrush(QColor(0x80, 0x80, 0x80));
         return {};
     case Qt::BackgroundRole:
-        return entry.refusal ? QVariant(QBrush(QColor(0xfd, 0xe7, 0xe9))) : QVariant();
+        if (!entry.refusal || (!m_skipRefused && index.row() > m_firstRefused))
+            return {};
+        return QBrush(QColor(0xfd, 0xe7, 0xe9));
     default:
         return {};
     }
@@ -134,6 +142,6 @@ QVariant ImportPreviewModel::headerData(int section, Qt::Orientation orientation
         return u"行"_s;
     if (section == resultColumn())
         return u"结果"_s;
-    return section > 0 && section <= m_fieldNames.size() ? m_fieldNames.at(section - 1)
-                                                         : QVariant();
+    const int field = section - fieldColumn(0);
+    return field >= 0 && field < m_fieldNames.size() ? m_fieldNames.at(field) : QVariant();
 }

@@ -9,9 +9,9 @@
 #include <QStringList>
 
 // What each source row of an import would become, as the mapping page shows
-// it before anything changes: the row's number in the source, the member's
-// fourteen target fields (flags as the member grid shows them, the password
-// masked) and the outcome, "导入" or why the row is refused. Without
+// it before anything changes: the row's number in the source, the outcome,
+// "导入" or why the row is refused, and the member's fourteen target fields
+// (flags as the member grid shows them, the password masked). Without
 // skipping, the rows after the first refused one are not read at all, and
 // say so.
 class ImportPreviewModel final : public QAbstractTableModel
@@ -39,7 +39,10 @@ public:
     int addedCount() const;
     // The row of the first refusal, -1 without.
     int firstRefusedRow() const { return m_firstRefused; }
-    int resultColumn() const { return int(m_fieldNames.size()) + 1; }
+    // The row number, then the outcome (the column that matters most, kept
+    // in sight), then the fields.
+    static constexpr int resultColumn() { return 1; }
+    static constexpr int fieldColumn(int field) { return field + 2; }
 
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;

@@ -72,7 +72,8 @@ ImportSourcePage::ImportSourcePage(ImportWizard &wizard, const ImportWizardConte
     m_panes->addWidget(makeFilePane(Kind::Sqlite, m_sqlitePath, u"数据库文件"_s));
     m_panes->addWidget(makeOdbcPane());
     m_panes->addWidget(makeLdapPane());
-    layout->addWidget(m_panes, 1);
+    layout->addWidget(m_panes);
+    layout->addSpacing(6);
 
     auto *openRow = new QHBoxLayout;
     m_open = new QPushButton(u"打开数据源(&C)"_s, this);
@@ -87,10 +88,11 @@ ImportSourcePage::ImportSourcePage(ImportWizard &wizard, const ImportWizardConte
     m_status->setWordWrap(true);
     m_status->setTextInteractionFlags(Qt::TextSelectableByMouse);
     layout->addWidget(m_status);
+    layout->addStretch(1);
 
     connect(m_open, &QPushButton::clicked, this, &ImportSourcePage::openSource);
     connect(m_kinds, &QButtonGroup::idClicked, this, [this](int id) {
-        m_panes->setCurrentIndex(id);
+        showPane(Kind(id));
         sourceEdited();
     });
     m_filling = false;
@@ -186,8 +188,20 @@ ImportSourcePage::Kind ImportSourcePage::kind() const
 void ImportSourcePage::setKind(Kind kind)
 {
     m_kinds->button(int(kind))->setChecked(true);
-    m_panes->setCurrentIndex(int(kind));
+    showPane(kind);
     sourceEdited();
+}
+
+void ImportSourcePage::showPane(Kind kind)
+{
+    // The stack takes the height of the pane shown, not of the tallest, so
+    // that the open button stays under the fields.
+    for (int index = 0; index < m_panes->count(); ++index) {
+        m_panes->widget(index)->setSizePolicy(QSizePolicy::Preferred,
+            index == int(kind) ? QSizePolicy::Preferred : QSizePolicy::Ignored);
+    }
+    m_panes->setCurrentIndex(int(kind));
+    m_panes->adjustSize();
 }
 
 void ImportSourcePage::browse(Kind kind)

@@ -46,6 +46,7 @@ private:
     QWidget *makeLdapPane();
     QLineEdit *makeField(QWidget *parent, const QString &name, const QString &title);
     void browse(Kind kind);
+    void showPane(Kind kind);
     void sourceEdited();
     void showError(const QString &text);
 
