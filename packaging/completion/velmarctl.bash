@@ -40,6 +40,9 @@ _velmarctl()
             _filedir
             return
             ;;
+        --table | --map | --bind-dn)
+            return
+            ;;
         --from | --to | --code)
             return
             ;;
@@ -54,6 +57,7 @@ _velmarctl()
     for ((i = 1; i < cword; i++)); do
         case ${words[i]} in
             --server-dir | --registry-dir | --sql-trace | --from | --to | --format | --code | \
+                --table | --map | --bind-dn | \
                 --name | --password | --nickname | --email | --mobile | --phone | \
                 --office-phone | --address | --birthday | --intro)
                 ((i++))
@@ -73,7 +77,7 @@ _velmarctl()
         if [[ $cur == -* ]]; then
             COMPREPLY=($(compgen -W "$common" -- "$cur"))
         else
-            COMPREPLY=($(compgen -W "load resave recover doctor edit logs access services notify $edit_words" -- "$cur"))
+            COMPREPLY=($(compgen -W "load resave recover doctor edit import logs access services notify $edit_words" -- "$cur"))
         fi
         return
     fi
@@ -86,12 +90,44 @@ _velmarctl()
         recover) options+=" --discard --wait" ;;
         doctor) options+=" --json --fix --wait" ;;
         edit) options+=" --dry-run --timings --force --wait --preview --preview-rows" ;;
+        import) options+=" --table --map --skip-refused --bind-dn --dry-run --timings --force --wait --preview --preview-rows" ;;
         logs) options="--from --to --oldest-first --format --server-dir --registry-dir --help" ;;
         access) options="--format --server-dir --registry-dir --verbose --help" ;;
         services) options="--server-dir --verbose --help" ;;
         notify) options="--code --help" ;;
         *) options+=" --dry-run --timings --force --wait --preview --preview-rows" ;;
     esac
+    # import's source: csv:FILE and sqlite:FILE complete the file after the
+    # prefix; the words are taken again with ':' inside them.
+    if [[ $command == import && $cur != -* ]]; then
+        local iwords=() icword icur j m=0
+        _get_comp_words_by_ref -n : -c icur -w iwords -i icword
+        for ((j = 1; j < icword; j++)); do
+            case ${iwords[j]} in
+                --server-dir | --registry-dir | --sql-trace | --table | --map | --bind-dn | --wait)
+                    ((j++))
+                    ;;
+                -*) ;;
+                *) ((m++)) ;;
+            esac
+        done
+        if [[ $m -eq 1 ]]; then
+            case $icur in
+                csv:* | sqlite:*)
+                    local kind=${icur%%:*}
+                    cur=${icur#*:}
+                    _filedir
+                    COMPREPLY=("${COMPREPLY[@]/#/$kind:}")
+                    ;;
+                *)
+                    COMPREPLY=($(compgen -W "csv: sqlite: odbc: ldap:// ldapi://" -- "$icur"))
+                    compopt -o nospace 2>/dev/null
+                    ;;
+            esac
+            __ltrim_colon_completions "$icur"
+        fi
+        return
+    fi
     if [[ $cur == -* ]]; then
         case "$command ${args[1]-}" in
             "member add") options+=" --guest $member_options" ;;

@@ -214,8 +214,8 @@ std::unique_ptr<ImportCursor> LdapImportSource::cursor(const QString &table, QSt
         }
         if (rc == LDAP_SIZELIMIT_EXCEEDED) {
             return fail(u"the LDAP server %1 stopped the search at its size limit after %2 "
-                        "entries (it offers no paged results to this client)"_s.arg(
-                            spec().location, QString::number(entries.size())));
+                        "entries; ask for fewer (a narrower base or filter) or for a higher limit "
+                        "for this client"_s.arg(spec().location, QString::number(entries.size())));
         }
 
         // The next page's cookie; an empty one (or none: no paging) ends it.

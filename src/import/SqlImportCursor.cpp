@@ -19,8 +19,15 @@ SqlImportCursor::SqlImportCursor(DbConnection connection, Recordset rows)
 {
     const int count = m_rows.fieldCount();
     m_columns.reserve(count);
-    for (int i = 0; i < count; ++i)
-        m_columns.append(m_rows.fieldName(i));
+    for (int i = 0; i < count; ++i) {
+        QString name = m_rows.fieldName(i);
+        // The SQLite ODBC driver gives the length of a column name in bytes
+        // of UTF-8 where the wide call wants characters: a Chinese name
+        // arrives with its terminating NUL and bytes after it.
+        if (const qsizetype nul = name.indexOf(QChar(u'\0')); nul >= 0)
+            name.truncate(nul);
+        m_columns.append(name);
+    }
 }
 
 std::unique_ptr<SqlImportCursor> SqlImportCursor::open(

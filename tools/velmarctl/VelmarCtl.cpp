@@ -259,6 +259,11 @@ bool VelmarCtl::parse(
         "           --preview prints what the save would change. Each edit command is also\n"
         "           a command of its own:\n"
         "           velmarctl member add alice --password x\n"
+        "  import SOURCE [--table T] [--map FIELD=COLUMN]... [--skip-refused]\n"
+        "           add the rows of csv:FILE, sqlite:FILE, odbc:CONNECTION-STRING or an\n"
+        "           ldap:// URL as members, with the checks of the console's import, and\n"
+        "           save as edit saves; a refused row prints 'row N: ' and the reason and\n"
+        "           ends it (exit 1, the rows before it saved) unless --skip-refused\n"
         "  doctor [--json] [--fix]\n"
         "           list what is wrong with the database (ids used twice, partition flags,\n"
         "           rows pointing at nothing, levels, ...) with counts and examples\n"
@@ -322,6 +327,7 @@ bool VelmarCtl::parse(
     const QCommandLineOption version = parser.addVersionOption();
     parser.addOptions({ serverDir, registryDir, sqlTrace, timings, dryRun, discard, from, to,
         oldestFirst, format, code, verbose, wait, force, preview, previewRows, json, fix });
+    ImportCommand::addOptions(parser);
     QStringList ownArguments;
     QStringList editWords;
     const bool oneLine = splitOneLineForm(arguments, &ownArguments, &editWords);
@@ -359,6 +365,19 @@ bool VelmarCtl::parse(
         // "-" is standard input, as for every Unix tool.
         if (options.editFile == u"-"_s)
             options.editFile.clear();
+        options.dryRun = parser.isSet(dryRun);
+        options.preview = parser.isSet(preview) || parser.isSet(previewRows);
+        options.previewRows = parser.isSet(previewRows);
+        resolveServerDir(parser.value(serverDir), options);
+        options.registryDir = parser.value(registryDir);
+        options.sqlTrace = parser.value(sqlTrace);
+        options.timings = parser.isSet(timings);
+        return true;
+    }
+    if (positional.value(0) == u"import"_s) {
+        if (!ImportCommand::readOptions(parser, positional, &options.import, &message))
+            return false;
+        options.command = u"import"_s;
         options.dryRun = parser.isSet(dryRun);
         options.preview = parser.isSet(preview) || parser.isSet(previewRows);
         options.previewRows = parser.isSet(previewRows);
@@ -490,6 +509,15 @@ int VelmarCtl::run(const Options &options)
             return EditRefused;
         timings.parseNs = clock.nsecsElapsed();
     }
+    ImportCommand::Prepared imported;
+    if (options.command == u"import"_s) {
+        QString why;
+        if (!ImportCommand::prepare(options.import, &imported, &why)) {
+            printTo(stderr, u"velmarctl: "_s + why + u'\n');
+            return LoadFailed;
+        }
+        timings.parseNs = clock.nsecsElapsed();
+    }
 
     const Folder folder(options);
     RegistryHives *hives = folder.hives.get();
@@ -584,6 +612,20 @@ int VelmarCtl::run(const Options &options)
         return edit(options, commands, data, saver, profilePath, timings);
     }
 
+    if (options.command == u"import"_s) {
+        bool stopped = false;
+        const int added
+            = ImportCommand::apply(options.import, imported, data, stdout, stderr, &stopped);
+        if (added == 0) {
+            printTo(stdout, u"no member added, nothing saved\n"_s);
+            return stopped ? EditRefused : Success;
+        }
+        DbSession session(*hives, profilePath, databasePath, messages, trace.get());
+        ServerDataSaver saver(data, session, messages, profilePath, *hives, options.serverDir);
+        prepareSaver(saver, options);
+        const int code = edit(options, {}, data, saver, profilePath, timings);
+        return code == Success && stopped ? EditRefused : code;
+    }
     if (options.command == u"access"_s) {
         QString error;
         if (!AccessCommand::run(options.access, data, stdout, &error)) {

@@ -2,6 +2,7 @@
 
 #include "AccessCommand.h"
 #include "EditCommand.h"
+#include "ImportCommand.h"
 #include "LogsCommand.h"
 
 #include <QString>
@@ -51,6 +52,7 @@ public:
         bool discard = false; // recover: drop the journal instead of finishing it
         LogsCommand::Options logs; // "logs" only
         AccessCommand::Options access; // "access" only
+        ImportCommand::Options import; // "import" only
         // edit: the script file (empty: standard input), or the words of a
         // one-line form ("velmarctl member add alice ...").
         QString editFile;
