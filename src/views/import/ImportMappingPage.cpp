@@ -96,6 +96,12 @@ void ImportMappingPage::initializePage()
     QGuiApplication::restoreOverrideCursor();
 
     const QStringList columns = m_wizard.table().columns;
+    if (m_tableRead && !columns.isEmpty() && columns == m_columns) {
+        // Back and forth over the same table: the choices made stay.
+        updatePreview();
+        return;
+    }
+    m_columns = columns;
     const QList<int> guessed = m_wizard.guessMapping();
     m_filling = true;
     for (int field = 0; field < m_boxes.size(); ++field) {
@@ -109,6 +115,7 @@ void ImportMappingPage::initializePage()
     }
     m_filling = false;
     if (!m_tableRead) {
+        m_columns.clear();
         m_preview->setRows({});
         m_summary->setStyleSheet(u"color: #b00020;"_s);
         m_summary->setText(u"无法读取数据表: %1"_s.arg(error));
@@ -122,7 +129,7 @@ QList<int> ImportMappingPage::mapping() const
 {
     QList<int> columns;
     for (const QComboBox *box : m_boxes)
-        columns.append(box->currentData().toInt());
+        columns.append(box->currentIndex() > 0 ? box->currentData().toInt() : -1);
     return columns;
 }
 
@@ -167,6 +174,12 @@ void ImportMappingPage::updateSummary()
         text += u"."_s;
     m_summary->setStyleSheet(refused > 0 ? u"color: #8a5a00;"_s : QString());
     m_summary->setText(text);
+}
+
+void ImportMappingPage::noteCancelled()
+{
+    m_summary->setStyleSheet(u"color: #8a5a00;"_s);
+    m_summary->setText(u"导入已取消, 没有添加会员."_s);
 }
 
 bool ImportMappingPage::isComplete() const

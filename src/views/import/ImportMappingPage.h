@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QList>
+#include <QStringList>
 #include <QTimer>
 #include <QWizardPage>
 
@@ -28,6 +29,8 @@ public:
     ImportPreviewModel *previewModel() const { return m_preview; }
     QTableView *previewView() const { return m_view; }
     bool skipRefused() const;
+    // Says that the import was cancelled from its progress dialog.
+    void noteCancelled();
 
     void initializePage() override;
     bool isComplete() const override;
@@ -49,4 +52,5 @@ private:
     QTimer m_previewTimer;
     bool m_filling = false;
     bool m_tableRead = false;
+    QStringList m_columns; // of the table the choices were made for
 };

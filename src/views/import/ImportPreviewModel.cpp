@@ -60,8 +60,8 @@ QString ImportPreviewModel::fieldText(const UserInfo &member, int field)
     case 1:
         return member.displayName;
     case 2:
-        // Shown as the member grid shows it.
-        return QString(member.password.size(), u'*');
+        // Masked, and without telling its length.
+        return member.password.isEmpty() ? QString() : u"******"_s;
     case 3:
         return member.email;
     case 4:

@@ -254,8 +254,11 @@ void ImportWizard::accept()
     dialog.reset();
     m_result = result;
     Q_EMIT imported(result);
-    if (result.cancelled)
-        return; // nothing was added: the administrator may change the mapping
+    if (result.cancelled) {
+        // Nothing was added: the administrator may change the mapping and finish again.
+        m_mappingPage->noteCancelled();
+        return;
+    }
     QWizard::accept();
     if (result.refused.isEmpty())
         return;
