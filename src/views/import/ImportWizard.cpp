@@ -14,6 +14,7 @@
 #include <QFileInfo>
 #include <QPixmap>
 #include <QProgressDialog>
+#include <QPushButton>
 
 using namespace Qt::StringLiterals;
 
@@ -238,6 +239,8 @@ void ImportWizard::accept()
         dialog->setMinimumDuration(0);
         dialog->setAutoClose(false);
         dialog->setAutoReset(false);
+        if (auto *cancel = dialog->findChild<QPushButton *>())
+            cancel->setAccessibleName(u"取消"_s);
         progress = [&dialog](qsizetype done, qsizetype total) {
             // Shown from the first report on, and its cancel button heard at
             // every report: the dialog's own timing would show it late.
