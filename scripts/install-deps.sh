@@ -7,7 +7,9 @@ packages=(
   build-essential cmake ninja-build ccache pkg-config
   qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite libqt6sql6-odbc
   libgl-dev
-  unixodbc odbcinst odbc-postgresql libsqliteodbc
+  unixodbc odbcinst odbc-postgresql libsqliteodbc unixodbc-dev
+  # the member import's LDAP source (libldap) and its tests' private server
+  libldap-dev slapd ldap-utils
   sqlite3 libsqlite3-dev postgresql time
   xvfb xauth fonts-wqy-microhei
   systemd dbus dbus-user-session util-linux

@@ -28,8 +28,8 @@ void ImportCommand::addOptions(QCommandLineParser &parser)
             u"table"_s),
         QCommandLineOption(u"map"_s,
             u"import: fill FIELD (用户ID, 姓名, ... or userid, name, ...) from COLUMN (a name, "
-            "or a number from 1); repeat for each field. Without it, fields are guessed "
-            "from the column names."_s,
+            "or a number from 1; empty: none); repeat for each field. Fields not named are "
+            "guessed from the column names."_s,
             u"FIELD=COLUMN"_s),
         QCommandLineOption(u"skip-refused"_s,
             u"import: go on past refused rows (each is listed) instead of stopping at the "
@@ -73,7 +73,9 @@ bool ImportCommand::readOptions(const QCommandLineParser &parser, const QStringL
 bool ImportCommand::mappingFrom(const QStringList &maps, const QStringList &columns,
     ImportFields::Mapping *mapping, QString *error)
 {
-    *mapping = ImportFields::emptyMapping();
+    // The guess stands for every field no --map names; a column a --map
+    // takes is no longer guessed for another field.
+    *mapping = ImportFields::guessMapping(columns);
     for (const QString &map : maps) {
         const qsizetype equals = map.indexOf(u'=');
         const std::optional<ImportFields::Field> field
@@ -83,11 +85,19 @@ bool ImportCommand::mappingFrom(const QStringList &maps, const QStringList &colu
             return false;
         }
         const QString columnName = map.mid(equals + 1);
+        if (columnName.isEmpty()) {
+            (*mapping)[*field] = -1; // FIELD= leaves the field empty
+            continue;
+        }
         const int column = ImportFields::columnNamed(columns, columnName);
         if (column < 0) {
             *error = u"--map %1: the table has no column %2 (its columns: %3)"_s.arg(
                 map, columnName, columns.join(u", "_s));
             return false;
+        }
+        for (int &other : *mapping) {
+            if (other == column)
+                other = -1;
         }
         (*mapping)[*field] = column;
     }
@@ -119,11 +129,8 @@ bool ImportCommand::prepare(const Options &options, Prepared *prepared, QString 
     prepared->table = source->read(table, -1, error);
     if (!error->isEmpty())
         return false;
-    if (options.maps.isEmpty()) {
-        prepared->mapping = ImportFields::guessMapping(prepared->table.columns);
-    } else if (!mappingFrom(options.maps, prepared->table.columns, &prepared->mapping, error)) {
+    if (!mappingFrom(options.maps, prepared->table.columns, &prepared->mapping, error))
         return false;
-    }
     if (prepared->mapping[ImportFields::UserId] < 0) {
         *error = u"no column gives the user ID (用户ID); name one with --map userid=COLUMN "
                  "(columns: %1)"_s.arg(prepared->table.columns.join(u", "_s));

@@ -39,11 +39,12 @@ public:
     static bool readOptions(const QCommandLineParser &parser, const QStringList &positional,
         Options *options, QString *message);
 
-    // Opens the source, reads the table and builds the mapping (the --map
-    // pairs, else the guess from the column names). False with error.
+    // Opens the source, reads the table and builds the mapping. False with
+    // error.
     static bool prepare(const Options &options, Prepared *prepared, QString *error);
-    // The mapping the --map pairs give for these columns; false with error
-    // for an unknown field or column.
+    // The mapping for these columns: each --map pair's field from its column
+    // (none for FIELD=), every other field as guessed from the names. False
+    // with error for an unknown field or column.
     static bool mappingFrom(const QStringList &maps, const QStringList &columns,
         ImportFields::Mapping *mapping, QString *error);
 
