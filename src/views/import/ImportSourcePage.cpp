@@ -136,7 +136,16 @@ QWidget *ImportSourcePage::makeOdbcPane()
     const QStringList names
         = m_context.dataSourceNames ? m_context.dataSourceNames() : QStringList();
     m_dataSources->addItems(names);
+    m_dataSources->setMaximumHeight(m_dataSources->fontMetrics().height() * 8);
     form->addRow(listTitle + u":"_s, m_dataSources);
+    if (names.isEmpty()) {
+        auto *none = new QLabel(u"系统中没有配置的数据源 (odbc.ini). 可以直接输入连接字符串, 例如 "
+                                "DRIVER=SQLite3;Database=/路径/文件.db"_s,
+            pane);
+        none->setObjectName(u"importOdbcNone"_s);
+        none->setWordWrap(true);
+        form->addRow(none);
+    }
     m_connectionString = makeField(pane, u"importOdbcConnection"_s, u"连接字符串"_s);
     m_connectionString->setPlaceholderText(u"DSN=名称;UID=用户;PWD=密码"_s);
     form->addRow(u"连接字符串:"_s, m_connectionString);
