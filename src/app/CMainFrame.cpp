@@ -24,6 +24,7 @@
 #include "GroupTreeModel.h"
 #include "ImportWizard.h"
 #include "JournalView.h"
+#include "MemberGridProxy.h"
 #include "MemberGridView.h"
 #include "MemberListModel.h"
 #include "NoticeBoard.h"
@@ -595,8 +596,22 @@ ImportWizard *CMainFrame::openImportWizard()
     wizard->setAttribute(Qt::WA_DeleteOnClose);
     // The new members are in the member grid: show it.
     connect(wizard, &ImportWizard::imported, this, [this](const MemberImporter::Result &result) {
-        if (result.added > 0 || result.stopped())
-            showView(ViewId::Organize);
+        if (result.added == 0 && !result.stopped())
+            return;
+        showView(ViewId::Organize);
+        auto *view = qobject_cast<COrganizeFormView *>(m_views.value(ViewId::Organize));
+        if (!view || result.ids.isEmpty())
+            return;
+        // The caret on the first new member, the rest below it.
+        MemberGridView *grid = view->memberGrid(false);
+        MemberGridProxy *proxy = grid->grid();
+        const int row = proxy->members()->rowOfId(result.ids.first());
+        const QModelIndex first = proxy->mapFromSource(proxy->members()->index(row, 0));
+        if (!first.isValid())
+            return;
+        grid->selectionModel()->setCurrentIndex(
+            first, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        grid->scrollTo(first);
     });
     m_importWizard = wizard;
     wizard->open();

@@ -291,6 +291,7 @@ void ImportWizardTest::walkGuessChangePreviewThenStopAtTheRefusedRow()
     QCOMPARE(frame().currentViewId(), ViewId::Organize);
     QCOMPARE(gridLogins(),
         (QStringList { u"anna"_s, u"bert"_s, u"carl"_s, u"dora"_s, u"erik"_s, u"fay"_s }));
+    QCOMPARE(grid()->currentIndex().data().toString(), u"erik"_s);
     QCOMPARE(m_f->messages().balloonTexts(), QStringList { u"用户已存在."_s });
     QCOMPARE(m_f->messages().balloons().last().anchor, grid()->viewport());
     QVERIFY(frame().document().isModified());
