@@ -586,7 +586,6 @@ ImportWizard *CMainFrame::openImportWizard()
         return m_importWizard;
     ImportWizardContext context {
         *m_document,
-        m_context.messages,
         m_programDirectory,
         [this](const EditRefusal &refusal) { showImportRefusal(refusal); },
         {},

@@ -7,14 +7,12 @@
 #include <QStringList>
 
 class CVelmarManagerDoc;
-class MessageService;
 class QWidget;
 
 // What the import wizard is given by the window that opens it.
 struct ImportWizardContext
 {
     CVelmarManagerDoc &document;
-    MessageService &messages;
     // The server folder: the wizard's picture "Wizgration.bmp" is looked for there.
     QString programDirectory;
     // Shows the refusal of the row that stopped an import where the console
