@@ -22,7 +22,10 @@
 #include "Directory.h"
 #include "DocumentUndoStack.h"
 #include "GroupTreeModel.h"
+#include "ImportWizard.h"
 #include "JournalView.h"
+#include "MemberGridProxy.h"
+#include "MemberGridView.h"
 #include "MemberListModel.h"
 #include "NoticeBoard.h"
 #include "OnlineCommands.h"
@@ -38,6 +41,7 @@
 #include "SettingsCommands.h"
 #include "VelmarBoxSettings.h"
 #include "ViewIds.h"
+#include "ViewRefusal.h"
 
 #include <QAction>
 #include <QApplication>
@@ -181,7 +185,9 @@ void CMainFrame::createCommands()
 
     // Commands whose feature is not built yet stay disabled until it is.
     command(SendRegistrationMail, u"登记发送邮件(设置文件)(&M)"_s);
-    command(UseExternalData, u"使用外部数据(&O)"_s)->setShortcut(QKeySequence(u"Ctrl+O"_s));
+    QAction *import = command(UseExternalData, u"使用外部数据(&O)"_s);
+    import->setShortcut(QKeySequence(u"Ctrl+O"_s));
+    import->setStatusTip(u"读取目录中的用户信息."_s);
     QAction *save = command(Save, u"保存(&S)"_s);
     save->setShortcut(QKeySequence(u"Ctrl+S"_s));
     save->setIcon(st->standardIcon(QStyle::SP_DialogSaveButton));
@@ -570,6 +576,66 @@ void CMainFrame::connectServerData()
     });
     connect(commandAction(CommandId::AssignPhoneNumbers), &QAction::triggered, this,
         &CMainFrame::assignPhoneNumbers);
+    connect(commandAction(CommandId::UseExternalData), &QAction::triggered, this,
+        &CMainFrame::openImportWizard);
+}
+
+ImportWizard *CMainFrame::openImportWizard()
+{
+    if (m_importWizard)
+        return m_importWizard;
+    ImportWizardContext context {
+        *m_document,
+        m_programDirectory,
+        [this](const EditRefusal &refusal) { showImportRefusal(refusal); },
+        {},
+        {},
+    };
+    auto *wizard = new ImportWizard(std::move(context), this);
+    wizard->setAttribute(Qt::WA_DeleteOnClose);
+    // The new members are in the member grid: show it.
+    connect(wizard, &ImportWizard::imported, this, [this](const MemberImporter::Result &result) {
+        if (result.added == 0 && !result.stopped())
+            return;
+        showView(ViewId::Organize);
+        auto *view = qobject_cast<COrganizeFormView *>(m_views.value(ViewId::Organize));
+        if (!view || result.ids.isEmpty())
+            return;
+        // The caret on the first new member, the rest below it.
+        MemberGridView *grid = view->memberGrid(false);
+        MemberGridProxy *proxy = grid->grid();
+        const int row = proxy->members()->rowOfId(result.ids.first());
+        const QModelIndex first = proxy->mapFromSource(proxy->members()->index(row, 0));
+        if (!first.isValid())
+            return;
+        grid->selectionModel()->setCurrentIndex(
+            first, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        grid->scrollTo(first);
+    });
+    m_importWizard = wizard;
+    wizard->open();
+    return wizard;
+}
+
+ImportWizard *CMainFrame::importWizard() const
+{
+    return m_importWizard;
+}
+
+void CMainFrame::showImportRefusal(const EditRefusal &refusal)
+{
+    // Where the member grid shows a refused new member: at its blank row.
+    showView(ViewId::Organize);
+    auto *view = qobject_cast<COrganizeFormView *>(m_views.value(ViewId::Organize));
+    if (!view) {
+        ::showRefusal(m_context.messages, refusal, this);
+        return;
+    }
+    MemberGridView *grid = view->memberGrid(false);
+    const QModelIndex cell = grid->model()->index(
+        grid->model()->rowCount() - 1, refusal.column >= 0 ? refusal.column : 0);
+    grid->scrollTo(cell);
+    ::showRefusal(m_context.messages, refusal, grid->viewport(), grid->visualRect(cell));
 }
 
 bool CMainFrame::queryClose()
@@ -612,6 +678,8 @@ void CMainFrame::startLoading()
         commandAction(CommandId::Save)->setEnabled(true);
         commandAction(CommandId::AssignPhoneNumbers)->setEnabled(true);
         commandAction(CommandId::DataCheck)->setEnabled(true);
+        // Imported members are checked against the whole member list.
+        commandAction(CommandId::UseExternalData)->setEnabled(true);
         showDirectoryCounts();
     });
     connect(reader, &CReadDBThread::workerExited, this, [this, progress, reader](int) {

@@ -11,6 +11,7 @@ class CVelmarManagerDoc;
 #include <memory>
 #include <QHash>
 #include <QMainWindow>
+#include <QPointer>
 
 class CMainFormView;
 class CVelmarManagerDoc;
@@ -20,7 +21,9 @@ class QDockWidget;
 class QSplitter;
 class QStackedWidget;
 class QToolBar;
+class ImportWizard;
 class JournalView;
+struct EditRefusal;
 class ServiceCommands;
 
 // The main window: the command table as menus and tool bar, the outlook bar
@@ -100,6 +103,11 @@ public:
     // Shows the view in the pane; false when there is no such view.
     bool showView(int viewId);
 
+    // Command 32804: the import wizard, opened window-modal (the one open
+    // already when there is one); it closes and deletes itself.
+    ImportWizard *openImportWizard();
+    ImportWizard *importWizard() const;
+
     // Asked before the window closes; false keeps it open. After a complete
     // load an edited working copy brings the save-on-close question.
     virtual bool queryClose();
@@ -142,6 +150,8 @@ private:
     void saveDocument();
     // Command 32827.
     void assignPhoneNumbers();
+    // An import stopped at a refused row: its balloon at the member grid.
+    void showImportRefusal(const EditRefusal &refusal);
 
     std::unique_ptr<ServerFolderLock> m_consoleLock;
     bool m_loadComplete = false;
@@ -186,6 +196,7 @@ private:
     QStackedWidget *m_pane = nullptr;
     CMainFormView *m_dashboard = nullptr;
     ServiceCommands *m_serviceCommands = nullptr;
+    QPointer<ImportWizard> m_importWizard;
     QHash<int, QWidget *> m_views;
     int m_currentView = -1;
 

@@ -4,8 +4,11 @@
 #include "CLogManagerUserLogFormView.h"
 #include "CMainFormView.h"
 #include "CMainFrame.h"
+#include "CommandIds.h"
 #include "CRegistry.h"
 #include "CVelmarManagerDoc.h"
+#include "ImportSourcePage.h"
+#include "ImportWizard.h"
 #include "LogTableModel.h"
 #include "ProgramLauncher.h"
 #include "QtMessageService.h"
@@ -22,6 +25,7 @@
 #include <cstdio>
 #include <QAction>
 #include <QDir>
+#include <QFileInfo>
 #include <QFont>
 #include <QFontDatabase>
 #include <QTimer>
@@ -34,7 +38,7 @@ int startViewId(const QString &name)
 {
     static constexpr int ids[] = { ViewId::Home, ViewId::Organize, ViewId::Position,
         ViewId::AccessControl, ViewId::FileBox, ViewId::Notice, ViewId::ChatLog, ViewId::SystemLog,
-        ViewId::UserLog };
+        ViewId::UserLog, ViewId::Organize };
     const qsizetype at = StartupOptions::startViews().indexOf(name);
     return at < 0 ? ViewId::Home : ids[at];
 }
@@ -142,6 +146,11 @@ bool CVelmarManagerApp::initInstance()
 
     if (!m_options.startView.isEmpty())
         m_frame->showView(startViewId(m_options.startView));
+    // Before the screenshot's own wait for the load: the picture is the wizard's.
+    if (m_options.startView == u"import"_s) {
+        connect(m_frame.get(), &CMainFrame::loadingFinished, this,
+            &CVelmarManagerApp::openImportWizard, Qt::SingleShotConnection);
+    }
 
     m_frame->show();
     return true;
@@ -274,12 +283,31 @@ void CVelmarManagerApp::prepareLogViewScreenshot(LogFormView *view)
     view->filterPanel()->search();
 }
 
+void CVelmarManagerApp::openImportWizard()
+{
+    if (!m_frame->commandAction(CommandId::UseExternalData)->isEnabled())
+        return; // the load did not complete
+    ImportWizard *wizard = m_frame->openImportWizard();
+    // The demo folder's sample: the wizard reads it and shows its field page.
+    const QString demo = QDir(m_options.programDirectory).filePath(u"ImportDemo.csv"_s);
+    if (!QFileInfo::exists(demo))
+        return;
+    wizard->sourcePage()->setKind(ImportSourcePage::Kind::Text);
+    if (wizard->sourcePage()->openTextFile(demo)) {
+        wizard->next();
+        wizard->next();
+    }
+}
+
 void CVelmarManagerApp::grabScreenshot()
 {
     // Let the last repaint reach the backing store before grabbing.
     QTimer::singleShot(200, this, [this] {
         const QString path = m_options.screenshotPath;
-        if (!m_frame->grab().save(path, "PNG")) {
+        QWidget *window = m_frame.get();
+        if (ImportWizard *wizard = m_frame->importWizard())
+            window = wizard;
+        if (!window->grab().save(path, "PNG")) {
             printLine(stderr, u"VelmarManager: cannot write %1"_s.arg(path));
             exit(1);
             return;

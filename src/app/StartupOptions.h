@@ -12,7 +12,7 @@ struct StartupOptions
     QString registryDirectory; // empty: the hives' usual places
     QString sqlTracePath;
     QString screenshotPath;
-    QString startView; // --view: "chatlog", "syslog" or "userlog", shown at start
+    QString startView; // --view: one of startViews(), shown at start
     bool install = false; // "/install" somewhere on the command line
     bool help = false;
     QString error; // non-empty: start-up ends with this text
