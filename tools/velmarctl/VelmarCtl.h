@@ -2,6 +2,7 @@
 
 #include "AccessCommand.h"
 #include "EditCommand.h"
+#include "InviteCommand.h"
 #include "LogsCommand.h"
 
 #include <QString>
@@ -37,7 +38,8 @@ public:
 
     struct Options
     {
-        // "load", "resave", "recover", "edit", "logs", "access", "services" or "notify"
+        // "load", "resave", "recover", "edit", "logs", "access", "invite", "services" or
+        // "notify"
         QString command;
         QString servicesAction; // services: "status", "start" or "stop"
         quint16 port = 0; // notify
@@ -51,6 +53,7 @@ public:
         bool discard = false; // recover: drop the journal instead of finishing it
         LogsCommand::Options logs; // "logs" only
         AccessCommand::Options access; // "access" only
+        InviteCommand::Options invite; // "invite" only
         // edit: the script file (empty: standard input), or the words of a
         // one-line form ("velmarctl member add alice ...").
         QString editFile;
