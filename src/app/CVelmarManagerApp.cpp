@@ -4,9 +4,12 @@
 #include "CLogManagerUserLogFormView.h"
 #include "CMainFormView.h"
 #include "CMainFrame.h"
+#include "COrganizeFormView.h"
 #include "CRegistry.h"
 #include "CVelmarManagerDoc.h"
+#include "InviteComposer.h"
 #include "LogTableModel.h"
+#include "MemberGridView.h"
 #include "ProgramLauncher.h"
 #include "QtMessageService.h"
 #include "RegistryHives.h"
@@ -34,7 +37,7 @@ int startViewId(const QString &name)
 {
     static constexpr int ids[] = { ViewId::Home, ViewId::Organize, ViewId::Position,
         ViewId::AccessControl, ViewId::FileBox, ViewId::Notice, ViewId::ChatLog, ViewId::SystemLog,
-        ViewId::UserLog };
+        ViewId::UserLog, ViewId::Organize };
     const qsizetype at = StartupOptions::startViews().indexOf(name);
     return at < 0 ? ViewId::Home : ids[at];
 }
@@ -142,6 +145,10 @@ bool CVelmarManagerApp::initInstance()
 
     if (!m_options.startView.isEmpty())
         m_frame->showView(startViewId(m_options.startView));
+    if (m_options.startView == u"invite"_s) {
+        connect(m_frame.get(), &CMainFrame::loadingFinished, this,
+            &CVelmarManagerApp::openInviteComposer, Qt::SingleShotConnection);
+    }
 
     m_frame->show();
     return true;
@@ -274,12 +281,31 @@ void CVelmarManagerApp::prepareLogViewScreenshot(LogFormView *view)
     view->filterPanel()->search();
 }
 
+void CVelmarManagerApp::openInviteComposer()
+{
+    // The first members with an address, as if selected in the member grid.
+    auto *organize = qobject_cast<COrganizeFormView *>(m_frame->view(ViewId::Organize));
+    if (!organize)
+        return;
+    MemberGridView *grid = organize->memberGrid(false);
+    const int rows = std::min(grid->model()->rowCount() - 1, 4);
+    if (rows <= 0)
+        return;
+    grid->selectionModel()->select(
+        QItemSelection(grid->model()->index(0, 0), grid->model()->index(rows - 1, 0)),
+        QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    organize->runCommand(COrganizeFormView::Command::SendMail);
+}
+
 void CVelmarManagerApp::grabScreenshot()
 {
     // Let the last repaint reach the backing store before grabbing.
     QTimer::singleShot(200, this, [this] {
         const QString path = m_options.screenshotPath;
-        if (!m_frame->grab().save(path, "PNG")) {
+        QWidget *shown = m_frame.get();
+        if (m_options.startView == u"invite"_s && m_frame->inviteComposer()->isVisible())
+            shown = m_frame->inviteComposer();
+        if (!shown->grab().save(path, "PNG")) {
             printLine(stderr, u"VelmarManager: cannot write %1"_s.arg(path));
             exit(1);
             return;

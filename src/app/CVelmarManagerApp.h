@@ -50,6 +50,8 @@ private:
     // With --view: a log view searches the last week and shows a row first.
     void prepareLogViewScreenshot(LogFormView *view);
     void grabScreenshot();
+    // --view invite: the composer with the first members of the member grid.
+    void openInviteComposer();
 
     StartupOptions m_options;
     int m_startupExitCode = 0;

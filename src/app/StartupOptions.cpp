@@ -119,7 +119,8 @@ QString StartupOptions::usage()
            "  --sql-trace FILE     write every SQL statement executed to FILE\n"
            "  --screenshot FILE    after start-up, save the main window as PNG to FILE and quit\n"
            "  --view NAME          show a view at start: home, organize, positions,\n"
-           "                       permissions, filebox, notices, chatlog, syslog or userlog;\n"
+           "                       permissions, filebox, notices, chatlog, syslog, userlog\n"
+           "                       or invite (the mail composer for the first members);\n"
            "                       with --screenshot a log view first searches the last week\n"
            "  --version            print the version and the commit it was built from\n"
            "  -h, --help           print this help\n"
@@ -129,5 +130,5 @@ QString StartupOptions::usage()
 QStringList StartupOptions::startViews()
 {
     return { u"home"_s, u"organize"_s, u"positions"_s, u"permissions"_s, u"filebox"_s, u"notices"_s,
-        u"chatlog"_s, u"syslog"_s, u"userlog"_s };
+        u"chatlog"_s, u"syslog"_s, u"userlog"_s, u"invite"_s };
 }
