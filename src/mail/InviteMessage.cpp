@@ -1,5 +1,6 @@
 #include "InviteMessage.h"
 
+#include <QLocale>
 #include <QRegularExpression>
 #include <QUuid>
 
@@ -38,6 +39,16 @@ QByteArray crlf(const QString &text)
     return normal.toUtf8().replace("\n", "\r\n");
 }
 
+// "Sun, 01 Mar 2026 09:30:00 +0800", in English whatever the locale.
+QByteArray dateHeader(const QDateTime &date)
+{
+    const int offset = date.offsetFromUtc() / 60;
+    const QString zone = u"%1%2%3"_s.arg(QChar(offset < 0 ? u'-' : u'+'))
+                             .arg(std::abs(offset) / 60, 2, 10, QChar(u'0'))
+                             .arg(std::abs(offset) % 60, 2, 10, QChar(u'0'));
+    return (QLocale::c().toString(date, u"ddd, dd MMM yyyy hh:mm:ss "_s) + zone).toUtf8();
+}
+
 QByteArray boundary()
 {
     return "=_velmar_" + QUuid::createUuid().toByteArray(QUuid::Id128);
@@ -50,33 +61,33 @@ QByteArray InviteMessage::encodedHeader(const QString &input, int firstLineUsed)
     const QString text = singleLine(input);
     if (isPlainAscii(text))
         return text.toUtf8();
-    // "=?UTF-8?B?" + "?=" leaves 63 characters, 47 bytes of base64 input;
-    // characters are never split across words.
-    constexpr int maxBytes = (MaxEncodedWord - 12) / 4 * 3;
-    QList<QByteArray> words;
-    QByteArray chunk;
-    for (qsizetype i = 0; i < text.size();) {
-        const qsizetype length = text.at(i).isHighSurrogate() && i + 1 < text.size() ? 2 : 1;
-        const QByteArray bytes = text.mid(i, length).toUtf8();
-        if (chunk.size() + bytes.size() > maxBytes) {
-            words.append(chunk);
-            chunk.clear();
-        }
-        chunk += bytes;
-        i += length;
-    }
-    if (!chunk.isEmpty())
-        words.append(chunk);
+    // Each word is "=?UTF-8?B?" + base64 + "?=", at most 75 characters, and
+    // fills what is left of its line (76 characters); characters are never
+    // split across words. The space between two words is not part of the text.
+    constexpr int wrapper = 12;
+    constexpr int lineLength = 76;
     QByteArray out;
     int used = firstLineUsed;
-    for (const QByteArray &word : std::as_const(words)) {
-        const QByteArray encoded = "=?UTF-8?B?" + word.toBase64() + "?=";
-        if (!out.isEmpty()) {
-            // Whitespace between two encoded words is not part of the text.
-            if (used + 1 + encoded.size() > 76) {
-                out += "\r\n";
-                used = 0;
-            }
+    for (qsizetype i = 0; i < text.size();) {
+        const int separator = out.isEmpty() ? 0 : 1;
+        const int room = std::min(lineLength - used - separator, MaxEncodedWord) - wrapper;
+        const int maxBytes = room / 4 * 3;
+        if (maxBytes < 4 && !out.isEmpty()) {
+            out += "\r\n";
+            used = 0;
+            continue;
+        }
+        QByteArray chunk;
+        while (i < text.size()) {
+            const qsizetype length = text.at(i).isHighSurrogate() && i + 1 < text.size() ? 2 : 1;
+            const QByteArray bytes = text.mid(i, length).toUtf8();
+            if (!chunk.isEmpty() && chunk.size() + bytes.size() > std::max(maxBytes, 4))
+                break;
+            chunk += bytes;
+            i += length;
+        }
+        const QByteArray encoded = "=?UTF-8?B?" + chunk.toBase64() + "?=";
+        if (separator) {
             out += ' ';
             ++used;
         }
@@ -126,7 +137,10 @@ QByteArray InviteMessage::quotedPrintable(const QByteArray &bytes)
         const bool lineEnds = i + 1 == bytes.size() || bytes.at(i + 1) == '\r';
         // A dot at the start of a line is encoded too: some relays still
         // handle a lone "." line badly.
-        const bool literal = (c >= 33 && c <= 126 && c != '=' && !(c == '.' && column == 0))
+        // So is the "F" of a line starting "From ", which mbox files mangle.
+        const bool lineStart = column == 0
+            && (c == '.' || (c == 'F' && QByteArrayView(bytes).sliced(i).startsWith("From ")));
+        const bool literal = (c >= 33 && c <= 126 && c != '=' && !lineStart)
             || ((c == ' ' || c == '\t') && !lineEnds);
         if (literal)
             put(QByteArray(1, char(c)));
@@ -223,7 +237,7 @@ QByteArray InviteMessage::build(const Parts &parts)
     const QByteArray mark = boundary();
     const QString domain = parts.from.domain().isEmpty() ? u"localhost"_s : parts.from.domain();
     QByteArray out;
-    out += "Date: " + parts.date.toString(Qt::RFC2822Date).toUtf8() + "\r\n";
+    out += "Date: " + dateHeader(parts.date) + "\r\n";
     out += "From: " + mailbox(parts.from) + "\r\n";
     out += "To: " + mailbox(parts.to) + "\r\n";
     out += "Subject: " + encodedHeader(parts.subject, 9) + "\r\n";

@@ -31,6 +31,7 @@ size_t readMessage(char *buffer, size_t size, size_t count, void *userData)
 struct Replies
 {
     QStringList lines;
+    QStringList refusal; // the last reply that was a 4xx or 5xx
     bool afterCommand = false;
 };
 
@@ -47,6 +48,11 @@ int watchDialogue(CURL *, curl_infotype type, char *data, size_t size, void *use
         const QString text = QString::fromUtf8(data, qsizetype(size)).trimmed();
         for (const QString &line : text.split(u'\n', Qt::SkipEmptyParts))
             replies->lines.append(line.trimmed());
+        // The goodbye after a refusal must not hide the refusal.
+        const QString first = replies->lines.value(0);
+        const QChar kind = first.isEmpty() ? QChar() : first.at(0);
+        if (kind == u'4' || kind == u'5')
+            replies->refusal = replies->lines;
     }
     return 0;
 }
@@ -133,7 +139,8 @@ SmtpResult SmtpSender::send(const QString &from, const QString &to, const QByteA
     curl_easy_setopt(curl, CURLOPT_DEBUGDATA, nullptr);
 
     result.ok = code == CURLE_OK;
-    result.serverReply = replies.lines.join(u' ');
+    result.serverReply
+        = (result.ok || replies.refusal.isEmpty() ? replies.lines : replies.refusal).join(u' ');
     if (!result.ok) {
         result.error = QString::fromUtf8(errorBuffer).trimmed();
         if (result.error.isEmpty())
