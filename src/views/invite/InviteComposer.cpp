@@ -220,7 +220,10 @@ void InviteComposer::showComposer()
 
 void InviteComposer::hideComposer()
 {
-    hide();
+    // A sending under way keeps its window: it takes nobody new meanwhile,
+    // which the organisation view reports, but its results stay in sight.
+    if (!isSending())
+        hide();
 }
 
 bool InviteComposer::isSending() const
