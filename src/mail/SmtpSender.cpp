@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <curl/curl.h>
+#include <mutex>
 #include <QStringList>
 #include <utility>
 
@@ -68,9 +69,19 @@ QString SmtpResult::text() const
     return u"%1 (%2)"_s.arg(error, serverReply);
 }
 
+namespace {
+// libcurl's global set-up, once per process, whichever thread sends first.
+CURL *newHandle()
+{
+    static std::once_flag once;
+    std::call_once(once, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
+    return curl_easy_init();
+}
+} // namespace
+
 SmtpSender::SmtpSender(SmtpAccount account)
     : m_account(std::move(account))
-    , m_curl(curl_easy_init())
+    , m_curl(newHandle())
 { }
 
 SmtpSender::~SmtpSender()
