@@ -168,7 +168,6 @@ InviteComposer::InviteComposer(Context context, QWidget *parent)
     layout->addLayout(bottom);
 
     loadSettings();
-    loadTemplate();
 
     connect(m_sendButton, &QPushButton::clicked, this, &InviteComposer::send);
     connect(m_closeButton, &QPushButton::clicked, this, &QWidget::close);
@@ -206,6 +205,7 @@ bool InviteComposer::offerRecipient(const InviteRecipient &recipient)
 
 void InviteComposer::showComposer()
 {
+    m_serverFields = InviteTemplate::serverFields(m_context.profilePath);
     loadTemplate();
     if (m_model->rowCount() > 0 && !m_recipientView->currentIndex().isValid())
         m_recipientView->selectRow(0);
@@ -233,7 +233,7 @@ bool InviteComposer::isSending() const
 
 InviteFields InviteComposer::fields() const
 {
-    InviteFields fields = InviteTemplate::serverFields(m_context.profilePath);
+    InviteFields fields = m_serverFields;
     fields.office = m_office->text().trimmed();
     fields.downloadUrl = m_downloadUrl->text().trimmed();
     fields.memo = m_memo->toPlainText();

@@ -99,6 +99,7 @@ private:
     QPushButton *m_sendButton = nullptr;
     QPushButton *m_closeButton = nullptr;
     QString m_templateText;
+    InviteFields m_serverFields; // read when the composer opens, not at every keystroke
     QString m_passwordReadFor; // the key the password field was last filled from
     QPointer<InviteSendRun> m_run;
     int m_sent = 0;
