@@ -13,6 +13,9 @@ packages=(
   sqlite3 libsqlite3-dev postgresql time
   xvfb xauth fonts-wqy-microhei
   systemd dbus dbus-user-session util-linux
+  # invitation mails: SMTP through libcurl, the password in the keyring;
+  # the tests' SMTP server, its certificates and a private Secret Service
+  libcurl4-openssl-dev qtkeychain-qt6-dev libsecret-1-0 python3-aiosmtpd openssl gnome-keyring
   # manual pages, icons, packages and their checks
   scdoc cmark librsvg2-bin groff groff-base dpkg-dev fakeroot file lintian
   desktop-file-utils appstream bash-completion

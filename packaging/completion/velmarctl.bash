@@ -43,7 +43,15 @@ _velmarctl()
         --table | --map | --bind-dn)
             return
             ;;
-        --from | --to | --code)
+        --from | --to | --code | --memo | --smtp | --user)
+            return
+            ;;
+        --security)
+            COMPREPLY=($(compgen -W 'none starttls tls' -- "$cur"))
+            return
+            ;;
+        --ca-file)
+            _filedir
             return
             ;;
         --format)
@@ -59,7 +67,8 @@ _velmarctl()
             --server-dir | --registry-dir | --sql-trace | --from | --to | --format | --code | \
                 --table | --map | --bind-dn | \
                 --name | --password | --nickname | --email | --mobile | --phone | \
-                --office-phone | --address | --birthday | --intro)
+                --office-phone | --address | --birthday | --intro | --memo | --smtp | --security | \
+                --user | --ca-file)
                 ((i++))
                 ;;
             -*) ;;
@@ -77,7 +86,7 @@ _velmarctl()
         if [[ $cur == -* ]]; then
             COMPREPLY=($(compgen -W "$common" -- "$cur"))
         else
-            COMPREPLY=($(compgen -W "load resave recover doctor edit import logs access services notify $edit_words" -- "$cur"))
+            COMPREPLY=($(compgen -W "load resave recover doctor edit import logs access invite services notify $edit_words" -- "$cur"))
         fi
         return
     fi
@@ -93,6 +102,7 @@ _velmarctl()
         import) options+=" --table --map --skip-refused --bind-dn --dry-run --timings --force --wait --preview --preview-rows" ;;
         logs) options="--from --to --oldest-first --format --server-dir --registry-dir --help" ;;
         access) options="--format --server-dir --registry-dir --verbose --help" ;;
+        invite) options+=" --memo --dry-run --smtp --security --from --user --ca-file --wait" ;;
         services) options="--server-dir --verbose --help" ;;
         notify) options="--code --help" ;;
         *) options+=" --dry-run --timings --force --wait --preview --preview-rows" ;;
@@ -156,6 +166,7 @@ _velmarctl()
             fi
             ;;
         services) [[ $n -eq 1 ]] && choices="status start stop" ;;
+        invite) choices=$(_velmarctl_userids) ;;
         member)
             if [[ $n -eq 1 ]]; then
                 choices="add set delete"

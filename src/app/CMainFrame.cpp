@@ -23,6 +23,7 @@
 #include "DocumentUndoStack.h"
 #include "GroupTreeModel.h"
 #include "ImportWizard.h"
+#include "InviteComposer.h"
 #include "JournalView.h"
 #include "MemberGridProxy.h"
 #include "MemberGridView.h"
@@ -39,6 +40,7 @@
 #include "ServerDataSaver.h"
 #include "ServiceCommands.h"
 #include "SettingsCommands.h"
+#include "SmtpPasswordStore.h"
 #include "VelmarBoxSettings.h"
 #include "ViewIds.h"
 #include "ViewRefusal.h"
@@ -471,6 +473,11 @@ QWidget *CMainFrame::createEditView(int viewId)
 void CMainFrame::createOrganizeView()
 {
     auto *view = new COrganizeFormView(*m_document, m_context.messages, &m_context.hives);
+    m_inviteComposer = new InviteComposer({ m_programDirectory, m_profilePath, m_context.hives,
+                                              m_context.messages, SmtpPasswordStore() },
+        this);
+    m_inviteComposer->hide();
+    view->setMailRecipientSink(m_inviteComposer);
     addView(ViewId::Organize, u"类别管理"_s, u"组织管理"_s, view,
         style()->standardIcon(QStyle::SP_DirIcon));
 

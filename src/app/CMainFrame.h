@@ -14,6 +14,7 @@ class CVelmarManagerDoc;
 #include <QPointer>
 
 class CMainFormView;
+class InviteComposer;
 class CVelmarManagerDoc;
 class OutlookBar;
 class QAction;
@@ -76,6 +77,9 @@ public:
     CMainFormView *dashboard() const { return m_dashboard; }
     OutlookBar *outlookBar() const { return m_outlookBar; }
     QToolBar *mainToolBar() const { return m_toolBar; }
+    // The invitation mail composer the organisation view's "登记发送邮件"
+    // fills; a window of its own, hidden until then.
+    InviteComposer *inviteComposer() const { return m_inviteComposer; }
     // The service-management commands (start, stop, database settings).
     ServiceCommands *serviceCommands() const { return m_serviceCommands; }
 
@@ -154,6 +158,7 @@ private:
     void showImportRefusal(const EditRefusal &refusal);
 
     std::unique_ptr<ServerFolderLock> m_consoleLock;
+    InviteComposer *m_inviteComposer = nullptr;
     bool m_loadComplete = false;
     bool m_loading = false;
     void readBalloonHelp();

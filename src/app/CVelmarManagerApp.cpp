@@ -5,11 +5,14 @@
 #include "CMainFormView.h"
 #include "CMainFrame.h"
 #include "CommandIds.h"
+#include "COrganizeFormView.h"
 #include "CRegistry.h"
 #include "CVelmarManagerDoc.h"
 #include "ImportSourcePage.h"
 #include "ImportWizard.h"
+#include "InviteComposer.h"
 #include "LogTableModel.h"
+#include "MemberGridView.h"
 #include "ProgramLauncher.h"
 #include "QtMessageService.h"
 #include "RegistryHives.h"
@@ -146,10 +149,14 @@ bool CVelmarManagerApp::initInstance()
 
     if (!m_options.startView.isEmpty())
         m_frame->showView(startViewId(m_options.startView));
-    // Before the screenshot's own wait for the load: the picture is the wizard's.
+    // Before the screenshot's own wait for the load: the picture is the wizard's
+    // or the composer's.
     if (m_options.startView == u"import"_s) {
         connect(m_frame.get(), &CMainFrame::loadingFinished, this,
             &CVelmarManagerApp::openImportWizard, Qt::SingleShotConnection);
+    } else if (m_options.startView == u"invite"_s) {
+        connect(m_frame.get(), &CMainFrame::loadingFinished, this,
+            &CVelmarManagerApp::openInviteComposer, Qt::SingleShotConnection);
     }
 
     m_frame->show();
@@ -299,15 +306,33 @@ void CVelmarManagerApp::openImportWizard()
     }
 }
 
+void CVelmarManagerApp::openInviteComposer()
+{
+    // The first members with an address, as if selected in the member grid.
+    auto *organize = qobject_cast<COrganizeFormView *>(m_frame->view(ViewId::Organize));
+    if (!organize)
+        return;
+    MemberGridView *grid = organize->memberGrid(false);
+    const int rows = std::min(grid->model()->rowCount() - 1, 4);
+    if (rows <= 0)
+        return;
+    grid->selectionModel()->select(
+        QItemSelection(grid->model()->index(0, 0), grid->model()->index(rows - 1, 0)),
+        QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    organize->runCommand(COrganizeFormView::Command::SendMail);
+}
+
 void CVelmarManagerApp::grabScreenshot()
 {
     // Let the last repaint reach the backing store before grabbing.
     QTimer::singleShot(200, this, [this] {
         const QString path = m_options.screenshotPath;
-        QWidget *window = m_frame.get();
+        QWidget *shown = m_frame.get();
         if (ImportWizard *wizard = m_frame->importWizard())
-            window = wizard;
-        if (!window->grab().save(path, "PNG")) {
+            shown = wizard;
+        else if (m_options.startView == u"invite"_s && m_frame->inviteComposer()->isVisible())
+            shown = m_frame->inviteComposer();
+        if (!shown->grab().save(path, "PNG")) {
             printLine(stderr, u"VelmarManager: cannot write %1"_s.arg(path));
             exit(1);
             return;

@@ -52,6 +52,8 @@ private:
     void grabScreenshot();
     // --view import: the wizard over the loaded data.
     void openImportWizard();
+    // --view invite: the composer with the first members of the member grid.
+    void openInviteComposer();
 
     StartupOptions m_options;
     int m_startupExitCode = 0;

@@ -119,10 +119,11 @@ QString StartupOptions::usage()
            "  --sql-trace FILE     write every SQL statement executed to FILE\n"
            "  --screenshot FILE    after start-up, save the main window as PNG to FILE and quit\n"
            "  --view NAME          show a view at start: home, organize, positions,\n"
-           "                       permissions, filebox, notices, chatlog, syslog or userlog;\n"
-           "                       with --screenshot a log view first searches the last week;\n"
-           "                       import opens the import wizard (on the server folder's\n"
-           "                       ImportDemo.csv, at its field page, when there is one)\n"
+           "                       permissions, filebox, notices, chatlog, syslog, userlog,\n"
+           "                       import or invite; with --screenshot a log view first\n"
+           "                       searches the last week; import opens the import wizard (on\n"
+           "                       the server folder's ImportDemo.csv, at its field page, when\n"
+           "                       there is one); invite the mail composer for the first members\n"
            "  --version            print the version and the commit it was built from\n"
            "  -h, --help           print this help\n"
            "  /install             register the server's services\n"_s;
@@ -131,5 +132,5 @@ QString StartupOptions::usage()
 QStringList StartupOptions::startViews()
 {
     return { u"home"_s, u"organize"_s, u"positions"_s, u"permissions"_s, u"filebox"_s, u"notices"_s,
-        u"chatlog"_s, u"syslog"_s, u"userlog"_s, u"import"_s };
+        u"chatlog"_s, u"syslog"_s, u"userlog"_s, u"import"_s, u"invite"_s };
 }

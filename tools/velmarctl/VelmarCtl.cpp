@@ -277,10 +277,16 @@ bool VelmarCtl::parse(
         "  services status|start|stop\n"
         "           print each daemon's state, or start or stop the server's daemons in\n"
         "           the console's orders and print each step\n"
+        "  invite USERID... [--memo TEXT] [--dry-run]\n"
+        "           send the invitation mail (Template.html of the server folder) to the\n"
+        "           members, with the console's mail settings or --smtp, --security,\n"
+        "           --from, --user and --ca-file; the SMTP password is VELMAR_SMTP_PASSWORD\n"
+        "           or the keyring's; one line per member, exit 8 when any was refused;\n"
+        "           --dry-run prints the messages (mbox) and sends nothing\n"
         "  notify PORT [--code N]\n"
         "           send the 32-byte change notification to 127.0.0.1:PORT"_s);
     parser.addPositionalArgument(u"command"_s,
-        u"load, resave, recover, edit [FILE], an edit command, logs, access, "
+        u"load, resave, recover, edit [FILE], an edit command, logs, access, invite, "
         "services status|start|stop or notify PORT"_s);
     const QCommandLineOption serverDir(
         u"server-dir"_s, u"The server folder (Serverinfo.ini, VelmarDB.mdb)."_s, u"dir"_s);
@@ -291,8 +297,9 @@ bool VelmarCtl::parse(
     const QCommandLineOption timings(u"timings"_s,
         u"resave: print the save's phases (journal, statements) on standard error; edit: the "
         "phases load, parse, edits and save."_s);
-    const QCommandLineOption dryRun(
-        u"dry-run"_s, u"edit: apply the script, print the journal and save nothing."_s);
+    const QCommandLineOption dryRun(u"dry-run"_s,
+        u"edit: apply the script, print the journal and save nothing; invite: print the "
+        "messages and send nothing."_s);
     const QCommandLineOption wait(u"wait"_s,
         u"How long to wait for another program's save on the folder before giving up with "
         "exit 2 (default 60)."_s,
@@ -311,8 +318,18 @@ bool VelmarCtl::parse(
         "print the findings before and after."_s);
     const QCommandLineOption discard(
         u"discard"_s, u"recover: drop the pending save's journal instead of finishing it."_s);
-    const QCommandLineOption from(
-        u"from"_s, u"logs: the start of the period (inclusive)."_s, u"datetime"_s);
+    const QCommandLineOption from(u"from"_s,
+        u"logs: the start of the period (inclusive); invite: the sender's address."_s,
+        u"datetime"_s);
+    const QCommandLineOption memo(u"memo"_s, u"invite: the memo of the mail."_s, u"text"_s);
+    const QCommandLineOption smtp(
+        u"smtp"_s, u"invite: the SMTP server, HOST or HOST:PORT."_s, u"host"_s);
+    const QCommandLineOption security(
+        u"security"_s, u"invite: none, starttls or tls (implicit TLS)."_s, u"kind"_s);
+    const QCommandLineOption smtpUser(
+        u"user"_s, u"invite: the SMTP login's user name."_s, u"name"_s);
+    const QCommandLineOption caFile(u"ca-file"_s,
+        u"invite: trust the certificates of this file for the SMTP server."_s, u"file"_s);
     const QCommandLineOption to(
         u"to"_s, u"logs: the end of the period (inclusive)."_s, u"datetime"_s);
     const QCommandLineOption oldestFirst(
@@ -326,7 +343,8 @@ bool VelmarCtl::parse(
     const QCommandLineOption help = parser.addHelpOption();
     const QCommandLineOption version = parser.addVersionOption();
     parser.addOptions({ serverDir, registryDir, sqlTrace, timings, dryRun, discard, from, to,
-        oldestFirst, format, code, verbose, wait, force, preview, previewRows, json, fix });
+        oldestFirst, format, code, verbose, wait, force, preview, previewRows, json, fix, memo,
+        smtp, security, smtpUser, caFile });
     ImportCommand::addOptions(parser);
     QStringList ownArguments;
     QStringList editWords;
@@ -425,7 +443,18 @@ bool VelmarCtl::parse(
         }
         return true;
     };
-    if (positional.value(0) == u"access"_s) {
+    if (positional.value(0) == u"invite"_s) {
+        options.invite.userIds = positional.mid(1);
+        options.invite.memo = parser.value(memo);
+        options.invite.dryRun = parser.isSet(dryRun);
+        options.invite.smtp = parser.value(smtp);
+        options.invite.security = parser.value(security);
+        options.invite.from = parser.value(from);
+        options.invite.user = parser.value(smtpUser);
+        options.invite.caFile = parser.value(caFile);
+        if (!InviteCommand::check(options.invite, &message))
+            return false;
+    } else if (positional.value(0) == u"access"_s) {
         if (positional.size() != 3
             || (positional.at(1) != u"member"_s && positional.at(1) != u"folder"_s)) {
             message = u"expected access member USERID or access folder PATH"_s;
@@ -454,7 +483,7 @@ bool VelmarCtl::parse(
     } else if (positional.size() != 1 || !commands.contains(positional.first())) {
         message
             = u"expected one command: load, resave, recover, doctor, edit, an edit command, logs, "
-              "access, services or notify\n\n"_s
+              "access, invite, services or notify\n\n"_s
             + parser.helpText();
         return false;
     }
@@ -634,6 +663,9 @@ int VelmarCtl::run(const Options &options)
         }
         return Success;
     }
+
+    if (options.command == u"invite"_s)
+        return InviteCommand::run(options.invite, data, *hives, options.serverDir, profilePath);
 
     QJsonObject report = ServerDataCounts::of(data);
     if (options.command == u"resave"_s) {

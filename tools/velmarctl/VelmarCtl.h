@@ -3,6 +3,7 @@
 #include "AccessCommand.h"
 #include "EditCommand.h"
 #include "ImportCommand.h"
+#include "InviteCommand.h"
 #include "LogsCommand.h"
 
 #include <QString>
@@ -38,7 +39,8 @@ public:
 
     struct Options
     {
-        // "load", "resave", "recover", "edit", "logs", "access", "services" or "notify"
+        // "load", "resave", "recover", "edit", "logs", "access", "invite", "services" or
+        // "notify"
         QString command;
         QString servicesAction; // services: "status", "start" or "stop"
         quint16 port = 0; // notify
@@ -53,6 +55,7 @@ public:
         LogsCommand::Options logs; // "logs" only
         AccessCommand::Options access; // "access" only
         ImportCommand::Options import; // "import" only
+        InviteCommand::Options invite; // "invite" only
         // edit: the script file (empty: standard input), or the words of a
         // one-line form ("velmarctl member add alice ...").
         QString editFile;

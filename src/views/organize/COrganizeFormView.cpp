@@ -6,6 +6,7 @@
 #include "DirectoryNode.h"
 #include "DocumentUndoStack.h"
 #include "GroupTreeModel.h"
+#include "InviteRecipientSink.h"
 #include "MemberCellDelegate.h"
 #include "MemberGridProxy.h"
 #include "MemberGridView.h"
@@ -338,7 +339,7 @@ bool COrganizeFormView::isCommandEnabled(Command command) const
             && !memberGrid(m_guestGridActive)->selectedMemberRows().isEmpty();
     }
     case Command::SendMail:
-        return false;
+        return m_mailSink && !memberGrid(m_guestGridActive)->selectedMemberRows().isEmpty();
     }
     return false;
 }
@@ -376,6 +377,7 @@ void COrganizeFormView::runCommand(Command command)
         Q_EMIT positionListRequested();
         break;
     case Command::SendMail:
+        sendMail();
         break;
     }
     scheduleCommandUpdate();
@@ -588,6 +590,30 @@ void COrganizeFormView::passwordMissing(bool guest, const QModelIndex &passwordC
         grid->scrollTo(cell);
         grid->setFocus();
     });
+}
+
+// ---- invitation mail --------------------------------------------------------
+
+void COrganizeFormView::sendMail()
+{
+    if (!m_mailSink)
+        return;
+    MemberGridView *grid = memberGrid(m_guestGridActive);
+    m_mailSink->clearRecipients();
+    int taken = 0;
+    for (const int row : grid->selectedMemberRows()) {
+        const UserInfo &member = grid->grid()->members()->member(row);
+        if (m_mailSink->offerRecipient(
+                { member.displayName, member.email, member.loginName, member.password }))
+            ++taken;
+    }
+    if (taken == 0) {
+        m_messages.showBalloon({ {}, u"E-Mail已经添加\n再次添加错误."_s,
+            MessageService::Icon::Exclamation, BalloonMs, this, {}, false });
+        m_mailSink->hideComposer();
+        return;
+    }
+    m_mailSink->showComposer();
 }
 
 // ---- pop-up menus ----------------------------------------------------------

@@ -8,6 +8,7 @@
 
 class CVelmarManagerDoc;
 class DirectoryNode;
+class InviteRecipientSink;
 class MemberGridProxy;
 class MemberGridView;
 class MessageService;
@@ -45,7 +46,7 @@ public:
         MoveLast,
         PlaceMembers, // 添加群组
         PositionList, // 等级列表
-        SendMail, // 登记发送邮件: greyed until the mail composer exists
+        SendMail, // 登记发送邮件: the selected members to the mail composer
     };
 
     // hives: where the splitter sizes are kept (nothing kept without).
@@ -54,6 +55,10 @@ public:
     ~COrganizeFormView() override;
 
     static QString caption(); // 类别编辑
+
+    // The invitation mail composer that "登记发送邮件" hands the selected
+    // members to; without one the command stays greyed.
+    void setMailRecipientSink(InviteRecipientSink *sink) { m_mailSink = sink; }
 
     MemberGridView *memberGrid(bool guest) const { return guest ? m_guestGrid : m_memberGrid; }
     OrganizeTreeView *tree(bool guest) const { return guest ? m_guestTree : m_regularTree; }
@@ -94,6 +99,7 @@ private:
     void deleteMembers();
     void moveNode(Command command);
     void placeMembers();
+    void sendMail();
     void setPosition(bool guest, const QModelIndex &membership, qint32 rankId);
 
     // Shows why an edit was refused: at the cell of the grid it names, or at
@@ -115,6 +121,7 @@ private:
     CVelmarManagerDoc &m_document;
     MessageService &m_messages;
     RegistryHives *m_hives;
+    InviteRecipientSink *m_mailSink = nullptr;
     MemberGridProxy *m_memberProxy = nullptr;
     MemberGridProxy *m_guestProxy = nullptr;
     MemberGridView *m_memberGrid = nullptr;
