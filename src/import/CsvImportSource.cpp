@@ -1,5 +1,6 @@
 #include "CsvImportSource.h"
 
+#include <cstdio>
 #include <QFile>
 #include <QFileInfo>
 
@@ -49,8 +50,12 @@ CsvImportSource::CsvImportSource(
 std::unique_ptr<CsvImportSource> CsvImportSource::open(
     const ImportSourceSpec &spec, const CodePage &codePage, QString *error)
 {
-    QFile file(spec.location);
-    if (!file.open(QIODevice::ReadOnly)) {
+    // "-" is standard input, so that a script can pipe its rows in.
+    QFile file;
+    const bool opened = spec.location == u"-"_s
+        ? file.open(stdin, QIODevice::ReadOnly)
+        : (file.setFileName(spec.location), file.open(QIODevice::ReadOnly));
+    if (!opened) {
         if (error)
             *error = u"cannot read %1: %2"_s.arg(spec.location, file.errorString());
         return nullptr;

@@ -9,12 +9,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-CtlRun velmarctl(TempServerDir &dir, const QStringList &arguments)
+CtlRun velmarctl(TempServerDir &dir, const QStringList &arguments, const QByteArray &input = {})
 {
     return runCommand(QStringLiteral(VELMARCTL_PATH),
         QStringList { u"import"_s } + arguments
-            + QStringList {
-                u"--server-dir"_s, dir.programDir(), u"--registry-dir"_s, dir.registryDir() });
+            + QStringList { u"--server-dir"_s, dir.programDir(), u"--registry-dir"_s,
+                dir.registryDir() },
+        QProcessEnvironment::systemEnvironment(), input);
 }
 
 QStringList members(TestDatabase &db)
@@ -87,7 +88,10 @@ void TestVelmarCtlImport::skipRefusedAndDryRun()
     const QStringList arguments { u"csv:"_s + dir.filePath(u"staff.csv"_s), u"--map"_s,
         u"用户ID=工号"_s, u"--map"_s, u"password=3"_s, u"--map"_s, u"gender="_s, u"--map"_s,
         u"邮箱="_s, u"--skip-refused"_s };
-    CtlRun run = velmarctl(dir, arguments + QStringList { u"--dry-run"_s });
+    // The dry run reads the same rows from standard input.
+    QStringList piped = arguments;
+    piped[0] = u"csv:-"_s;
+    CtlRun run = velmarctl(dir, piped + QStringList { u"--dry-run"_s }, staffCsv());
     QVERIFY2(run.exitCode == 0, qPrintable(run.err));
     QCOMPARE(run.err, u"row 3: 用户已存在.\n"_s);
     QVERIFY(run.outText().startsWith(u"added zoe (id 2)\nadded yan (id 3)\nadded xia (id 4)\n"_s));
