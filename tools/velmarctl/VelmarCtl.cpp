@@ -6,6 +6,7 @@
 #include "ConsoleMessageService.h"
 #include "CReadDBThread.h"
 #include "CVelmarManagerDoc.h"
+#include "DamagedConfigLines.h"
 #include "DataDoctor.h"
 #include "DbConnection.h"
 #include "DbSession.h"
@@ -493,6 +494,11 @@ int VelmarCtl::run(const Options &options)
 
     const Folder folder(options);
     RegistryHives *hives = folder.hives.get();
+    if (options.verbose) {
+        // Read without them; neither file is written while they are there.
+        for (const QString &line : DamagedConfigLines::of(*hives, folder.profilePath))
+            printTo(stderr, u"velmarctl: skipped a damaged line: %1\n"_s.arg(line));
+    }
     if (options.command == u"logs"_s)
         return LogsCommand::run(options.logs, *hives, options.serverDir);
     folder.prepareDatabaseSettings();
