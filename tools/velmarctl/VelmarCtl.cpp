@@ -853,6 +853,13 @@ int VelmarCtl::doctor(const Options &options, SqlTrace *trace)
             ServerDataLoader loader(session, profilePath);
             loader.setLockWait(lockWait(options));
             const ServerDataLoader::Result result = loader.run(data);
+            if (result.outcome == ServerDataLoader::Outcome::ReadFailed) {
+                // The database's findings say which rows stopped it.
+                printTo(stderr,
+                    u"velmarctl: the load stopped: %1\n"_s.arg(
+                        result.error.formatted().replace(u"\r\n"_s, u"\n"_s)));
+                return int(LoadFailed);
+            }
             if (!result.ok())
                 return result.outcome == ServerDataLoader::Outcome::Busy ? int(Busy)
                                                                          : int(LoadFailed);
@@ -863,8 +870,12 @@ int VelmarCtl::doctor(const Options &options, SqlTrace *trace)
     };
 
     QList<DataDoctor::Finding> before;
-    if (const int code = examine(&before, true); code != Success)
-        return code == Busy ? (printBusy(options), code) : code;
+    const int examined = examine(&before, true);
+    if (examined == Busy)
+        return printBusy(options), examined;
+    // A load that stopped on a row still shows what the database holds.
+    if (examined != Success && (before.isEmpty() || options.fix))
+        return examined;
     if (!options.fix) {
         if (options.json) {
             const QJsonObject report { { u"findings"_s, DataDoctor::toJson(before) },
@@ -874,7 +885,7 @@ int VelmarCtl::doctor(const Options &options, SqlTrace *trace)
         } else {
             printTo(stdout, DataDoctor::describe(before) + u'\n');
         }
-        return Success;
+        return examined;
     }
 
     const int steps = DataDoctor::repair(*document);
