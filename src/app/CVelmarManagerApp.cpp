@@ -216,7 +216,8 @@ void CVelmarManagerApp::reportDamagedLines()
     // administrator agrees; they are kept, as comments.
     const QString profilePath = m_frame->profilePath();
     const QStringList profileLines = DamagedConfigLines::ofProfile(profilePath);
-    if (!profileLines.isEmpty()) {
+    // A screenshot run has nobody to answer; the file then stays as it is.
+    if (!profileLines.isEmpty() && m_options.screenshotPath.isEmpty()) {
         const int answer = m_messages->showMessage(
             { u"服务器信息文件有错误的行, 已跳过:\n%1\n\n是否把这些行改为注释, 以便本程序可以修改这个文件?"_s
                     .arg(profileLines.join(u'\n')),
