@@ -227,8 +227,10 @@ void CVelmarManagerApp::reportDamagedLines()
             ProfileFile(profilePath).commentOutDamagedLines();
     }
     const QStringList lines = DamagedConfigLines::of(*m_hives, profilePath);
-    if (!lines.isEmpty())
+    if (!lines.isEmpty()) {
         m_frame->statusBar()->showMessage(u"已跳过有错误的行: "_s + lines.join(u"; "_s));
+        m_frame->statusBar()->setToolTip(lines.join(u'\n')); // the line may be cut
+    }
 }
 
 void CVelmarManagerApp::takeScreenshot()
