@@ -5,6 +5,7 @@
 #include "Recordset.h"
 #include "SqlStatementText.h"
 
+#include <cmath>
 #include <limits>
 #include <QStringList>
 
@@ -41,12 +42,19 @@ QStringList split(const char16_t *list)
     return QString::fromUtf16(list).split(u',');
 }
 
-bool isInt32(const QString &text)
+// What the load takes for a number: an integer, or a decimal number rounded
+// to one, within 32 bits; blanks around it do not count.
+bool isInt32(const QString &stored)
 {
+    const QString text = stored.trimmed();
     bool ok = false;
     const qint64 value = text.toLongLong(&ok);
-    return ok && value >= std::numeric_limits<qint32>::min()
-        && value <= std::numeric_limits<qint32>::max();
+    if (ok)
+        return value >= std::numeric_limits<qint32>::min()
+            && value <= std::numeric_limits<qint32>::max();
+    const double real = std::nearbyint(text.toDouble(&ok));
+    return ok && std::isfinite(real) && real >= double(std::numeric_limits<qint32>::min())
+        && real <= double(std::numeric_limits<qint32>::max());
 }
 
 } // namespace
