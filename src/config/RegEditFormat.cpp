@@ -265,6 +265,14 @@ private:
         return false;
     }
 
+    // A damaged value line whose name could be read: an earlier line's value
+    // of that name does not stand in for it, the value reads as missing.
+    bool skipValue(qsizetype index, const QString &name, const QString &reason)
+    {
+        m_current->removeValue(name);
+        return skip(index, reason);
+    }
+
     bool parse()
     {
         qsizetype i = 0;
@@ -347,7 +355,7 @@ private:
         }
         skipSpaces(line, pos);
         if (pos >= line.size() || line.at(pos) != u'=')
-            return skip(first, u"expected '=' after the value name"_s);
+            return skipValue(first, name, u"expected '=' after the value name"_s);
         ++pos;
         skipSpaces(line, pos);
         const QString data = line.mid(pos);
@@ -356,9 +364,9 @@ private:
         if (data.startsWith(u'"')) {
             qsizetype end = 0;
             if (!parseQuoted(data, end, value.text))
-                return skip(first, u"the string has no closing quote"_s);
+                return skipValue(first, name, u"the string has no closing quote"_s);
             if (!QStringView(data).mid(end).trimmed().isEmpty())
-                return skip(first, u"text after the closing quote"_s);
+                return skipValue(first, name, u"text after the closing quote"_s);
             // Trailing NULs are the string's terminator, as in hex(1) data:
             // kept, the value would read back shorter after a save.
             while (value.text.endsWith(QChar(u'\0')))
@@ -370,32 +378,34 @@ private:
         } else if (data.startsWith(u"dword:", Qt::CaseInsensitive)) {
             value.type = RegistryType::DWord;
             if (!parseHexNumber(QStringView(data).mid(6).trimmed(), 8, value.number))
-                return skip(first, u"a dword needs 1 to 8 hex digits"_s);
+                return skipValue(first, name, u"a dword needs 1 to 8 hex digits"_s);
         } else if (data.startsWith(u"hex", Qt::CaseInsensitive)) {
             quint32 type = RegistryType::Binary;
             const qsizetype colon = data.indexOf(u':');
             if (colon < 0)
-                return skip(first, u"hex data needs a ':'"_s);
+                return skipValue(first, name, u"hex data needs a ':'"_s);
             const QStringView kind = QStringView(data).mid(3, colon - 3);
             if (!kind.isEmpty()
                 && (!kind.startsWith(u'(') || !kind.endsWith(u')')
                     || !parseHexNumber(kind.mid(1, kind.size() - 2), 8, type))) {
-                return skip(first, u"expected hex: or hex(N):"_s);
+                return skipValue(first, name, u"expected hex: or hex(N):"_s);
             }
             QString bytesText = data.mid(colon + 1).trimmed();
             while (bytesText.endsWith(u'\\')) {
                 bytesText.chop(1);
                 if (++index >= m_lines.size())
-                    return skip(first, u"the hex data continues past the end of the file"_s);
+                    return skipValue(
+                        first, name, u"the hex data continues past the end of the file"_s);
                 bytesText += m_lines.at(index).trimmed();
             }
             QByteArray bytes;
             if (!parseHexBytes(bytesText, bytes))
-                return skip(first, u"hex data must be hex bytes separated by commas"_s);
+                return skipValue(first, name, u"hex data must be hex bytes separated by commas"_s);
             if (!valueFromHex(type, bytes, m_utf16, value))
-                return skip(first, u"hex(4) data must be 4 bytes"_s);
+                return skipValue(first, name, u"hex(4) data must be 4 bytes"_s);
         } else {
-            return skip(first, u"unknown value data (expected \"text\", dword: or hex)"_s);
+            return skipValue(
+                first, name, u"unknown value data (expected \"text\", dword: or hex)"_s);
         }
         m_current->setValue(name, value);
         return true;

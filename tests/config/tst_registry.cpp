@@ -539,6 +539,8 @@ private Q_SLOTS:
             << QByteArray("REGEDIT4\n\n[HKEY_LOCAL_MACHINE\\SOFTWARE\n\"A\"=\"1\"\n") << 3;
         QTest::newRow("empty key name")
             << QByteArray("REGEDIT4\n\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\\\Velmar]\n") << 3;
+        QTest::newRow("damaged line after a good one of the same name")
+            << QByteArray("REGEDIT4\n[HKEY_LOCAL_MACHINE\\X]\n\"B\"=\"1\"\n\"B\"=dword:zz\n") << 4;
         QTest::newRow("unknown data")
             << QByteArray("REGEDIT4\n[HKEY_LOCAL_MACHINE\\X]\n\"B\"=qword:1\n") << 3;
     }
