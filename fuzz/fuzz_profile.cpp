@@ -24,6 +24,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     for (const QString &key : { u"ConnectionString"_s, u"ServerPort"_s, u"Name"_s })
         total += profile.readString(u"Server"_s, key, u"-"_s, 1024).size();
     total += profile.readInt(u"Server"_s, u"ServerPort"_s, 7);
+    // A file with damaged lines is written only once they are comments.
+    if (!profile.damagedLines().isEmpty()
+        && (profile.writeString(u"Server"_s, u"Name"_s, u"x"_s) || !profile.commentOutDamagedLines()
+            || !profile.damagedLines().isEmpty()))
+        __builtin_trap();
     if (profile.writeString(u"Server"_s, u"Name"_s, u"Velmar 测试"_s)
         && profile.readString(u"Server"_s, u"Name"_s, {}, 1024) != u"Velmar 测试"_s)
         __builtin_trap();

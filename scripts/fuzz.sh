@@ -29,12 +29,18 @@ if [ ${#missing[@]} -gt 0 ]; then
   $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
 fi
 
+# Only the fuzz targets and the libraries they link are built, through ccache
+# (the same objects again after a commit cost a cache look-up each).
 build=build/fuzz
+launcher=()
+command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
 if [ ! -f "$build/CMakeCache.txt" ]; then
   CC=clang CXX=clang++ cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-    -DVELMAR_FUZZ=ON -DVELMAR_WERROR=OFF >/dev/null
+    -DVELMAR_FUZZ=ON -DVELMAR_WERROR=OFF "${launcher[@]}" >/dev/null
 fi
-cmake --build "$build" -j"${VELMAR_JOBS:-2}" --target fuzzers
+build_start=$(date +%s)
+cmake --build "$build" -j"${VELMAR_JOBS:-$(nproc)}" --target fuzzers
+echo "fuzz build: $(( $(date +%s) - build_start )) s"
 
 targets=("$@")
 if [ ${#targets[@]} -eq 0 ]; then

@@ -19,6 +19,8 @@ packages=(
   # manual pages, icons, packages and their checks
   scdoc cmark librsvg2-bin groff groff-base dpkg-dev fakeroot file lintian
   desktop-file-utils appstream bash-completion
+  # the fuzz targets (scripts/fuzz.sh): clang, libFuzzer and the sanitizers
+  clang libclang-rt-14-dev
 )
 
 missing=()

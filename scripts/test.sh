@@ -2,7 +2,8 @@
 # Installs what is needed, builds, and runs every test: first in the release
 # build, then again in the sanitizer build. A private PostgreSQL server and a
 # private systemd user manager (for the service tests) are started for the run
-# and stopped afterwards.
+# and stopped afterwards. Then every fuzz target runs for VELMAR_FUZZ_SECONDS
+# (default 30; 0 leaves the fuzzing out).
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
@@ -31,3 +32,10 @@ export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"
 bash scripts/pg-test-server.sh run -- bash scripts/systemd-test-manager.sh run -- \
   ctest --test-dir build/asan --output-on-failure -j "$jobs"
 echo "tests (sanitizers): $(( $(date +%s) - start )) s"
+
+fuzz_seconds=${VELMAR_FUZZ_SECONDS:-30}
+if [ "$fuzz_seconds" -gt 0 ]; then
+  start=$(date +%s)
+  bash scripts/fuzz.sh "$fuzz_seconds"
+  echo "fuzzing: $(( $(date +%s) - start )) s"
+fi

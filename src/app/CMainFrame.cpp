@@ -692,6 +692,10 @@ void CMainFrame::startLoading()
     connect(reader, &CReadDBThread::workerExited, this, [this, progress, reader](int) {
         progress->close();
         progress->deleteLater();
+        // A load that stopped on a row (a text in a number column, ...):
+        // the data check names the rows, so that they can be mended.
+        if (reader->loadResult().outcome == ServerDataLoader::Outcome::ReadFailed)
+            commandAction(CommandId::DataCheck)->setEnabled(true);
         reader->deleteLater();
         QGuiApplication::restoreOverrideCursor();
         m_loading = false;

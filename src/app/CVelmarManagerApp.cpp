@@ -8,11 +8,13 @@
 #include "COrganizeFormView.h"
 #include "CRegistry.h"
 #include "CVelmarManagerDoc.h"
+#include "DamagedConfigLines.h"
 #include "ImportSourcePage.h"
 #include "ImportWizard.h"
 #include "InviteComposer.h"
 #include "LogTableModel.h"
 #include "MemberGridView.h"
+#include "ProfileFile.h"
 #include "ProgramLauncher.h"
 #include "QtMessageService.h"
 #include "RegistryHives.h"
@@ -31,6 +33,7 @@
 #include <QFileInfo>
 #include <QFont>
 #include <QFontDatabase>
+#include <QStatusBar>
 #include <QTimer>
 
 using namespace Qt::StringLiterals;
@@ -169,6 +172,7 @@ void CVelmarManagerApp::createFrame()
         *m_messages, [] { return QDateTime::currentDateTime(); }, m_trace.get(), true,
         m_serviceManager.get() });
     m_messages->setMainWindow(m_frame.get());
+    reportDamagedLines();
     m_messages->setBalloonsEnabled(m_frame->balloonHelp());
     connect(m_frame.get(), &CMainFrame::balloonHelpChanged, m_messages.get(),
         &QtMessageService::setBalloonsEnabled);
@@ -219,6 +223,29 @@ void CVelmarManagerApp::reportBrokenHives()
         m_messages->showMessage(
             { u"注册表文件有错误, 本程序不会修改它:\n%1"_s.arg(error), u"VelmarManager"_s,
                 MessageService::Buttons::Ok, MessageService::Icon::Error, nullptr });
+    }
+}
+
+void CVelmarManagerApp::reportDamagedLines()
+{
+    // Serverinfo.ini is only rewritten with damaged lines when the
+    // administrator agrees; they are kept, as comments.
+    const QString profilePath = m_frame->profilePath();
+    const QStringList profileLines = DamagedConfigLines::ofProfile(profilePath);
+    // A screenshot run has nobody to answer; the file then stays as it is.
+    if (!profileLines.isEmpty() && m_options.screenshotPath.isEmpty()) {
+        const int answer = m_messages->showMessage(
+            { u"服务器信息文件有错误的行, 已跳过:\n%1\n\n是否把这些行改为注释, 以便本程序可以修改这个文件?"_s
+                    .arg(profileLines.join(u'\n')),
+                u"VelmarManager"_s, MessageService::Buttons::YesNo, MessageService::Icon::Question,
+                nullptr });
+        if (answer == MessageService::Yes)
+            ProfileFile(profilePath).commentOutDamagedLines();
+    }
+    const QStringList lines = DamagedConfigLines::of(*m_hives, profilePath);
+    if (!lines.isEmpty()) {
+        m_frame->statusBar()->showMessage(u"已跳过有错误的行: "_s + lines.join(u"; "_s));
+        m_frame->statusBar()->setToolTip(lines.join(u'\n')); // the line may be cut
     }
 }
 

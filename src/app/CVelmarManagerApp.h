@@ -44,6 +44,9 @@ private:
     // "文件 → 打开服务器文件夹…": a new frame on the folder chosen.
     void switchServerFolder();
     void reportBrokenHives();
+    // Serverinfo.ini's damaged lines (asks to turn them into comments) and
+    // every skipped line of both files in the status line.
+    void reportDamagedLines();
     // "/install": register every daemon; then, at every start, the missing ones.
     void registerServices();
     void takeScreenshot();

@@ -119,7 +119,9 @@ void DataCheckDialog::examine()
         m_status->setText(total == 0
                 ? u"没有发现问题."_s
                 : u"共 %1 处问题. \"保存后修复\" 为 \"是\" 的问题在修复并保存后消失."_s.arg(total));
-    m_repair->setEnabled(total > 0);
+    // Repairs are edits of a working copy read whole.
+    m_repair->setEnabled(
+        total > 0 && m_document.loadState() == CVelmarManagerDoc::LoadState::Complete);
 }
 
 void DataCheckDialog::repair()

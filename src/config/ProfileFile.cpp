@@ -61,10 +61,28 @@ LoadResult load(const QString &path, const CodePage &codePage, Document &documen
     return LoadResult::Loaded;
 }
 
-// "[name]" after leading blanks; the name runs to the last ']' on the line. A
-// '[' line without ']' is no section header, as in the system's own parser.
+// A line that no editor writes: a '[' line without ']' (a header cut short),
+// or control characters and undecodable bytes (a file half overwritten, the
+// zeros a crash leaves at the end of a file). It is neither a section header
+// nor a key, so it cannot move the keys after it into a section or be read
+// as a value.
+bool isDamaged(const QString &line)
+{
+    if (line.trimmed().startsWith(u';'))
+        return false; // a comment may hold anything
+    for (const QChar c : line) {
+        if ((c.unicode() < 0x20 && c != u'\t') || c == QChar::ReplacementCharacter)
+            return true;
+    }
+    const QString trimmed = line.trimmed();
+    return trimmed.startsWith(u'[') && !trimmed.contains(u']');
+}
+
+// "[name]" after leading blanks; the name runs to the last ']' on the line.
 std::optional<QString> sectionName(const QString &line)
 {
+    if (isDamaged(line))
+        return std::nullopt;
     const QString trimmed = line.trimmed();
     if (!trimmed.startsWith(u'['))
         return std::nullopt;
@@ -118,7 +136,8 @@ qsizetype findKey(
     const Document &document, std::pair<qsizetype, qsizetype> range, const QString &key)
 {
     for (qsizetype i = range.first + 1; i < range.second; ++i) {
-        if (sameName(keyLine(document.lines.at(i).text).key, key))
+        if (!isDamaged(document.lines.at(i).text)
+            && sameName(keyLine(document.lines.at(i).text).key, key))
             return i;
     }
     return -1;
@@ -147,6 +166,21 @@ std::optional<QString> lookUp(
 bool hasLineBreak(const QString &text)
 {
     return text.contains(u'\n') || text.contains(u'\r');
+}
+
+bool store(const QString &path, const CodePage &codePage, const Document &document)
+{
+    QString text;
+    for (const Line &line : document.lines)
+        text += line.text + line.end;
+    const QByteArray bytes = codePage.encodeServerFile(text, document.encoding);
+
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    if (file.write(bytes) != bytes.size())
+        return false; // the temporary file is discarded; the old file stays
+    return file.commit();
 }
 
 bool isBlankOrComment(const QString &line)
@@ -204,6 +238,13 @@ bool ProfileFile::writeString(const QString &section, const QString &key, const 
     const LoadResult loaded = load(m_path, m_codePage, document);
     if (loaded == LoadResult::Unreadable)
         return false;
+    // A file this reader could not fully read is not rewritten until the
+    // administrator agreed to keep its damaged lines as comments: they may be
+    // what someone still needs.
+    if (std::any_of(document.lines.cbegin(), document.lines.cend(),
+            [](const Line &line) { return isDamaged(line.text); })) {
+        return false;
+    }
     if (loaded == LoadResult::Loaded) {
         // A read-only file stays as it is, as with the system's writer; the
         // rename below would otherwise replace it regardless.
@@ -245,17 +286,44 @@ bool ProfileFile::writeString(const QString &section, const QString &key, const 
         lines.append({ trimmedKey + u'=' + value, document.newLine });
     }
 
-    QString text;
-    for (const Line &line : std::as_const(lines))
-        text += line.text + line.end;
-    const QByteArray bytes = m_codePage.encodeServerFile(text, document.encoding);
+    return store(m_path, m_codePage, document);
+}
 
-    QSaveFile file(m_path);
-    if (!file.open(QIODevice::WriteOnly))
+QList<ProfileFile::Damage> ProfileFile::damagedLines() const
+{
+    QList<Damage> damaged;
+    Document document;
+    if (load(m_path, m_codePage, document) != LoadResult::Loaded)
+        return damaged;
+    for (qsizetype i = 0; i < document.lines.size(); ++i) {
+        if (isDamaged(document.lines.at(i).text))
+            damaged.append({ int(i + 1), document.lines.at(i).text });
+    }
+    return damaged;
+}
+
+bool ProfileFile::commentOutDamagedLines()
+{
+    Document document;
+    if (load(m_path, m_codePage, document) != LoadResult::Loaded)
         return false;
-    if (file.write(bytes) != bytes.size())
-        return false; // the temporary file is discarded; the old file stays
-    return file.commit();
+    bool changed = false;
+    for (Line &line : document.lines) {
+        if (!isDamaged(line.text))
+            continue;
+        // Kept as a comment, so that nothing of it is lost; control
+        // characters become '?'.
+        QString text = line.text;
+        for (QChar &c : text) {
+            if (c.unicode() < 0x20 && c != u'\t')
+                c = u'?';
+        }
+        line.text = u";"_s + text;
+        changed = true;
+    }
+    if (!changed)
+        return true;
+    return store(m_path, m_codePage, document);
 }
 
 int ProfileFile::parseDecimal(QStringView text)

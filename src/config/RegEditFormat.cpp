@@ -241,6 +241,7 @@ public:
         if (parse()) {
             result.ok = true;
             result.root = std::move(m_root);
+            result.skipped = std::move(m_skipped);
         } else {
             result.errorLine = m_errorLine;
             result.errorReason = m_errorReason;
@@ -254,6 +255,22 @@ private:
         m_errorLine = int(index + 1);
         m_errorReason = reason;
         return false;
+    }
+
+    // A damaged line is left out and the rest of the file read; the hive
+    // then refuses writes, so the file keeps the line for someone to mend.
+    bool skip(qsizetype index, const QString &reason)
+    {
+        m_skipped.append({ int(index + 1), reason });
+        return false;
+    }
+
+    // A damaged value line whose name could be read: an earlier line's value
+    // of that name does not stand in for it, the value reads as missing.
+    bool skipValue(qsizetype index, const QString &name, const QString &reason)
+    {
+        m_current->removeValue(name);
+        return skip(index, reason);
     }
 
     bool parse()
@@ -273,9 +290,15 @@ private:
             const QString line = m_lines.at(i).trimmed();
             if (line.isEmpty() || line.startsWith(u';'))
                 continue;
-            const bool ok = line.startsWith(u'[') ? parseKeyLine(line, i) : parseValueLine(line, i);
-            if (!ok)
-                return false;
+            if (line.startsWith(u'[')) {
+                if (!parseKeyLine(line, i)) {
+                    // Its values cannot be told from another key's.
+                    m_current = nullptr;
+                    m_inDeletedKey = true;
+                }
+            } else {
+                parseValueLine(line, i);
+            }
         }
         return true;
     }
@@ -283,7 +306,7 @@ private:
     bool parseKeyLine(const QString &line, qsizetype index)
     {
         if (!line.endsWith(u']'))
-            return fail(index, u"a key line must end with ']'"_s);
+            return skip(index, u"a key line must end with ']'"_s);
         const QString inner = line.mid(1, line.size() - 2);
         if (inner.startsWith(u'-')) {
             // An import file's "delete this key": in a hive it simply is not there.
@@ -293,16 +316,18 @@ private:
         }
         const QStringList parts = inner.split(u'\\');
         if (parts.first().compare(m_rootName, Qt::CaseInsensitive) != 0)
-            return fail(index, u"the key is not below %1"_s.arg(m_rootName));
-        RegistryKey *key = &m_root;
+            return skip(index, u"the key is not below %1"_s.arg(m_rootName));
+        // Checked whole first: a skipped line makes no key.
         for (qsizetype p = 1; p < parts.size(); ++p) {
             if (!RegEditFormat::isValidKeyName(parts.at(p))) {
-                return fail(index,
+                return skip(index,
                     parts.at(p).isEmpty() ? u"empty key name"_s
                                           : u"key name longer than 255 characters"_s);
             }
-            key = &key->ensureChild(parts.at(p));
         }
+        RegistryKey *key = &m_root;
+        for (qsizetype p = 1; p < parts.size(); ++p)
+            key = &key->ensureChild(parts.at(p));
         m_current = key;
         m_inDeletedKey = false;
         return true;
@@ -315,7 +340,7 @@ private:
         if (!m_current) {
             if (m_inDeletedKey)
                 return true;
-            return fail(first, u"a value before the first key"_s);
+            return skip(first, u"a value before the first key"_s);
         }
 
         qsizetype pos = 0;
@@ -324,13 +349,13 @@ private:
             pos = 1;
         } else if (line.startsWith(u'"')) {
             if (!parseQuoted(line, pos, name))
-                return fail(first, u"the value name has no closing quote"_s);
+                return skip(first, u"the value name has no closing quote"_s);
         } else {
-            return fail(first, u"expected a key in [...] or a value \"Name\"=..."_s);
+            return skip(first, u"expected a key in [...] or a value \"Name\"=..."_s);
         }
         skipSpaces(line, pos);
         if (pos >= line.size() || line.at(pos) != u'=')
-            return fail(first, u"expected '=' after the value name"_s);
+            return skipValue(first, name, u"expected '=' after the value name"_s);
         ++pos;
         skipSpaces(line, pos);
         const QString data = line.mid(pos);
@@ -339,9 +364,9 @@ private:
         if (data.startsWith(u'"')) {
             qsizetype end = 0;
             if (!parseQuoted(data, end, value.text))
-                return fail(first, u"the string has no closing quote"_s);
+                return skipValue(first, name, u"the string has no closing quote"_s);
             if (!QStringView(data).mid(end).trimmed().isEmpty())
-                return fail(first, u"text after the closing quote"_s);
+                return skipValue(first, name, u"text after the closing quote"_s);
             // Trailing NULs are the string's terminator, as in hex(1) data:
             // kept, the value would read back shorter after a save.
             while (value.text.endsWith(QChar(u'\0')))
@@ -353,32 +378,34 @@ private:
         } else if (data.startsWith(u"dword:", Qt::CaseInsensitive)) {
             value.type = RegistryType::DWord;
             if (!parseHexNumber(QStringView(data).mid(6).trimmed(), 8, value.number))
-                return fail(first, u"a dword needs 1 to 8 hex digits"_s);
+                return skipValue(first, name, u"a dword needs 1 to 8 hex digits"_s);
         } else if (data.startsWith(u"hex", Qt::CaseInsensitive)) {
             quint32 type = RegistryType::Binary;
             const qsizetype colon = data.indexOf(u':');
             if (colon < 0)
-                return fail(first, u"hex data needs a ':'"_s);
+                return skipValue(first, name, u"hex data needs a ':'"_s);
             const QStringView kind = QStringView(data).mid(3, colon - 3);
             if (!kind.isEmpty()
                 && (!kind.startsWith(u'(') || !kind.endsWith(u')')
                     || !parseHexNumber(kind.mid(1, kind.size() - 2), 8, type))) {
-                return fail(first, u"expected hex: or hex(N):"_s);
+                return skipValue(first, name, u"expected hex: or hex(N):"_s);
             }
             QString bytesText = data.mid(colon + 1).trimmed();
             while (bytesText.endsWith(u'\\')) {
                 bytesText.chop(1);
                 if (++index >= m_lines.size())
-                    return fail(first, u"the hex data continues past the end of the file"_s);
+                    return skipValue(
+                        first, name, u"the hex data continues past the end of the file"_s);
                 bytesText += m_lines.at(index).trimmed();
             }
             QByteArray bytes;
             if (!parseHexBytes(bytesText, bytes))
-                return fail(first, u"hex data must be hex bytes separated by commas"_s);
+                return skipValue(first, name, u"hex data must be hex bytes separated by commas"_s);
             if (!valueFromHex(type, bytes, m_utf16, value))
-                return fail(first, u"hex(4) data must be 4 bytes"_s);
+                return skipValue(first, name, u"hex(4) data must be 4 bytes"_s);
         } else {
-            return fail(first, u"unknown value data (expected \"text\", dword: or hex)"_s);
+            return skipValue(
+                first, name, u"unknown value data (expected \"text\", dword: or hex)"_s);
         }
         m_current->setValue(name, value);
         return true;
@@ -390,6 +417,7 @@ private:
     RegistryKey *m_current = nullptr;
     bool m_inDeletedKey = false;
     bool m_utf16 = false;
+    QList<RegEditFormat::Skipped> m_skipped;
     int m_errorLine = 0;
     QString m_errorReason;
 };

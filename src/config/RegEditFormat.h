@@ -3,6 +3,7 @@
 #include "RegistryKey.h"
 
 #include <QByteArray>
+#include <QList>
 #include <QString>
 
 // The REGEDIT4 text a hive is kept in: "REGEDIT4", a blank line, then per key a
@@ -13,10 +14,19 @@
 class RegEditFormat
 {
 public:
+    struct Skipped
+    {
+        int line = 0; // 1-based
+        QString reason;
+    };
+    // ok: the file is a hive; the lines in skipped (damaged: a key line cut
+    // short, a value that cannot be read) are left out with the values of a
+    // skipped key. Not ok: no hive at all (errorLine, errorReason).
     struct ParseResult
     {
         bool ok = false;
         RegistryKey root;
+        QList<Skipped> skipped;
         int errorLine = 0; // 1-based
         QString errorReason;
     };

@@ -48,7 +48,9 @@ std::optional<QStringList> splitPath(const QString &path)
 
 struct RegistryHive::Private
 {
-    enum class DiskState { Readable, Unreadable, Corrupt };
+    // Damaged: read without the lines that could not be parsed; such a file
+    // is never written, as a Corrupt one (no hive at all) is not.
+    enum class DiskState { Readable, Damaged, Unreadable, Corrupt };
 
     QString filePath;
     QString rootName;
@@ -75,6 +77,7 @@ struct RegistryHive::Private
     RegistryKey *volatileKey(const QStringList &path);
     const RegistryKey *diskKey(const QStringList &path) const;
     qint32 readFailure() const;
+    bool readable() const { return state == DiskState::Readable || state == DiskState::Damaged; }
     // Runs change on a copy of the file's tree under the cross-process lock
     // and writes the result when change reports a modification.
     qint32 modifyFile(const std::function<qint32(RegistryKey &root, bool &changed)> &change);
@@ -106,17 +109,25 @@ void RegistryHive::Private::refresh() const
     fileExists = true;
     loaded = true;
     RegEditFormat::ParseResult result = RegEditFormat::parse(bytes, rootName);
-    if (result.ok) {
+    const QString where = QDir::toNativeSeparators(filePath);
+    if (result.ok && result.skipped.isEmpty()) {
         disk = std::move(result.root);
         state = DiskState::Readable;
         parseError.clear();
         return;
     }
-    disk = RegistryKey(rootName);
-    state = DiskState::Corrupt;
-    parseError = u"%1:%2: %3"_s.arg(QDir::toNativeSeparators(filePath))
-                     .arg(result.errorLine)
-                     .arg(result.errorReason);
+    if (result.ok) {
+        disk = std::move(result.root);
+        state = DiskState::Damaged;
+        QStringList lines;
+        for (const RegEditFormat::Skipped &skipped : std::as_const(result.skipped))
+            lines << u"%1:%2: %3"_s.arg(where).arg(skipped.line).arg(skipped.reason);
+        parseError = lines.join(u'\n');
+    } else {
+        disk = RegistryKey(rootName);
+        state = DiskState::Corrupt;
+        parseError = u"%1:%2: %3"_s.arg(where).arg(result.errorLine).arg(result.errorReason);
+    }
     if (parseError != reportedError) {
         reportedError = parseError;
         qWarning("Registry hive cannot be parsed and will not be written: %s",
@@ -132,7 +143,7 @@ RegistryKey *RegistryHive::Private::volatileKey(const QStringList &path)
 
 const RegistryKey *RegistryHive::Private::diskKey(const QStringList &path) const
 {
-    return state == DiskState::Readable ? disk.find(path) : nullptr;
+    return state == DiskState::Readable || state == DiskState::Damaged ? disk.find(path) : nullptr;
 }
 
 qint32 RegistryHive::Private::readFailure() const
@@ -164,7 +175,7 @@ qint32 RegistryHive::Private::modifyFile(
 
     // Whatever another process wrote since our last read is the base of this change.
     refresh();
-    if (state == DiskState::Corrupt)
+    if (state == DiskState::Corrupt || state == DiskState::Damaged)
         return RegistryStatus::BadDatabase;
     if (state == DiskState::Unreadable)
         return RegistryStatus::AccessDenied;
@@ -250,7 +261,7 @@ qint32 RegistryHive::createKey(const QString &path, bool isVolatile)
         // Keys that exist in the file become placeholders; every missing one,
         // like the key itself, is created volatile.
         RegistryKey *key = &d->volatileRoot;
-        const RegistryKey *onDisk = d->state == Private::DiskState::Readable ? &d->disk : nullptr;
+        const RegistryKey *onDisk = d->diskKey({});
         for (const QString &part : *parts) {
             onDisk = onDisk ? onDisk->child(part) : nullptr;
             const bool lasting = onDisk && !key->isVolatile();
@@ -282,7 +293,7 @@ qint32 RegistryHive::keyExists(const QString &path) const
     if (d->volatileKey(*parts))
         return RegistryStatus::Success;
     d->refresh();
-    if (d->state != Private::DiskState::Readable)
+    if (!d->readable())
         return d->readFailure();
     return d->diskKey(*parts) ? RegistryStatus::Success : RegistryStatus::FileNotFound;
 }
@@ -317,7 +328,7 @@ qint32 RegistryHive::queryValue(const QString &keyPath, const QString &name, Val
     const RegistryKey *key = d->volatileKey(*parts);
     if (!key) {
         d->refresh();
-        if (d->state != Private::DiskState::Readable)
+        if (!d->readable())
             return d->readFailure();
         key = d->diskKey(*parts);
     }
@@ -362,7 +373,8 @@ qint32 RegistryHive::deleteKey(const QString &path)
         removed = parent->removeChild(parts->last());
 
     d->refresh();
-    if (d->diskKey(*parts) || d->state == Private::DiskState::Corrupt) {
+    if (d->diskKey(*parts) || d->state == Private::DiskState::Corrupt
+        || d->state == Private::DiskState::Damaged) {
         const qint32 status = d->modifyFile([&](RegistryKey &root, bool &changed) {
             RegistryKey *parent = root.find(parentPath);
             changed = parent && parent->removeChild(parts->last());
@@ -378,5 +390,7 @@ QString RegistryHive::parseError() const
 {
     QMutexLocker locker(&d->mutex);
     d->refresh();
-    return d->state == Private::DiskState::Corrupt ? d->parseError : QString();
+    return d->state == Private::DiskState::Corrupt || d->state == Private::DiskState::Damaged
+        ? d->parseError
+        : QString();
 }

@@ -2,14 +2,13 @@
 
 #include "RegistryTypes.h"
 
+#include <memory>
 #include <QByteArray>
 #include <QDateTime>
 #include <QMutex>
 #include <QString>
 #include <QStringList>
 #include <QVariant>
-
-#include <memory>
 
 // One root key's hive kept in a REGEDIT4 text file. Reads see the file as it is
 // on disk now (the server and a second console write it too); every write takes
@@ -21,9 +20,9 @@ public:
     struct Value
     {
         quint32 type = RegistryType::None;
-        QString text;      // String, ExpandString
+        QString text; // String, ExpandString
         quint32 number = 0; // DWord
-        QByteArray raw;    // any other type, as stored
+        QByteArray raw; // any other type, as stored
     };
 
     // restrictive: create the file with mode 0600 (the machine hive holds secrets).
@@ -40,7 +39,9 @@ public:
     qint32 deleteValue(const QString &keyPath, const QString &name);
     qint32 deleteKey(const QString &path); // with its sub-keys
 
-    // "file:line: reason" when the file on disk cannot be parsed, else empty.
+    // "file:line: reason" when the file on disk cannot be parsed, one such
+    // line per damaged line when it was read without them; else empty. Either
+    // way the file is not written.
     QString parseError() const;
 
 private:

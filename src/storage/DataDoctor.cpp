@@ -5,9 +5,11 @@
 #include "Directory.h"
 #include "DirectoryEditor.h"
 #include "DirectoryNode.h"
+#include "NumberColumns.h"
 #include "Recordset.h"
 #include "SavePreflight.h"
 
+#include <algorithm>
 #include <QHash>
 #include <QJsonObject>
 
@@ -48,9 +50,9 @@ const Check checks[] = {
     { u"relation-flag-null", u"所属关系的 IsGuestRelation 为空 (不会被读取)",
         u"SELECT OMemberID, OGroupID FROM Relation WHERE IsGuestRelation IS NULL", false },
     { u"group-parent-missing", u"上级群组不存在 (显示在最上层)",
-        u"SELECT g.OGroupID, g.OGroupID_P FROM [Group] g WHERE g.OGroupID_P <> -1 AND "
-        u"g.OGroupID_P <> -100 AND NOT EXISTS (SELECT 1 FROM [Group] p WHERE p.OGroupID = "
-        u"g.OGroupID_P)",
+        u"SELECT g.OGroupID, g.OGroupID_P FROM [Group] g WHERE g.OGroupID_P IS NULL OR "
+        u"(g.OGroupID_P <> -1 AND g.OGroupID_P <> -100 AND NOT EXISTS (SELECT 1 FROM [Group] p "
+        u"WHERE p.OGroupID = g.OGroupID_P))",
         true },
     { u"relation-member-missing", u"所属关系的成员不存在",
         u"SELECT r.OMemberID, r.OGroupID FROM Relation r WHERE r.OMemberID IS NOT NULL AND NOT "
@@ -142,6 +144,76 @@ bool passesCharacterRule(QStringView userId)
     return true;
 }
 
+bool isNumber(const Recordset &set, int column)
+{
+    try {
+        set.intField(column, 0);
+        return true;
+    } catch (const DbException &) {
+        return false;
+    }
+}
+
+DataDoctor::Finding numberColumnTexts(DbConnection &connection)
+{
+    DataDoctor::Finding finding { u"number-column-text"_s,
+        u"数字列中有文字或超出范围的数 (读取会在此停止)"_s, 0, {}, false };
+    for (const NumberColumns::Text &text : NumberColumns::texts(connection)) {
+        addExample(
+            finding, u"%1.%2 (%3): '%4'"_s.arg(text.table, text.column, text.row, text.value));
+    }
+    return finding;
+}
+
+// Groups whose parent chain runs in a circle (a group its own parent
+// included) never reach the top of their tree; the load shows them at the
+// top. Walked without recursion: a chain may be as long as the table.
+DataDoctor::Finding groupCycles(DbConnection &connection)
+{
+    DataDoctor::Finding finding { u"group-parent-cycle"_s, u"上级群组形成循环 (显示在最上层)"_s, 0,
+        {}, true };
+    // Per tree, as the load reads them: guest groups, and the others with a
+    // flag of 0 or NULL.
+    QHash<qint32, qint32> parents[2];
+    Recordset set = connection.execute(u"SELECT OGroupID, OGroupID_P, IsGuestGroup FROM [Group]"_s);
+    while (!set.isEOF()) {
+        // NULLs and texts are reported as missing parents and number-column texts.
+        if (!set.isNull(0) && !set.isNull(1) && isNumber(set, 0) && isNumber(set, 1)
+            && (set.isNull(2) || isNumber(set, 2))) {
+            const int flag = set.intField(2, 0);
+            if (flag == 0 || flag == 1)
+                parents[flag].insert(set.intField(0), set.intField(1, 0));
+        }
+        set.moveNext();
+    }
+    set.close();
+    QList<std::pair<qint32, qint32>> members; // (id, parent) in a cycle
+    for (const QHash<qint32, qint32> &tree : parents) {
+        enum State : char { OnPath = 1, Done = 2 };
+        QHash<qint32, char> state;
+        QList<qint32> path;
+        for (auto it = tree.cbegin(); it != tree.cend(); ++it) {
+            path.clear();
+            qint32 id = it.key();
+            while (tree.contains(id) && !state.contains(id)) {
+                state.insert(id, OnPath);
+                path << id;
+                id = tree.value(id);
+            }
+            if (state.value(id) == OnPath) {
+                for (qsizetype i = path.indexOf(id); i < path.size(); ++i)
+                    members.append({ path.at(i), tree.value(path.at(i)) });
+            }
+            for (const qint32 walked : std::as_const(path))
+                state[walked] = Done;
+        }
+    }
+    std::sort(members.begin(), members.end());
+    for (const auto &[id, parent] : std::as_const(members))
+        addExample(finding, u"%1/%2"_s.arg(id).arg(parent));
+    return finding;
+}
+
 } // namespace
 
 QList<DataDoctor::Finding> DataDoctor::examine(DbConnection &connection)
@@ -163,6 +235,7 @@ QList<DataDoctor::Finding> DataDoctor::examine(DbConnection &connection)
         set.close();
         findings << finding;
     }
+    findings << numberColumnTexts(connection) << groupCycles(connection);
     return findings;
 }
 

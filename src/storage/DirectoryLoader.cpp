@@ -192,7 +192,7 @@ private:
 
     void wait(Pending group)
     {
-        m_waitingOrder.emplace_back(group.seq, group.parentId);
+        m_waitingOrder.push_back({ group.seq, group.parentId, group.id });
         m_waiting[group.parentId].append(std::move(group));
     }
 
@@ -227,39 +227,77 @@ private:
         }
     }
 
+    // What still waits never reaches the top through its parents: its parent
+    // is no group of this tree, or the parents run in a circle. Those whose
+    // parent is missing go to the top first, each with what waits below it;
+    // then each circle is cut at one of its groups, which goes to the top with
+    // the rest of the circle and everything below it, so that only the link
+    // closing the circle is lost. Both in read order, without recursion.
     void placeWaiting()
     {
-        // What still waits has no parent in this tree; in read order.
-        for (const auto &waiting : m_waitingOrder) {
-            // Named copies, not the structured binding: some compilers do
-            // not let a lambda capture a binding.
-            const auto seq = waiting.first;
-            const auto parentId = waiting.second;
-            if (m_placedSeq.contains(seq))
+        QHash<qint32, qint32> parentOf; // waiting group id -> its parent's
+        QHash<qint32, qsizetype> waitingIndex; // waiting group id -> m_waitingOrder
+        for (qsizetype i = 0; i < qsizetype(m_waitingOrder.size()); ++i) {
+            parentOf.insert(m_waitingOrder[i].id, m_waitingOrder[i].parentId);
+            waitingIndex.insert(m_waitingOrder[i].id, i);
+        }
+        for (const Waiting &waiting : m_waitingOrder) {
+            if (!parentOf.contains(waiting.parentId))
+                placeAtTop(waiting);
+        }
+        QSet<qint32> seen;
+        for (const Waiting &waiting : m_waitingOrder) {
+            if (m_placedSeq.contains(waiting.seq))
                 continue;
-            auto list = m_waiting.find(parentId);
-            if (list == m_waiting.end())
-                continue;
-            auto found = std::find_if(
-                list->begin(), list->end(), [seq](const Pending &p) { return p.seq == seq; });
-            if (found == list->end())
-                continue;
-            Pending group = std::move(*found);
-            list->erase(found);
-            if (list->isEmpty())
-                m_waiting.erase(list);
-            m_unknownParent.append(group.id);
-            place(m_tree.root(), std::move(group));
+            // Up the parents to the first group met twice: it is on the circle.
+            seen.clear();
+            qint32 id = waiting.id;
+            while (parentOf.contains(id) && !seen.contains(id)) {
+                seen.insert(id);
+                id = parentOf.value(id);
+            }
+            const qsizetype cut = waitingIndex.value(id, -1);
+            if (cut >= 0 && !m_placedSeq.contains(m_waitingOrder[size_t(cut)].seq))
+                placeAtTop(m_waitingOrder[size_t(cut)]);
+            if (!m_placedSeq.contains(waiting.seq))
+                placeAtTop(waiting); // ids used twice can leave it out of its circle
         }
         m_waitingOrder.clear();
         m_waiting.clear();
+    }
+
+    struct Waiting
+    {
+        int seq;
+        qint32 parentId;
+        qint32 id;
+    };
+
+    void placeAtTop(const Waiting &waiting)
+    {
+        if (m_placedSeq.contains(waiting.seq))
+            return;
+        auto list = m_waiting.find(waiting.parentId);
+        if (list == m_waiting.end())
+            return;
+        const int seq = waiting.seq;
+        auto found = std::find_if(
+            list->begin(), list->end(), [seq](const Pending &p) { return p.seq == seq; });
+        if (found == list->end())
+            return;
+        Pending group = std::move(*found);
+        list->erase(found);
+        if (list->isEmpty())
+            m_waiting.erase(list);
+        m_unknownParent.append(group.id);
+        place(m_tree.root(), std::move(group));
     }
 
     DirectoryData &m_data;
     DirectoryTree &m_tree;
     QList<qint32> &m_unknownParent;
     QHash<qint32, QList<Pending>> m_waiting; // by the parent id they wait for
-    std::vector<std::pair<int, qint32>> m_waitingOrder; // (seq, parent id) in read order
+    std::vector<Waiting> m_waitingOrder; // in read order
     QSet<int> m_placedSeq;
     int m_nextSeq = 0;
 };

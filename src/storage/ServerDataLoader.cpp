@@ -6,6 +6,7 @@
 #include "DirectoryLoader.h"
 #include "LoadProgress.h"
 #include "NoticeBoard.h"
+#include "NumberColumns.h"
 #include "ProfileFile.h"
 #include "ServerDataSet.h"
 
@@ -84,6 +85,7 @@ ServerDataLoader::Result ServerDataLoader::run(ServerDataSet &data, LoadProgress
 
     Step step = Step::Directory;
     try {
+        NumberColumns::requireNumbers(connection);
         DirectoryLoader::load(connection, data.directory, progress);
 
         step = Step::Positions;

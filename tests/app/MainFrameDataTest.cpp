@@ -376,6 +376,8 @@ void MainFrameDataTest::closeAfterFailedLoad()
     QCOMPARE(env.f.messages.boxTexts().constLast(), failure);
     QCOMPARE(directoryRows(frame), QStringList({ u"成员: —"_s, u"群组: —"_s }));
     QVERIFY(!frame.commandAction(CommandId::Save)->isEnabled());
+    // The data check names the rows a load stopped on.
+    QCOMPARE(frame.commandAction(CommandId::DataCheck)->isEnabled(), schema);
     QCOMPARE(frame.serverData()->loadState(),
         schema ? CVelmarManagerDoc::LoadState::Partial : CVelmarManagerDoc::LoadState::NotLoaded);
 

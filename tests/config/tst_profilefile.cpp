@@ -1,3 +1,4 @@
+#include "DamagedConfigLines.h"
 #include "FileBytes.h"
 #include "PrivilegeDrop.h"
 #include "ProfileFile.h"
@@ -262,6 +263,43 @@ private Q_SLOTS:
         ProfileFile file(m_path, Gbk);
         QVERIFY(!file.writeString(section, key, value));
         QCOMPARE(fileBytes(m_path), before);
+    }
+
+    void damagedLinesAreSkippedAndNotRewritten()
+    {
+        // A header cut short, the zeros a crash leaves: each line is skipped, the keys around it
+        // read as ever.
+        QByteArray before("[ServerInfo]\r\nA=1\r\n[GroupInfo\r\nB=2\r\n");
+        before += QByteArrayView("Version=00\0\0\r\n", 14);
+        before += "[DBInfo]\r\nD=4\r\n";
+        QVERIFY(writeBytes(m_path, before));
+        ProfileFile file(m_path, Gbk);
+        QCOMPARE(file.readString(u"ServerInfo"_s, u"A"_s, QString(), 64), u"1"_s);
+        // B stays in ServerInfo: the cut header opens no section.
+        QCOMPARE(file.readString(u"ServerInfo"_s, u"B"_s, QString(), 64), u"2"_s);
+        QCOMPARE(file.readInt(u"ServerInfo"_s, u"Version"_s, 7), 7);
+        QCOMPARE(file.readString(u"DBInfo"_s, u"D"_s, QString(), 64), u"4"_s);
+        QList<int> lines;
+        for (const ProfileFile::Damage &damage : file.damagedLines())
+            lines << damage.line;
+        QCOMPARE(lines, QList<int>({ 3, 5 }));
+        const QStringList report = DamagedConfigLines::ofProfile(m_path);
+        QCOMPARE(report.size(), 2);
+        QVERIFY2(report.first().startsWith(QDir::toNativeSeparators(m_path) + u":3: "_s),
+            qPrintable(report.first()));
+
+        QVERIFY(!file.writeString(u"GroupInfo"_s, u"Version"_s, u"0002"_s));
+        QCOMPARE(fileBytes(m_path), before);
+
+        // Agreed: the damaged lines become comments, nothing else changes,
+        // and the file is written as any other.
+        QVERIFY(file.commentOutDamagedLines());
+        QVERIFY(file.damagedLines().isEmpty());
+        QVERIFY(file.writeString(u"GroupInfo"_s, u"Version"_s, u"0002"_s));
+        QByteArray after("[ServerInfo]\r\nA=1\r\n;[GroupInfo\r\nB=2\r\n;Version=00??\r\n");
+        after += "[DBInfo]\r\nD=4\r\n";
+        after += "\r\n[GroupInfo]\r\nVersion=0002\r\n";
+        QCOMPARE(fileBytes(m_path), after);
     }
 
     void unwritableFileOrFolder()

@@ -1,4 +1,5 @@
 #include "CRegistry.h"
+#include "DamagedConfigLines.h"
 #include "FileBytes.h"
 #include "PrivilegeDrop.h"
 #include "RegEditFormat.h"
@@ -515,66 +516,77 @@ private Q_SLOTS:
         QVERIFY(file.contains("\"Home\"=hex(2):25,48,4f,4d,45,25,00\n"));
     }
 
-    void corruptFileIsNeverWritten_data()
+    void damagedLinesAreSkippedAndTheFileNeverWritten_data()
     {
         QTest::addColumn<QByteArray>("contents");
         QTest::addColumn<int>("line");
 
+        // Only a file without the header is no hive at all; otherwise the
+        // damaged line (and the values of a damaged key line) is left out.
         QTest::newRow("no header") << QByteArray("[HKEY_LOCAL_MACHINE\\SOFTWARE]\n") << 1;
         QTest::newRow("unterminated string") << QByteArray(
             "REGEDIT4\n\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\Velmar]\n\"A\"=\"1\"\n"
             "\"B\"=\"oops\n") << 5;
         QTest::newRow("value before key") << QByteArray("REGEDIT4\r\n\"A\"=\"1\"\r\n") << 2;
         QTest::newRow("other root")
-            << QByteArray("REGEDIT4\n\n[HKEY_CURRENT_USER\\Software]\n") << 3;
+            << QByteArray("REGEDIT4\n\n[HKEY_CURRENT_USER\\Software]\n\"A\"=\"1\"\n") << 3;
         QTest::newRow("bad hex") << QByteArray(
             "REGEDIT4\n[HKEY_LOCAL_MACHINE\\X]\n\"B\"=hex:01,\\\n  0g\n")
                                  << 3;
         QTest::newRow("bad dword")
             << QByteArray("REGEDIT4\n[HKEY_LOCAL_MACHINE\\X]\n\"B\"=dword:123456789\n") << 3;
         QTest::newRow("key line without bracket")
-            << QByteArray("REGEDIT4\n\n[HKEY_LOCAL_MACHINE\\SOFTWARE\n") << 3;
+            << QByteArray("REGEDIT4\n\n[HKEY_LOCAL_MACHINE\\SOFTWARE\n\"A\"=\"1\"\n") << 3;
         QTest::newRow("empty key name")
             << QByteArray("REGEDIT4\n\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\\\Velmar]\n") << 3;
+        QTest::newRow("damaged line after a good one of the same name")
+            << QByteArray("REGEDIT4\n[HKEY_LOCAL_MACHINE\\X]\n\"B\"=\"1\"\n\"B\"=dword:zz\n") << 4;
         QTest::newRow("unknown data")
             << QByteArray("REGEDIT4\n[HKEY_LOCAL_MACHINE\\X]\n\"B\"=qword:1\n") << 3;
     }
 
-    void corruptFileIsNeverWritten()
+    void damagedLinesAreSkippedAndTheFileNeverWritten()
     {
         QFETCH(QByteArray, contents);
         QFETCH(int, line);
+        const bool hive = line > 1;
+        // A well-formed key after the damage, which is read unless the file
+        // is no hive.
+        contents += "\n[HKEY_LOCAL_MACHINE\\Good]\n\"G\"=\"yes\"\n";
 
         TempServerDir dir;
-        RegistryHive &hive = dir.hives().hive(RegistryRoot::LocalMachine);
-        QVERIFY(writeBytes(hive.filePath(), contents));
+        RegistryHive &file = dir.hives().hive(RegistryRoot::LocalMachine);
+        QVERIFY(writeBytes(file.filePath(), contents));
 
         const QString where
-            = QDir::toNativeSeparators(hive.filePath()) + u':' + QString::number(line) + u": "_s;
+            = QDir::toNativeSeparators(file.filePath()) + u':' + QString::number(line) + u": "_s;
         // Said once, however often the file is read.
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QRegularExpression::escape(where)));
         QTest::failOnWarning(QRegularExpression(u"cannot be parsed"_s));
-        QVERIFY2(hive.parseError().startsWith(where), qPrintable(hive.parseError()));
-
-        CRegistry registry(dir.hives(), RegistryRoot::LocalMachine);
-        QVERIFY(!registry.openKey(RegistryRoot::LocalMachine, u"SOFTWARE"_s));
-        QCOMPARE(registry.lastResult(), RegistryStatus::FileNotFound);
-        QString value;
-        QCOMPARE(readRegistryString(
-                     dir.hives(), RegistryRoot::LocalMachine, u"SOFTWARE\\Velmar"_s, u"A"_s, value),
-            -1);
+        QVERIFY2(file.parseError().startsWith(where), qPrintable(file.parseError()));
         QCOMPARE(
-            hive.queryValue(u"SOFTWARE\\Velmar"_s, u"A"_s, nullptr), RegistryStatus::FileNotFound);
+            DamagedConfigLines::of(dir.hives(), dir.iniPath()).value(0).left(where.size()), where);
+
+        RegistryHive::Value good;
+        QCOMPARE(file.queryValue(u"Good"_s, u"G"_s, &good),
+            hive ? RegistryStatus::Success : RegistryStatus::FileNotFound);
+        QCOMPARE(good.text, hive ? u"yes"_s : QString());
+        // What the damaged line held reads as missing.
+        CRegistry registry(dir.hives(), RegistryRoot::LocalMachine);
+        QCOMPARE(registry.openKey(RegistryRoot::LocalMachine, u"SOFTWARE\\Velmar"_s),
+            QByteArray(QTest::currentDataTag()) == "unterminated string");
+        QCOMPARE(file.queryValue(u"X"_s, u"B"_s, nullptr), RegistryStatus::FileNotFound);
+        QCOMPARE(file.queryValue(u"SOFTWARE"_s, u"A"_s, nullptr), RegistryStatus::FileNotFound);
 
         QVERIFY(!registry.createKey(RegistryRoot::LocalMachine, DatabaseKey));
         QCOMPARE(registry.lastResult(), RegistryStatus::BadDatabase);
-        QCOMPARE(hive.setValue(QString(), u"A"_s, number(1)), RegistryStatus::BadDatabase);
-        QCOMPARE(hive.deleteKey(u"SOFTWARE"_s), RegistryStatus::BadDatabase);
-        QCOMPARE(fileBytes(hive.filePath()), contents);
+        QCOMPARE(file.setValue(u"Good"_s, u"A"_s, number(1)), RegistryStatus::BadDatabase);
+        QCOMPARE(file.deleteKey(u"Good"_s), RegistryStatus::BadDatabase);
+        QCOMPARE(fileBytes(file.filePath()), contents);
 
         // Once repaired, the hive works again.
-        QVERIFY(writeBytes(hive.filePath(), "REGEDIT4\n"));
-        QVERIFY(hive.parseError().isEmpty());
+        QVERIFY(writeBytes(file.filePath(), "REGEDIT4\n"));
+        QVERIFY(file.parseError().isEmpty());
         QVERIFY(registry.createKey(RegistryRoot::LocalMachine, DatabaseKey));
     }
 

@@ -82,9 +82,12 @@ void TestServerDataLoad::fullLoad()
 
     // The data sets in their designed order, each read after the one before.
     // Without the aggregate queries that end the load (the fingerprint the
-    // save checks against).
+    // save checks against) and the look for texts in number columns that
+    // SQLite's ODBC driver would read as 0.
     QStringList statements = readTrace(tracePath);
-    statements.removeIf([](const QString &s) { return s.startsWith(u"SELECT COUNT(*),"_s); });
+    statements.removeIf([](const QString &s) {
+        return s.startsWith(u"SELECT COUNT(*),"_s) || s.startsWith(u"SELECT CAST("_s);
+    });
     QStringList heads;
     static const QRegularExpression table(u"\\bFROM\\s+(\\S+)"_s);
     for (const QString &s : statements)

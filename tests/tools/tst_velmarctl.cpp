@@ -3,6 +3,7 @@
 #include "DirectoryFixture.h"
 #include "NotificationListeners.h"
 #include "ProfileFile.h"
+#include "RegistryHives.h"
 #include "SaveJournal.h"
 #include "ServerDataFixture.h"
 #include "ServerDataSet.h"
@@ -214,6 +215,7 @@ private Q_SLOTS:
     // The doctor's queries differ between the backends.
     void doctor_data() { TestDatabase::addBackends(); }
     void doctor();
+    void damagedFilesAndRows();
 };
 
 void TestVelmarCtl::load_data()
@@ -706,6 +708,41 @@ void TestVelmarCtl::doctor()
             u"voip-id-outside-pool 1"_s, u"right-folder-missing 1"_s, u"right-group-missing 1"_s,
             u"right-member-missing 1"_s, u"userid-case-twins 1"_s, u"userid-characters 1"_s }));
     QCOMPARE(db.count(u"Relation"_s, u"OMemberID = 777"_s), 0);
+}
+
+void TestVelmarCtl::damagedFilesAndRows()
+{
+    // A damaged line in the user hive and in Serverinfo.ini, a text in a
+    // number column of the database.
+    TempServerDir dir;
+    TestDatabase db(TestDatabase::Backend::SqliteFile, dir.programDir());
+    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    QVERIFY(db.writeConnectionString(dir.hives()));
+    QVERIFY2(db.execAll(populatedDatabase()
+                 + QStringList { u"INSERT INTO Member (OMemberID, MemberID, Passwd, Gender, "
+                                 u"IsGuestMember) VALUES (7,'text','x','abc',0)"_s }),
+        qPrintable(db.errorString()));
+    const QString hive = dir.hives().hive(RegistryRoot::CurrentUser).filePath();
+    QVERIFY(dir.writeFile(u"../registry/HKEY_CURRENT_USER.reg"_s,
+        "REGEDIT4\n\n[HKEY_CURRENT_USER\\Software\n\"A\"=\"1\"\n"));
+    QVERIFY(QFile::exists(hive));
+    QFile ini(dir.iniPath());
+    QVERIFY(ini.open(QIODevice::Append));
+    ini.write("[GroupInfo\r\n");
+    ini.close();
+    const int iniLine = int(dir.readFile(u"Serverinfo.ini"_s).count('\n'));
+
+    CtlRun run = ctl(dir, { u"doctor"_s, u"--verbose"_s });
+    QCOMPARE(run.exitCode, 1); // the load stopped; the findings are printed anyway
+    QVERIFY2(run.err.contains(u"skipped a damaged line: %1:3: "_s.arg(hive)), qPrintable(run.err));
+    QVERIFY2(run.err.contains(u"skipped a damaged line: %1:%2: "_s.arg(dir.iniPath()).arg(iniLine)),
+        qPrintable(run.err));
+    QVERIFY2(run.err.contains(u"holds 'abc', not a 32-bit number."_s), qPrintable(run.err));
+    QVERIFY2(run.outText().contains(u"Member.Gender (OMemberID=7, MemberID=text): 'abc'"_s),
+        qPrintable(run.outText()));
+    // Neither file was written.
+    QCOMPARE(dir.readFile(u"../registry/HKEY_CURRENT_USER.reg"_s),
+        QByteArray("REGEDIT4\n\n[HKEY_CURRENT_USER\\Software\n\"A\"=\"1\"\n"));
 }
 
 QTEST_GUILESS_MAIN(TestVelmarCtl)

@@ -6,6 +6,7 @@
 #include "ConsoleMessageService.h"
 #include "CReadDBThread.h"
 #include "CVelmarManagerDoc.h"
+#include "DamagedConfigLines.h"
 #include "DataDoctor.h"
 #include "DbConnection.h"
 #include "DbSession.h"
@@ -550,6 +551,11 @@ int VelmarCtl::run(const Options &options)
 
     const Folder folder(options);
     RegistryHives *hives = folder.hives.get();
+    if (options.verbose) {
+        // Read without them; neither file is written while they are there.
+        for (const QString &line : DamagedConfigLines::of(*hives, folder.profilePath))
+            printTo(stderr, u"velmarctl: skipped a damaged line: %1\n"_s.arg(line));
+    }
     if (options.command == u"logs"_s)
         return LogsCommand::run(options.logs, *hives, options.serverDir);
     folder.prepareDatabaseSettings();
@@ -921,6 +927,13 @@ int VelmarCtl::doctor(const Options &options, SqlTrace *trace)
             ServerDataLoader loader(session, profilePath);
             loader.setLockWait(lockWait(options));
             const ServerDataLoader::Result result = loader.run(data);
+            if (result.outcome == ServerDataLoader::Outcome::ReadFailed) {
+                // The database's findings say which rows stopped it.
+                printTo(stderr,
+                    u"velmarctl: the load stopped: %1\n"_s.arg(
+                        result.error.formatted().replace(u"\r\n"_s, u"\n"_s)));
+                return int(LoadFailed);
+            }
             if (!result.ok())
                 return result.outcome == ServerDataLoader::Outcome::Busy ? int(Busy)
                                                                          : int(LoadFailed);
@@ -931,8 +944,12 @@ int VelmarCtl::doctor(const Options &options, SqlTrace *trace)
     };
 
     QList<DataDoctor::Finding> before;
-    if (const int code = examine(&before, true); code != Success)
-        return code == Busy ? (printBusy(options), code) : code;
+    const int examined = examine(&before, true);
+    if (examined == Busy)
+        return printBusy(options), examined;
+    // A load that stopped on a row still shows what the database holds.
+    if (examined != Success && (before.isEmpty() || options.fix))
+        return examined;
     if (!options.fix) {
         if (options.json) {
             const QJsonObject report { { u"findings"_s, DataDoctor::toJson(before) },
@@ -942,7 +959,7 @@ int VelmarCtl::doctor(const Options &options, SqlTrace *trace)
         } else {
             printTo(stdout, DataDoctor::describe(before) + u'\n');
         }
-        return Success;
+        return examined;
     }
 
     const int steps = DataDoctor::repair(*document);
