@@ -649,9 +649,10 @@ bool CMainFrame::queryClose()
 {
     if (!m_loadComplete)
         return true;
-    return ServerDataSaver(*m_document, m_session, m_context.messages, m_profilePath,
-        m_context.hives, m_programDirectory)
-        .saveOnClose();
+    ServerDataSaver saver(*m_document, m_session, m_context.messages, m_profilePath,
+        m_context.hives, m_programDirectory);
+    saver.setAskToMendProfile(true);
+    return saver.saveOnClose();
 }
 
 void CMainFrame::startLoading()
@@ -727,6 +728,7 @@ void CMainFrame::saveDocument()
     ServerDataSaver saver(*m_document, m_session, m_context.messages, m_profilePath,
         m_context.hives, m_programDirectory);
     saver.setLockWait(waiting.wait());
+    saver.setAskToMendProfile(true);
     saver.setPreviewAction([this, &saver] {
         QGuiApplication::setOverrideCursor(Qt::WaitCursor);
         SavePreviewDialog dialog(saver.preview(), this);

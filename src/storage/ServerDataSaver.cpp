@@ -289,6 +289,13 @@ ServerDataSaver::Result ServerDataSaver::save(bool confirmed)
         return result;
     }
 
+    // The version tells the server and its clients that the organisation
+    // changed; a save that could not write it would go unnoticed.
+    if (!profileWritable()) {
+        result.outcome = Outcome::DamagedProfile;
+        return result;
+    }
+
     if (m_conflictPolicy != ConflictPolicy::Overwrite && !m_data.origin().isEmpty()) {
         QElapsedTimer guard;
         guard.start();
@@ -401,6 +408,36 @@ ServerDataSaver::Result ServerDataSaver::save(bool confirmed)
 
     m_data.markSaved();
     return result;
+}
+
+bool ServerDataSaver::profileWritable()
+{
+    ProfileFile profile(m_profilePath);
+    const QList<ProfileFile::Damage> damaged = profile.damagedLines();
+    if (damaged.isEmpty())
+        return true;
+    QStringList lines;
+    for (const ProfileFile::Damage &damage : damaged)
+        lines << u"%1:%2: %3"_s.arg(QDir::toNativeSeparators(m_profilePath))
+                     .arg(damage.line)
+                     .arg(damage.text.left(80));
+    MessageService::Box box;
+    box.title = u"VelmarManager"_s;
+    if (m_askToMendProfile) {
+        box.text = u"服务器信息文件有错误的行:\n%1\n\n保存要在这个文件中写入组织版本. "
+                   "是否把这些行改为注释后保存?"_s.arg(lines.join(u'\n'));
+        box.buttons = MessageService::Buttons::YesNo;
+        box.icon = MessageService::Icon::Question;
+        if (m_messages.showMessage(box) == MessageService::Yes && profile.commentOutDamagedLines())
+            return true;
+        return false;
+    }
+    box.text = u"服务器信息文件有错误的行, 无法写入组织版本, 没有保存:\n%1\n"
+               "请修复这些行, 或在控制台中同意把它们改为注释."_s.arg(lines.join(u'\n'));
+    box.buttons = MessageService::Buttons::Ok;
+    box.icon = MessageService::Icon::Exclamation;
+    m_messages.showMessage(box);
+    return false;
 }
 
 ServerDataSaver::Preview ServerDataSaver::preview()

@@ -40,6 +40,9 @@ public:
         MemberMissing, // a member without login name or password
         DatabaseError, // a statement failed (the journal stays)
         UnsafeText, // texts that would break their statements: nothing written
+        // Serverinfo.ini has damaged lines, so the organisation version cannot
+        // be written, and they were not made comments: nothing written.
+        DamagedProfile,
         JournalError, // the journal could not be written: nothing written
         Busy, // another save held the folder and the wait gave up: nothing written
         // Another program saved since the working copy was read, and the
@@ -123,6 +126,10 @@ public:
     void setLockWait(ServerFolderLock::Wait wait) { m_lockWait = std::move(wait); }
     static constexpr qint64 DefaultLockWaitMs = 60 * 1000;
     void setConflictPolicy(ConflictPolicy policy) { m_conflictPolicy = policy; }
+    // The console asks whether to turn the server information file's damaged
+    // lines into comments (the only way the version can be written); without
+    // an administrator to ask (velmarctl) the save is refused instead.
+    void setAskToMendProfile(bool ask) { m_askToMendProfile = ask; }
     // Whether a successful save reads the tables again for the next save of
     // this working copy (the console); a process that saves once and ends
     // (velmarctl) does without.
@@ -176,6 +183,7 @@ public:
     static QString lockErrorText(const QString &path, const QString &why);
 
 private:
+    bool profileWritable();
     void balloon(const QString &text);
     void errorBox(const DbError &error);
 
@@ -189,6 +197,7 @@ private:
     SaveJournalRunner::Checkpoint m_checkpoint;
     ServerFolderLock::Wait m_lockWait;
     ConflictPolicy m_conflictPolicy = ConflictPolicy::Ask;
+    bool m_askToMendProfile = false;
     std::function<void()> m_previewAction;
     bool m_rememberOrigin = true;
 };

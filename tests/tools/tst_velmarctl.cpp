@@ -743,6 +743,18 @@ void TestVelmarCtl::damagedFilesAndRows()
     // Neither file was written.
     QCOMPARE(dir.readFile(u"../registry/HKEY_CURRENT_USER.reg"_s),
         QByteArray("REGEDIT4\n\n[HKEY_CURRENT_USER\\Software\n\"A\"=\"1\"\n"));
+
+    // With the row mended, a save still cannot write the organisation
+    // version into the damaged ini file: nobody is there to agree to a
+    // rewrite, so nothing is saved.
+    QVERIFY(db.exec(u"UPDATE Member SET Gender = 0 WHERE OMemberID = 7"_s));
+    const QByteArray iniBefore = dir.readFile(u"Serverinfo.ini"_s);
+    run = ctl(dir, { u"member"_s, u"add"_s, u"fresh"_s, u"--password"_s, u"pf"_s });
+    QCOMPARE(run.exitCode, 2);
+    QVERIFY2(run.err.contains(u"%1:%2: [GroupInfo"_s.arg(dir.iniPath()).arg(iniLine)),
+        qPrintable(run.err));
+    QCOMPARE(dir.readFile(u"Serverinfo.ini"_s), iniBefore);
+    QCOMPARE(db.count(u"Member"_s, u"MemberID = 'fresh'"_s), 0);
 }
 
 QTEST_GUILESS_MAIN(TestVelmarCtl)
