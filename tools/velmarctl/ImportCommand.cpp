@@ -1,5 +1,6 @@
 #include "ImportCommand.h"
 
+#include "ConsoleOutput.h"
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
 #include "ImportSource.h"
@@ -9,16 +10,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-void printTo(FILE *stream, const QString &text)
-{
-    const QByteArray bytes = text.toUtf8();
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stream);
-    std::fflush(stream);
-}
-
-} // namespace
+namespace { } // namespace
 
 void ImportCommand::addOptions(QCommandLineParser &parser)
 {

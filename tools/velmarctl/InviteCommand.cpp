@@ -1,5 +1,6 @@
 #include "InviteCommand.h"
 
+#include "ConsoleOutput.h"
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
 #include "InviteMailSettings.h"
@@ -15,13 +16,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-void print(FILE *stream, const QString &text)
-{
-    const QByteArray bytes = text.toUtf8();
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stream);
-    std::fflush(stream);
-}
 
 const UserInfo *findMember(const Directory &directory, const QString &userId)
 {
@@ -90,13 +84,13 @@ int InviteCommand::run(const Options &options, const CVelmarManagerDoc &document
 
     const MailAddress sender = MailAddress::parse(settings.sender);
     if (sender.address.isEmpty()) {
-        print(stderr,
+        printTo(stderr,
             u"velmarctl: no sender address: give --from or set it in the console's mail "
             "composer\n"_s);
         return UsageError;
     }
     if (!options.dryRun && settings.host.isEmpty()) {
-        print(stderr,
+        printTo(stderr,
             u"velmarctl: no SMTP server: give --smtp or set it in the console's mail composer\n"_s);
         return UsageError;
     }
@@ -107,7 +101,7 @@ int InviteCommand::run(const Options &options, const CVelmarManagerDoc &document
     for (const QString &userId : options.userIds) {
         const UserInfo *member = findMember(*document.directory(), userId);
         if (!member) {
-            print(stderr, u"velmarctl: no member has the user ID %1\n"_s.arg(userId));
+            printTo(stderr, u"velmarctl: no member has the user ID %1\n"_s.arg(userId));
             unknown = true;
         }
         members.append(member);
@@ -118,7 +112,7 @@ int InviteCommand::run(const Options &options, const CVelmarManagerDoc &document
     QString templateText;
     QString error;
     if (!InviteTemplate::load(serverDir, &templateText, &error)) {
-        print(stderr, u"velmarctl: cannot read the mail template %1\n"_s.arg(error));
+        printTo(stderr, u"velmarctl: cannot read the mail template %1\n"_s.arg(error));
         return UsageError;
     }
     InviteFields fields = InviteTemplate::serverFields(profilePath);
@@ -142,7 +136,7 @@ int InviteCommand::run(const Options &options, const CVelmarManagerDoc &document
                 = SmtpPasswordStore::accountKey(account.user, account.host, account.port);
             const SmtpPasswordStore::Result stored = SmtpPasswordStore().read(key);
             if (!stored.ok) {
-                print(stderr,
+                printTo(stderr,
                     u"velmarctl: no password for %1 in the keyring (%2); set "
                     "VELMAR_SMTP_PASSWORD or store it in the console's mail composer\n"_s.arg(
                         key, stored.error));
@@ -165,7 +159,7 @@ int InviteCommand::run(const Options &options, const CVelmarManagerDoc &document
             = { member.displayName, member.email, member.loginName, member.password };
         if (!list.add(recipient)) {
             const bool duplicate = MailAddress::isUsable(member.email.trimmed());
-            print(report,
+            printTo(report,
                 u"%1\t%2\tnot taken: %3\n"_s.arg(member.loginName, member.email.trimmed(),
                     duplicate ? u"the address is already a recipient"_s
                               : u"no usable e-mail address"_s));
@@ -179,15 +173,16 @@ int InviteCommand::run(const Options &options, const CVelmarManagerDoc &document
                 InviteTemplate::fillPlain(subject, fields, taken),
                 InviteTemplate::fill(templateText, fields, taken), now });
         if (options.dryRun) {
-            print(stdout, QString::fromUtf8(mboxEntry(sender.address, now, message)));
-            print(report, u"%1\t%2\tnot sent (dry run)\n"_s.arg(taken.userId, taken.email));
+            printTo(stdout, QString::fromUtf8(mboxEntry(sender.address, now, message)));
+            printTo(report, u"%1\t%2\tnot sent (dry run)\n"_s.arg(taken.userId, taken.email));
             continue;
         }
         const SmtpResult result = smtp->send(sender.address, taken.email, message);
         if (result.ok) {
-            print(report, u"%1\t%2\tsent\n"_s.arg(taken.userId, taken.email));
+            printTo(report, u"%1\t%2\tsent\n"_s.arg(taken.userId, taken.email));
         } else {
-            print(report, u"%1\t%2\trefused: %3\n"_s.arg(taken.userId, taken.email, result.text()));
+            printTo(
+                report, u"%1\t%2\trefused: %3\n"_s.arg(taken.userId, taken.email, result.text()));
             failed = true;
         }
     }

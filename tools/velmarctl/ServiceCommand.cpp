@@ -1,5 +1,6 @@
 #include "ServiceCommand.h"
 
+#include "ConsoleOutput.h"
 #include "ProgramLauncher.h"
 #include "ServerNotification.h"
 #include "ServerNotifier.h"
@@ -13,13 +14,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-void printLine(FILE *stream, const QString &text)
-{
-    const QByteArray bytes = text.toUtf8() + '\n';
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stream);
-    std::fflush(stream);
-}
 
 QString stateWord(ServiceControl::State state)
 {

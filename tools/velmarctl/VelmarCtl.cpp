@@ -4,6 +4,7 @@
 #include "BuildInfo.h"
 #include "ConnectionStringMask.h"
 #include "ConsoleMessageService.h"
+#include "ConsoleOutput.h"
 #include "CReadDBThread.h"
 #include "CVelmarManagerDoc.h"
 #include "DamagedConfigLines.h"
@@ -41,13 +42,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-void printTo(FILE *stream, const QString &text)
-{
-    const QByteArray bytes = text.toUtf8();
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stream);
-    std::fflush(stream);
-}
 
 // VELMAR_SAVE_STOP_AT makes a save or a recovery stop its own process
 // (SIGSTOP) at one point, so that a test can kill it there with SIGKILL:
