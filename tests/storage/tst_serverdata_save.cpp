@@ -764,12 +764,10 @@ void TestServerDataSave::journalNotWritable()
 
 void TestServerDataSave::noticeDeleteFailure()
 {
-    SAVE_ENV(env, populatedDatabase());
-    QString error;
-    // The second notice cannot be deleted; the first one can.
-    QVERIFY2(
-        createPoisonTrigger(*env.db, u"DELETE"_s, u"CONTENTS"_s, {}, &error), qPrintable(error));
-    QVERIFY(dropPoisonTrigger(*env.db, u"CONTENTS"_s));
+    SAVE_ENV(env,
+        populatedDatabase()
+            << u"UPDATE CONTENTS SET FileSessionID = 'sess0' WHERE OCONTENTSID = 100"_s);
+    // The first notice cannot be deleted; the second one can.
     {
         QSqlDatabase raw = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"raw-notice"_s);
         raw.setDatabaseName(env.db->filePath());
@@ -779,14 +777,22 @@ void TestServerDataSave::noticeDeleteFailure()
     }
     QSqlDatabase::removeDatabase(u"raw-notice"_s);
     QCOMPARE(NoticeEditor(env.data).deleteNotices({ 0, 1 }).applied, 2);
+    // Both have uploaded items; the one beside the process goes with its notice.
+    const QString previous = QDir::currentPath();
+    QVERIFY(QDir::setCurrent(env.dir.programDir()));
+    for (const QString &session : { u"sess0"_s, u"sess1"_s })
+        QVERIFY(QDir().mkpath(u"VelmarFile2Upload/"_s + session) && QDir().mkpath(session));
 
     const ServerDataSaver::Result result = env.save(true);
+    QDir::setCurrent(previous);
     QVERIFY(result.ok());
     QCOMPARE(result.failedNoticeDeletes, 1);
     // Reported as the database session reports errors; the save goes on.
     QCOMPARE(env.messages.boxes().size(), 1);
     QVERIFY(env.messages.boxTexts().first().startsWith(u"(80004005) Unspecified error\r\n"_s));
     QCOMPARE(env.db->column(u"SELECT OCONTENTSID FROM CONTENTS"_s), QStringList { u"100"_s });
+    QVERIFY(QFileInfo::exists(env.dir.filePath(u"sess0"_s)));
+    QVERIFY(!QFileInfo::exists(env.dir.filePath(u"sess1"_s)));
     QCOMPARE(env.version(), u"0001"_s);
     QCOMPARE(env.listeners.drain(), QStringList { u"55052"_s });
 }
