@@ -45,11 +45,11 @@ class TestNoticeView : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void listDeleteAndSave();
+    void listAndDelete();
     void panel();
 };
 
-void TestNoticeView::listDeleteAndSave()
+void TestNoticeView::listAndDelete()
 {
     LoadedServer server;
     QString error;
@@ -89,10 +89,6 @@ void TestNoticeView::listDeleteAndSave()
     list->clearSelection();
     QTest::keyClick(list, Qt::Key_Delete);
     QCOMPARE(server.document.undoStack()->count(), 1);
-
-    QVERIFY2(server.save(&error), qPrintable(error));
-    QCOMPARE(server.rows(u"SELECT OCONTENTSID FROM CONTENTS ORDER BY WRITEDATE DESC"_s),
-        listedIds(view));
 }
 
 void TestNoticeView::panel()
