@@ -379,18 +379,7 @@ void TestVelmarCtlEdit::eitherListInEitherTree()
         db.column(u"SELECT OMemberID || '@' || OGroupID || ':' || IsGuestRelation FROM Relation "
                   "WHERE OMemberID IN (3, 5) ORDER BY OMemberID, OGroupID"_s),
         QStringList({ u"3@20:0"_s, u"3@50:1"_s, u"5@20:0"_s, u"5@51:1"_s }));
-    QCOMPARE(
-        db.column(u"SELECT MemberLevel FROM Member WHERE OMemberID IN (3, 5) ORDER BY OMemberID"_s),
-        QStringList({ u"3"_s, u"3"_s }));
-    // Deleting a regular member takes it out of both trees; a guest member
-    // leaves the guest tree only, as the console's delete does (the doctor
-    // lists what stays behind).
-    run = velmarctl(
-        QStringList { u"member"_s, u"delete"_s, u"gus"_s, u"carl"_s } + dirArguments(dir));
-    QVERIFY2(run.exitCode == 0, qPrintable(run.err));
-    QCOMPARE(
-        db.column(u"SELECT OMemberID || '@' || OGroupID FROM Relation WHERE OMemberID IN (3, 5)"_s),
-        QStringList { u"5@20"_s });
+    // What a delete takes out of which tree is the editor's to test.
 }
 
 void TestVelmarCtlEdit::preview()

@@ -173,6 +173,7 @@ void PermissionViewTest::accountsAndPopupCommands()
     QVERIFY(clickMenuItem(menu, u"自动分配电话号码"_s));
     QCOMPARE(m_f->messages().boxTexts(),
         QStringList({ u"已分配电话号码: 1 个会员; 没有可用号码: 2 个会员."_s }));
+    QCOMPARE(m_f->messages().boxes().constFirst().icon, MessageService::Icon::Exclamation);
     QCOMPARE(gridRows().at(1), u"bert:10100001:v102:p102"_s);
 
     // "删除 权限" on bert's row, from the pop-up: back to the defaults, his
