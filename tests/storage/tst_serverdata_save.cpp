@@ -506,9 +506,8 @@ void TestServerDataSave::failingStatement()
         QVERIFY(env.messages.balloons().isEmpty());
         QCOMPARE(env.messages.boxes().size(), 1);
         const MessageService::Box &box = env.messages.boxes().constFirst();
-        QCOMPARE(box.text,
-            u"(%1) %2\r\nSource - %3\r\nDesc - %4"_s.arg(QString::number(failed.error.hresult, 16),
-                failed.error.systemMessage(), failed.error.source, failed.error.description));
+        // The text's form is the error's own to test.
+        QCOMPARE(box.text, failed.error.formatted());
         QVERIFY2(box.text.contains(u"poisoned"_s), qPrintable(box.text));
         QCOMPARE(box.title, failed.error.systemMessage());
         QCOMPARE(box.buttons, MessageService::Buttons::Ok);
@@ -530,23 +529,14 @@ void TestServerDataSave::failingStatement()
     // The journal stays for the next start, which finishes the save.
     QVERIFY(QFile::exists(env.journalPath()));
 
-    // With the cause gone the next save rewrites everything.
+    // With the cause gone the next save rewrites everything (what else a save
+    // does is statementOrder's to test).
     QVERIFY(fixPoison(env, poison));
-    env.messages.clear();
     const ServerDataSaver::Result saved = env.save(true);
     QVERIFY2(saved.ok(), qPrintable(saved.error.formatted()));
-    QVERIFY(env.messages.balloons().isEmpty());
-    QVERIFY(env.messages.boxes().isEmpty());
     QCOMPARE(env.version(), step == ServerDataSaver::Step::VoipPool ? u"0002"_s : u"0001"_s);
-    QCOMPARE(env.portsAtPause, QStringList { u"55051"_s });
-    QCOMPARE(env.listeners.drain(), QStringList { u"55052"_s });
-    QVERIFY(!env.data.isModified());
-    QVERIFY(env.data.deletedMemberIds().isEmpty());
     QVERIFY(!QFile::exists(env.journalPath()));
-    ServerDataLoader::Result reread;
-    const ServerDataSet database = readBack(env.dir, &reread);
-    QVERIFY(reread.ok());
-    QCOMPARE(dumpDataSet(database), dumpServerData(env.data));
+    QCOMPARE(dumpDataSet(readBack(env.dir)), dumpServerData(env.data));
     if (poison == Poison::DeletedMemberRows)
         QCOMPARE(env.db->count(u"LeavedMemo"_s), 0);
 }
