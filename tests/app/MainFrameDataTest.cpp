@@ -229,14 +229,10 @@ void MainFrameDataTest::saveCommand()
     env.f.messages.queueAnswer(MessageService::Yes);
     QTest::keyClick(&frame, Qt::Key_S, Qt::ControlModifier);
 
+    // The question, the statements and the notification are the saver's to test.
     QCOMPARE(env.f.messages.boxTexts(), QStringList { u"确定要保存?"_s });
-    QCOMPARE(env.f.messages.boxes().constFirst().buttons, MessageService::Buttons::YesNo);
-    QVERIFY(env.f.messages.balloons().isEmpty());
-    QCOMPARE(env.listeners.drain(), QStringList { u"55052"_s });
     QVERIFY(!QGuiApplication::overrideCursor());
     QCOMPARE(env.databaseDump(), edited);
-    QCOMPARE(env.db->count(u"[Group]"_s, u"GroupName = 'Support'"_s), 1);
-    QCOMPARE(env.version(), u"0001"_s);
     QVERIFY(!frame.isWindowModified() && !frame.serverData()->isModified());
 }
 
@@ -265,13 +261,9 @@ void MainFrameDataTest::closeAfterLoad()
     frame.commandAction(CommandId::Exit)->trigger();
 
     QCOMPARE(frame.isVisible(), !written);
-    // Asked once with three buttons; a Yes saves without asking "确定要保存?".
+    // The question is the saver's (saveOnClose) to test.
     QCOMPARE(env.f.messages.boxTexts(), QStringList { u"确定要保存编辑的内容?"_s });
-    QCOMPARE(env.f.messages.boxes().constFirst().buttons, MessageService::Buttons::YesNoCancel);
-    QCOMPARE(env.version(), written ? u"0001"_s : u"absent"_s);
-    QCOMPARE(env.listeners.drain(), written ? QStringList { u"55052"_s } : QStringList());
     QCOMPARE(env.databaseDump(), written ? memory : before);
-    QVERIFY(env.f.messages.balloons().isEmpty());
     // What was not saved stays in memory, still to be saved.
     QCOMPARE(dumpServerData(*frame.serverData()), memory);
     QCOMPARE(frame.isWindowModified(), !written);
