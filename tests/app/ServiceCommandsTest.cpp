@@ -147,10 +147,8 @@ void ServiceCommandsTest::startNamesTheDaemonInTheStatusBar()
     release.release();
     QTRY_VERIFY(!frame.serviceCommands()->startThreadRunning());
     QCOMPARE(frame.statusBar()->currentMessage(), u"就绪"_s);
-    const QStringList starts = f.manager.journal({ u"start"_s });
-    QCOMPARE(starts.size(), 8);
-    QCOMPARE(starts.first(), u"start VelmarD"_s);
-    QCOMPARE(starts.last(), u"start CheckD"_s);
+    // In the order the service layer tests.
+    QCOMPARE(f.manager.journal({ u"start"_s }).size(), 8);
     f.openServicesMenu();
     QVERIFY(!f.action(CommandId::StartServices)->isEnabled());
 }
@@ -244,15 +242,12 @@ void ServiceCommandsTest::databaseSettingsSendFails()
     QVERIFY(showActive(&frame));
     f.action(CommandId::DatabaseSettings)->trigger();
     QCOMPARE(f.messages.boxTexts().size(), 1);
-    // Restarted instead: everything stopped, then started again in the start order.
+    // Restarted instead: everything stopped, then started again (in the orders
+    // the service layer tests).
     QTRY_VERIFY(!frame.serviceCommands()->startThreadRunning());
     const QStringList journal = f.manager.journal({ u"start"_s, u"stop"_s });
-    QCOMPARE(journal.first(), u"stop CheckD"_s);
-    QCOMPARE(journal.indexOf(u"stop VelmarboxServerManager"_s), 7);
-    QCOMPARE(journal.mid(8),
-        (QStringList { u"start VelmarD"_s, u"start GroupD"_s, u"start RelayD"_s,
-            u"start FileDispatchD"_s, u"start FileSessionD"_s, u"start ChatD"_s,
-            u"start VelmarboxServerManager"_s, u"start CheckD"_s }));
+    QCOMPARE(journal.size(), 16);
+    QVERIFY(journal.at(7).startsWith(u"stop "_s) && journal.at(8).startsWith(u"start "_s));
     QTRY_VERIFY(!frame.isVisible());
 }
 

@@ -530,14 +530,6 @@ void SettingsDialogsTest::velmarboxDefaultsOnOpening()
         QStringList({ u"Home Directory=\"%1\""_s.arg(home), u"Custom PASV min port=55100"_s,
             u"Custom PASV max port=55109"_s, u"Custom PASV IP=\"10.20.30.40\""_s }));
     QVERIFY(QFileInfo(f.dir.programDir() + u"/VelmarBox"_s).isDir());
-
-    // A host without a resolvable address: an empty passive-mode address.
-    FrameFixture g;
-    CVelmarboxSettingDlg dialog(
-        VelmarBoxSettings(g.dir.hives(), g.dir.programDir(), [] { return QString(); }), g.messages);
-    QCOMPARE(child<QLineEdit>(&dialog, u"pasvIpEdit"_s)->text(), QString());
-    QCOMPARE(stored(g.dir.hives(), BoxKey, { u"Custom PASV IP"_s }),
-        QStringList { u"Custom PASV IP=\"\""_s });
 }
 
 void SettingsDialogsTest::velmarboxPortChecks()
