@@ -31,8 +31,6 @@ private Q_SLOTS:
     void loadDecodesWhatIsStored();
     void roundTrip_data() { TestDatabase::addSqliteFileBackend(); }
     void roundTrip();
-    void apostropheInPathStopsTheSave_data() { TestDatabase::addSqliteFileBackend(); }
-    void apostropheInPathStopsTheSave();
 };
 
 void TestFileBoxRights::decode_data()
@@ -223,26 +221,6 @@ void TestFileBoxRights::roundTrip()
     QCOMPARE(second.pathByFolderId(1), u"A\\B\\"_s);
     QCOMPARE(db.column(u"SELECT Authority FROM GroupAuthority ORDER BY OFolderID"_s),
         (QStringList { u"W"_s, u"X"_s }));
-}
-
-void TestFileBoxRights::apostropheInPathStopsTheSave()
-{
-    VELMAR_BACKEND_DATABASE(db);
-    QVERIFY(db.execAll({ u"INSERT INTO Folder VALUES (9, 'Old')"_s,
-        u"INSERT INTO GroupAuthority VALUES (9, 1, 'R')"_s }));
-
-    FileBoxRights rights;
-    rights.addFolder(1, u"First"_s);
-    rights.addFolder(2, u"Bob's"_s);
-    rights.addFolder(3, u"Third"_s);
-    rights.setGroupRight(4, 1, AuthorityCode::ReadWrite);
-
-    DbConnection connection = db.connect();
-    QVERIFY_THROWS_EXCEPTION(DbException, rights.save(connection));
-    QVERIFY(rights.isModified());
-    // No transaction: the delete and the first insert stay, the later tables are untouched.
-    QCOMPARE(db.column(u"SELECT FolderPath FROM Folder"_s), (QStringList { u"First"_s }));
-    QCOMPARE(db.column(u"SELECT OGroupID FROM GroupAuthority"_s), (QStringList { u"1"_s }));
 }
 
 QTEST_GUILESS_MAIN(TestFileBoxRights)
