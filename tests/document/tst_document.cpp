@@ -434,8 +434,6 @@ void TestDocument::nameEditRepaintsBothTrees()
         QCOMPARE(index.data().toString(), u"李四"_s);
     }
     QVERIFY(!covers(regular, d.at(d.membership(7, 10)), Qt::DisplayRole));
-    // A member without a name shows its user ID.
-    QCOMPARE(d.at(d.membership(7, 10)).data().toString(), u"carol"_s);
 }
 
 void TestDocument::genderEditRepaintsRowIcon()
@@ -523,8 +521,6 @@ void TestDocument::groupsAddAndRename()
     QVERIFY(!d.tree()->setData(d.tree()->rootIndex(), u"根"_s));
     QVERIFY(!d.tree()->setData(d.at(d.membership(1, 12)), u"m"_s));
     QCOMPARE(d.steps(), steps);
-    QCOMPARE(d.tree()->rootIndex().data().toString(), u"类别"_s);
-    QCOMPARE(d.tree(true)->rootIndex().data().toString(), u"论坛结构"_s);
     QSignalSpy changed(d.tree(), &QAbstractItemModel::dataChanged);
     QVERIFY(d.tree()->setData(d.at(d.group(12)), u"销售部"_s));
     QVERIFY(covers(changed, d.at(d.group(12)), Qt::DisplayRole));
