@@ -25,7 +25,6 @@
 #include <QSignalSpy>
 #include <QTableView>
 #include <QTest>
-#include <QTextBlock>
 #include <QTextBrowser>
 #include <QTreeView>
 
@@ -274,20 +273,9 @@ void LogViewsTest::userViewShowsTheRecordInFull()
     QVERIFY(view.openButton()->isEnabled());
     QCOMPARE(view.sessionId(), u"abc123"_s);
 
-    // The rich text is shown formatted: the GBK bold words and the plain rest.
-    const QTextDocument *document = view.messageText()->document();
-    QCOMPARE(document->toPlainText(), u"你好 plain"_s);
-    bool boldSeen = false;
-    bool plainSeen = false;
-    for (auto it = document->begin().begin(); !it.atEnd(); ++it) {
-        const QTextFragment fragment = it.fragment();
-        if (fragment.text() == u"你好"_s)
-            boldSeen = fragment.charFormat().fontWeight() >= QFont::Bold;
-        if (fragment.text() == u" plain"_s)
-            plainSeen = fragment.charFormat().fontWeight() < QFont::Bold;
-    }
-    QVERIFY(boldSeen);
-    QVERIFY(plainSeen);
+    // The rich text is shown formatted (what is bold is the RTF reader's to test).
+    QCOMPARE(view.messageText()->toPlainText(), u"你好 plain"_s);
+    QVERIFY(view.messageText()->toHtml().contains(u"font-weight:700"_s));
 
     // A message with a space before "{\rtf1" is plain text, shown as written.
     selectRow(view.list(), 0);
