@@ -96,7 +96,6 @@ private Q_SLOTS:
     void loginThirdFailureCancels();
     void loginHundredCharacters();
     void loginEnterConfirmsOncePerPress();
-    void loginEscapeSwallowed();
 
     void setupOpening_data();
     void setupOpening();
@@ -192,22 +191,6 @@ void PasswordDialogsTest::loginEnterConfirmsOncePerPress()
     QTest::keyClick(dialog.passwordField(), Qt::Key_Return);
     QCOMPARE(dialog.failedAttempts(), 1);
     QCOMPARE(messages.boxes().size(), 3);
-}
-
-void PasswordDialogsTest::loginEscapeSwallowed()
-{
-    LoginFixture l;
-    auto &[messages, dialog] = l;
-    QSignalSpy finished(&dialog, &QDialog::finished);
-    QVERIFY(l.show());
-    QTest::keyClick(dialog.passwordField(), Qt::Key_Escape);
-    QTest::keyClick(&dialog, Qt::Key_Escape);
-    dialog.findChild<QPushButton *>(u"control1103"_s)->setFocus();
-    QTest::keyClick(dialog.findChild<QPushButton *>(u"control1103"_s), Qt::Key_Escape);
-    dialog.reject();
-    QVERIFY(dialog.isVisible());
-    QCOMPARE(finished.count(), 0);
-    QVERIFY(messages.boxes().isEmpty());
 }
 
 void PasswordDialogsTest::setupOpening_data()
@@ -409,6 +392,8 @@ void PasswordDialogsTest::setupWithoutKey()
     QVERIFY(f.messages.boxes().isEmpty());
 }
 
+// Escape and Enter are the dialogs' common base's; the login dialog shows
+// Enter taken from a button (loginEnterConfirmsOncePerPress).
 void PasswordDialogsTest::setupEnterAndEscape()
 {
     SetupFixture f;
