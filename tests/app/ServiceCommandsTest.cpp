@@ -204,7 +204,6 @@ void ServiceCommandsTest::databaseSettingsUnchanged_data()
 {
     QTest::addColumn<QByteArray>("body");
     QTest::addColumn<bool>("executable");
-    QTest::newRow("exit code 0") << QByteArray("exit 0\n") << true;
     QTest::newRow("exit code 4") << QByteArray("exit 4\n") << true;
     QTest::newRow("killed") << QByteArray("kill -9 $$\n") << true;
     QTest::newRow("not executable") << QByteArray("exit 5\n") << false;
