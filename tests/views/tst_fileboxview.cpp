@@ -259,19 +259,18 @@ void TestFileBoxView::accessOverview()
     QTest::mouseClick(panel->memberButton(), Qt::LeftButton);
     QCOMPARE(f.server.messages.balloonTexts(), QStringList { u"没有这个用户."_s });
 
-    // carl: his own right and Sales's, both on share\docs.
+    // carl (which rights reach whom is the overview model's to test).
     panel->memberField()->clear();
     QTest::keyClicks(panel->memberField(), u"carl"_s);
     QTest::keyClick(panel->memberField(), Qt::Key_Return);
     const QAbstractItemModel *table = panel->table()->model();
+    QCOMPARE(panel->model()->mode(), AccessOverviewModel::Mode::Member);
     QCOMPARE(table->rowCount(), 1);
-    QCOMPARE(table->index(0, 2).data().toString(), u"本人权限"_s);
 
     // share\docs reaches carl on his own and, through Sales, anna and bert.
     panel->folderCombo()->setCurrentIndex(0);
     QTest::mouseClick(panel->folderButton(), Qt::LeftButton);
     QCOMPARE(panel->model()->mode(), AccessOverviewModel::Mode::Folder);
-    QCOMPARE(table->columnCount(), 4);
     QVERIFY(panel->summary()->text().startsWith(u"share\\docs: "_s));
     QVERIFY(panel->exportButton()->isEnabled());
 
