@@ -86,7 +86,6 @@ void MainFrameTest::pathsAndBalloonDefault()
     QCOMPARE(frame.programDirectory(), f.dir.programDir());
     QCOMPARE(frame.accessDatabasePath(), f.dir.programDir() + u"/VelmarDB.mdb"_s);
     QCOMPARE(frame.profilePath(), f.dir.programDir() + u"/Serverinfo.ini"_s);
-    QCOMPARE(frame.dbSession().accessDatabasePath(), frame.accessDatabasePath());
     // The start-up step for the database settings has run.
     QCOMPARE(registryString(f.dir.hives(), RegistryRoot::LocalMachine, DatabaseKey, u"SetDBType"_s),
         std::optional<QString>(u"MDB"_s));
