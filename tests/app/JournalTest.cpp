@@ -1,10 +1,9 @@
 // Undo, redo and the journal panel of the main frame, on a frame that has
-// loaded a real SQLite server database (three members without telephone
-// accounts, two free pool accounts): edits made through the document's
-// editor, the edit menu's actions and shortcuts, the title's modified marker,
-// and the automatic assignment of telephone numbers as one undoable step. (That
-// a save empties the stack is the document's to test; the panel shows the
-// stack.)
+// loaded a real SQLite server database (three members, no groups): edits
+// made through the document's editor, the edit menu's actions and shortcuts,
+// the title's modified marker. (That a save empties the stack, and that the
+// telephone number assignment is one step, are the document's to test; the
+// panel shows the stack, and the permission view reaches the assignment.)
 
 #include "CMainFrame.h"
 #include "CommandIds.h"
@@ -30,24 +29,9 @@ QStringList statements()
     const QString member = u"INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, "
                            "bPublic, bSolar, bAdmin, MemberLevel, IsGuestMember) "
                            "VALUES (%1, '%2', '%3', 'pw', 0, 1, 1, 0, 0, %4)"_s;
-    const QString pool = u"INSERT INTO VoipNumberList (VOIP_ID, VOIP_PASS, OMemberID) VALUES "_s;
     return { member.arg(1).arg(u"alice"_s, u"Alice"_s).arg(0),
         member.arg(2).arg(u"bob"_s, u"Bob"_s).arg(0),
-        member.arg(3).arg(u"carol"_s, u"Carol"_s).arg(1), pool + u"('7001', 'p1', 0)"_s,
-        pool + u"('7002', 'p2', NULL)"_s };
-}
-
-// The telephone account of each member ("" for none) and the holder of each pool entry.
-QStringList telephony(const CVelmarManagerDoc &doc)
-{
-    QStringList lines;
-    for (const qint32 id : { 1, 2, 3 }) {
-        const VoipAccount *account = doc.permissions().voipAccount(id);
-        lines.append(u"%1:%2"_s.arg(id).arg(account ? account->id : QString()));
-    }
-    for (const VoipAccountPool::Entry &entry : doc.voipPool().entries())
-        lines.append(u"%1>%2"_s.arg(entry.voipId).arg(entry.memberId));
-    return lines;
+        member.arg(3).arg(u"carol"_s, u"Carol"_s).arg(1) };
 }
 
 // The rows the journal view shows, the saved state first.
@@ -84,7 +68,6 @@ private Q_SLOTS:
     void menusAndPanelBeforeEditing();
     void undoRedoFollowTheStack();
     void journalViewUndoesToEntry();
-    void assignPhoneNumbersIsOneStep();
 
 private:
     CMainFrame &frame() { return m_f->frame(); }
@@ -190,31 +173,6 @@ void JournalTest::journalViewUndoesToEntry()
     view->setCurrentIndex(view->model()->index(1, 0));
     QCOMPARE(frame().document().journal(), QStringList { u"添加类别 Sales"_s });
     QVERIFY(frame().isWindowModified());
-}
-
-void JournalTest::assignPhoneNumbersIsOneStep()
-{
-    CVelmarManagerDoc &doc = frame().document();
-    const QStringList loaded = telephony(doc);
-    QCOMPARE(loaded, QStringList({ u"1:"_s, u"2:"_s, u"3:"_s, u"7001>0"_s, u"7002>0"_s }));
-    QAction *command = frame().commandAction(CommandId::AssignPhoneNumbers);
-    QVERIFY(command->isEnabled());
-
-    // Two free accounts for three members: the member list first, the guest waits.
-    command->trigger();
-    QCOMPARE(m_f->messages().boxTexts(),
-        QStringList { u"已分配电话号码: 2 个会员; 没有可用号码: 1 个会员."_s });
-    QCOMPARE(m_f->messages().boxes().constFirst().icon, MessageService::Icon::Exclamation);
-    QCOMPARE(telephony(doc),
-        QStringList({ u"1:7001"_s, u"2:7002"_s, u"3:"_s, u"7001>1"_s, u"7002>2"_s }));
-    QCOMPARE(doc.journal(), QStringList { u"自动分配电话号码"_s });
-    QCOMPARE(frame().undoAction()->text(), u"撤销 自动分配电话号码"_s);
-    QVERIFY(frame().isWindowModified());
-
-    // That a dry pool adds no step is the editor's to test.
-    QTest::keyClick(&frame(), Qt::Key_Z, Qt::ControlModifier);
-    QCOMPARE(telephony(doc), loaded);
-    QVERIFY(!frame().isWindowModified());
 }
 
 QTEST_MAIN(JournalTest)

@@ -154,7 +154,6 @@ class MainFrameDataTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void loadFillsDashboard_data();
     void loadFillsDashboard();
     void saveCommand();
     void closeAfterLoad_data();
@@ -168,26 +167,18 @@ private Q_SLOTS:
     void previewDialog();
 };
 
-void MainFrameDataTest::loadFillsDashboard_data()
-{
-    QTest::addColumn<QStringList>("statements");
-    QTest::newRow("populated") << populatedDatabase();
-    QTest::newRow("empty database") << QStringList();
-}
-
+// (What the load makes of an empty database is the loader's to test.)
 void MainFrameDataTest::loadFillsDashboard()
 {
-    QFETCH(QStringList, statements);
     DATA_FRAME(env);
     QString error;
-    QVERIFY2(env.createDatabase(statements, &error), qPrintable(error));
+    QVERIFY2(env.createDatabase(populatedDatabase(), &error), qPrintable(error));
     // What the dashboard has to show, counted in the database itself (a
     // relation without a member places nobody).
     const qint64 members = env.db->count(u"Member"_s);
     const qint64 groups = env.db->count(u"[Group]"_s);
     const qint64 memberships = env.db->count(u"Relation"_s, u"OMemberID IS NOT NULL"_s);
-    if (!statements.isEmpty())
-        QCOMPARE(QList<qint64>({ members, groups, memberships }), QList<qint64>({ 7, 5, 6 }));
+    QCOMPARE(QList<qint64>({ members, groups, memberships }), QList<qint64>({ 7, 5, 6 }));
 
     CMainFrame &frame = env.start();
     QCOMPARE(directoryRows(frame), QStringList({ u"成员: —"_s, u"群组: —"_s }));
@@ -229,14 +220,10 @@ void MainFrameDataTest::saveCommand()
     env.f.messages.queueAnswer(MessageService::Yes);
     QTest::keyClick(&frame, Qt::Key_S, Qt::ControlModifier);
 
+    // The question, the statements and the notification are the saver's to test.
     QCOMPARE(env.f.messages.boxTexts(), QStringList { u"确定要保存?"_s });
-    QCOMPARE(env.f.messages.boxes().constFirst().buttons, MessageService::Buttons::YesNo);
-    QVERIFY(env.f.messages.balloons().isEmpty());
-    QCOMPARE(env.listeners.drain(), QStringList { u"55052"_s });
     QVERIFY(!QGuiApplication::overrideCursor());
     QCOMPARE(env.databaseDump(), edited);
-    QCOMPARE(env.db->count(u"[Group]"_s, u"GroupName = 'Support'"_s), 1);
-    QCOMPARE(env.version(), u"0001"_s);
     QVERIFY(!frame.isWindowModified() && !frame.serverData()->isModified());
 }
 
@@ -265,13 +252,9 @@ void MainFrameDataTest::closeAfterLoad()
     frame.commandAction(CommandId::Exit)->trigger();
 
     QCOMPARE(frame.isVisible(), !written);
-    // Asked once with three buttons; a Yes saves without asking "确定要保存?".
+    // The question is the saver's (saveOnClose) to test.
     QCOMPARE(env.f.messages.boxTexts(), QStringList { u"确定要保存编辑的内容?"_s });
-    QCOMPARE(env.f.messages.boxes().constFirst().buttons, MessageService::Buttons::YesNoCancel);
-    QCOMPARE(env.version(), written ? u"0001"_s : u"absent"_s);
-    QCOMPARE(env.listeners.drain(), written ? QStringList { u"55052"_s } : QStringList());
     QCOMPARE(env.databaseDump(), written ? memory : before);
-    QVERIFY(env.f.messages.balloons().isEmpty());
     // What was not saved stays in memory, still to be saved.
     QCOMPARE(dumpServerData(*frame.serverData()), memory);
     QCOMPARE(frame.isWindowModified(), !written);

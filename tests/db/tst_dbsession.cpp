@@ -440,62 +440,6 @@ private Q_SLOTS:
             QVERIFY(!QFile::exists(dir.databasePath()));
     }
 
-    void readTextField_data() { TestDatabase::addBackends(); }
-    void readTextField()
-    {
-        try {
-            QFETCH(TestDatabase::Backend, backend);
-            QTemporaryDir folder;
-            TestDatabase db(backend, folder.path());
-            QVERIFY2(db.isValid(), qPrintable(db.errorString()));
-            QVERIFY(
-                db.exec(u"INSERT INTO CONTENTS (OCONTENTSID, TITLE, WRITEDATE, CONTENTS, FilePath) "
-                        "VALUES (1, '通知', '2024-05-06 07:08:09', '', NULL)"_s));
-
-            TempServerDir dir;
-            ScriptedMessageService messages;
-            DbSession session(dir.hives(), dir.iniPath(), db.filePath(), messages);
-            DbConnection connection = DbConnection::open(db.connectionString());
-            Recordset set = connection.execute(
-                u"SELECT OCONTENTSID, TITLE, WRITEDATE, OMEMBERID, MEMBERID, MEMBERNAME,            CONTENTS, FilePath, FileSessionID, WriteEndDate \t\tFROM CONTENTS ORDER BY WRITEDATE DESC;"_s);
-            QVERIFY(!set.isEOF());
-
-            // (column, NULL shown as "(null)", text read, NULL seen); an empty text is not NULL.
-            const QList<std::tuple<QString, bool, QString, int>> reads {
-                { u"TITLE"_s, true, u"通知"_s, 0 }, { u"Contents"_s, true, QString(), 0 },
-                { u"FilePath"_s, true, u"(null)"_s, 1 }, { u"FILEPATH"_s, false, QString(), 1 }
-            };
-            QString text;
-            int wasNull = 0;
-            for (const auto &[column, nullText, expected, expectedNull] : reads) {
-                text = u"stale"_s;
-                wasNull = 0;
-                QCOMPARE(session.readTextField(set, column, text, &wasNull, nullText), 1);
-                QCOMPARE(text, expected);
-                QCOMPARE(wasNull, expectedNull);
-            }
-            QCOMPARE(session.readTextField(set, u"WriteEndDate"_s, text, nullptr, true), 1);
-            QCOMPARE(text, u"(null)"_s);
-            QCOMPARE(session.readTextField(set, u"OCONTENTSID"_s, text), 1);
-            QCOMPARE(text, u"1"_s);
-
-            QVERIFY(session.lastErrorText().isEmpty());
-            QCOMPARE(session.readTextField(set, u"NoSuchColumn"_s, text, &wasNull, true), 0);
-            QCOMPARE(text, QString());
-            QVERIFY(session.lastErrorText().startsWith(
-                u"(80004005) Unspecified error\r\nSource - %1\r\nDesc - Item cannot be found"_s.arg(
-                    connection.source())));
-            QVERIFY(messages.boxes().isEmpty());
-
-            set.moveNext();
-            QVERIFY(set.isEOF());
-            QCOMPARE(session.readTextField(set, u"TITLE"_s, text), 0);
-            QVERIFY(session.lastErrorText().contains(u"EOF"_s));
-        } catch (const DbException &e) {
-            QFAIL(e.what());
-        }
-    }
-
     void traceRecordsEveryStatementInOrder_data() { TestDatabase::addBackends(); }
     void traceRecordsEveryStatementInOrder()
     {

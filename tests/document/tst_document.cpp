@@ -191,7 +191,9 @@ bool dropOn(GroupTreeModel *tree, QMimeData *data, const QModelIndex &target)
     return owned && tree->dropMimeData(owned.get(), Qt::MoveAction, -1, 0, target);
 }
 
-// Every operation, each through the editor or through the generic model API.
+// The operations the random journal walk of the index test does not undo on
+// data like this (with permissions, rights and a pool), and every path
+// through the generic model API.
 // clang-format off
 #define OPERATION(name, ...) Operation { name, [](Doc &d) { return bool(__VA_ARGS__); } }
 // clang-format on
@@ -210,35 +212,23 @@ const QList<Operation> &operations()
             "delete a member with everything of his", d.ed().deleteMembers(false, { 0 }).ok()),
         OPERATION("delete three members", d.members()->removeRows(0, 3)),
         OPERATION("delete a guest member", d.ed().deleteMembers(true, { 1, 0 }).ok()),
-        OPERATION("add a group", d.ed().addGroup(false, d.group(10), u"新 类别"_s).ok()),
-        OPERATION("add a guest group", d.ed().addGroup(true, d.root(true), u"新 类别"_s).ok()),
         OPERATION("rename a group", d.tree()->setData(d.at(d.group(12)), u"销售部"_s)),
         OPERATION("delete a group with its sub-groups", d.ed().deleteNode(false, d.group(10)).ok()),
         OPERATION("delete two groups", d.tree()->removeRows(0, 2, d.tree()->rootIndex())),
-        OPERATION("delete a membership", d.ed().deleteNode(true, d.membership(5, 20, true)).ok()),
-        OPERATION("move up", d.ed().moveNode(false, d.membership(1, 10), Step::Up).ok()),
-        OPERATION("move to last", d.ed().moveNode(false, d.group(11), Step::Last).ok()),
         OPERATION("move a group into another",
             d.tree()->moveRows(d.tree()->rootIndex(), 1, 1, d.at(d.group(11)), 1)),
         OPERATION("move a membership by dropping its node",
             dropOn(d.tree(), d.tree()->mimeData({ d.at(d.membership(1, 12)) }), d.at(d.group(11)))),
-        OPERATION("place members", d.ed().placeMembers(false, d.group(12), { 2, 7, 8 }).ok()),
         OPERATION("drop grid rows on the guest tree",
             dropOn(d.tree(true),
                 d.members()->mimeData({ d.members()->index(3, 0), d.members()->index(1, 2) }),
                 d.at(d.group(20, true), true))),
-        OPERATION("set a membership position",
-            d.ed().setMembershipPosition(false, d.membership(7, 10), 3).ok()),
         OPERATION("set several membership positions",
             d.ed()
                 .setMembershipPositions(false, { d.membership(1, 10), d.membership(1, 12) }, -1)
                 .ok()),
-        OPERATION("add a position", d.ed().addPosition().ok()),
         OPERATION("rename a position",
             d.doc.positions()->setData(d.doc.positions()->index(0), u"职员"_s)),
-        OPERATION("delete a position", d.ed().deletePosition(1).ok()),
-        OPERATION("move a position", d.ed().movePosition(2, -2).ok()),
-        OPERATION("set the default position", d.ed().setDefaultPosition(3).ok()),
     };
     return ops;
 }
@@ -286,13 +276,11 @@ void TestDocument::newMemberRefusals_data()
     QTest::addColumn<bool>("guest");
     QTest::addColumn<QString>("userId");
     QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("title");
-    QTest::addColumn<bool>("question");
-    const QString space = u"用户ID可以用字母数字或符号，但不少于3个字母."_s;
-    QTest::newRow("space") << false << u"ab c"_s << space << u"Tip!"_s << true;
-    // The other rules are MemberRules' to test; the grid reaches them with both lists.
-    QTest::newRow("exists in the member list")
-        << true << u"carol"_s << u"用户已存在."_s << QString() << false;
+    // The rules, their titles and icons are MemberRules' to test; the grid
+    // reaches them with both lists.
+    QTest::newRow("space") << false << u"ab c"_s
+                           << u"用户ID可以用字母数字或符号，但不少于3个字母."_s;
+    QTest::newRow("exists in the member list") << true << u"carol"_s << u"用户已存在."_s;
 }
 
 void TestDocument::newMemberRefusals()
@@ -300,17 +288,12 @@ void TestDocument::newMemberRefusals()
     QFETCH(bool, guest);
     QFETCH(QString, userId);
     QFETCH(QString, text);
-    QFETCH(QString, title);
-    QFETCH(bool, question);
     Doc d;
     const QStringList before = documentState(d.doc);
     MemberListModel *grid = d.members(guest);
     QVERIFY(!grid->setData(grid->index(grid->blankRow(), 0), userId));
     QVERIFY(grid->lastRefusal());
     QCOMPARE(grid->lastRefusal()->text, text);
-    QCOMPARE(grid->lastRefusal()->title, title);
-    QCOMPARE(grid->lastRefusal()->icon,
-        question ? MessageService::Icon::Question : MessageService::Icon::Error);
     QCOMPARE(documentState(d.doc), before);
     QCOMPARE(d.steps(), 0);
     QVERIFY(!d.doc.isModified());
@@ -332,17 +315,12 @@ void TestDocument::newMemberAccepted()
     MemberListModel *grid = d.members(guest);
     const int blank = grid->blankRow();
     QVERIFY(grid->setData(grid->index(blank, 0), userId));
-    QVERIFY(!grid->lastRefusal());
-    QCOMPARE(grid->blankRow(), blank + 1);
     QVERIFY(grid->index(blank + 1, 0).data(MemberListModel::IsBlankRowRole).toBool());
     const UserInfo &member = grid->member(blank);
     QCOMPARE(member.id, 9);
     QCOMPARE(member.loginName, userId);
     QCOMPARE(member.isGuest, guest ? 1 : 0);
-    QCOMPARE(member.gender, 1);
-    QCOMPARE(member.bPublic, 1);
-    QCOMPARE(member.bSolar, 1);
-    QCOMPARE(member.bAdmin, 1);
+    // The flags as the grid shows them below.
     QVERIFY(member.displayName.isEmpty() && member.password.isEmpty() && member.mobile.isEmpty());
     const QStringList shown { grid->index(blank, Column::GenderColumn).data().toString(),
         grid->index(blank, Column::AdminColumn).data().toString(),
@@ -456,8 +434,6 @@ void TestDocument::nameEditRepaintsBothTrees()
         QCOMPARE(index.data().toString(), u"李四"_s);
     }
     QVERIFY(!covers(regular, d.at(d.membership(7, 10)), Qt::DisplayRole));
-    // A member without a name shows its user ID.
-    QCOMPARE(d.at(d.membership(7, 10)).data().toString(), u"carol"_s);
 }
 
 void TestDocument::genderEditRepaintsRowIcon()
@@ -545,8 +521,6 @@ void TestDocument::groupsAddAndRename()
     QVERIFY(!d.tree()->setData(d.tree()->rootIndex(), u"根"_s));
     QVERIFY(!d.tree()->setData(d.at(d.membership(1, 12)), u"m"_s));
     QCOMPARE(d.steps(), steps);
-    QCOMPARE(d.tree()->rootIndex().data().toString(), u"类别"_s);
-    QCOMPARE(d.tree(true)->rootIndex().data().toString(), u"论坛结构"_s);
     QSignalSpy changed(d.tree(), &QAbstractItemModel::dataChanged);
     QVERIFY(d.tree()->setData(d.at(d.group(12)), u"销售部"_s));
     QVERIFY(covers(changed, d.at(d.group(12)), Qt::DisplayRole));

@@ -260,8 +260,6 @@ void TestEditScript::commands_data()
             u"--phone 010-1234 --office-phone 010-5678 --birthday 1990-02-28 --lunar "
             u"--address 北京 --no-admin"_s,
             add);
-        QCOMPARE(*add.fields.text(Password), u"p w"_s);
-        QVERIFY(!Edit::MemberFields().text(Password));
     }
     row(u"member add bob --name=Bob=B --password="_s,
         Edit::MemberAdd { u"bob"_s, false, texts({ { Name, u"Bob=B"_s }, { Password, u""_s } }) });
@@ -352,9 +350,7 @@ void TestEditScript::commands()
     QFETCH(EditCommand, expected);
     const EditScript::Result result = EditScript::parse(line.toUtf8());
     QCOMPARE(result.error, QString());
-    QCOMPARE(result.commands.size(), 1);
-    QCOMPARE(result.commands.first().line, 1);
-    QVERIFY(result.commands.first() == expected);
+    QVERIFY(result.commands == QList<EditCommand> { expected });
 }
 
 void TestEditScript::refusals_data()
@@ -515,14 +511,10 @@ void TestEditScript::lineNumbers()
     EditScript::Result result = EditScript::parse(script);
     QCOMPARE(result.error, QString());
     QCOMPARE(result.errorLine, 0);
-    QCOMPARE(result.commands.size(), 3);
-    QCOMPARE(result.commands[0].line, 2);
-    QVERIFY(
-        result.commands[0].operation == Edit::Operation(Edit::MemberAdd { u"alice"_s, false, {} }));
-    QCOMPARE(result.commands[1].line, 6);
-    QCOMPARE(result.commands[2].line, 7);
-    QVERIFY(result.commands[2].operation
-        == Edit::Operation(Edit::Place { org({ u"Sales"_s }), { u"alice"_s } }));
+    QVERIFY(result.commands
+        == QList<EditCommand>({ { 2, Edit::MemberAdd { u"alice"_s, false, {} } },
+            { 6, Edit::GroupAdd { org({ u"Sales"_s }) } },
+            { 7, Edit::Place { org({ u"Sales"_s }), { u"alice"_s } } } }));
 
     // The first refused line ends the parse; a quote never carries over.
     result = EditScript::parse("member add a\r\n\nmember add \"b\nc\"\nfrobnicate\n");
@@ -535,12 +527,9 @@ void TestEditScript::lineNumbers()
     // A tab within a word is allowed, a byte-order mark past the start is text.
     result = EditScript::parse("member add 'a\tb'\nmember add \xEF\xBB\xBF"
                                "c\n");
-    QCOMPARE(result.error, QString());
-    QCOMPARE(result.commands.size(), 2);
-    QVERIFY(
-        result.commands[0].operation == Edit::Operation(Edit::MemberAdd { u"a\tb"_s, false, {} }));
-    QVERIFY(result.commands[1].operation
-        == Edit::Operation(Edit::MemberAdd { u"\uFEFFc"_s, false, {} }));
+    QVERIFY(result.commands
+        == QList<EditCommand>({ { 1, Edit::MemberAdd { u"a\tb"_s, false, {} } },
+            { 2, Edit::MemberAdd { u"\uFEFFc"_s, false, {} } } }));
 
     QVERIFY(EditScript::parse("").ok());
     QVERIFY(EditScript::parse("").commands.isEmpty());
@@ -568,10 +557,9 @@ void TestEditScript::readsDevice()
     QBuffer buffer(&text);
     QVERIFY(buffer.open(QIODevice::ReadOnly));
     const EditScript::Result result = EditScript::parse(buffer);
-    QCOMPARE(result.error, QString());
-    QCOMPARE(result.commands.size(), 2);
-    QVERIFY(result.commands[0].operation == Edit::Operation(Edit::PositionAdd { u"经理"_s }));
-    QVERIFY(result.commands[1].operation == Edit::Operation(Edit::NoticeDelete { { 3, 4 } }));
+    QVERIFY(result.commands
+        == QList<EditCommand>(
+            { { 1, Edit::PositionAdd { u"经理"_s } }, { 2, Edit::NoticeDelete { { 3, 4 } } } }));
 }
 
 void TestEditScript::largeScript()
@@ -586,9 +574,9 @@ void TestEditScript::largeScript()
     EditScript::Result result = EditScript::parse(script);
     QCOMPARE(result.error, QString());
     QCOMPARE(result.commands.size(), Lines);
-    QCOMPARE(result.commands.last().line, Lines);
-    QVERIFY(result.commands.last().operation
-        == Edit::Operation(Edit::Place { org({ u"总部"_s, u"销售 部"_s }), { u"user99999"_s } }));
+    QVERIFY((result.commands.last()
+        == EditCommand {
+            Lines, Edit::Place { org({ u"总部"_s, u"销售 部"_s }), { u"user99999"_s } } }));
 
     script += "place /总部/销售部\n";
     result = EditScript::parse(script);

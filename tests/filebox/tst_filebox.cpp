@@ -23,7 +23,6 @@ private Q_SLOTS:
     void storedPaths_data();
     void storedPaths();
     void folderQueries();
-    void iterations();
     void counts();
 
     // Against the databases.
@@ -31,8 +30,6 @@ private Q_SLOTS:
     void loadDecodesWhatIsStored();
     void roundTrip_data() { TestDatabase::addSqliteFileBackend(); }
     void roundTrip();
-    void apostropheInPathStopsTheSave_data() { TestDatabase::addSqliteFileBackend(); }
-    void apostropheInPathStopsTheSave();
 };
 
 void TestFileBoxRights::decode_data()
@@ -104,44 +101,6 @@ void TestFileBoxRights::folderQueries()
     QVERIFY(rights.pathByFolderId(12).isEmpty());
     QVERIFY(!rights.addFolder(10, u"Other"_s));
     QCOMPARE(rights.folders().size(), 2);
-}
-
-// What one of the iterations visits from the start, as folder, owner and
-// right; it must end (folder -1) and stay at the end.
-template<typename Next> QStringList visit(Next next)
-{
-    QStringList out;
-    FileBoxRights::Position position;
-    for (auto right = next(position); right.folderId != -1; right = next(position))
-        out << u"%1 %2"_s.arg(right.folderId).arg(right.authority);
-    if (next(position).folderId != -1)
-        out << u"started over"_s;
-    return out;
-}
-
-void TestFileBoxRights::iterations()
-{
-    FileBoxRights rights;
-    rights.setGroupRight(1, 10, AuthorityCode::ReadOnly);
-    rights.setGroupRight(2, 20, AuthorityCode::ReadWrite);
-    rights.setGroupRight(3, 10, AuthorityCode::ReadWrite);
-    rights.setGroupRight(1, 30, AuthorityCode::None);
-    rights.setMemberRight(7, 20, AuthorityCode::ReadOnly);
-    rights.setMemberRight(7, 10, AuthorityCode::ReadWrite);
-    using P = FileBoxRights::Position;
-    QCOMPARE(visit([&](P &p) { return rights.nextGroupRightOfFolder(10, p); }),
-        (QStringList { u"10 1"_s, u"10 2"_s }));
-    QCOMPARE(visit([&](P &p) { return rights.nextRightOfGroup(1, p); }),
-        (QStringList { u"10 1"_s, u"30 0"_s }));
-    QCOMPARE(visit([&](P &p) { return rights.nextRightOfMember(7, p); }),
-        (QStringList { u"20 1"_s, u"10 2"_s }));
-    QCOMPARE(visit([&](P &p) { return rights.nextMemberRightOfFolder(10, p); }),
-        QStringList { u"10 2"_s });
-    // Without a match each ends at once.
-    QCOMPARE(visit([&](P &p) { return rights.nextGroupRightOfFolder(99, p); }), QStringList());
-    QCOMPARE(visit([&](P &p) { return rights.nextMemberRightOfFolder(99, p); }), QStringList());
-    QCOMPARE(visit([&](P &p) { return rights.nextRightOfGroup(4, p); }), QStringList());
-    QCOMPARE(visit([&](P &p) { return FileBoxRights().nextRightOfMember(5, p); }), QStringList());
 }
 
 void TestFileBoxRights::counts()
@@ -223,26 +182,6 @@ void TestFileBoxRights::roundTrip()
     QCOMPARE(second.pathByFolderId(1), u"A\\B\\"_s);
     QCOMPARE(db.column(u"SELECT Authority FROM GroupAuthority ORDER BY OFolderID"_s),
         (QStringList { u"W"_s, u"X"_s }));
-}
-
-void TestFileBoxRights::apostropheInPathStopsTheSave()
-{
-    VELMAR_BACKEND_DATABASE(db);
-    QVERIFY(db.execAll({ u"INSERT INTO Folder VALUES (9, 'Old')"_s,
-        u"INSERT INTO GroupAuthority VALUES (9, 1, 'R')"_s }));
-
-    FileBoxRights rights;
-    rights.addFolder(1, u"First"_s);
-    rights.addFolder(2, u"Bob's"_s);
-    rights.addFolder(3, u"Third"_s);
-    rights.setGroupRight(4, 1, AuthorityCode::ReadWrite);
-
-    DbConnection connection = db.connect();
-    QVERIFY_THROWS_EXCEPTION(DbException, rights.save(connection));
-    QVERIFY(rights.isModified());
-    // No transaction: the delete and the first insert stay, the later tables are untouched.
-    QCOMPARE(db.column(u"SELECT FolderPath FROM Folder"_s), (QStringList { u"First"_s }));
-    QCOMPARE(db.column(u"SELECT OGroupID FROM GroupAuthority"_s), (QStringList { u"1"_s }));
 }
 
 QTEST_GUILESS_MAIN(TestFileBoxRights)

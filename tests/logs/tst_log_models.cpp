@@ -100,10 +100,7 @@ private Q_SLOTS:
         ChatLogModel model;
         QAbstractItemModelTester tester(
             &model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        QCOMPARE(model.columnCount(), 5);
-        QCOMPARE(model.headerData(3, Qt::Horizontal).toString(), u"Message"_s);
-        QCOMPARE(model.columnWidths(), QList<int>({ 125, 0, 100, 805, 0 }));
-
+        // Captions and widths are the rows' (tst_log_readers) and the view's to show.
         QVERIFY(runSearch(model, logs.request(true)));
         QCOMPARE(column(model, 0),
             QStringList(

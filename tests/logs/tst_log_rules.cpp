@@ -159,7 +159,6 @@ private Q_SLOTS:
     void tokenizer()
     {
         CBStringTokenizer t(u"a||b|"_s, u"|"_s);
-        QCOMPARE(t.countTokens(), 4);
         QStringList tokens;
         QString token;
         while (t.nextToken(token))
@@ -170,7 +169,6 @@ private Q_SLOTS:
         QCOMPARE(token, u"kept"_s);
 
         CBStringTokenizer empty(QString(), u"|"_s);
-        QVERIFY(!empty.hasMoreTokens());
         QVERIFY(!empty.nextToken(token));
     }
 

@@ -1,15 +1,8 @@
 #include "CRegistry.h"
-#include "CVelmarManagerDoc.h"
-#include "DbConnection.h"
-#include "DbSession.h"
 #include "NoticeBoard.h"
-#include "NoticeEditor.h"
 #include "NoticeListModel.h"
 #include "NoticeText.h"
 #include "RegistryHives.h"
-#include "ScriptedMessageService.h"
-#include "ServerDataSet.h"
-#include "SqlTrace.h"
 #include "TempServerDir.h"
 #include "TestDatabase.h"
 #include "TracedConnection.h"
@@ -17,10 +10,6 @@
 #include <QAbstractItemModelTester>
 #include <QDir>
 #include <QFile>
-#include <QSignalSpy>
-#include <QSqlDatabase>
-#include <QSqlError>
-#include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -65,14 +54,6 @@ bool setUploadPath(RegistryHives &hives, const QString &path)
         && registry.writeString(u"UploadPath"_s, path);
 }
 
-QString insertNotice(
-    int id, const QString &title, const QString &written, const QString &sessionId = QString())
-{
-    return u"INSERT INTO CONTENTS (OCONTENTSID, TITLE, WRITEDATE, OMEMBERID, MEMBERID, MEMBERNAME, "
-           "CONTENTS, FilePath, FileSessionID, WriteEndDate) VALUES (%1, '%2', '%3', 7, 'kim', "
-           "'Kim', 'text', '', '%4', '')"_s.arg(QString::number(id), title, written, sessionId);
-}
-
 NoticeRecord notice(qint32 id, const QString &title = {})
 {
     NoticeRecord record;
@@ -83,40 +64,6 @@ NoticeRecord notice(qint32 id, const QString &title = {})
     record.written = u"2007/10/%1 12:00:00"_s.arg(id, 2, 10, QChar(u'0'));
     record.endDate = u"2007/12/31"_s;
     return record;
-}
-
-// The notices as a load hands them to the document; deletions go through its
-// editor.
-void adoptNotices(CVelmarManagerDoc &doc, QList<NoticeRecord> notices)
-{
-    ServerDataSet data;
-    data.notices = std::move(notices);
-    doc.adopt(std::move(data), CVelmarManagerDoc::LoadState::Complete);
-}
-
-// Makes the DELETE of one notice fail inside the database, as a lock or a
-// permission would: a trigger that refuses it.
-bool refuseDeletionOf(TestDatabase &db, qint32 noticeId, QString *error)
-{
-    // The console's connection runs one statement per call, and a trigger body
-    // holds several; it is created over a plain SQLite connection to the file.
-    bool ok = false;
-    {
-        QSqlDatabase raw = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"trigger-setup"_s);
-        raw.setDatabaseName(db.filePath());
-        if (raw.open()) {
-            QSqlQuery query(raw);
-            ok = query.exec(u"CREATE TRIGGER refuse_delete BEFORE DELETE ON CONTENTS WHEN "
-                            "OLD.OCONTENTSID = %1 BEGIN SELECT RAISE(ABORT, 'notice is locked'); "
-                            "END"_s.arg(noticeId));
-            *error = query.lastError().text();
-        } else {
-            *error = raw.lastError().text();
-        }
-        raw.close();
-    }
-    QSqlDatabase::removeDatabase(u"trigger-setup"_s);
-    return ok;
 }
 
 } // namespace
@@ -148,10 +95,6 @@ private Q_SLOTS:
     // Against the databases.
     void loadBuildsTheRecords_data() { TestDatabase::addSqliteFileBackend(); }
     void loadBuildsTheRecords();
-    void commitDeletesBottomUp_data() { TestDatabase::addSqliteFileBackend(); }
-    void commitDeletesBottomUp();
-    void failingDeleteDoesNotStopTheOthers_data() { TestDatabase::addSqliteFileBackend(); }
-    void failingDeleteDoesNotStopTheOthers();
 };
 
 void TestNotices::unescaping_data()
@@ -394,96 +337,6 @@ void TestNotices::loadBuildsTheRecords()
     model.setRecords(records);
     QCOMPARE(model.index(1, 1).data().toString(), u"金(kim)"_s);
     QCOMPARE(model.index(2, 1).data().toString(), u"()"_s);
-}
-
-void TestNotices::commitDeletesBottomUp()
-{
-    VELMAR_BACKEND_DATABASE(db);
-    QStringList inserts;
-    for (int id = 1; id <= 6; ++id)
-        inserts << insertNotice(id * 10, u"N%1"_s.arg(id),
-            u"2007-10-%1"_s.arg(10 - id, 2, 10, QChar(u'0')), id == 5 ? u"S-50"_s : QString());
-    QVERIFY2(db.execAll(inserts), qPrintable(db.errorString()));
-
-    // Row 5's notice has uploaded files; the working directory holds its item.
-    QTemporaryDir work;
-    const QString uploads = dir.filePath(u"VelmarFile2Upload"_s);
-    QVERIFY(makeItem(uploads + u"/S-50"_s, true));
-    QVERIFY(makeItem(work.filePath(u"S-50"_s), true));
-    WorkingDirectory cwd(work.path());
-
-    CVelmarManagerDoc doc;
-    {
-        DbConnection connection = db.connect();
-        adoptNotices(doc, NoticeBoard::load(connection));
-    }
-    NoticeListModel &model = *doc.notices();
-    QCOMPARE(model.record(1).id, 20);
-    QCOMPARE(model.record(4).id, 50);
-    QCOMPARE(NoticeEditor(doc).deleteNotices({ 1, 4 }).applied, 2);
-
-    TracedConnection traced(db, dir.filePath(u"save.sql"_s));
-    const QList<NoticeBoard::Failure> failures
-        = model.commit(traced.connection(), dir.hives(), dir.programDir());
-    QVERIFY(failures.isEmpty());
-    QCOMPARE(traced.statements(),
-        (QStringList { u"DELETE FROM CONTENTS where OCONTENTSID=50;"_s,
-            u"DELETE FROM CONTENTS where OCONTENTSID=20;"_s }));
-    QVERIFY(!model.hasPendingDeletions());
-    QCOMPARE(db.column(u"SELECT OCONTENTSID FROM CONTENTS ORDER BY OCONTENTSID"_s),
-        (QStringList { u"10"_s, u"30"_s, u"40"_s, u"60"_s }));
-    QVERIFY(!QFileInfo::exists(work.filePath(u"S-50"_s)));
-    QVERIFY(QFileInfo::exists(uploads + u"/S-50"_s));
-}
-
-void TestNotices::failingDeleteDoesNotStopTheOthers()
-{
-    VELMAR_BACKEND_DATABASE(db);
-    QVERIFY(db.execAll({ insertNotice(1, u"A"_s, u"2007-10-03"_s, u"S-1"_s),
-        insertNotice(2, u"B"_s, u"2007-10-02"_s, u"S-2"_s),
-        insertNotice(3, u"C"_s, u"2007-10-01"_s, u"S-3"_s) }));
-    QString error;
-    QVERIFY2(refuseDeletionOf(db, 2, &error), qPrintable(error));
-
-    // The upload folder comes from the registry this time.
-    QTemporaryDir uploads;
-    QTemporaryDir work;
-    QVERIFY(setUploadPath(dir.hives(), uploads.path()));
-    for (const QString &id : { u"S-1"_s, u"S-2"_s, u"S-3"_s }) {
-        QVERIFY(makeItem(uploads.filePath(id), false));
-        QVERIFY(makeItem(work.filePath(id), false));
-    }
-    WorkingDirectory cwd(work.path());
-
-    CVelmarManagerDoc doc;
-    {
-        DbConnection connection = db.connect();
-        adoptNotices(doc, NoticeBoard::load(connection));
-    }
-    NoticeListModel &model = *doc.notices();
-    QCOMPARE(NoticeEditor(doc).deleteNotices({ 0, 1, 2 }).applied, 3);
-
-    ScriptedMessageService messages;
-    DbSession session(dir.hives(), dir.iniPath(), dir.databasePath(), messages);
-    TracedConnection traced(db, dir.filePath(u"save.sql"_s));
-    const QList<NoticeBoard::Failure> failures
-        = model.commit(traced.connection(), dir.hives(), dir.programDir(), &session);
-    QCOMPARE(traced.statements(),
-        (QStringList { u"DELETE FROM CONTENTS where OCONTENTSID=3;"_s,
-            u"DELETE FROM CONTENTS where OCONTENTSID=2;"_s,
-            u"DELETE FROM CONTENTS where OCONTENTSID=1;"_s }));
-    QCOMPARE(failures.size(), 1);
-    QCOMPARE(failures.at(0).noticeId, 2);
-    QVERIFY2(failures.at(0).error.formatted().contains(u"notice is locked"_s),
-        qPrintable(failures.at(0).error.formatted()));
-    QCOMPARE(session.lastErrorText(), failures.at(0).error.formatted());
-    QVERIFY(messages.boxes().isEmpty()); // reporting is the caller's
-    QVERIFY(!model.hasPendingDeletions());
-    QCOMPARE(db.column(u"SELECT OCONTENTSID FROM CONTENTS"_s), QStringList { u"2"_s });
-    // The refused notice is still in the database, so its files stay.
-    QVERIFY(!QFileInfo::exists(work.filePath(u"S-1"_s)));
-    QVERIFY(QFileInfo::exists(work.filePath(u"S-2"_s)));
-    QVERIFY(!QFileInfo::exists(work.filePath(u"S-3"_s)));
 }
 
 QTEST_GUILESS_MAIN(TestNotices)

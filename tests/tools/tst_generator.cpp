@@ -159,9 +159,9 @@ private Q_SLOTS:
     void countsMatchArguments();
     void idsAreUnique_data();
     void idsAreUnique();
-    void relationsNameExistingMembersAndGroups();
-    void telephonyAccountsAgree();
-    void fileBoxRightsNameExistingOwners();
+    void noRowBreaksARule_data();
+    void noRowBreaksARule();
+    void folderPaths();
     void noticesUseServerFormats();
     void consoleResavesItUnchanged();
     void textsFollowTheConsolesRules();
@@ -247,60 +247,62 @@ void TstGenerator::idsAreUnique()
     QCOMPARE(m_db->count(u"SELECT COUNT(DISTINCT %1) FROM %2"_s.arg(column, table)), all);
 }
 
-void TstGenerator::relationsNameExistingMembersAndGroups()
+void TstGenerator::noRowBreaksARule_data()
 {
-    QCOMPARE(m_db->count(u"SELECT COUNT(*) FROM Relation r WHERE NOT EXISTS"
-                         u" (SELECT 1 FROM Member m WHERE m.OMemberID = r.OMemberID)"_s),
-        0);
+    QTest::addColumn<QString>("sql"); // counts the rows that break the rule
+    QTest::newRow("relation of an unknown member")
+        << u"SELECT COUNT(*) FROM Relation r WHERE NOT EXISTS"
+           u" (SELECT 1 FROM Member m WHERE m.OMemberID = r.OMemberID)"_s;
     // A membership belongs to the tree of its group.
-    QCOMPARE(m_db->count(u"SELECT COUNT(*) FROM Relation r WHERE NOT EXISTS"
-                         u" (SELECT 1 FROM [Group] g WHERE g.OGroupID = r.OGroupID"
-                         u" AND g.IsGuestGroup = r.IsGuestRelation)"_s),
-        0);
-    QCOMPARE(m_db->count(u"SELECT COUNT(*) FROM Relation r WHERE r.ORankID <> -1 AND NOT EXISTS"
-                         u" (SELECT 1 FROM Rank k WHERE k.ORankID = r.ORankID)"_s),
-        0);
-    QVERIFY(m_db->count(u"SELECT COUNT(*) FROM Relation WHERE IsGuestRelation=1"_s) > 0);
-}
-
-void TstGenerator::telephonyAccountsAgree()
-{
+    QTest::newRow("relation in the other tree")
+        << u"SELECT COUNT(*) FROM Relation r WHERE NOT EXISTS"
+           u" (SELECT 1 FROM [Group] g WHERE g.OGroupID = r.OGroupID"
+           u" AND g.IsGuestGroup = r.IsGuestRelation)"_s;
+    QTest::newRow("relation of an unknown position")
+        << u"SELECT COUNT(*) FROM Relation r WHERE r.ORankID <> -1 AND NOT EXISTS"
+           u" (SELECT 1 FROM Rank k WHERE k.ORankID = r.ORankID)"_s;
     // An assigned pool account is the VoipInfo account of its member.
-    QCOMPARE(
-        m_db->count(u"SELECT COUNT(*) FROM VoipNumberList p WHERE p.OMemberID <> 0 AND NOT EXISTS"
-                    u" (SELECT 1 FROM VoipInfo v WHERE v.OMemberID = p.OMemberID"
-                    u" AND v.ID = p.VOIP_ID AND v.Pass = p.VOIP_PASS)"_s),
-        0);
-    QVERIFY(m_db->count(u"SELECT COUNT(*) FROM VoipNumberList WHERE OMemberID = 0"_s) > 0);
-    QVERIFY(m_db->count(u"SELECT COUNT(*) FROM VoipNumberList WHERE OMemberID <> 0"_s) > 0);
-    QCOMPARE(m_db->count(u"SELECT COUNT(*) FROM AccessToken a WHERE NOT EXISTS"
-                         u" (SELECT 1 FROM Member m WHERE m.OMemberID = a.OMemberID)"_s),
-        0);
+    QTest::newRow("pool account not the member's")
+        << u"SELECT COUNT(*) FROM VoipNumberList p WHERE p.OMemberID <> 0 AND NOT EXISTS"
+           u" (SELECT 1 FROM VoipInfo v WHERE v.OMemberID = p.OMemberID"
+           u" AND v.ID = p.VOIP_ID AND v.Pass = p.VOIP_PASS)"_s;
+    QTest::newRow("permissions of an unknown member")
+        << u"SELECT COUNT(*) FROM AccessToken a WHERE NOT EXISTS"
+           u" (SELECT 1 FROM Member m WHERE m.OMemberID = a.OMemberID)"_s;
     // VoIP is only on with an account; file transfer only with messaging.
-    QCOMPARE(m_db->count(u"SELECT COUNT(*) FROM AccessToken a JOIN VoipInfo v USING (OMemberID)"
-                         u" WHERE a.VoipOn = 1 AND v.ID = ''"_s),
-        0);
-    QCOMPARE(m_db->count(
-                 u"SELECT COUNT(*) FROM AccessToken WHERE FileTransferOn = 1 AND MessageOn = 0"_s),
-        0);
+    QTest::newRow("VoIP without an account")
+        << u"SELECT COUNT(*) FROM AccessToken a JOIN VoipInfo v USING (OMemberID)"
+           u" WHERE a.VoipOn = 1 AND v.ID = ''"_s;
+    QTest::newRow("file transfer without messaging")
+        << u"SELECT COUNT(*) FROM AccessToken WHERE FileTransferOn = 1 AND MessageOn = 0"_s;
+    QTest::newRow("group right of an unknown group or folder")
+        << u"SELECT COUNT(*) FROM GroupAuthority a WHERE"
+           u" NOT EXISTS (SELECT 1 FROM [Group] g WHERE g.OGroupID = a.OGroupID)"
+           u" OR NOT EXISTS (SELECT 1 FROM Folder f WHERE f.OFolderID = a.OFolderID)"_s;
+    QTest::newRow("member right of an unknown member or folder")
+        << u"SELECT COUNT(*) FROM UserAuthority a WHERE"
+           u" NOT EXISTS (SELECT 1 FROM Member m WHERE m.OMemberID = a.OMemberID)"
+           u" OR NOT EXISTS (SELECT 1 FROM Folder f WHERE f.OFolderID = a.OFolderID)"_s;
+    QTest::newRow("right of no known kind")
+        << u"SELECT COUNT(*) FROM (SELECT Authority FROM GroupAuthority UNION ALL"
+           u" SELECT Authority FROM UserAuthority) WHERE Authority NOT IN ('R','W','X','w')"_s;
+    // Realistic data has some of each kind.
+    QTest::newRow("no guest relation")
+        << u"SELECT COUNT(*) = 0 FROM Relation WHERE IsGuestRelation=1"_s;
+    QTest::newRow("no free pool account")
+        << u"SELECT COUNT(*) = 0 FROM VoipNumberList WHERE OMemberID = 0"_s;
+    QTest::newRow("no assigned pool account")
+        << u"SELECT COUNT(*) = 0 FROM VoipNumberList WHERE OMemberID <> 0"_s;
 }
 
-void TstGenerator::fileBoxRightsNameExistingOwners()
+void TstGenerator::noRowBreaksARule()
 {
-    QCOMPARE(
-        m_db->count(u"SELECT COUNT(*) FROM GroupAuthority a WHERE"
-                    u" NOT EXISTS (SELECT 1 FROM [Group] g WHERE g.OGroupID = a.OGroupID)"
-                    u" OR NOT EXISTS (SELECT 1 FROM Folder f WHERE f.OFolderID = a.OFolderID)"_s),
-        0);
-    QCOMPARE(
-        m_db->count(u"SELECT COUNT(*) FROM UserAuthority a WHERE"
-                    u" NOT EXISTS (SELECT 1 FROM Member m WHERE m.OMemberID = a.OMemberID)"
-                    u" OR NOT EXISTS (SELECT 1 FROM Folder f WHERE f.OFolderID = a.OFolderID)"_s),
-        0);
-    QCOMPARE(m_db->count(u"SELECT COUNT(*) FROM (SELECT Authority FROM GroupAuthority UNION ALL"
-                         u" SELECT Authority FROM UserAuthority) WHERE Authority NOT IN"
-                         u" ('R','W','X','w')"_s),
-        0);
+    QFETCH(QString, sql);
+    QCOMPARE(m_db->count(sql), 0);
+}
+
+void TstGenerator::folderPaths()
+{
     // Paths are kept with doubled backslashes; each folder's parent folder exists too.
     const auto rows = m_db->rows(u"SELECT FolderPath FROM Folder"_s);
     QSet<QString> paths;

@@ -1,11 +1,9 @@
 #include "AccessOverviewModel.h"
-#include "AuthorityCode.h"
 #include "CAccessOverviewPanel.h"
 #include "CFileBoxFormView.h"
 #include "CFolderRightPickerDlg.h"
 #include "Directory.h"
 #include "DocumentUndoStack.h"
-#include "FileBoxRights.h"
 #include "FolderListModel.h"
 #include "FolderRightsModel.h"
 #include "GroupTreeModel.h"
@@ -70,34 +68,6 @@ QStringList shownRights(CFileBoxFormView &view)
                        .arg(index.data(FolderRightsModel::IsGroupRole).toBool() ? u"g"_s : u"m"_s)
                        .arg(index.data(FolderRightsModel::OwnerIdRole).toInt())
                        .arg(index.data().toString());
-        }
-    }
-    std::sort(out.begin(), out.end());
-    return out;
-}
-
-QStringList storedFolders(LoadedServer &server)
-{
-    QStringList out;
-    for (const QString &row :
-        server.rows(u"SELECT OFolderID, FolderPath FROM Folder ORDER BY rowid"_s)) {
-        const QStringList cells = row.split(u'|');
-        out << cells.at(0) + u' ' + FileBoxRights::pathFromStored(cells.at(1));
-    }
-    return out;
-}
-
-QStringList storedRights(LoadedServer &server)
-{
-    QStringList out;
-    for (const auto &[kind, sql] :
-        { std::pair { u"g"_s, u"SELECT OFolderID, OGroupID, Authority FROM GroupAuthority"_s },
-            std::pair {
-                u"m"_s, u"SELECT OFolderID, OMemberID, Authority FROM UserAuthority"_s } }) {
-        for (const QString &row : server.rows(sql)) {
-            const QStringList cells = row.split(u'|');
-            out << u"%1 %2 %3 %4"_s.arg(cells.at(0), kind, cells.at(1),
-                AuthorityCode::displayText(AuthorityCode::decode(cells.at(2))));
         }
     }
     std::sort(out.begin(), out.end());
@@ -217,13 +187,13 @@ void TestFileBoxView::editsThroughTheWidgetsAreSaved()
     QCOMPARE(rights,
         (QStringList { u"1 g 10 只读"_s, u"1 m 3 只读"_s, u"3 g 11 只读"_s, u"3 m 1 只读"_s }));
 
+    // Saved and read back, the view shows the same again, the chosen folder's
+    // rights at once.
+    const QStringList folders = shownFolders(view);
     QString error;
     QVERIFY2(f.server.save(&error), qPrintable(error));
-    QCOMPARE(storedFolders(f.server), shownFolders(view));
-    QCOMPARE(storedRights(f.server), rights);
-
-    // Read back, the view shows the same again, the chosen folder's rights at once.
     f.server.document.adopt(readBack(f.server.dir), CVelmarManagerDoc::LoadState::Complete);
+    QCOMPARE(shownFolders(view), folders);
     QCOMPARE(view.currentFolderId(), 3);
     QCOMPARE(view.rightsTable()->model()->rowCount(), 2);
     QVERIFY(authorityCombo(view, 1));
@@ -238,14 +208,9 @@ void TestFileBoxView::rightsOfVanishedGroupsAndMembers()
             u"INSERT INTO UserAuthority (OFolderID, OMemberID, Authority) VALUES (1,88,'W')"_s }));
     CFileBoxFormView &view = *f.view;
     const QAbstractItemModel *rights = view.rightsTable()->model();
-    QStringList names;
-    for (int row = 0; row < rights->rowCount(); ++row)
-        names << rights->index(row, 0).data().toString();
-    QCOMPARE(names,
-        (QStringList { u"/Sales"_s, u"(已删除的类别 77)"_s, u"carl"_s, u"(已删除的用户 88)"_s }));
-    // Marked for the table's delegate, which draws such rows in red.
-    QVERIFY(rights->index(1, 0).data(FolderRightsModel::MissingRole).toBool());
-    QVERIFY(!rights->index(0, 0).data(FolderRightsModel::MissingRole).toBool());
+    // Rows 1 and 3; how the model names and marks them is its own test. The
+    // table's delegate draws the marked rows in red.
+    QCOMPARE(rights->rowCount(), 4);
     QVERIFY(qobject_cast<RightRowDelegate *>(view.rightsTable()->itemDelegate()));
 
     // Both go in one step with the remove button.
@@ -256,9 +221,6 @@ void TestFileBoxView::rightsOfVanishedGroupsAndMembers()
     QTest::mouseClick(view.removeRightButton(), Qt::LeftButton);
     QCOMPARE(rights->rowCount(), 2);
     QCOMPARE(f.server.document.undoStack()->count(), 1);
-    QString error;
-    QVERIFY2(f.server.save(&error), qPrintable(error));
-    QCOMPARE(storedRights(f.server), shownRights(view));
 }
 
 void TestFileBoxView::picker()
@@ -297,19 +259,18 @@ void TestFileBoxView::accessOverview()
     QTest::mouseClick(panel->memberButton(), Qt::LeftButton);
     QCOMPARE(f.server.messages.balloonTexts(), QStringList { u"没有这个用户."_s });
 
-    // carl: his own right and Sales's, both on share\docs.
+    // carl (which rights reach whom is the overview model's to test).
     panel->memberField()->clear();
     QTest::keyClicks(panel->memberField(), u"carl"_s);
     QTest::keyClick(panel->memberField(), Qt::Key_Return);
     const QAbstractItemModel *table = panel->table()->model();
+    QCOMPARE(panel->model()->mode(), AccessOverviewModel::Mode::Member);
     QCOMPARE(table->rowCount(), 1);
-    QCOMPARE(table->index(0, 2).data().toString(), u"本人权限"_s);
 
     // share\docs reaches carl on his own and, through Sales, anna and bert.
     panel->folderCombo()->setCurrentIndex(0);
     QTest::mouseClick(panel->folderButton(), Qt::LeftButton);
     QCOMPARE(panel->model()->mode(), AccessOverviewModel::Mode::Folder);
-    QCOMPARE(table->columnCount(), 4);
     QVERIFY(panel->summary()->text().startsWith(u"share\\docs: "_s));
     QVERIFY(panel->exportButton()->isEnabled());
 

@@ -45,11 +45,11 @@ class TestNoticeView : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void listDeleteAndSave();
+    void listAndDelete();
     void panel();
 };
 
-void TestNoticeView::listDeleteAndSave()
+void TestNoticeView::listAndDelete()
 {
     LoadedServer server;
     QString error;
@@ -61,13 +61,9 @@ void TestNoticeView::listDeleteAndSave()
 
     QTableView *list = view.list();
     QCOMPARE(listedIds(view), (QStringList { u"102"_s, u"103"_s, u"104"_s, u"101"_s, u"100"_s }));
-    QStringList titles;
-    for (int column = 0; column < NoticeListModel::ColumnCount; ++column) {
-        titles << list->model()->headerData(column, Qt::Horizontal).toString() + u' '
-                + QString::number(list->columnWidth(column));
-    }
-    QCOMPARE(titles,
-        (QStringList { u"主题管理 300"_s, u"发布者 100"_s, u"发布时间 170"_s, u"结束时间 75"_s }));
+    // The captions and the designed widths are the model's to test.
+    for (int column = 0; column < NoticeListModel::ColumnCount; ++column)
+        QCOMPARE(list->columnWidth(column), NoticeListModel::initialColumnWidth(column));
     QCOMPARE(list->selectionBehavior(), QAbstractItemView::SelectRows);
     QCOMPARE(view.panel()->geometry(), QRect(0, 400, 800, 200));
     QCOMPARE(list->geometry(), QRect(0, 0, 800, 400));
@@ -89,10 +85,6 @@ void TestNoticeView::listDeleteAndSave()
     list->clearSelection();
     QTest::keyClick(list, Qt::Key_Delete);
     QCOMPARE(server.document.undoStack()->count(), 1);
-
-    QVERIFY2(server.save(&error), qPrintable(error));
-    QCOMPARE(server.rows(u"SELECT OCONTENTSID FROM CONTENTS ORDER BY WRITEDATE DESC"_s),
-        listedIds(view));
 }
 
 void TestNoticeView::panel()

@@ -125,8 +125,6 @@ void TestWidgets::messageBoxLooksAsDesigned_data()
         << int(B::OkCancel) << int(I::Error) << 0 << okCancel << 2 << int(QMessageBox::Critical);
     QTest::newRow("yes-no no") << int(B::YesNo) << int(I::Question) << 7 << yesNo << 7
                                << int(QMessageBox::Question);
-    QTest::newRow("yes-no yes") << int(B::YesNo) << int(I::Question) << 6 << yesNo << 6
-                                << int(QMessageBox::Question);
     QTest::newRow("yes-no-cancel cancel") << int(B::YesNoCancel) << int(I::Question) << 2
                                           << yesNoCancel << 2 << int(QMessageBox::Question);
 }

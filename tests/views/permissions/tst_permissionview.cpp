@@ -1,8 +1,7 @@
 // The permission view on a loaded frame (see LoadedFrame): check boxes and
 // "Check all" clicked in the grid, account cells typed into, the group tree
 // choosing the rows and following the document, the pop-up with the frame's
-// commands; then a save, and AccessToken, VoipInfo and VoipNumberList
-// compared with what the grid shows.
+// commands.
 
 #include "CAccessControlFormView.h"
 #include "CommandIds.h"
@@ -38,7 +37,7 @@ private Q_SLOTS:
     void layoutAndDefaultRecords();
     void checkBoxesAndCheckAll();
     void accountsAndPopupCommands();
-    void followsDocumentThenSave();
+    void followsDocument();
 
 private:
     CAccessControlFormView *view() const
@@ -174,6 +173,7 @@ void PermissionViewTest::accountsAndPopupCommands()
     QVERIFY(clickMenuItem(menu, u"自动分配电话号码"_s));
     QCOMPARE(m_f->messages().boxTexts(),
         QStringList({ u"已分配电话号码: 1 个会员; 没有可用号码: 2 个会员."_s }));
+    QCOMPARE(m_f->messages().boxes().constFirst().icon, MessageService::Icon::Exclamation);
     QCOMPARE(gridRows().at(1), u"bert:10100001:v102:p102"_s);
 
     // "删除 权限" on bert's row, from the pop-up: back to the defaults, his
@@ -186,7 +186,7 @@ void PermissionViewTest::accountsAndPopupCommands()
     QCOMPARE(journalSteps(), 4);
 }
 
-void PermissionViewTest::followsDocumentThenSave()
+void PermissionViewTest::followsDocument()
 {
     CVelmarManagerDoc &doc = m_f->frame().document();
     const DirectoryNode *root = doc.directory()->treeData(false).root();
@@ -201,40 +201,10 @@ void PermissionViewTest::followsDocumentThenSave()
     QCOMPARE(gridRows(), QStringList({ u"dora:11111110::"_s, u"bert:10100000::"_s }));
     click(cell(2, 9));
     click(cell(0, 3));
-
-    selectGroup(10);
-    view()->groupTree()->setCurrentIndex(doc.directory()->regularTree()->rootIndex());
-    QVERIFY(m_f->save());
-    QStringList tokens;
-    QStringList accounts;
-    QHash<QString, qint32> holders;
-    for (int row = 1; row < grid()->model()->rowCount(); ++row) {
-        const qint32 id = cell(row, 0).data(PermissionTableModel::MemberIdRole).toInt();
-        const QStringList parts = gridRows().at(row - 1).split(u':');
-        QStringList flags;
-        for (const QChar flag : parts.at(1))
-            flags << flag;
-        tokens << QString::number(id) + u'|' + flags.join(u'|');
-        accounts << u"%1|%2|%3"_s.arg(id).arg(parts.at(2), parts.at(3));
-        holders.insert(parts.at(2), id);
-    }
-    QCOMPARE(tokens.at(1), u"2|1|1|1|0|0|0|0|1"_s);
-    QCOMPARE(m_f->rows(u"SELECT OMemberID, MessageOn, ChatOn, FileTransferOn, TTSOn, "
-                       "VoiceToPhoneOn, OneToOneCallOn, SMSOn, VoipOn FROM AccessToken "
-                       "ORDER BY OMemberID"_s),
-        tokens);
-    QCOMPARE(m_f->rows(u"SELECT OMemberID, ID, Pass FROM VoipInfo ORDER BY OMemberID"_s), accounts);
-    QStringList pool;
-    for (const QString &voipId : { u"v100"_s, u"v101"_s, u"v102"_s })
-        pool << u"%1|%2"_s.arg(voipId).arg(holders.value(voipId, 0));
-    QCOMPARE(m_f->rows(u"SELECT VOIP_ID, OMemberID FROM VoipNumberList ORDER BY VOIP_ID"_s), pool);
-
-    // Started again, the view shows what it showed.
-    const QStringList shown = gridRows();
-    QString error;
-    QVERIFY2(m_f->reopen(&error), qPrintable(error));
-    QVERIFY(m_f->frame().showView(ViewId::AccessControl));
-    QCOMPARE(gridRows(), shown);
+    // The grid shows the document; what a save writes of it is the save's to test.
+    QCOMPARE(gridRows().at(1), u"bert:11100001::"_s);
+    const CAccessToken *bert = doc.permissions().token(2);
+    QVERIFY(bert && bert->flag(CAccessToken::ChatOn) && bert->flag(CAccessToken::VoipOn));
 }
 
 QTEST_MAIN(PermissionViewTest)
