@@ -136,16 +136,9 @@ void TestServerDataLoad::fullLoad()
         QVERIFY2(lines.contains(expected), qPrintable(expected));
     }
     QCOMPARE(directory.regularMembers()->member(0).nickname, u"it's"_s);
-    // bert's guest flag of 5 makes him regular (PostgreSQL lists an updated
-    // row last, so look him up).
-    const int bert = directory.regularMembers()->rowOfLoginName(u"bert"_s);
-    QVERIFY(bert >= 0);
-    QCOMPARE(directory.regularMembers()->member(bert).isGuest, 0);
-
-    // The normalising UPDATEs changed the rows themselves.
+    // The normalising UPDATEs changed the rows themselves (their SQL is
+    // tst_directory_db's; here they must run on every backend).
     QCOMPARE(db.count(u"Member"_s, u"IsGuestMember NOT IN (0, 1)"_s), 0);
-    QCOMPARE(db.scalar(u"SELECT IsGuestMember FROM Member WHERE OMemberID = 2"_s).toInt(), 0);
-    QCOMPARE(db.scalar(u"SELECT IsGuestRelation FROM Relation WHERE OMemberID = 2"_s).toInt(), 0);
     QCOMPARE(db.count(u"Relation"_s, u"IsGuestRelation NOT IN (0, 1)"_s), 0);
 }
 
@@ -193,14 +186,8 @@ void TestServerDataLoad::openFailure()
     if (sessionBox)
         QVERIFY2(texts.first().startsWith(u"(80004005) Unspecified error\r\nSource - "_s),
             qPrintable(texts.first()));
+    // Nothing was read: a save is refused as after a partial read (below).
     QCOMPARE(data.loadState(), CVelmarManagerDoc::LoadState::NotLoaded);
-    // Nothing was read, so there is nothing a save could write.
-    messages.clear();
-    DbSession session(dir.hives(), dir.iniPath(), dir.databasePath(), messages);
-    ServerDataSaver saver(data, session, messages, dir.iniPath(), dir.hives(), dir.programDir());
-    QCOMPARE(saver.save(true).outcome, ServerDataSaver::Outcome::DataError);
-    QCOMPARE(messages.balloonTexts(), QStringList { u"当前编辑的数据发生错误."_s });
-    QVERIFY(messages.boxes().isEmpty());
 }
 
 void TestServerDataLoad::readFailure_data()
