@@ -365,10 +365,7 @@ void ImportWizardTest::everyKindOfSourceOnTheFirstPage()
     next(wizard);
     auto *tables = wizard->findChild<QListWidget *>(u"importTableList"_s);
     QCOMPARE(tables->currentItem()->text(), u"staff"_s);
-    QCOMPARE(wizard->tablePage()->previewModel()->rowCount(), 1);
     next(wizard);
-    QCOMPARE(wizard->mappingPage()->mapping().value(ImportFields::UserId), 0);
-    QCOMPARE(wizard->mappingPage()->previewModel()->rowCount(), 1);
     QTest::mouseClick(wizard->button(QWizard::FinishButton), Qt::LeftButton);
     QTRY_VERIFY(!frame().importWizard());
     QVERIFY(gridLogins().contains(u"hana"_s));
