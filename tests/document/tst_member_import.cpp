@@ -118,7 +118,6 @@ void TestMemberImport::refusalsAndPreview()
     const QStringList before = documentState(doc);
     const QList<MemberImporter::RowPreview> preview = importer.preview(table(rows), mapping());
     QCOMPARE(documentState(doc), before);
-    QCOMPARE(preview.size(), rows.size());
     QList<std::pair<qsizetype, QString>> previewed;
     QList<qint32> previewIds;
     for (const MemberImporter::RowPreview &row : preview) {
