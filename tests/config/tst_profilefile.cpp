@@ -71,7 +71,6 @@ private Q_SLOTS:
         row("cut to buffer", "[ServerInfo]\r\nKey=abcdef\r\n", u"abc"_s, 4);
         row("cut after unquoting", "[ServerInfo]\r\nKey=\"abcdef\"\r\n", u"abc"_s, 4);
         row("cut never splits a gbk character", "[ServerInfo]\r\nKey=中文字\r\n", u"中文"_s, 6);
-        row("gbk fits exactly", "[ServerInfo]\r\nKey=中文字\r\n", u"中文字"_s, 7);
         row("buffer of one", "[ServerInfo]\r\nKey=abc\r\n", QString(), 1);
         row("gbk file", Gbk.encode(u"[ServerInfo]\r\nKey=数据库服务器\r\n"_s), u"数据库服务器"_s);
         QTest::newRow("default trailing blanks dropped")
@@ -123,13 +122,12 @@ private Q_SLOTS:
 
     void readInt()
     {
-        QVERIFY(writeBytes(m_path,
-            "[ServerInfo]\r\nUseDist=-12abc\r\nDefaultPositionID=\"5\"\r\n"
-            "Empty=\r\nWord=abc\r\n"));
+        QVERIFY(writeBytes(
+            m_path, "[ServerInfo]\r\nDefaultPositionID=\"5\"\r\nEmpty=\r\nWord=-12abc\r\n"));
         const ProfileFile file(m_path, Gbk);
-        QCOMPARE(file.readInt(u"ServerInfo"_s, u"usedist"_s, 9), -12);
+        // Unquoted and read as parseDecimal reads.
         QCOMPARE(file.readInt(u"ServerInfo"_s, u"DefaultPositionID"_s, 9), 5);
-        QCOMPARE(file.readInt(u"ServerInfo"_s, u"Word"_s, 9), 0);
+        QCOMPARE(file.readInt(u"ServerInfo"_s, u"Word"_s, 9), -12);
         QCOMPARE(file.readInt(u"ServerInfo"_s, u"Missing"_s, 9), 9);
         QCOMPARE(file.readInt(u"ServerInfo"_s, u"Empty"_s, 9), 9); // empty counts as absent
     }
@@ -181,7 +179,9 @@ private Q_SLOTS:
         row("first of duplicate keys", "[A]\r\nx=1\r\nx=2\r\n", u"A"_s, u"X"_s, u"3"_s,
             "[A]\r\nx=3\r\nx=2\r\n");
         row("empty value", "[A]\r\nx=1\r\n", u"A"_s, u"x"_s, QString(), "[A]\r\nx=\r\n");
-        row("empty file", "", u"A"_s, u"x"_s, u"1"_s, "[A]\r\nx=1\r\n");
+        // No file yet: made with CRLF line ends, in the code page.
+        row("new file", QByteArray(), u"ServerInfo"_s, u"Name"_s, u"服务器"_s,
+            Gbk.encode(u"[ServerInfo]\r\nName=服务器\r\n"_s));
     }
 
     void write()
@@ -192,20 +192,12 @@ private Q_SLOTS:
         QFETCH(QString, value);
         QFETCH(QByteArray, after);
 
-        QVERIFY(writeBytes(m_path, before));
+        if (!before.isNull())
+            QVERIFY(writeBytes(m_path, before));
         ProfileFile file(m_path, Gbk);
         QVERIFY(file.writeString(section, key, value));
         QCOMPARE(fileBytes(m_path), after);
         QCOMPARE(file.readString(section, key, u"missing"_s, 256), value);
-    }
-
-    void newFileIsCrLfInTheCodePage()
-    {
-        ProfileFile file(m_path, Gbk);
-        QVERIFY(file.writeString(u"ServerInfo"_s, u"Name"_s, u"服务器"_s));
-        QVERIFY(file.writeString(u"ServerInfo"_s, u"DefaultPositionID"_s, u"3"_s));
-        QCOMPARE(fileBytes(m_path),
-            Gbk.encode(u"[ServerInfo]\r\nName=服务器\r\nDefaultPositionID=3\r\n"_s));
     }
 
     void encodingIsKept_data()
@@ -214,8 +206,7 @@ private Q_SLOTS:
         QTest::addColumn<CodePage::FileEncoding>("encoding");
 
         QTest::newRow("gbk") << QByteArray("GBK") << CodePage::FileEncoding::CodePage;
-        QTest::newRow("utf-8") << QByteArray("GBK") << CodePage::FileEncoding::Utf8;
-        QTest::newRow("utf-8 bom") << QByteArray("GBK") << CodePage::FileEncoding::Utf8Bom;
+        // Each detected encoding is the codec's (serverFiles); one is enough here.
         QTest::newRow("utf-16le bom") << QByteArray("GBK") << CodePage::FileEncoding::Utf16LeBom;
         QTest::newRow("utf-8 code page, ascii file")
             << QByteArray("UTF-8") << CodePage::FileEncoding::CodePage;
@@ -351,26 +342,13 @@ private Q_SLOTS:
     void systemCodePage()
     {
         QCOMPARE(CodePage::system().name(), QByteArray("GBK"));
-        QCOMPARE(CodePage::system().byteLength(u"中文a"_s), 5);
-
         qputenv("VELMAR_CODEPAGE", "UTF-8");
         QCOMPARE(CodePage::system().name(), QByteArray("UTF-8"));
-        QCOMPARE(CodePage::system().byteLength(u"中文a"_s), 7);
 
         // A name no converter knows must not leave lengths to chance.
         qputenv("VELMAR_CODEPAGE", "no-such-codepage");
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"unknown code page"_s));
         QCOMPARE(CodePage::system().name(), QByteArray("GBK"));
-    }
-
-    void gbkRoundTrip()
-    {
-        const CodePage gbk("GBK");
-        const QByteArray bytes = gbk.encode(u"服务器a"_s);
-        QCOMPARE(bytes, QByteArray::fromHex("b7fecef1c6f761"));
-        QCOMPARE(gbk.decode(bytes), u"服务器a"_s);
-        // Characters GBK lacks count as the one '?' the conversion puts there.
-        QCOMPARE(gbk.byteLength(u"😀"_s), 1);
     }
 
     void truncatedToBytes_data()
@@ -386,6 +364,8 @@ private Q_SLOTS:
         QTest::newRow("ascii then chinese") << QByteArray("GBK") << u"a中b"_s << 2 << u"a"_s;
         QTest::newRow("exact after chinese") << QByteArray("GBK") << u"a中b"_s << 3 << u"a中"_s;
         QTest::newRow("zero") << QByteArray("GBK") << u"abc"_s << 0 << QString();
+        // Characters GBK lacks count as the one '?' the conversion puts there.
+        QTest::newRow("gbk lacks a character") << QByteArray("GBK") << u"😀a"_s << 1 << u"😀"_s;
         QTest::newRow("utf-8 three bytes") << QByteArray("UTF-8") << u"中文"_s << 5 << u"中"_s;
         QTest::newRow("surrogate pair kept whole") << QByteArray("UTF-8") << u"a😀"_s << 4 << u"a"_s;
         QTest::newRow("surrogate pair fits") << QByteArray("UTF-8") << u"a😀"_s << 5 << u"a😀"_s;
