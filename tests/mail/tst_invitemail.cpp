@@ -87,7 +87,6 @@ void InviteMailTest::recipientList()
     // The same address again, whatever its case, is not taken.
     QVERIFY(!model.add({ u"Anna 2"_s, u"ANNA@x.cn"_s, u"anna2"_s, u"a2"_s }));
     QVERIFY(model.add({ u"Bert"_s, u"bert@x.cn"_s, u"bert"_s, u"b1"_s }));
-    QCOMPARE(model.rowCount(), 2);
 
     // The result column is the sending's progress.
     model.markPending();
@@ -236,8 +235,6 @@ void InviteMailTest::sendsOverSmtp()
     QCOMPARE(envelope[u"authenticated"_s].toBool(), login);
     // What arrived is what was built, byte for byte (dots and all).
     QCOMPARE(server.message(2), mails.at(1).message);
-    const QJsonObject parsed = SmtpTestServer::parse(server.message(2), &error);
-    QCOMPARE(parsed[u"to"_s][u"name"_s].toString(), u"李四"_s);
 }
 
 void InviteMailTest::refusalsCarryTheServersAnswer()
