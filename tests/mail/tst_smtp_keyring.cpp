@@ -133,6 +133,7 @@ void SmtpKeyringTest::passwordRoundTrips()
         QSKIP(qPrintable(m_skip));
     const SmtpPasswordStore store(u"VelmarManager SMTP test"_s);
     const QString key = SmtpPasswordStore::accountKey(u"inviter"_s, u"smtp.x.cn"_s, 587);
+    QCOMPARE(key, u"inviter@smtp.x.cn:587"_s);
     QString error;
     QVERIFY2(store.write(key, u"first"_s, &error), qPrintable(error));
     QVERIFY2(store.write(key, Secret, &error), qPrintable(error)); // replaced

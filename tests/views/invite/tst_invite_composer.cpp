@@ -131,6 +131,8 @@ void InviteComposerTest::handOffAndRefusal()
     QCOMPARE(m_f->messages().balloons().size(), 1);
     const MessageService::Balloon balloon = m_f->messages().balloons().constFirst();
     QCOMPARE(balloon.text, u"E-Mail已经添加\n再次添加错误."_s);
+    QCOMPARE(balloon.icon, MessageService::Icon::Exclamation);
+    QCOMPARE(balloon.timeoutMs, 3000);
     QCOMPARE(balloon.anchor, &view());
     QVERIFY(!composer().isVisible());
 
