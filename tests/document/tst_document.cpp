@@ -281,6 +281,7 @@ void TestDocument::newMemberRefusals_data()
     QTest::newRow("space") << false << u"ab c"_s
                            << u"用户ID可以用字母数字或符号，但不少于3个字母."_s;
     QTest::newRow("exists in the member list") << true << u"carol"_s << u"用户已存在."_s;
+    QTest::newRow("exists in the guest list") << false << u"guest2"_s << u"用户已存在."_s;
 }
 
 void TestDocument::newMemberRefusals()
