@@ -212,6 +212,7 @@ void InviteComposerTest::sendsAndShowsEachResult()
     QTest::mouseClick(send, Qt::LeftButton);
     QVERIFY(finished.wait(60000));
     const QAbstractItemModel *model = composer().recipientView()->model();
+    QCOMPARE(model->index(0, InviteRecipientModel::ResultColumn).data().toString(), u"✓ 已发送"_s);
     const QString refused = model->index(1, InviteRecipientModel::ResultColumn).data().toString();
     QVERIFY2(refused.contains(u"550 5.1.1 <refuse-bert@x.cn>: mailbox unavailable"_s),
         qPrintable(refused));
@@ -219,9 +220,13 @@ void InviteComposerTest::sendsAndShowsEachResult()
     const QJsonObject mail = SmtpTestServer::parse(server.message(1), &error);
     QVERIFY(mail[u"html"_s].toString().contains(u"请联系 信息中心"_s));
 
-    // The settings and the remembered fields are kept for the next time.
+    // The settings and the remembered fields are in the registry, the
+    // password nowhere.
     const InviteMailSettings saved = InviteMailSettings::read(frame().hives());
+    QCOMPARE(saved.host, u"127.0.0.1"_s);
     QCOMPARE(saved.port, server.port());
+    QCOMPARE(saved.security, SmtpSecurity::None);
+    QCOMPARE(saved.sender, u"admin@velmar.test"_s);
     QCOMPARE(saved.office, u"信息中心"_s);
 }
 
