@@ -126,7 +126,6 @@ void InviteComposerTest::handOffAndRefusal()
 
     // carl has no address: the composer takes nobody.
     selectMembers({ u"carl"_s });
-    QVERIFY(command->isEnabled());
     command->trigger();
     QCOMPARE(m_f->messages().balloons().size(), 1);
     const MessageService::Balloon balloon = m_f->messages().balloons().constFirst();
