@@ -216,7 +216,6 @@ void LogViewsTest::chatViewListsAndShowsConversations()
     QCOMPARE(view.findChild<QLabel *>(u"titleCaption"_s)->text(), u"日志管理"_s);
     QCOMPARE(view.findChild<QLabel *>(u"listCaption"_s)->text(), u"日志"_s);
     QCOMPARE(view.filterPanel()->height(), 98);
-    QCOMPARE(view.filterPanel()->listener(), &view);
 
     QVERIFY(searchThrough(view, at(2007, 10, 8, 0, 0, 0), at(2007, 10, 8, 23, 59, 59)));
     QCOMPARE(list->model()->rowCount(), 2);
@@ -287,7 +286,6 @@ void LogViewsTest::userViewShowsTheRecordInFull()
 
     // The upload folder of the record's session; none yet: nothing is opened.
     selectRow(view.list(), 1);
-    QVERIFY(view.openButton()->isEnabled());
     click(view.openButton());
     QVERIFY(fixture.openedFolders.isEmpty());
 

@@ -69,9 +69,7 @@ void TestEditScript::lexer_data()
 
     // Blanks, comments and the '#' that names a group.
     row(u""_s, QStringList());
-    row(u" \t  "_s, QStringList());
     row(u"# member add x"_s, QStringList());
-    row(u" \t# x"_s, QStringList());
     row(u"  a \t b\t\tc  "_s, QStringList { u"a"_s, u"b"_s, u"c"_s });
     row(u"place #12 a#b #"_s, QStringList { u"place"_s, u"#12"_s, u"a#b"_s, u"#"_s });
     row(u"\"#x\" y"_s, QStringList { u"#x"_s, u"y"_s });
@@ -82,8 +80,6 @@ void TestEditScript::lexer_data()
     row(u"a\"b c\"'d e'f"_s, QStringList { u"ab cd ef"_s });
     row(u"a \"\" b"_s, QStringList { u"a"_s, u""_s, u"b"_s });
     row(u"'' x"_s, QStringList { u""_s, u"x"_s });
-    row(u"''\"\""_s, QStringList { u""_s });
-    row(u"'a\tb'"_s, QStringList { u"a\tb"_s });
 
     // Backslashes in each context.
     row(uR"("\" \\ \$ \`")"_s, QStringList { uR"(" \ $ `)"_s });
@@ -120,11 +116,9 @@ void TestEditScript::lexerErrors_data()
 
     row(u"member add \"alice"_s, u"unbalanced double quote"_s);
     row(uR"(a "b\")"_s, u"unbalanced double quote"_s);
-    row(uR"("b\)"_s, u"unbalanced double quote"_s);
     row(u"a 'b\""_s, u"unbalanced single quote"_s);
     row(uR"('a\'')"_s, u"unbalanced single quote"_s);
     row(uR"(member add a\)"_s, u"trailing backslash"_s);
-    row(uR"(\)"_s, u"trailing backslash"_s);
 }
 
 void TestEditScript::lexerErrors()
@@ -144,7 +138,6 @@ void TestEditScript::groupRef_data()
     };
 
     row(u"/Sales/East"_s, org({ u"Sales"_s, u"East"_s }));
-    row(u"/Sales"_s, org({ u"Sales"_s }));
     row(u"/"_s, org({}));
     row(u"guest:/Forum/Old"_s, guest({ u"Forum"_s, u"Old"_s }));
     row(u"guest:/"_s, guest({}));
@@ -273,7 +266,6 @@ void TestEditScript::commands_data()
     row(u"member set alice --no-admin --female --name= --birthday=2000-02-29"_s,
         Edit::MemberSet { u"alice"_s,
             { { { Name, u""_s }, { Birthday, u"2000-02-29"_s } }, false, {}, {}, false } });
-    row(u"member delete alice"_s, Edit::MemberDelete { { u"alice"_s } });
     row(u"member delete a 'b c' 销售"_s, Edit::MemberDelete { { u"a"_s, u"b c"_s, u"销售"_s } });
 
     // Groups.
@@ -382,8 +374,8 @@ void TestEditScript::refusals_data()
     row("member set a --guest", u"member set: unknown option: --guest"_s);
     row("member add a --name", u"member add: --name: missing value"_s);
     row("member add a --name x --name=y", u"member add: --name given twice"_s);
-    row("member add a --guest --guest", u"member add: --guest given twice"_s);
     row("member add a --female --female", u"member add: --female given twice"_s);
+    row("member add a --guest --guest", u"member add: --guest given twice"_s);
     row("member set a --male --female", u"member set: --male and --female given together"_s);
     row("member add a --female=yes", u"member add: --female takes no value"_s);
     row("member add a --guest=1", u"member add: --guest takes no value"_s);
@@ -398,13 +390,10 @@ void TestEditScript::refusals_data()
     // Groups.
     row("group add", u"group add: missing GROUP"_s);
     row("group add /", u"group add: GROUP must name a group, not the root: /"_s);
-    row("group delete guest:/", u"group delete: GROUP must name a group, not the root: guest:/"_s);
     row("group add Sales",
         u"group add: bad group: Sales (expected /PATH, guest:/PATH, #ID or guest:#ID)"_s);
-    row("group add /a//b", u"group add: empty group name in /a//b (name such a group by #ID)"_s);
     row("group rename /a", u"group rename: missing NAME"_s);
     row("group rename /a b c", u"group rename: unexpected argument: c"_s);
-    row("group delete #x", u"group delete: bad group id: #x (expected a decimal number after #)"_s);
     row("group move /a", u"group move: missing up, down, first, last or into GROUP"_s);
     row("group move /a sideways",
         u"group move: expected up, down, first, last or into GROUP, got sideways"_s);
@@ -443,10 +432,7 @@ void TestEditScript::refusals_data()
         u"permission set: unknown feature: Chat (expected message, chat, file, tts, video, call, "
         u"sms or voip)"_s);
     row("permission set alice chat=yes", u"permission set: chat: expected on or off, got yes"_s);
-    row("permission set alice chat=", u"permission set: chat: expected on or off, got "_s);
     row("permission set alice chat=on sms=off chat=off", u"permission set: chat given twice"_s);
-    row("permission set /a//b chat=on",
-        u"permission set: empty group name in /a//b (name such a group by #ID)"_s);
     row("permission set guest:x chat=on",
         u"permission set: bad group: guest:x (expected /PATH, guest:/PATH, #ID or guest:#ID)"_s);
     row("voip set a 1", u"voip set: missing PASS"_s);
@@ -467,16 +453,12 @@ void TestEditScript::refusals_data()
     row("notice delete 3 x", u"notice delete: bad notice ID: x"_s);
     row("notice delete -1", u"notice delete: bad notice ID: -1"_s);
     row("notice delete 2147483648", u"notice delete: bad notice ID: 2147483648"_s);
-    row("notice delete ''", u"notice delete: bad notice ID: "_s);
 
     // The line itself.
     row("member add \"alice", u"unbalanced double quote"_s);
-    row("member add 'alice", u"unbalanced single quote"_s);
-    row("member add alice\\", u"trailing backslash"_s);
     row("member add a\x07"
         "b",
         u"control character U+0007 in a word"_s);
-    row("member add 'a\x1b[0m'", u"control character U+001B in a word"_s);
     row("member add a\x7f", u"control character U+007F in a word"_s);
     row("member add \xc2\x85x", u"control character U+0085 in a word"_s);
     row("member add a\rb", u"control character U+000D in a word"_s);
@@ -532,7 +514,6 @@ void TestEditScript::lineNumbers()
             { 2, Edit::MemberAdd { u"\uFEFFc"_s, false, {} } } }));
 
     QVERIFY(EditScript::parse("").ok());
-    QVERIFY(EditScript::parse("").commands.isEmpty());
     QVERIFY(EditScript::parse("\n# only comments\n\n").commands.isEmpty());
 }
 

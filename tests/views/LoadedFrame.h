@@ -35,8 +35,6 @@ struct LoadedFrame
     bool save();
     // A new main window on the same folder, loaded (the console started again).
     bool reopen(QString *error);
-    // Rows of a table as "a|b|c" lines.
-    QStringList rows(const QString &sql) { return tableRows(*db, sql); }
 };
 
 // Types text into a widget key by key, each key carrying its character

@@ -40,18 +40,6 @@ bool LoadedServer::save(QString *error)
     return true;
 }
 
-QStringList tableRows(TestDatabase &db, const QString &sql)
-{
-    QStringList out;
-    for (const QVariantList &row : db.rows(sql)) {
-        QStringList cells;
-        for (const QVariant &cell : row)
-            cells << (cell.isNull() ? u"NULL"_s : cell.toString());
-        out << cells.join(u'|');
-    }
-    return out;
-}
-
 bool dragTo(QAbstractItemView *view, const QPoint &pos, const QMimeData *data, bool drop)
 {
     QWidget *viewport = view->viewport();

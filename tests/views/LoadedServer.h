@@ -12,9 +12,6 @@ class QAbstractItemView;
 class QMimeData;
 class QPoint;
 
-// Every row of a query, cells joined with "|", NULL as "NULL".
-QStringList tableRows(TestDatabase &db, const QString &sql);
-
 // A drag of data over a view's viewport to pos, as the system delivers it:
 // enter, move, then a drop or a leave. Returns whether the hover was taken as
 // a move, or whether the drop was accepted.
@@ -29,7 +26,6 @@ struct LoadedServer
     bool start(const QStringList &extraStatements, QString *error);
     // The save command's run (asked already: confirmed); true when it wrote.
     bool save(QString *error);
-    QStringList rows(const QString &sql) { return tableRows(*db, sql); }
 
     TempServerDir dir;
     std::unique_ptr<TestDatabase> db;
