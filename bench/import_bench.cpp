@@ -62,7 +62,7 @@ ImportTable readCsv(const QString &path, qsizetype maxRows = -1)
 {
     QString error;
     const std::unique_ptr<ImportSource> source
-        = ImportSource::open(ImportSourceSpec::csv(path), &error);
+        = ImportSource::open(ImportSourceAddress::csv(path), &error);
     if (!source) {
         std::fprintf(stderr, "%s\n", error.toUtf8().constData());
         std::exit(1);

@@ -40,40 +40,41 @@ private:
 } // namespace
 
 CsvImportSource::CsvImportSource(
-    ImportSourceSpec spec, QString text, CodePage::FileEncoding encoding)
-    : ImportSource(std::move(spec))
+    ImportSourceAddress address, QString text, CodePage::FileEncoding encoding)
+    : ImportSource(std::move(address))
     , m_text(std::move(text))
     , m_encoding(encoding)
     , m_separator(CsvReader::detectSeparator(m_text))
 { }
 
 std::unique_ptr<CsvImportSource> CsvImportSource::open(
-    const ImportSourceSpec &spec, const CodePage &codePage, QString *error)
+    const ImportSourceAddress &address, const CodePage &codePage, QString *error)
 {
     // "-" is standard input, so that a script can pipe its rows in.
     QFile file;
-    const bool opened = spec.location == u"-"_s
+    const bool opened = address.location == u"-"_s
         ? file.open(stdin, QIODevice::ReadOnly)
-        : (file.setFileName(spec.location), file.open(QIODevice::ReadOnly));
+        : (file.setFileName(address.location), file.open(QIODevice::ReadOnly));
     if (!opened) {
         if (error)
-            *error = u"cannot read %1: %2"_s.arg(spec.location, file.errorString());
+            *error = u"cannot read %1: %2"_s.arg(address.location, file.errorString());
         return nullptr;
     }
     const QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError) {
         if (error)
-            *error = u"cannot read %1: %2"_s.arg(spec.location, file.errorString());
+            *error = u"cannot read %1: %2"_s.arg(address.location, file.errorString());
         return nullptr;
     }
     CodePage::FileEncoding encoding = CodePage::FileEncoding::CodePage;
     QString text = CsvReader::decode(bytes, codePage, &encoding);
-    return std::unique_ptr<CsvImportSource>(new CsvImportSource(spec, std::move(text), encoding));
+    return std::unique_ptr<CsvImportSource>(
+        new CsvImportSource(address, std::move(text), encoding));
 }
 
 QStringList CsvImportSource::tables() const
 {
-    return { QFileInfo(spec().location).fileName() };
+    return { QFileInfo(address().location).fileName() };
 }
 
 std::unique_ptr<ImportCursor> CsvImportSource::cursor(const QString &table, QString *error)
@@ -81,7 +82,7 @@ std::unique_ptr<ImportCursor> CsvImportSource::cursor(const QString &table, QStr
     if (!table.isEmpty() && table != tables().constFirst()) {
         if (error)
             *error = u"%1 has one table, %2, not %3"_s.arg(
-                spec().location, tables().constFirst(), table);
+                address().location, tables().constFirst(), table);
         return nullptr;
     }
     // The cursor copies nothing: QString shares the decoded text.

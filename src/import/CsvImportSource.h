@@ -10,7 +10,7 @@ class CsvImportSource final : public ImportSource
 public:
     // Nothing and why in error when the file cannot be read.
     static std::unique_ptr<CsvImportSource> open(
-        const ImportSourceSpec &spec, const CodePage &codePage, QString *error);
+        const ImportSourceAddress &address, const CodePage &codePage, QString *error);
 
     QStringList tables() const override;
     std::unique_ptr<ImportCursor> cursor(const QString &table, QString *error) override;
@@ -19,7 +19,7 @@ public:
     QChar separator() const { return m_separator; }
 
 private:
-    CsvImportSource(ImportSourceSpec spec, QString text, CodePage::FileEncoding encoding);
+    CsvImportSource(ImportSourceAddress address, QString text, CodePage::FileEncoding encoding);
 
     QString m_text;
     CodePage::FileEncoding m_encoding;

@@ -5,23 +5,23 @@
 #include "OdbcImportSource.h"
 #include "SqliteImportSource.h"
 
-ImportSource::ImportSource(ImportSourceSpec spec)
-    : m_spec(std::move(spec))
+ImportSource::ImportSource(ImportSourceAddress address)
+    : m_address(std::move(address))
 { }
 
 ImportSource::~ImportSource() = default;
 
-std::unique_ptr<ImportSource> ImportSource::open(const ImportSourceSpec &spec, QString *error)
+std::unique_ptr<ImportSource> ImportSource::open(const ImportSourceAddress &address, QString *error)
 {
-    switch (spec.kind) {
-    case ImportSourceSpec::Kind::Csv:
-        return CsvImportSource::open(spec, CodePage::system(), error);
-    case ImportSourceSpec::Kind::Sqlite:
-        return SqliteImportSource::open(spec, error);
-    case ImportSourceSpec::Kind::Odbc:
-        return OdbcImportSource::open(spec, error);
-    case ImportSourceSpec::Kind::Ldap:
-        return LdapImportSource::open(spec, error);
+    switch (address.kind) {
+    case ImportSourceAddress::Kind::Csv:
+        return CsvImportSource::open(address, CodePage::system(), error);
+    case ImportSourceAddress::Kind::Sqlite:
+        return SqliteImportSource::open(address, error);
+    case ImportSourceAddress::Kind::Odbc:
+        return OdbcImportSource::open(address, error);
+    case ImportSourceAddress::Kind::Ldap:
+        return LdapImportSource::open(address, error);
     }
     return nullptr;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ImportCursor.h"
-#include "ImportSourceSpec.h"
+#include "ImportSourceAddress.h"
 #include "ImportTable.h"
 
 #include <memory>
@@ -15,7 +15,7 @@
 // connection does); the ImportTable they give may go to any thread.
 //
 //   QString error;
-//   auto source = ImportSource::open(*ImportSourceSpec::parse(u"csv:/tmp/staff.csv"_s), &error);
+//   auto source = ImportSource::open(*ImportSourceAddress::parse(u"csv:/tmp/staff.csv"_s), &error);
 //   ImportTable table = source->read(source->tables().value(0), -1, &error);
 //   ImportFields::Mapping mapping = ImportFields::guessMapping(table.columns);
 class ImportSource
@@ -23,11 +23,11 @@ class ImportSource
 public:
     virtual ~ImportSource();
 
-    // Opens the source the spec names (the file read, the database connected,
+    // Opens the source the address names (the file read, the database connected,
     // the directory bound); nothing and the reason in error when it cannot.
-    static std::unique_ptr<ImportSource> open(const ImportSourceSpec &spec, QString *error);
+    static std::unique_ptr<ImportSource> open(const ImportSourceAddress &address, QString *error);
 
-    const ImportSourceSpec &spec() const { return m_spec; }
+    const ImportSourceAddress &address() const { return m_address; }
     // What can be imported: a CSV source lists its file, a database its
     // tables and views, a directory its one search.
     virtual QStringList tables() const = 0;
@@ -41,8 +41,8 @@ public:
     ImportTable read(const QString &table, qsizetype maxRows = -1, QString *error = nullptr);
 
 protected:
-    explicit ImportSource(ImportSourceSpec spec);
+    explicit ImportSource(ImportSourceAddress address);
 
 private:
-    ImportSourceSpec m_spec;
+    ImportSourceAddress m_address;
 };

@@ -27,14 +27,14 @@ QString ldapText(LDAP *ld, int rc)
     return text;
 }
 
-int ldapScope(ImportSourceSpec::Scope scope)
+int ldapScope(ImportSourceAddress::Scope scope)
 {
     switch (scope) {
-    case ImportSourceSpec::Scope::Base:
+    case ImportSourceAddress::Scope::Base:
         return LDAP_SCOPE_BASE;
-    case ImportSourceSpec::Scope::OneLevel:
+    case ImportSourceAddress::Scope::OneLevel:
         return LDAP_SCOPE_ONELEVEL;
-    case ImportSourceSpec::Scope::Subtree:
+    case ImportSourceAddress::Scope::Subtree:
         break;
     }
     return LDAP_SCOPE_SUBTREE;
@@ -80,15 +80,16 @@ struct LdapImportSource::Connection
     LDAP *ld = nullptr;
 };
 
-LdapImportSource::LdapImportSource(ImportSourceSpec spec, std::unique_ptr<Connection> connection)
-    : ImportSource(std::move(spec))
+LdapImportSource::LdapImportSource(
+    ImportSourceAddress address, std::unique_ptr<Connection> connection)
+    : ImportSource(std::move(address))
     , m_connection(std::move(connection))
 { }
 
 LdapImportSource::~LdapImportSource() = default;
 
 std::unique_ptr<LdapImportSource> LdapImportSource::open(
-    const ImportSourceSpec &spec, QString *error)
+    const ImportSourceAddress &address, QString *error)
 {
     const auto fail = [&](const QString &why) {
         if (error)
@@ -96,11 +97,11 @@ std::unique_ptr<LdapImportSource> LdapImportSource::open(
         return nullptr;
     };
     auto connection = std::make_unique<Connection>();
-    const QByteArray uri = spec.location.toUtf8();
+    const QByteArray uri = address.location.toUtf8();
     int rc = ldap_initialize(&connection->ld, uri.constData());
     if (rc != LDAP_SUCCESS)
         return fail(
-            u"cannot use the LDAP server %1: %2"_s.arg(spec.location, ldapText(nullptr, rc)));
+            u"cannot use the LDAP server %1: %2"_s.arg(address.location, ldapText(nullptr, rc)));
     LDAP *ld = connection->ld;
     const int version = LDAP_VERSION3;
     ldap_set_option(ld, LDAP_OPT_PROTOCOL_VERSION, &version);
@@ -109,22 +110,23 @@ std::unique_ptr<LdapImportSource> LdapImportSource::open(
     ldap_set_option(ld, LDAP_OPT_NETWORK_TIMEOUT, &connectTimeout);
 
     // A simple bind; without a DN an anonymous one (RFC 4513 5.1.1).
-    const QByteArray dn = spec.bindDn.toUtf8();
-    QByteArray password = spec.bindDn.isEmpty() ? QByteArray() : spec.password.toUtf8();
+    const QByteArray dn = address.bindDn.toUtf8();
+    QByteArray password = address.bindDn.isEmpty() ? QByteArray() : address.password.toUtf8();
     berval credentials { ber_len_t(password.size()), password.data() };
-    rc = ldap_sasl_bind_s(ld, spec.bindDn.isEmpty() ? nullptr : dn.constData(), LDAP_SASL_SIMPLE,
+    rc = ldap_sasl_bind_s(ld, address.bindDn.isEmpty() ? nullptr : dn.constData(), LDAP_SASL_SIMPLE,
         &credentials, nullptr, nullptr, nullptr);
     password.fill('\0');
     if (rc != LDAP_SUCCESS) {
-        return fail(u"cannot bind to the LDAP server %1 %2: %3"_s.arg(spec.location,
-            spec.bindDn.isEmpty() ? u"anonymously"_s : u"as "_s + spec.bindDn, ldapText(ld, rc)));
+        return fail(u"cannot bind to the LDAP server %1 %2: %3"_s.arg(address.location,
+            address.bindDn.isEmpty() ? u"anonymously"_s : u"as "_s + address.bindDn,
+            ldapText(ld, rc)));
     }
-    return std::unique_ptr<LdapImportSource>(new LdapImportSource(spec, std::move(connection)));
+    return std::unique_ptr<LdapImportSource>(new LdapImportSource(address, std::move(connection)));
 }
 
 QStringList LdapImportSource::tables() const
 {
-    return { (spec().searchBase + u' ' + spec().effectiveFilter()).trimmed() };
+    return { (address().searchBase + u' ' + address().effectiveFilter()).trimmed() };
 }
 
 std::unique_ptr<ImportCursor> LdapImportSource::cursor(const QString &table, QString *error)
@@ -139,11 +141,11 @@ std::unique_ptr<ImportCursor> LdapImportSource::cursor(const QString &table, QSt
             tables().constFirst(), table));
 
     LDAP *ld = m_connection->ld;
-    const QByteArray base = spec().searchBase.toUtf8();
-    const QByteArray filter = spec().effectiveFilter().toUtf8();
+    const QByteArray base = address().searchBase.toUtf8();
+    const QByteArray filter = address().effectiveFilter().toUtf8();
     QList<QByteArray> attributeNames;
     std::vector<char *> attributes;
-    for (const QString &name : spec().attributes)
+    for (const QString &name : address().attributes)
         attributeNames.append(name.toUtf8());
     for (QByteArray &name : attributeNames)
         attributes.push_back(name.data());
@@ -153,11 +155,11 @@ std::unique_ptr<ImportCursor> LdapImportSource::cursor(const QString &table, QSt
     // carrying it gives (names compare without case), or the URL's list.
     QStringList columns { u"dn"_s };
     QHash<QString, int> columnOf; // lower-case name -> column
-    for (const QString &name : spec().attributes) {
+    for (const QString &name : address().attributes) {
         columnOf.insert(name.toLower(), int(columns.size()));
         columns.append(name);
     }
-    const bool fixedColumns = !spec().attributes.isEmpty();
+    const bool fixedColumns = !address().attributes.isEmpty();
     QList<QHash<int, QString>> entries;
 
     berval cookie { 0, nullptr };
@@ -170,18 +172,19 @@ std::unique_ptr<ImportCursor> LdapImportSource::cursor(const QString &table, QSt
             cookie = { 0, nullptr };
         }
         if (rc != LDAP_SUCCESS)
-            return fail(u"cannot search %1: %2"_s.arg(spec().location, ldapText(ld, rc)));
+            return fail(u"cannot search %1: %2"_s.arg(address().location, ldapText(ld, rc)));
         LDAPControl *controls[] = { pageControl, nullptr };
         timeval pageTimeout { PageSeconds, 0 };
         LDAPMessage *result = nullptr;
         rc = ldap_search_ext_s(ld, base.isEmpty() ? nullptr : base.constData(),
-            ldapScope(spec().scope), filter.constData(), fixedColumns ? attributes.data() : nullptr,
-            0, controls, nullptr, &pageTimeout, LDAP_NO_LIMIT, &result);
+            ldapScope(address().scope), filter.constData(),
+            fixedColumns ? attributes.data() : nullptr, 0, controls, nullptr, &pageTimeout,
+            LDAP_NO_LIMIT, &result);
         ldap_control_free(pageControl);
         const std::unique_ptr<LDAPMessage, int (*)(LDAPMessage *)> held(result, ldap_msgfree);
         if (rc != LDAP_SUCCESS && rc != LDAP_SIZELIMIT_EXCEEDED) {
-            return fail(u"the search of %1 below \"%2\" for %3 failed: %4"_s.arg(
-                spec().location, spec().searchBase, spec().effectiveFilter(), ldapText(ld, rc)));
+            return fail(u"the search of %1 below \"%2\" for %3 failed: %4"_s.arg(address().location,
+                address().searchBase, address().effectiveFilter(), ldapText(ld, rc)));
         }
         for (LDAPMessage *entry = ldap_first_entry(ld, result); entry;
              entry = ldap_next_entry(ld, entry)) {
@@ -213,9 +216,10 @@ std::unique_ptr<ImportCursor> LdapImportSource::cursor(const QString &table, QSt
             entries.append(std::move(values));
         }
         if (rc == LDAP_SIZELIMIT_EXCEEDED) {
-            return fail(u"the LDAP server %1 stopped the search at its size limit after %2 "
-                        "entries; ask for fewer (a narrower base or filter) or for a higher limit "
-                        "for this client"_s.arg(spec().location, QString::number(entries.size())));
+            return fail(
+                u"the LDAP server %1 stopped the search at its size limit after %2 "
+                "entries; ask for fewer (a narrower base or filter) or for a higher limit "
+                "for this client"_s.arg(address().location, QString::number(entries.size())));
         }
 
         // The next page's cookie; an empty one (or none: no paging) ends it.
@@ -225,7 +229,7 @@ std::unique_ptr<ImportCursor> LdapImportSource::cursor(const QString &table, QSt
         if (rc == LDAP_SUCCESS && resultCode != LDAP_SUCCESS) {
             ldap_controls_free(returned);
             return fail(u"the search of %1 failed: %2"_s.arg(
-                spec().location, QString::fromUtf8(ldap_err2string(resultCode))));
+                address().location, QString::fromUtf8(ldap_err2string(resultCode))));
         }
         LDAPControl *response
             = returned ? ldap_control_find(LDAP_CONTROL_PAGEDRESULTS, returned, nullptr) : nullptr;

@@ -6,7 +6,7 @@
 
 // An LDAP directory (OpenLDAP's libldap): connected and bound when opened
 // (simple bind; anonymous without a bind DN), its one table the search of
-// the spec. The search is read in pages of 500 entries where the server
+// the address. The search is read in pages of 500 entries where the server
 // offers paging (RFC 2696), so that a server's size limit per request does
 // not cut the list. Each attribute is a column, named as the first entry
 // carrying it names it, after a first column "dn"; the URL's attribute list,
@@ -19,7 +19,8 @@ class LdapImportSource final : public ImportSource
 public:
     ~LdapImportSource() override;
 
-    static std::unique_ptr<LdapImportSource> open(const ImportSourceSpec &spec, QString *error);
+    static std::unique_ptr<LdapImportSource> open(
+        const ImportSourceAddress &address, QString *error);
 
     // One name for the search: "BASE FILTER".
     QStringList tables() const override;
@@ -27,7 +28,7 @@ public:
 
 private:
     struct Connection;
-    LdapImportSource(ImportSourceSpec spec, std::unique_ptr<Connection> connection);
+    LdapImportSource(ImportSourceAddress address, std::unique_ptr<Connection> connection);
 
     std::unique_ptr<Connection> m_connection;
 };

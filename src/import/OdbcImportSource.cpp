@@ -8,25 +8,26 @@
 
 using namespace Qt::StringLiterals;
 
-OdbcImportSource::OdbcImportSource(ImportSourceSpec spec, DbConnection connection)
-    : ImportSource(std::move(spec))
+OdbcImportSource::OdbcImportSource(ImportSourceAddress address, DbConnection connection)
+    : ImportSource(std::move(address))
     , m_connection(std::move(connection))
 { }
 
 std::unique_ptr<OdbcImportSource> OdbcImportSource::open(
-    const ImportSourceSpec &spec, QString *error)
+    const ImportSourceAddress &address, QString *error)
 {
-    QString connectionString = spec.location.trimmed();
+    QString connectionString = address.location.trimmed();
     // A bare name is a data source name, as the ODBC administrator lists it.
     if (!connectionString.contains(u'='))
         connectionString = u"DSN=%1;"_s.arg(connectionString);
     try {
         DbConnection connection = DbConnection::openForReading(connectionString);
-        return std::unique_ptr<OdbcImportSource>(new OdbcImportSource(spec, std::move(connection)));
+        return std::unique_ptr<OdbcImportSource>(
+            new OdbcImportSource(address, std::move(connection)));
     } catch (const DbException &e) {
         if (error)
             *error = u"cannot connect to %1: %2"_s.arg(
-                spec.location, e.error().formatted().replace(u"\r\n"_s, u"\n"_s));
+                address.location, e.error().formatted().replace(u"\r\n"_s, u"\n"_s));
         return nullptr;
     }
 }

@@ -17,7 +17,8 @@ public:
         bool system = false; // from the system odbc.ini rather than the user's
     };
 
-    static std::unique_ptr<OdbcImportSource> open(const ImportSourceSpec &spec, QString *error);
+    static std::unique_ptr<OdbcImportSource> open(
+        const ImportSourceAddress &address, QString *error);
 
     // The data sources unixODBC knows, the user's first, then the system's.
     static QList<DataSource> dataSources();
@@ -26,7 +27,7 @@ public:
     std::unique_ptr<ImportCursor> cursor(const QString &table, QString *error) override;
 
 private:
-    OdbcImportSource(ImportSourceSpec spec, DbConnection connection);
+    OdbcImportSource(ImportSourceAddress address, DbConnection connection);
 
     DbConnection m_connection;
 };

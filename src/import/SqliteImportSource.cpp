@@ -7,18 +7,18 @@
 
 using namespace Qt::StringLiterals;
 
-SqliteImportSource::SqliteImportSource(ImportSourceSpec spec, DbConnection connection)
-    : ImportSource(std::move(spec))
+SqliteImportSource::SqliteImportSource(ImportSourceAddress address, DbConnection connection)
+    : ImportSource(std::move(address))
     , m_connection(std::move(connection))
 { }
 
 std::unique_ptr<SqliteImportSource> SqliteImportSource::open(
-    const ImportSourceSpec &spec, QString *error)
+    const ImportSourceAddress &address, QString *error)
 {
-    const QFileInfo file(spec.location);
+    const QFileInfo file(address.location);
     if (!file.isFile()) {
         if (error)
-            *error = u"cannot read %1: no such file"_s.arg(spec.location);
+            *error = u"cannot read %1: no such file"_s.arg(address.location);
         return nullptr;
     }
     try {
@@ -27,11 +27,11 @@ std::unique_ptr<SqliteImportSource> SqliteImportSource::open(
         DbConnection connection = DbConnection::openForReading(
             u"DRIVER={Microsoft Access Driver (*.mdb)};DBQ=%1;"_s.arg(file.absoluteFilePath()));
         return std::unique_ptr<SqliteImportSource>(
-            new SqliteImportSource(spec, std::move(connection)));
+            new SqliteImportSource(address, std::move(connection)));
     } catch (const DbException &e) {
         if (error)
             *error = u"cannot open %1: %2"_s.arg(
-                spec.location, e.error().formatted().replace(u"\r\n"_s, u"\n"_s));
+                address.location, e.error().formatted().replace(u"\r\n"_s, u"\n"_s));
         return nullptr;
     }
 }

@@ -7,13 +7,14 @@
 class SqliteImportSource final : public ImportSource
 {
 public:
-    static std::unique_ptr<SqliteImportSource> open(const ImportSourceSpec &spec, QString *error);
+    static std::unique_ptr<SqliteImportSource> open(
+        const ImportSourceAddress &address, QString *error);
 
     QStringList tables() const override;
     std::unique_ptr<ImportCursor> cursor(const QString &table, QString *error) override;
 
 private:
-    SqliteImportSource(ImportSourceSpec spec, DbConnection connection);
+    SqliteImportSource(ImportSourceAddress address, DbConnection connection);
 
     DbConnection m_connection;
 };

@@ -29,10 +29,10 @@ QString writeFile(const QTemporaryDir &dir, const QString &name, const QByteArra
     return file.fileName();
 }
 
-ImportTable readWhole(const ImportSourceSpec &spec, const QString &table = {})
+ImportTable readWhole(const ImportSourceAddress &address, const QString &table = {})
 {
     QString error;
-    const std::unique_ptr<ImportSource> source = ImportSource::open(spec, &error);
+    const std::unique_ptr<ImportSource> source = ImportSource::open(address, &error);
     if (!source) {
         qWarning() << error;
         return {};
@@ -182,7 +182,7 @@ private Q_SLOTS:
     void csvChunksAndErrors();
     void databases();
     void ldap();
-    void specs();
+    void addresses();
     void fields();
 };
 
@@ -219,7 +219,8 @@ void TestImportSources::csvEncodingsAndQuoting()
     QTemporaryDir dir;
     const QString path = writeFile(dir, u"staff.csv"_s, bytes);
     QString error;
-    const auto source = CsvImportSource::open(ImportSourceSpec::csv(path), CodePage("GBK"), &error);
+    const auto source
+        = CsvImportSource::open(ImportSourceAddress::csv(path), CodePage("GBK"), &error);
     QVERIFY2(source, qPrintable(error));
     QCOMPARE(source->encoding(), encoding);
     QCOMPARE(source->separator(), separator);
@@ -238,7 +239,7 @@ void TestImportSources::csvChunksAndErrors()
         bytes += "u" + QByteArray::number(i) + ",n" + QByteArray::number(i) + ",extra\n";
     const QString path = writeFile(dir, u"big.csv"_s, bytes);
     QString error;
-    const auto source = ImportSource::open(ImportSourceSpec::csv(path), &error);
+    const auto source = ImportSource::open(ImportSourceAddress::csv(path), &error);
     QVERIFY2(source, qPrintable(error));
     // Chunks of ten, the last one short; values past the header's columns go.
     const auto cursor = source->cursor(u"big.csv"_s, &error);
@@ -254,7 +255,7 @@ void TestImportSources::csvChunksAndErrors()
 
     QVERIFY(!source->cursor(u"other.csv"_s, &error));
     QVERIFY(error.contains(u"other.csv"_s));
-    QVERIFY(!ImportSource::open(ImportSourceSpec::csv(dir.filePath(u"none.csv"_s)), &error));
+    QVERIFY(!ImportSource::open(ImportSourceAddress::csv(dir.filePath(u"none.csv"_s)), &error));
     QVERIFY2(error.contains(u"none.csv"_s), qPrintable(error));
 }
 
@@ -271,7 +272,7 @@ void TestImportSources::databases()
     }();
 
     QString error;
-    const auto sqlite = ImportSource::open(ImportSourceSpec::sqlite(path), &error);
+    const auto sqlite = ImportSource::open(ImportSourceAddress::sqlite(path), &error);
     QVERIFY2(sqlite, qPrintable(error));
     QStringList tables = sqlite->tables();
     tables.sort();
@@ -283,8 +284,8 @@ void TestImportSources::databases()
     QVERIFY(!sqlite->cursor(u"missing"_s, &error));
     QVERIFY2(error.contains(u"missing"_s), qPrintable(error));
 
-    const ImportSourceSpec odbc
-        = *ImportSourceSpec::parse(u"odbc:DRIVER=SQLite3;Database=%1;"_s.arg(path));
+    const ImportSourceAddress odbc
+        = *ImportSourceAddress::parse(u"odbc:DRIVER=SQLite3;Database=%1;"_s.arg(path));
     const auto viaOdbc = ImportSource::open(odbc, &error);
     QVERIFY2(viaOdbc, qPrintable(error));
     QVERIFY(viaOdbc->tables().contains(u"员工 名单"_s));
@@ -294,7 +295,7 @@ void TestImportSources::databases()
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.readAll(), before);
 
-    QVERIFY(!ImportSource::open(*ImportSourceSpec::parse(u"odbc:NoSuchDsn"_s), &error));
+    QVERIFY(!ImportSource::open(*ImportSourceAddress::parse(u"odbc:NoSuchDsn"_s), &error));
     QVERIFY2(error.contains(u"NoSuchDsn"_s), qPrintable(error));
 
     // A data source of the user's odbc.ini: listed by the driver manager,
@@ -308,7 +309,7 @@ void TestImportSources::databases()
     QVERIFY(listed != sources.cend());
     QCOMPARE(listed->description, u"SQLite3"_s);
     QVERIFY(!listed->system);
-    const auto byName = ImportSource::open(*ImportSourceSpec::parse(u"odbc:staffdsn"_s), &error);
+    const auto byName = ImportSource::open(*ImportSourceAddress::parse(u"odbc:staffdsn"_s), &error);
     QVERIFY2(byName, qPrintable(error));
     const ImportTable viaDsn = byName->read(u"员工 名单"_s);
     QCOMPARE(viaDsn.columns, StaffColumns);
@@ -326,11 +327,11 @@ void TestImportSources::ldap()
     QVERIFY2(server.error().isEmpty(), qPrintable(server.error()));
 
     QString error;
-    std::optional<ImportSourceSpec> spec = ImportSourceSpec::parse(
+    std::optional<ImportSourceAddress> address = ImportSourceAddress::parse(
         server.socketUrl() + u"/ou=people,dc=example,dc=cn??one?(objectClass=inetOrgPerson)"_s,
         &error);
-    QVERIFY2(spec, qPrintable(error));
-    ImportTable table = readWhole(*spec);
+    QVERIFY2(address, qPrintable(error));
+    ImportTable table = readWhole(*address);
     QCOMPARE(table.rows.size(), 602);
     QCOMPARE(table.columns.first(), u"dn"_s);
     const int uid = int(table.columns.indexOf(u"uid"_s));
@@ -347,64 +348,64 @@ void TestImportSources::ldap()
 
     // Over TCP, bound as the administrator, with the URL's attributes as
     // the columns in their order.
-    spec = ImportSourceSpec::parse(
+    address = ImportSourceAddress::parse(
         server.tcpUrl() + u"/dc=example,dc=cn?uid,mail,userPassword?sub?(uid=alice)"_s);
-    QVERIFY(spec);
-    spec->bindDn = u"cn=admin,dc=example,dc=cn"_s;
-    spec->password = u"secret"_s;
-    table = readWhole(*spec);
+    QVERIFY(address);
+    address->bindDn = u"cn=admin,dc=example,dc=cn"_s;
+    address->password = u"secret"_s;
+    table = readWhole(*address);
     QCOMPARE(table.columns, QStringList({ u"dn"_s, u"uid"_s, u"mail"_s, u"userPassword"_s }));
     QCOMPARE(table.rows,
         QList<QStringList>({ { u"uid=alice,ou=people,dc=example,dc=cn"_s, u"alice"_s,
             u"alice@example.cn"_s, u"pa"_s } }));
 
-    spec->password = u"wrong"_s;
-    QVERIFY(!ImportSource::open(*spec, &error));
+    address->password = u"wrong"_s;
+    QVERIFY(!ImportSource::open(*address, &error));
     QVERIFY2(
         error.contains(u"cn=admin,dc=example,dc=cn"_s) && error.contains(u"Invalid credentials"_s),
         qPrintable(error));
-    spec = ImportSourceSpec::parse(server.tcpUrl()
+    address = ImportSourceAddress::parse(server.tcpUrl()
         + u"/dc=example,dc=cn??"
           u"?(uid="_s);
-    QVERIFY(spec);
-    const auto source = ImportSource::open(*spec, &error);
+    QVERIFY(address);
+    const auto source = ImportSource::open(*address, &error);
     QVERIFY2(source, qPrintable(error));
     QVERIFY(!source->cursor({}, &error));
     QVERIFY2(error.contains(u"(uid="_s), qPrintable(error));
 }
 
-void TestImportSources::specs()
+void TestImportSources::addresses()
 {
     QString error;
-    QCOMPARE(
-        ImportSourceSpec::parse(u"csv:/tmp/a b.csv"_s), ImportSourceSpec::csv(u"/tmp/a b.csv"_s));
-    QCOMPARE(ImportSourceSpec::parse(u"sqlite:x.db"_s), ImportSourceSpec::sqlite(u"x.db"_s));
-    QCOMPARE(ImportSourceSpec::parse(u"odbc:DSN=hr;UID=a"_s)->location, u"DSN=hr;UID=a"_s);
+    QCOMPARE(ImportSourceAddress::parse(u"csv:/tmp/a b.csv"_s),
+        ImportSourceAddress::csv(u"/tmp/a b.csv"_s));
+    QCOMPARE(ImportSourceAddress::parse(u"sqlite:x.db"_s), ImportSourceAddress::sqlite(u"x.db"_s));
+    QCOMPARE(ImportSourceAddress::parse(u"odbc:DSN=hr;UID=a"_s)->location, u"DSN=hr;UID=a"_s);
     for (const QString &bad : { u"csv:"_s, u"excel:x.xls"_s, u"/tmp/x.csv"_s,
              u"ldap://host/dc=x?cn?nowhere"_s, u"ldap://[::1"_s }) {
         error.clear();
-        QVERIFY2(!ImportSourceSpec::parse(bad, &error), qPrintable(bad));
+        QVERIFY2(!ImportSourceAddress::parse(bad, &error), qPrintable(bad));
         QVERIFY(!error.isEmpty());
     }
 
-    const std::optional<ImportSourceSpec> ldap = ImportSourceSpec::parse(
+    const std::optional<ImportSourceAddress> ldap = ImportSourceAddress::parse(
         u"ldap://dir.example.cn:3890/ou=%E4%BA%BA,dc=example?uid,cn??"
         u"(&(objectClass=person)(uid=a*))?bindname=cn%3Dreader%2Cdc%3Dexample"_s);
     QVERIFY(ldap);
-    QCOMPARE(ldap->kind, ImportSourceSpec::Kind::Ldap);
+    QCOMPARE(ldap->kind, ImportSourceAddress::Kind::Ldap);
     QCOMPARE(ldap->location, u"ldap://dir.example.cn:3890"_s);
     QCOMPARE(ldap->searchBase, u"ou=人,dc=example"_s);
     QCOMPARE(ldap->attributes, QStringList({ u"uid"_s, u"cn"_s }));
-    QCOMPARE(ldap->scope, ImportSourceSpec::Scope::Subtree);
+    QCOMPARE(ldap->scope, ImportSourceAddress::Scope::Subtree);
     QCOMPARE(ldap->filter, u"(&(objectClass=person)(uid=a*))"_s);
     QCOMPARE(ldap->bindDn, u"cn=reader,dc=example"_s);
     // The command-line form again reads back the same search.
-    std::optional<ImportSourceSpec> again = ImportSourceSpec::parse(ldap->toString());
+    std::optional<ImportSourceAddress> again = ImportSourceAddress::parse(ldap->toString());
     QVERIFY(again);
     again->bindDn = ldap->bindDn;
     QCOMPARE(*again, *ldap);
-    QCOMPARE(ImportSourceSpec::parse(u"ldapi://%2Frun%2Fslapd/dc=x?cn?base"_s)->scope,
-        ImportSourceSpec::Scope::Base);
+    QCOMPARE(ImportSourceAddress::parse(u"ldapi://%2Frun%2Fslapd/dc=x?cn?base"_s)->scope,
+        ImportSourceAddress::Scope::Base);
 }
 
 void TestImportSources::fields()

@@ -43,7 +43,7 @@ bool ImportCommand::readOptions(const QCommandLineParser &parser, const QStringL
     }
     options->source = positional.at(1);
     QString why;
-    if (!ImportSourceSpec::parse(options->source, &why)) {
+    if (!ImportSourceAddress::parse(options->source, &why)) {
         *message = why;
         return false;
     }
@@ -98,15 +98,15 @@ bool ImportCommand::mappingFrom(const QStringList &maps, const QStringList &colu
 
 bool ImportCommand::prepare(const Options &options, Prepared *prepared, QString *error)
 {
-    std::optional<ImportSourceSpec> spec = ImportSourceSpec::parse(options.source, error);
-    if (!spec)
+    std::optional<ImportSourceAddress> address = ImportSourceAddress::parse(options.source, error);
+    if (!address)
         return false;
-    if (spec->kind == ImportSourceSpec::Kind::Ldap) {
+    if (address->kind == ImportSourceAddress::Kind::Ldap) {
         if (!options.bindDn.isEmpty())
-            spec->bindDn = options.bindDn;
-        spec->password = qEnvironmentVariable("VELMAR_LDAP_PASSWORD");
+            address->bindDn = options.bindDn;
+        address->password = qEnvironmentVariable("VELMAR_LDAP_PASSWORD");
     }
-    const std::unique_ptr<ImportSource> source = ImportSource::open(*spec, error);
+    const std::unique_ptr<ImportSource> source = ImportSource::open(*address, error);
     if (!source)
         return false;
     QString table = options.table;

@@ -249,25 +249,25 @@ void ImportSourcePage::sourceEdited()
 
 bool ImportSourcePage::openSource()
 {
-    ImportSourceSpec spec;
+    ImportSourceAddress address;
     switch (kind()) {
     case Kind::Text:
-        spec = ImportWizard::textSpec(m_textPath->text().trimmed());
+        address = ImportWizard::textAddress(m_textPath->text().trimmed());
         break;
     case Kind::Sqlite:
-        spec = ImportWizard::sqliteSpec(m_sqlitePath->text().trimmed());
+        address = ImportWizard::sqliteAddress(m_sqlitePath->text().trimmed());
         break;
     case Kind::Odbc:
-        spec = ImportWizard::odbcSpec(m_connectionString->text().trimmed());
+        address = ImportWizard::odbcAddress(m_connectionString->text().trimmed());
         break;
     case Kind::Ldap:
-        spec = ImportWizard::ldapSpec(m_ldapUrl->text().trimmed(), m_ldapBindDn->text(),
+        address = ImportWizard::ldapAddress(m_ldapUrl->text().trimmed(), m_ldapBindDn->text(),
             m_ldapPassword->text(), m_ldapBase->text().trimmed(), m_ldapFilter->text().trimmed());
         break;
     }
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
     QString error;
-    const bool opened = m_wizard.openSource(spec, &error);
+    const bool opened = m_wizard.openSource(address, &error);
     QGuiApplication::restoreOverrideCursor();
     if (!opened) {
         showError(error);

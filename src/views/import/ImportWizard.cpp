@@ -107,55 +107,55 @@ void ImportWizard::setPicture()
         page->setPixmap(QWizard::WatermarkPixmap, picture);
 }
 
-ImportSourceSpec ImportWizard::textSpec(const QString &file)
+ImportSourceAddress ImportWizard::textAddress(const QString &file)
 {
-    return ImportSourceSpec::csv(file);
+    return ImportSourceAddress::csv(file);
 }
 
-ImportSourceSpec ImportWizard::sqliteSpec(const QString &file)
+ImportSourceAddress ImportWizard::sqliteAddress(const QString &file)
 {
-    return ImportSourceSpec::sqlite(file);
+    return ImportSourceAddress::sqlite(file);
 }
 
-ImportSourceSpec ImportWizard::odbcSpec(const QString &connectionString)
+ImportSourceAddress ImportWizard::odbcAddress(const QString &connectionString)
 {
-    return ImportSourceSpec::odbc(connectionString);
+    return ImportSourceAddress::odbc(connectionString);
 }
 
-ImportSourceSpec ImportWizard::ldapSpec(const QString &url, const QString &bindDn,
+ImportSourceAddress ImportWizard::ldapAddress(const QString &url, const QString &bindDn,
     const QString &password, const QString &base, const QString &filter)
 {
     // A whole LDAP URL (base, scope and filter in it) is taken as it is;
     // the fields given beside it win.
-    ImportSourceSpec spec;
-    if (std::optional<ImportSourceSpec> parsed = ImportSourceSpec::parse(url);
-        parsed && parsed->kind == ImportSourceSpec::Kind::Ldap)
-        spec = *parsed;
+    ImportSourceAddress address;
+    if (std::optional<ImportSourceAddress> parsed = ImportSourceAddress::parse(url);
+        parsed && parsed->kind == ImportSourceAddress::Kind::Ldap)
+        address = *parsed;
     else {
-        spec.kind = ImportSourceSpec::Kind::Ldap;
-        spec.location = url;
+        address.kind = ImportSourceAddress::Kind::Ldap;
+        address.location = url;
     }
     if (!bindDn.isEmpty())
-        spec.bindDn = bindDn;
+        address.bindDn = bindDn;
     if (!password.isEmpty())
-        spec.password = password;
+        address.password = password;
     if (!base.isEmpty())
-        spec.searchBase = base;
+        address.searchBase = base;
     if (!filter.isEmpty())
-        spec.filter = filter;
-    return spec;
+        address.filter = filter;
+    return address;
 }
 
-bool ImportWizard::openSource(const ImportSourceSpec &spec, QString *error)
+bool ImportWizard::openSource(const ImportSourceAddress &address, QString *error)
 {
     closeSource();
-    if (spec.location.isEmpty()) {
-        *error = spec.kind == ImportSourceSpec::Kind::Ldap ? u"请输入服务器 URL."_s
-            : spec.kind == ImportSourceSpec::Kind::Odbc ? u"请选择数据源或输入连接字符串."_s
-                                                        : u"请选择文件."_s;
+    if (address.location.isEmpty()) {
+        *error = address.kind == ImportSourceAddress::Kind::Ldap ? u"请输入服务器 URL."_s
+            : address.kind == ImportSourceAddress::Kind::Odbc ? u"请选择数据源或输入连接字符串."_s
+                                                              : u"请选择文件."_s;
         return false;
     }
-    m_source = ImportSource::open(spec, error);
+    m_source = ImportSource::open(address, error);
     return m_source != nullptr;
 }
 

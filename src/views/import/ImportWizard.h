@@ -44,15 +44,15 @@ public:
     ImportMappingPage *mappingPage() const { return m_mappingPage; }
 
     // The source page's fields as an import source.
-    static ImportSourceSpec textSpec(const QString &file);
-    static ImportSourceSpec sqliteSpec(const QString &file);
-    static ImportSourceSpec odbcSpec(const QString &connectionString);
-    static ImportSourceSpec ldapSpec(const QString &url, const QString &bindDn,
+    static ImportSourceAddress textAddress(const QString &file);
+    static ImportSourceAddress sqliteAddress(const QString &file);
+    static ImportSourceAddress odbcAddress(const QString &connectionString);
+    static ImportSourceAddress ldapAddress(const QString &url, const QString &bindDn,
         const QString &password, const QString &base, const QString &filter);
 
     // The opened source, nullptr before one opened.
     ImportSource *source() const { return m_source.get(); }
-    bool openSource(const ImportSourceSpec &spec, QString *error);
+    bool openSource(const ImportSourceAddress &address, QString *error);
     void closeSource();
 
     // The first maxRows rows of a table of the source; nothing and why in

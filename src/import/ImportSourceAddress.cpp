@@ -1,4 +1,4 @@
-#include "ImportSourceSpec.h"
+#include "ImportSourceAddress.h"
 
 #include <ldap.h>
 #include <memory>
@@ -29,7 +29,7 @@ QStringList urlQueryParts(const QString &url)
     return question < 0 ? QStringList() : url.mid(question + 1).split(u'?');
 }
 
-bool parseLdap(const QString &text, ImportSourceSpec *spec, QString *error)
+bool parseLdap(const QString &text, ImportSourceAddress *address, QString *error)
 {
     LDAPURLDesc *desc = nullptr;
     const QByteArray url = text.toUtf8();
@@ -48,22 +48,22 @@ bool parseLdap(const QString &text, ImportSourceSpec *spec, QString *error)
     const qsizetype question = text.indexOf(u'?', schemeEnd + 3);
     if (question >= 0 && (serverEnd < 0 || question < serverEnd))
         serverEnd = question;
-    spec->kind = ImportSourceSpec::Kind::Ldap;
-    spec->location = serverEnd < 0 ? text : text.left(serverEnd);
-    spec->searchBase = fromLdap(desc->lud_dn);
-    spec->attributes.clear();
+    address->kind = ImportSourceAddress::Kind::Ldap;
+    address->location = serverEnd < 0 ? text : text.left(serverEnd);
+    address->searchBase = fromLdap(desc->lud_dn);
+    address->attributes.clear();
     for (char **attr = desc->lud_attrs; attr && *attr; ++attr)
-        spec->attributes.append(QString::fromUtf8(*attr));
-    spec->filter = fromLdap(desc->lud_filter);
+        address->attributes.append(QString::fromUtf8(*attr));
+    address->filter = fromLdap(desc->lud_filter);
 
     const QStringList parts = urlQueryParts(text);
     const QString scope = parts.value(1).toLower();
     if (scope.isEmpty() || scope == u"sub"_s)
-        spec->scope = ImportSourceSpec::Scope::Subtree;
+        address->scope = ImportSourceAddress::Scope::Subtree;
     else if (scope == u"one"_s)
-        spec->scope = ImportSourceSpec::Scope::OneLevel;
+        address->scope = ImportSourceAddress::Scope::OneLevel;
     else if (scope == u"base"_s)
-        spec->scope = ImportSourceSpec::Scope::Base;
+        address->scope = ImportSourceAddress::Scope::Base;
     else
         return fail(error, u"the scope of an LDAP URL is base, one or sub, not %1"_s.arg(scope));
 
@@ -72,40 +72,40 @@ bool parseLdap(const QString &text, ImportSourceSpec *spec, QString *error)
         if (extension.startsWith(u'!'))
             extension.remove(0, 1);
         if (extension.startsWith(u"bindname="_s, Qt::CaseInsensitive))
-            spec->bindDn = QUrl::fromPercentEncoding(extension.mid(9).toUtf8());
+            address->bindDn = QUrl::fromPercentEncoding(extension.mid(9).toUtf8());
     }
     return true;
 }
 
 } // namespace
 
-ImportSourceSpec ImportSourceSpec::csv(const QString &file)
+ImportSourceAddress ImportSourceAddress::csv(const QString &file)
 {
-    ImportSourceSpec spec;
-    spec.kind = Kind::Csv;
-    spec.location = file;
-    return spec;
+    ImportSourceAddress address;
+    address.kind = Kind::Csv;
+    address.location = file;
+    return address;
 }
 
-ImportSourceSpec ImportSourceSpec::sqlite(const QString &file)
+ImportSourceAddress ImportSourceAddress::sqlite(const QString &file)
 {
-    ImportSourceSpec spec;
-    spec.kind = Kind::Sqlite;
-    spec.location = file;
-    return spec;
+    ImportSourceAddress address;
+    address.kind = Kind::Sqlite;
+    address.location = file;
+    return address;
 }
 
-ImportSourceSpec ImportSourceSpec::odbc(const QString &connectionString)
+ImportSourceAddress ImportSourceAddress::odbc(const QString &connectionString)
 {
-    ImportSourceSpec spec;
-    spec.kind = Kind::Odbc;
-    spec.location = connectionString;
-    return spec;
+    ImportSourceAddress address;
+    address.kind = Kind::Odbc;
+    address.location = connectionString;
+    return address;
 }
 
-std::optional<ImportSourceSpec> ImportSourceSpec::parse(const QString &text, QString *error)
+std::optional<ImportSourceAddress> ImportSourceAddress::parse(const QString &text, QString *error)
 {
-    const auto withRest = [&](QStringView prefix, Kind kind) -> std::optional<ImportSourceSpec> {
+    const auto withRest = [&](QStringView prefix, Kind kind) -> std::optional<ImportSourceAddress> {
         const QString rest = text.mid(prefix.size());
         if (rest.isEmpty()) {
             fail(error,
@@ -113,10 +113,10 @@ std::optional<ImportSourceSpec> ImportSourceSpec::parse(const QString &text, QSt
                     prefix, kind == Kind::Odbc ? u"a connection string"_s : u"a file"_s));
             return std::nullopt;
         }
-        ImportSourceSpec spec;
-        spec.kind = kind;
-        spec.location = rest;
-        return spec;
+        ImportSourceAddress address;
+        address.kind = kind;
+        address.location = rest;
+        return address;
     };
     if (text.startsWith(u"csv:"_s, Qt::CaseInsensitive))
         return withRest(u"csv:", Kind::Csv);
@@ -127,10 +127,10 @@ std::optional<ImportSourceSpec> ImportSourceSpec::parse(const QString &text, QSt
     if (text.startsWith(u"ldap://"_s, Qt::CaseInsensitive)
         || text.startsWith(u"ldaps://"_s, Qt::CaseInsensitive)
         || text.startsWith(u"ldapi://"_s, Qt::CaseInsensitive)) {
-        ImportSourceSpec spec;
-        if (!parseLdap(text, &spec, error))
+        ImportSourceAddress address;
+        if (!parseLdap(text, &address, error))
             return std::nullopt;
-        return spec;
+        return address;
     }
     fail(error,
         u"unknown source %1: expected csv:FILE, sqlite:FILE, odbc:CONNECTION-STRING or an "
@@ -138,12 +138,12 @@ std::optional<ImportSourceSpec> ImportSourceSpec::parse(const QString &text, QSt
     return std::nullopt;
 }
 
-QString ImportSourceSpec::effectiveFilter() const
+QString ImportSourceAddress::effectiveFilter() const
 {
     return filter.isEmpty() ? u"(objectClass=*)"_s : filter;
 }
 
-QString ImportSourceSpec::toString() const
+QString ImportSourceAddress::toString() const
 {
     switch (kind) {
     case Kind::Csv:

@@ -16,7 +16,7 @@
 // the scope and the filter; the "bindname" extension names the bind DN. The
 // bind DN and password may also be set directly (velmarctl's --bind-dn and
 // VELMAR_LDAP_PASSWORD); no DN binds anonymously.
-struct ImportSourceSpec
+struct ImportSourceAddress
 {
     enum class Kind { Csv, Sqlite, Odbc, Ldap };
     enum class Scope { Base, OneLevel, Subtree };
@@ -39,16 +39,16 @@ struct ImportSourceSpec
     // would take the base alone).
     Scope scope = Scope::Subtree;
 
-    static ImportSourceSpec csv(const QString &file);
-    static ImportSourceSpec sqlite(const QString &file);
-    static ImportSourceSpec odbc(const QString &connectionString);
+    static ImportSourceAddress csv(const QString &file);
+    static ImportSourceAddress sqlite(const QString &file);
+    static ImportSourceAddress odbc(const QString &connectionString);
 
     // The command-line form above; nothing (and why in error) when the text
     // is none of them.
-    static std::optional<ImportSourceSpec> parse(const QString &text, QString *error = nullptr);
+    static std::optional<ImportSourceAddress> parse(const QString &text, QString *error = nullptr);
     // The command-line form again, without the password.
     QString toString() const;
     QString effectiveFilter() const;
 
-    friend bool operator==(const ImportSourceSpec &, const ImportSourceSpec &) = default;
+    friend bool operator==(const ImportSourceAddress &, const ImportSourceAddress &) = default;
 };
