@@ -30,6 +30,7 @@
 #include <csignal>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDir>
@@ -101,6 +102,29 @@ void printBusy(const VelmarCtl::Options &options)
     printTo(stderr,
         u"velmarctl: another save on %1 was still running after %2 s; nothing was done.\n"_s.arg(
             options.serverDir, QString::number(options.waitSeconds)));
+}
+
+// Nothing reads a database that a cut-short save may have left half
+// written: the exit code when a save is pending or another one holds the
+// folder past --wait.
+std::optional<int> refuseOverPendingSave(DbSession &session, MessageService &messages,
+    const QString &profilePath, const VelmarCtl::Options &options)
+{
+    SaveRecovery recovery(session, messages, profilePath);
+    recovery.setLockWait(lockWait(options));
+    const SaveRecovery::State state = recovery.inspect();
+    if (recovery.gaveUpWaiting()) {
+        printBusy(options);
+        return int(VelmarCtl::Busy);
+    }
+    if (state != SaveRecovery::State::None) {
+        printTo(stderr,
+            u"velmarctl: an unfinished save is pending in %1 (%2); the database may be "
+            "half written. Run 'velmarctl recover --server-dir %1' first.\n"_s.arg(
+                options.serverDir, recovery.journalPath()));
+        return int(VelmarCtl::SavePending);
+    }
+    return std::nullopt;
 }
 
 // Sets up a save as velmarctl runs it.
@@ -583,24 +607,10 @@ int VelmarCtl::run(const Options &options)
     CVelmarManagerDoc &data = *document;
     clock.restart();
 
-    // Nothing reads a database that a cut-short save may have left half
-    // written.
     {
         DbSession session(*hives, profilePath, databasePath, messages);
-        SaveRecovery recovery(session, messages, profilePath);
-        recovery.setLockWait(lockWait(options));
-        const SaveRecovery::State state = recovery.inspect();
-        if (recovery.gaveUpWaiting()) {
-            printBusy(options);
-            return Busy;
-        }
-        if (state != SaveRecovery::State::None) {
-            printTo(stderr,
-                u"velmarctl: an unfinished save is pending in %1 (%2); the database may be "
-                "half written. Run 'velmarctl recover --server-dir %1' first.\n"_s.arg(
-                    options.serverDir, recovery.journalPath()));
-            return SavePending;
-        }
+        if (const auto code = refuseOverPendingSave(session, messages, profilePath, options))
+            return *code;
     }
 
     // The console's loading worker, as the main window runs it.
@@ -877,21 +887,8 @@ int VelmarCtl::doctor(const Options &options, SqlTrace *trace)
     const QString &profilePath = folder.profilePath;
     ConsoleMessageService messages;
     DbSession session(*folder.hives, profilePath, folder.databasePath, messages, trace);
-    {
-        SaveRecovery recovery(session, messages, profilePath);
-        recovery.setLockWait(lockWait(options));
-        const SaveRecovery::State state = recovery.inspect();
-        if (recovery.gaveUpWaiting()) {
-            printBusy(options);
-            return Busy;
-        }
-        if (state != SaveRecovery::State::None) {
-            printTo(stderr,
-                u"velmarctl: an unfinished save is pending in %1; run 'velmarctl recover' "
-                "first.\n"_s.arg(options.serverDir));
-            return SavePending;
-        }
-    }
+    if (const auto code = refuseOverPendingSave(session, messages, profilePath, options))
+        return *code;
 
     auto *document = new CVelmarManagerDoc; // left to the end of the process, as for edit
 #if defined(__SANITIZE_ADDRESS__)
