@@ -57,13 +57,13 @@ std::unique_ptr<CsvImportSource> CsvImportSource::open(
         : (file.setFileName(address.location), file.open(QIODevice::ReadOnly));
     if (!opened) {
         if (error)
-            *error = u"cannot read %1: %2"_s.arg(address.location, file.errorString());
+            *error = u"无法读取文件 %1: %2"_s.arg(address.location, file.errorString());
         return nullptr;
     }
     const QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError) {
         if (error)
-            *error = u"cannot read %1: %2"_s.arg(address.location, file.errorString());
+            *error = u"无法读取文件 %1: %2"_s.arg(address.location, file.errorString());
         return nullptr;
     }
     CodePage::FileEncoding encoding = CodePage::FileEncoding::CodePage;
@@ -81,7 +81,7 @@ std::unique_ptr<ImportCursor> CsvImportSource::cursor(const QString &table, QStr
 {
     if (!table.isEmpty() && table != tables().constFirst()) {
         if (error)
-            *error = u"%1 has one table, %2, not %3"_s.arg(
+            *error = u"%1 只有一个数据表 \"%2\", 没有 \"%3\"."_s.arg(
                 address().location, tables().constFirst(), table);
         return nullptr;
     }

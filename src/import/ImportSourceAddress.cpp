@@ -36,8 +36,7 @@ bool parseLdap(const QString &text, ImportSourceAddress *address, QString *error
     const int rc = ldap_url_parse(url.constData(), &desc);
     if (rc != LDAP_URL_SUCCESS || !desc)
         return fail(error,
-            u"%1 is no LDAP URL (RFC 4516: ldap://HOST:PORT/BASE?ATTRIBUTES?SCOPE?FILTER)"_s.arg(
-                text));
+            u"%1 不是 LDAP URL (RFC 4516: ldap://主机:端口/DN?属性?范围?过滤器)."_s.arg(text));
     const std::unique_ptr<LDAPURLDesc, void (*)(LDAPURLDesc *)> held(desc, ldap_free_urldesc);
 
     // The server part as written, so that an ldapi:// socket path keeps its
@@ -65,7 +64,7 @@ bool parseLdap(const QString &text, ImportSourceAddress *address, QString *error
     else if (scope == u"base"_s)
         address->scope = ImportSourceAddress::Scope::Base;
     else
-        return fail(error, u"the scope of an LDAP URL is base, one or sub, not %1"_s.arg(scope));
+        return fail(error, u"LDAP URL 的范围只能是 base, one 或 sub, 不能是 %1."_s.arg(scope));
 
     for (char **ext = desc->lud_exts; ext && *ext; ++ext) {
         QString extension = QString::fromUtf8(*ext);
@@ -109,8 +108,8 @@ std::optional<ImportSourceAddress> ImportSourceAddress::parse(const QString &tex
         const QString rest = text.mid(prefix.size());
         if (rest.isEmpty()) {
             fail(error,
-                u"%1 needs %2 after it"_s.arg(
-                    prefix, kind == Kind::Odbc ? u"a connection string"_s : u"a file"_s));
+                u"%1 后面应写%2."_s.arg(
+                    prefix, kind == Kind::Odbc ? u"连接字符串"_s : u"文件名"_s));
             return std::nullopt;
         }
         ImportSourceAddress address;
@@ -133,8 +132,8 @@ std::optional<ImportSourceAddress> ImportSourceAddress::parse(const QString &tex
         return address;
     }
     fail(error,
-        u"unknown source %1: expected csv:FILE, sqlite:FILE, odbc:CONNECTION-STRING or an "
-        "ldap:// URL"_s.arg(text));
+        u"无法识别的数据源 %1: 应为 csv:文件, sqlite:文件, odbc:连接字符串 或 "
+        "ldap:// URL."_s.arg(text));
     return std::nullopt;
 }
 

@@ -100,14 +100,17 @@ std::unique_ptr<LdapImportSource> LdapImportSource::open(
     const QByteArray uri = address.location.toUtf8();
     int rc = ldap_initialize(&connection->ld, uri.constData());
     if (rc != LDAP_SUCCESS)
-        return fail(
-            u"cannot use the LDAP server %1: %2"_s.arg(address.location, ldapText(nullptr, rc)));
+        return fail(u"无法使用 LDAP 服务器 %1: %2"_s.arg(address.location, ldapText(nullptr, rc)));
     LDAP *ld = connection->ld;
     const int version = LDAP_VERSION3;
     ldap_set_option(ld, LDAP_OPT_PROTOCOL_VERSION, &version);
     ldap_set_option(ld, LDAP_OPT_REFERRALS, LDAP_OPT_OFF);
     const timeval connectTimeout { ConnectSeconds, 0 };
     ldap_set_option(ld, LDAP_OPT_NETWORK_TIMEOUT, &connectTimeout);
+    // A server that takes the connection and never answers the bind would
+    // otherwise hold the wizard's open for ever.
+    const timeval answerTimeout { PageSeconds, 0 };
+    ldap_set_option(ld, LDAP_OPT_TIMEOUT, &answerTimeout);
 
     // A simple bind; without a DN an anonymous one (RFC 4513 5.1.1).
     const QByteArray dn = address.bindDn.toUtf8();
@@ -117,8 +120,8 @@ std::unique_ptr<LdapImportSource> LdapImportSource::open(
         &credentials, nullptr, nullptr, nullptr);
     password.fill('\0');
     if (rc != LDAP_SUCCESS) {
-        return fail(u"cannot bind to the LDAP server %1 %2: %3"_s.arg(address.location,
-            address.bindDn.isEmpty() ? u"anonymously"_s : u"as "_s + address.bindDn,
+        return fail(u"无法%2登录 LDAP 服务器 %1: %3"_s.arg(address.location,
+            address.bindDn.isEmpty() ? u"匿名"_s : u"以 %1 "_s.arg(address.bindDn),
             ldapText(ld, rc)));
     }
     return std::unique_ptr<LdapImportSource>(new LdapImportSource(address, std::move(connection)));
@@ -137,7 +140,7 @@ std::unique_ptr<ImportCursor> LdapImportSource::cursor(const QString &table, QSt
         return nullptr;
     };
     if (!table.isEmpty() && table != tables().constFirst())
-        return fail(u"the LDAP source has one table, its search \"%1\", not \"%2\""_s.arg(
+        return fail(u"LDAP 数据源只有一个数据表 (搜索 \"%1\"), 没有 \"%2\"."_s.arg(
             tables().constFirst(), table));
 
     LDAP *ld = m_connection->ld;
@@ -172,7 +175,7 @@ std::unique_ptr<ImportCursor> LdapImportSource::cursor(const QString &table, QSt
             cookie = { 0, nullptr };
         }
         if (rc != LDAP_SUCCESS)
-            return fail(u"cannot search %1: %2"_s.arg(address().location, ldapText(ld, rc)));
+            return fail(u"无法在 %1 上搜索: %2"_s.arg(address().location, ldapText(ld, rc)));
         LDAPControl *controls[] = { pageControl, nullptr };
         timeval pageTimeout { PageSeconds, 0 };
         LDAPMessage *result = nullptr;
@@ -183,7 +186,7 @@ std::unique_ptr<ImportCursor> LdapImportSource::cursor(const QString &table, QSt
         ldap_control_free(pageControl);
         const std::unique_ptr<LDAPMessage, int (*)(LDAPMessage *)> held(result, ldap_msgfree);
         if (rc != LDAP_SUCCESS && rc != LDAP_SIZELIMIT_EXCEEDED) {
-            return fail(u"the search of %1 below \"%2\" for %3 failed: %4"_s.arg(address().location,
+            return fail(u"在 %1 的 \"%2\" 下搜索 %3 失败: %4"_s.arg(address().location,
                 address().searchBase, address().effectiveFilter(), ldapText(ld, rc)));
         }
         for (LDAPMessage *entry = ldap_first_entry(ld, result); entry;
@@ -216,10 +219,9 @@ std::unique_ptr<ImportCursor> LdapImportSource::cursor(const QString &table, QSt
             entries.append(std::move(values));
         }
         if (rc == LDAP_SIZELIMIT_EXCEEDED) {
-            return fail(
-                u"the LDAP server %1 stopped the search at its size limit after %2 "
-                "entries; ask for fewer (a narrower base or filter) or for a higher limit "
-                "for this client"_s.arg(address().location, QString::number(entries.size())));
+            return fail(u"LDAP 服务器 %1 在 %2 个条目后达到其数量上限, 停止了搜索. 请缩小搜索范围 "
+                        "(DN 或过滤器), 或请服务器为此客户端提高上限."_s.arg(
+                            address().location, QString::number(entries.size())));
         }
 
         // The next page's cookie; an empty one (or none: no paging) ends it.
@@ -228,7 +230,7 @@ std::unique_ptr<ImportCursor> LdapImportSource::cursor(const QString &table, QSt
         rc = ldap_parse_result(ld, result, &resultCode, nullptr, nullptr, nullptr, &returned, 0);
         if (rc == LDAP_SUCCESS && resultCode != LDAP_SUCCESS) {
             ldap_controls_free(returned);
-            return fail(u"the search of %1 failed: %2"_s.arg(
+            return fail(u"在 %1 上的搜索失败: %2"_s.arg(
                 address().location, QString::fromUtf8(ldap_err2string(resultCode))));
         }
         LDAPControl *response

@@ -26,7 +26,7 @@ std::unique_ptr<OdbcImportSource> OdbcImportSource::open(
             new OdbcImportSource(address, std::move(connection)));
     } catch (const DbException &e) {
         if (error)
-            *error = u"cannot connect to %1: %2"_s.arg(
+            *error = u"无法连接数据源 %1: %2"_s.arg(
                 address.location, e.error().formatted().replace(u"\r\n"_s, u"\n"_s));
         return nullptr;
     }

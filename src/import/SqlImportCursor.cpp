@@ -42,7 +42,7 @@ std::unique_ptr<SqlImportCursor> SqlImportCursor::open(
             new SqlImportCursor(std::move(connection), std::move(rows)));
     } catch (const DbException &e) {
         if (error)
-            *error = u"cannot read the table %1: %2"_s.arg(table, failureText(e));
+            *error = u"无法读取数据表 %1: %2"_s.arg(table, failureText(e));
         return nullptr;
     }
 }

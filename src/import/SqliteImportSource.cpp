@@ -18,7 +18,7 @@ std::unique_ptr<SqliteImportSource> SqliteImportSource::open(
     const QFileInfo file(address.location);
     if (!file.isFile()) {
         if (error)
-            *error = u"cannot read %1: no such file"_s.arg(address.location);
+            *error = u"无法读取文件 %1: 文件不存在."_s.arg(address.location);
         return nullptr;
     }
     try {
@@ -30,7 +30,7 @@ std::unique_ptr<SqliteImportSource> SqliteImportSource::open(
             new SqliteImportSource(address, std::move(connection)));
     } catch (const DbException &e) {
         if (error)
-            *error = u"cannot open %1: %2"_s.arg(
+            *error = u"无法打开数据库 %1: %2"_s.arg(
                 address.location, e.error().formatted().replace(u"\r\n"_s, u"\n"_s));
         return nullptr;
     }

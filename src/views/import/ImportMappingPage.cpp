@@ -118,7 +118,7 @@ void ImportMappingPage::initializePage()
         m_columns.clear();
         m_preview->setRows({});
         m_summary->setStyleSheet(u"color: #b00020;"_s);
-        m_summary->setText(u"无法读取数据表: %1"_s.arg(error));
+        m_summary->setText(error);
         Q_EMIT completeChanged();
         return;
     }
@@ -172,7 +172,13 @@ void ImportMappingPage::updateSummary()
         text += u"; 在第 %1 行停止: %2"_s.arg(first.sourceRow).arg(first.refusal->text);
     } else
         text += u"."_s;
-    m_summary->setStyleSheet(refused > 0 ? u"color: #8a5a00;"_s : QString());
+    // The save turns down a member without a password; better to hear it now
+    // than after the import.
+    const int withoutPassword = m_preview->withoutPasswordCount();
+    if (withoutPassword > 0)
+        text += u"\n其中 %1 个会员没有密码: 保存前须在会员表中为他们填写密码."_s.arg(
+            withoutPassword);
+    m_summary->setStyleSheet(refused > 0 || withoutPassword > 0 ? u"color: #8a5a00;"_s : QString());
     m_summary->setText(text);
 }
 

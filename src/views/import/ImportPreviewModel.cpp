@@ -42,6 +42,21 @@ int ImportPreviewModel::addedCount() const
     return m_firstRefused;
 }
 
+bool ImportPreviewModel::isAdded(int row) const
+{
+    if (m_rows.at(row).refusal)
+        return false;
+    return m_skipRefused || m_firstRefused < 0 || row < m_firstRefused;
+}
+
+int ImportPreviewModel::withoutPasswordCount() const
+{
+    int count = 0;
+    for (int row = 0; row < m_rows.size(); ++row)
+        count += isAdded(row) && m_rows.at(row).member.password.isEmpty() ? 1 : 0;
+    return count;
+}
+
 int ImportPreviewModel::rowCount(const QModelIndex &parent) const
 {
     return parent.isValid() ? 0 : int(m_rows.size());
@@ -101,6 +116,8 @@ QString ImportPreviewModel::resultText(int row) const
     }
     if (entry.refusal)
         return (m_skipRefused ? u"跳过: "_s : u"停止: "_s) + entry.refusal->text;
+    if (entry.member.password.isEmpty())
+        return u"导入 (没有密码: 保存前须填写)"_s;
     return u"导入"_s;
 }
 
@@ -124,6 +141,8 @@ QVariant ImportPreviewModel::data(const QModelIndex &index, int role) const
             return QBrush(QColor(0x80, 0x80, 0x80));
         if (entry.refusal && result)
             return QBrush(QColor(0xb0, 0x00, 0x20));
+        if (result && entry.member.password.isEmpty())
+            return QBrush(QColor(0x8a, 0x5a, 0x00));
         return {};
     case Qt::BackgroundRole:
         if (!entry.refusal || (!m_skipRefused && index.row() > m_firstRefused))

@@ -39,6 +39,9 @@ public:
     int addedCount() const;
     // The row of the first refusal, -1 without.
     int firstRefusedRow() const { return m_firstRefused; }
+    // Of the members the import would add, how many come without a password:
+    // they are added, but a save refuses them until one is typed in.
+    int withoutPasswordCount() const;
     // The row number, then the outcome (the column that matters most, kept
     // in sight), then the fields.
     static constexpr int resultColumn() { return 1; }
@@ -55,6 +58,7 @@ public:
 
 private:
     QString resultText(int row) const;
+    bool isAdded(int row) const;
 
     QStringList m_fieldNames;
     QList<Row> m_rows;

@@ -240,7 +240,7 @@ void ImportSourcePage::sourceEdited()
 {
     if (m_filling)
         return;
-    const bool hadSource = m_wizard.source();
+    const bool hadSource = m_wizard.hasSource();
     m_wizard.closeSource();
     m_status->clear();
     if (hadSource)
@@ -265,6 +265,9 @@ bool ImportSourcePage::openSource()
             m_ldapPassword->text(), m_ldapBase->text().trimmed(), m_ldapFilter->text().trimmed());
         break;
     }
+    m_status->setProperty("error", false);
+    m_status->setStyleSheet({});
+    m_status->setText(u"正在打开数据源..."_s);
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
     QString error;
     const bool opened = m_wizard.openSource(address, &error);
@@ -276,7 +279,7 @@ bool ImportSourcePage::openSource()
     }
     m_status->setProperty("error", false);
     m_status->setStyleSheet({});
-    const int tables = int(m_wizard.source()->tables().size());
+    const int tables = int(m_wizard.sourceTables().size());
     m_status->setText(u"数据源已打开: %1 个数据表. 请按 \"下一步\"."_s.arg(tables));
     Q_EMIT completeChanged();
     return true;
@@ -286,7 +289,7 @@ void ImportSourcePage::showError(const QString &text)
 {
     m_status->setProperty("error", true);
     m_status->setStyleSheet(u"color: #b00020;"_s);
-    m_status->setText(u"无法打开数据源: %1"_s.arg(text.isEmpty() ? u"未知错误."_s : text));
+    m_status->setText(text.isEmpty() ? u"无法打开数据源: 未知错误."_s : text);
 }
 
 QString ImportSourcePage::errorText() const
@@ -296,5 +299,5 @@ QString ImportSourcePage::errorText() const
 
 bool ImportSourcePage::isComplete() const
 {
-    return m_wizard.source() != nullptr;
+    return m_wizard.hasSource();
 }

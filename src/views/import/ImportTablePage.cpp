@@ -73,8 +73,7 @@ void ImportTablePage::initializePage()
     const QString previous = m_tables->currentItem() ? m_tables->currentItem()->text() : QString();
     m_tables->blockSignals(true);
     m_tables->clear();
-    if (ImportSource *source = m_wizard.source())
-        m_tables->addItems(source->tables());
+    m_tables->addItems(m_wizard.sourceTables());
     m_tables->blockSignals(false);
     // The table chosen before (back and forth), else the only or first one.
     const QList<QListWidgetItem *> same = m_tables->findItems(previous, Qt::MatchExactly);
@@ -101,7 +100,7 @@ void ImportTablePage::showTable(const QString &name)
     QGuiApplication::restoreOverrideCursor();
     if (!rows) {
         m_status->setStyleSheet(u"color: #b00020;"_s);
-        m_status->setText(u"无法读取数据表 %1: %2"_s.arg(name, error));
+        m_status->setText(error);
     } else {
         m_readable = true;
         const int columns = int(rows->columns.size());

@@ -68,7 +68,10 @@ ImportWizard::ImportWizard(ImportWizardContext context, QWidget *parent)
     resize(900, 640);
 }
 
-ImportWizard::~ImportWizard() = default;
+ImportWizard::~ImportWizard()
+{
+    closeSource();
+}
 
 QString ImportWizard::pageTitle(int page)
 {
@@ -155,13 +158,21 @@ bool ImportWizard::openSource(const ImportSourceAddress &address, QString *error
                                                               : u"请选择文件."_s;
         return false;
     }
-    m_source = ImportSource::open(address, error);
-    return m_source != nullptr;
+    QString why;
+    m_source = m_sourceThread.run([&address, &why] { return ImportSource::open(address, &why); });
+    if (!m_source) {
+        *error = why;
+        return false;
+    }
+    ImportSource *source = m_source.get();
+    m_sourceTables = m_sourceThread.run([source] { return source->tables(); });
+    return true;
 }
 
 void ImportWizard::closeSource()
 {
-    m_source.reset();
+    m_sourceThread.close(std::move(m_source));
+    m_sourceTables.clear();
     m_table = {};
     m_tableName.clear();
     m_tableLoaded = false;
@@ -173,9 +184,14 @@ std::optional<ImportTable> ImportWizard::readTable(const QString &name, int maxR
         *error = u"没有打开的数据源."_s;
         return std::nullopt;
     }
-    ImportTable table = m_source->read(name, maxRows, error);
-    if (!error->isEmpty())
+    ImportSource *source = m_source.get();
+    QString why;
+    ImportTable table = m_sourceThread.run(
+        [source, &name, maxRows, &why] { return source->read(name, maxRows, &why); });
+    if (!why.isEmpty()) {
+        *error = why;
         return std::nullopt;
+    }
     return table;
 }
 

@@ -3,6 +3,7 @@
 #include "ImportFields.h"
 #include "ImportPreviewModel.h"
 #include "ImportSource.h"
+#include "ImportSourceThread.h"
 #include "ImportWizardContext.h"
 #include "MemberImporter.h"
 
@@ -50,8 +51,11 @@ public:
     static ImportSourceAddress ldapAddress(const QString &url, const QString &bindDn,
         const QString &password, const QString &base, const QString &filter);
 
-    // The opened source, nullptr before one opened.
-    ImportSource *source() const { return m_source.get(); }
+    // Whether a source is open, and its tables. The source is opened, read
+    // and closed on a thread of its own: a slow server does not freeze the
+    // window.
+    bool hasSource() const { return m_source != nullptr; }
+    const QStringList &sourceTables() const { return m_sourceTables; }
     bool openSource(const ImportSourceAddress &address, QString *error);
     void closeSource();
 
@@ -87,7 +91,9 @@ private:
     ImportSourcePage *m_sourcePage;
     ImportTablePage *m_tablePage;
     ImportMappingPage *m_mappingPage;
+    ImportSourceThread m_sourceThread;
     std::unique_ptr<ImportSource> m_source;
+    QStringList m_sourceTables;
     ImportTable m_table;
     QString m_tableName;
     bool m_tableLoaded = false;
