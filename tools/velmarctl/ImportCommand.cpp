@@ -5,6 +5,7 @@
 #include "Directory.h"
 #include "ImportSource.h"
 #include "MemberImporter.h"
+#include "ServerDataSaver.h"
 
 #include <QCommandLineParser>
 
@@ -144,8 +145,15 @@ int ImportCommand::apply(const Options &options, const Prepared &prepared,
     const Directory &directory = *document.directory();
     for (const qint32 id : result.ids) {
         const UserInfo *member = directory.findMember(id);
-        if (member)
-            printTo(out, u"added %1 (id %2)\n"_s.arg(member->loginName, QString::number(id)));
+        if (!member)
+            continue;
+        printTo(out, u"added %1 (id %2)\n"_s.arg(member->loginName, QString::number(id)));
+        // Said before the save refuses them, and by a dry run, which does
+        // not save.
+        if (member->password.isEmpty())
+            printTo(err,
+                u"%1 has no password: a save refuses members without one (%2)\n"_s.arg(
+                    member->loginName, ServerDataSaver::memberErrorText()));
     }
     *stopped = !options.skipRefused && result.stopped();
     return result.added;
