@@ -93,6 +93,8 @@ void TstPackages::controlFields()
         QVERIFY2(depends.contains(u"libqt6core6"_s), qPrintable(depends));
         QVERIFY2(depends.contains(u"libqt6sql6-sqlite"_s), qPrintable(depends));
         QVERIFY(field(deb, u"Suggests"_s).contains(u"odbc-postgresql"_s));
+        // QtKeychain opens libsecret only at run time, so shlibdeps cannot see it.
+        QVERIFY(field(deb, u"Recommends"_s).contains(u"libsecret-1-0"_s));
     }
     QVERIFY(field(m_console, u"Depends"_s).contains(u"libqt6widgets6"_s));
     const QString ctlDepends = field(m_ctl, u"Depends"_s);

@@ -79,6 +79,15 @@ void TestVelmarCtlImport::stopsAtARefusedRowAndSavesTheRowsBefore()
     QCOMPARE(members(db),
         QStringList({ u"1 anna Anna pw1 0011 "_s, u"2 zoe 张燕 pz 0000 z@x.cn"_s,
             u"3 yan Yan, Y py 1000 "_s }));
+
+    // Without a password a member is added, named, and refused by the save.
+    run = velmarctl(dir,
+        { source, u"--map"_s, u"userid=工号"_s, u"--map"_s, u"password="_s, u"--skip-refused"_s });
+    QCOMPARE(run.exitCode, 2);
+    QVERIFY2(run.err.contains(u"xia has no password: a save refuses members without one "
+                              "(用户ID和密码为空.)\n"_s),
+        qPrintable(run.err));
+    QCOMPARE(db.count(u"Member"_s), 3);
 }
 
 void TestVelmarCtlImport::skipRefusedAndDryRun()
