@@ -28,17 +28,35 @@ public:
     template<typename Job> std::invoke_result_t<Job> run(Job job)
     {
         std::optional<std::invoke_result_t<Job>> result;
+        bool done = false;
         QEventLoop loop;
+        m_running = true;
+        // The answer comes back as an event to this thread, so that the
+        // worker touches nothing of this frame after handing over the result.
         QMetaObject::invokeMethod(
             m_context,
             [&] {
                 result.emplace(job());
-                QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
+                QMetaObject::invokeMethod(
+                    &m_answers,
+                    [&] {
+                        done = true;
+                        loop.quit();
+                    },
+                    Qt::QueuedConnection);
             },
             Qt::QueuedConnection);
-        loop.exec(QEventLoop::ExcludeUserInputEvents);
+        // The application quitting ends every event loop at once; the job
+        // still holds references into this frame, so its end is waited for.
+        while (!done)
+            loop.exec(QEventLoop::ExcludeUserInputEvents);
+        m_running = false;
         return std::move(*result);
     }
+
+    // Whether a job runs: the caller must not go away meanwhile (its window
+    // may still be closed, which is not an input event).
+    bool isRunning() const { return m_running; }
 
     // Closes a source on the thread it was opened on. Closing does not wait
     // on the server, so the caller waits for it without painting meanwhile;
@@ -47,5 +65,7 @@ public:
 
 private:
     QThread m_thread;
-    QObject *m_context;
+    QObject *m_context; // on m_thread
+    QObject m_answers; // on the caller's thread
+    bool m_running = false;
 };

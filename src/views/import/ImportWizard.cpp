@@ -169,6 +169,13 @@ bool ImportWizard::openSource(const ImportSourceAddress &address, QString *error
     return true;
 }
 
+void ImportWizard::reject()
+{
+    if (m_sourceThread.isRunning())
+        return;
+    QWizard::reject();
+}
+
 void ImportWizard::closeSource()
 {
     m_sourceThread.close(std::move(m_source));

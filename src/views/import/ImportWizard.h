@@ -77,6 +77,9 @@ public:
 
     // Finishing runs the import; a cancelled progress keeps the wizard open.
     void accept() override;
+    // Not while the source is being opened or read: the wizard waits for
+    // the answer.
+    void reject() override;
 
 Q_SIGNALS:
     // The import ran: result says what was added and what refused.

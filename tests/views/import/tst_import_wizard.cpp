@@ -361,8 +361,8 @@ void ImportWizardTest::everyKindOfSourceOnTheFirstPage()
 
     // A directory server that takes the connection and keeps the answer
     // back: the window goes on (this server is served by the window's own
-    // event loop) and says what it waits for; when the server hangs up,
-    // why stands on the page.
+    // event loop), says what it waits for and stays open; when the server
+    // hangs up, why stands on the page.
     choose(u"importKindLdap"_s);
     QTcpServer silent;
     QVERIFY(silent.listen(QHostAddress::LocalHost, 0));
@@ -371,6 +371,8 @@ void ImportWizardTest::everyKindOfSourceOnTheFirstPage()
         QTcpSocket *socket = silent.nextPendingConnection();
         connect(socket, &QTcpSocket::readyRead, this, [&, socket] {
             shownMeanwhile = status->text();
+            // Closing the window waits for the answer too.
+            QVERIFY(!wizard->close());
             socket->abort();
         });
     });
