@@ -105,8 +105,8 @@ private Q_SLOTS:
         QCOMPARE(column(model, 0),
             QStringList(
                 { u"2007-10-09 12:00:00"_s, u"2007-10-08 12:30:00"_s, u"2007-10-07 10:00:00"_s }));
+        // The cells themselves are the reader's (tst_log_readers); the names reach it.
         QCOMPARE(column(model, 2), QStringList(3, u"张三; "_s));
-        QCOMPARE(model.index(1, 3).data().toString(), u"张三(zs) 第3"_s);
         QCOMPARE(model.filePath(1), logs.root + u"/ChatD/c200710081230_3.txt"_s);
 
         // Oldest first keeps the order the folder is listed in.
@@ -117,14 +117,11 @@ private Q_SLOTS:
         QVERIFY(runSearch(model, logs.request(false)));
         QCOMPARE(column(model, 4), QStringList(listed));
 
-        // The period decides, both ends inclusive.
+        // The period decides (its rule is tst_log_rules').
         LogSearchRequest narrow = logs.request(true);
         narrow.filter = { at("2007-10-08 12:30:00"), at("2007-10-09 12:00:00"), true };
         QVERIFY(runSearch(model, narrow));
         QCOMPARE(model.rowCount(), 2);
-        narrow.filter = { at("2007-10-09 12:00:00"), at("2007-10-08 12:30:00"), true };
-        QVERIFY(runSearch(model, narrow));
-        QCOMPARE(model.rowCount(), 0);
     }
 
     void loadingFlagCoversTheWholeFill()
@@ -209,11 +206,9 @@ private Q_SLOTS:
         QCOMPARE(column(model, 5),
             QStringList(
                 { u"MSG_SENT"_s, u"MSG_RECV"_s, u"MSG_RECV"_s, u"MSG_SENT"_s, u"MSG_RECV"_s }));
-        QCOMPARE(column(model, 7),
-            QStringList({ u"张三"_s, u"张三"_s, u"张三"_s, u"李四"_s, u"李四"_s }));
+        // How the rows multiply and are named is the reader's (tst_log_readers).
         QCOMPARE(column(model, 8),
             QStringList({ u"李四;王五"_s, u"李四"_s, u"王五"_s, u"张三"_s, u"张三"_s }));
-        QCOMPARE(model.detail(2).header.section(u"\r\n"_s, 6, 6), u"Receiver\t: 103"_s);
         QCOMPARE(model.detail(3).message, u"back\r\n"_s);
 
         QSignalSpy loading(&model, &LogTableModel::loadingChanged);

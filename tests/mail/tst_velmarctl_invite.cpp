@@ -3,12 +3,12 @@
 // the mail settings from the registry overridden by options, the password
 // from the environment, and --dry-run's messages.
 
-#include "CtlProcess.h"
 #include "InviteMailSettings.h"
 #include "ProfileFile.h"
 #include "SmtpTestServer.h"
 #include "TempServerDir.h"
 #include "TestDatabase.h"
+#include "VelmarCtlTool.h"
 
 #include <QFile>
 #include <QJsonArray>
@@ -66,20 +66,18 @@ void VelmarCtlInviteTest::sendsAndReports()
 
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"VELMAR_SMTP_PASSWORD"_s, QString::fromLatin1(SmtpTestServer::Password));
-    const QStringList common = { u"invite"_s, u"--server-dir"_s, dir.programDir(),
-        u"--registry-dir"_s, dir.registryDir(), u"--smtp"_s, u"127.0.0.1:%1"_s.arg(server.port()),
-        u"--security"_s, u"starttls"_s, u"--ca-file"_s, server.caFile(), u"--user"_s,
-        QString::fromLatin1(SmtpTestServer::User) };
+    const QStringList common = QStringList { u"invite"_s, u"--smtp"_s,
+        u"127.0.0.1:%1"_s.arg(server.port()), u"--security"_s, u"starttls"_s, u"--ca-file"_s,
+        server.caFile(), u"--user"_s, QString::fromLatin1(SmtpTestServer::User) }
+        + dirArguments(dir);
 
     // A user ID nobody has: nothing is sent at all.
-    CtlRun run = runCommand(QStringLiteral(VELMARCTL_PATH),
-        common + QStringList { u"anna"_s, u"nobody"_s }, environment);
+    CtlRun run = velmarctl(common + QStringList { u"anna"_s, u"nobody"_s }, environment);
     QCOMPARE(run.exitCode, 7);
     QVERIFY2(run.err.contains(u"no member has the user ID nobody"_s), qPrintable(run.err));
     QCOMPARE(server.messageCount(), 0);
 
-    run = runCommand(QStringLiteral(VELMARCTL_PATH),
-        common
+    run = velmarctl(common
             + QStringList { u"anna"_s, u"bert"_s, u"carl"_s, u"dora"_s, u"gina"_s, u"--memo"_s,
                 u"请带上工牌"_s },
         environment);
@@ -107,7 +105,7 @@ void VelmarCtlInviteTest::sendsAndReports()
     for (const QStringList &bad :
         { QStringList { u"--security"_s, u"ssl"_s }, QStringList { u"--smtp"_s, u"host:99999"_s },
             QStringList { u"--from"_s, u"nobody"_s } }) {
-        run = runCommand(QStringLiteral(VELMARCTL_PATH),
+        run = velmarctl(
             QStringList { u"invite"_s, u"anna"_s, u"--server-dir"_s, dir.programDir() } + bad);
         QCOMPARE(run.exitCode, 2);
     }
@@ -117,10 +115,9 @@ void VelmarCtlInviteTest::dryRunPrintsTheMessages()
 {
     SERVER(dir, db);
     // No SMTP server is needed, and none is asked.
-    const CtlRun run = runCommand(QStringLiteral(VELMARCTL_PATH),
+    const CtlRun run = ctl(dir,
         { u"invite"_s, u"anna"_s, u"gina"_s, u"--dry-run"_s, u"--memo"_s, u"From here on"_s,
-            u"--from"_s, u"admin@velmar.test"_s, u"--server-dir"_s, dir.programDir(),
-            u"--registry-dir"_s, dir.registryDir() });
+            u"--from"_s, u"admin@velmar.test"_s });
     QCOMPARE(run.exitCode, 0);
     QCOMPARE(run.err.split(u'\n', Qt::SkipEmptyParts),
         QStringList({ u"anna\tanna@x.cn\tnot sent (dry run)"_s,
