@@ -67,14 +67,7 @@ private Q_SLOTS:
         TempServerDir dir;
         TestDatabase db(TestDatabase::Backend::SqliteFile, dir.programDir());
         QVERIFY2(db.isValid(), qPrintable(db.errorString()));
-        const QString columns
-            = u"INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, "
-              u"Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, "
-              u"BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember) "_s;
-        QVERIFY(db.exec(
-            columns + u"VALUES (1,'anna','Anna','','p',0,1,'','','','','','',1,0,'',0,0)"_s));
-        QVERIFY(
-            db.exec(columns + u"VALUES (2,'bo','博','','p',0,1,'','','','','','',1,0,'',0,0)"_s));
+        QVERIFY(db.execAll(sqlStatements(u"velmarctl/log-members.sql"_s)));
         writeLogs(dir, u"LogFiles"_s);
 
         const CtlRun run = gbkCtl(logsArguments(dir, u"user"_s));

@@ -160,10 +160,8 @@ void SmtpKeyringTest::velmarctlReadsTheKeyring()
 {
     TempServerDir dir;
     TestDatabase db(TestDatabase::Backend::SqliteFile, dir.programDir());
-    QVERIFY2(db.execAll({ u"INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, "
-                          "bPublic, Email, bSolar, bAdmin, MemberLevel, IsGuestMember) VALUES "
-                          "(1,'anna','Anna','pw1',0,1,'anna@x.cn',1,0,0,0)"_s }),
-        qPrintable(db.errorString()));
+    QVERIFY2(
+        db.execAll(sqlStatements(u"velmarctl/invite-members.sql"_s)), qPrintable(db.errorString()));
     SmtpTestServer server;
     QString error;
     QVERIFY2(server.start(SmtpTestServer::Mode::Tls, true, &error), qPrintable(error));

@@ -16,23 +16,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-// anna and bert have addresses (bert's refused by the server), carl none,
-// dora anna's address in other letters, the guest gina one of her own.
-QStringList members()
-{
-    const QString member = u"INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, "
-                           "bPublic, Email, bSolar, bAdmin, MemberLevel, IsGuestMember) VALUES "_s;
-    return { member + u"(1,'anna','安娜','pw<1>',0,1,'anna@x.cn',1,0,0,0)"_s,
-        member + u"(2,'bert','Bert','pw2',1,1,'refuse-bert@x.cn',1,0,0,0)"_s,
-        member + u"(3,'carl','Carl','pw3',1,1,'',1,0,0,0)"_s,
-        member + u"(4,'dora','Dora','pw4',0,1,'ANNA@x.cn',1,0,0,0)"_s,
-        member + u"(5,'gina','Gina','pw5',0,1,'gina@x.cn',1,0,0,1)"_s };
-}
-
-} // namespace
-
 class VelmarCtlInviteTest : public QObject
 {
     Q_OBJECT
@@ -42,11 +25,13 @@ private Q_SLOTS:
     void dryRunPrintsTheMessages();
 };
 
+// A server folder with the members of velmarctl/invite-members.sql.
 #define SERVER(dir, db)                                                                            \
     TempServerDir dir;                                                                             \
     TestDatabase db(TestDatabase::Backend::SqliteFile, dir.programDir());                          \
     QVERIFY2(db.isValid(), qPrintable(db.errorString()));                                          \
-    QVERIFY2(db.execAll(members()), qPrintable(db.errorString()));                                 \
+    QVERIFY2(db.execAll(sqlStatements(u"velmarctl/invite-members.sql"_s)),                         \
+        qPrintable(db.errorString()));                                                             \
     QVERIFY(ProfileFile(dir.iniPath())                                                             \
                 .writeString(u"SettingInfo"_s, u"CaptionBarName"_s, u"维尔马"_s))
 
