@@ -1,13 +1,12 @@
 #include "ChatLogModel.h"
 #include "LogSearch.h"
 #include "SystemLogModel.h"
+#include "TempServerDir.h"
 #include "UserLogModel.h"
 
 #include <QAbstractItemModelTester>
-#include <QDir>
 #include <QFile>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -27,7 +26,7 @@ class LogRoot
 public:
     LogRoot()
     {
-        root = m_dir.path() + u"/LogFiles/"_s;
+        root = m_dir.programDir() + u"/LogFiles/"_s;
         for (const char *name : { "c200710071000_1.txt", "c200710091200_2.txt",
                  "c200710081230_3.txt", "c2007_4.txt" }) {
             const QString file = QString::fromLatin1(name);
@@ -51,11 +50,7 @@ public:
 
     void write(const QString &relative, const QByteArray &bytes)
     {
-        const QString path = root + relative;
-        QDir().mkpath(QFileInfo(path).path());
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QCOMPARE(file.write(bytes), bytes.size());
+        QVERIFY(m_dir.writeFile(u"LogFiles/"_s + relative, bytes));
     }
     LogSearchRequest request(bool newestFirst) const
     {
@@ -69,7 +64,7 @@ public:
     QString root;
 
 private:
-    QTemporaryDir m_dir;
+    TempServerDir m_dir;
 };
 
 QStringList column(const QAbstractItemModel &model, int column)
@@ -240,13 +235,10 @@ private Q_SLOTS:
         QCOMPARE(model.rowCount(), 0);
 
         // An unreadable folder is passed over like a missing one.
-        QTemporaryDir dir;
-        const QString root = dir.path() + u"/"_s;
-        QVERIFY(QDir().mkpath(root + u"/VelmarD"_s));
-        QFile file(root + u"/VelmarD/u2007100810.txt"_s);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("2007-10-08 10:05:09 VelmarD ip 5000 MSG_RECV 1 101 102 ip 0 0 0\r\n");
-        file.close();
+        TempServerDir dir;
+        const QString root = dir.programDir() + u"/"_s;
+        QVERIFY(dir.writeFile(u"VelmarD/u2007100810.txt"_s,
+            "2007-10-08 10:05:09 VelmarD ip 5000 MSG_RECV 1 101 102 ip 0 0 0\r\n"));
         QVERIFY(QFile::setPermissions(root + u"/VelmarD"_s, QFile::Permissions()));
         request.logRoot = root;
         QVERIFY(runSearch(model, request));
