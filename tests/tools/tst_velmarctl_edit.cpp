@@ -17,18 +17,6 @@ QByteArray snapshot(TempServerDir &dir)
     return dir.readFile(u"VelmarDB.mdb"_s) + dir.readFile(u"Serverinfo.ini"_s);
 }
 
-QString defaultPosition(TempServerDir &dir)
-{
-    return ProfileFile(dir.iniPath())
-        .readString(u"ServerInfo"_s, u"DefaultPositionID"_s, u"absent"_s, 32);
-}
-
-QString writeScript(TempServerDir &dir, const QByteArray &text)
-{
-    dir.writeFile(u"script.txt"_s, text);
-    return dir.filePath(u"script.txt"_s);
-}
-
 // Every directory form, in an order where each line leans on the ones
 // before it (a group added, then moved and filled).
 const QString FullScript = u"velmarctl/full-script.txt"_s;
@@ -75,7 +63,9 @@ void TestVelmarCtlEdit::script()
         "19 steps saved (version 1)\n"_s);
     QCOMPARE(dir.savedVersion(), u"0001"_s);
     // Written once the batch was saved.
-    QCOMPARE(defaultPosition(dir), u"4"_s);
+    QCOMPARE(ProfileFile(dir.iniPath())
+                 .readString(u"ServerInfo"_s, u"DefaultPositionID"_s, u"absent"_s, 32),
+        u"4"_s);
 
     QCOMPARE(db.column(u"SELECT OGroupID || ' ' || GroupName || ' ' || OGroupID_P FROM [Group] "
                        "WHERE IsGuestGroup = 0 ORDER BY Depth, Position"_s),
@@ -102,18 +92,16 @@ void TestVelmarCtlEdit::script()
 void TestVelmarCtlEdit::otherDataSets()
 {
     SERVER(dir, db);
-    const CtlRun run = ctl(dir,
-        { u"edit"_s,
-            writeScript(dir,
-                "permission set anna sms=off file=on\n"
-                "permission set /Sales/East chat=off\n"
-                "voip set carl 9001 s1\n"
-                "voip assign\n"
-                "folder add 'D:\\Share'\n"
-                "right set 'D:\\Share' group /Sales write\n"
-                "right set 'D:\\Share' member carl read\n"
-                "folder remove share\n"
-                "notice delete 100\n") });
+    const CtlRun run = ctl(dir, { u"edit"_s, u"-"_s },
+        "permission set anna sms=off file=on\n"
+        "permission set /Sales/East chat=off\n"
+        "voip set carl 9001 s1\n"
+        "voip assign\n"
+        "folder add 'D:\\Share'\n"
+        "right set 'D:\\Share' group /Sales write\n"
+        "right set 'D:\\Share' member carl read\n"
+        "folder remove share\n"
+        "notice delete 100\n");
     QVERIFY2(run.exitCode == 0, qPrintable(run.err));
     // The pool's one free account went to anna, the first member without one.
     QCOMPARE(run.outText(),
@@ -181,11 +169,11 @@ void TestVelmarCtlEdit::refusedLine()
     const QByteArray before = snapshot(dir);
     // Accepted lines before the refused one, the default position among
     // them: none of it reaches the database or the server information file.
-    const QString script = writeScript(dir,
-        "position default 总监\n\nmember add dora --password x\n" + line + "\nplace /HQ dora\n");
+    const QByteArray script
+        = "position default 总监\n\nmember add dora --password x\n" + line + "\nplace /HQ dora\n";
     for (const bool dryRun : { false, true }) {
         const QStringList dryRunOption = dryRun ? QStringList { u"--dry-run"_s } : QStringList();
-        const CtlRun run = ctl(dir, QStringList { u"edit"_s, script } + dryRunOption);
+        const CtlRun run = ctl(dir, QStringList { u"edit"_s, u"-"_s } + dryRunOption, script);
         QCOMPARE(run.exitCode, 1);
         QCOMPARE(run.err, u"line 4: "_s + error + u'\n');
         QCOMPARE(snapshot(dir), before);
@@ -196,8 +184,8 @@ void TestVelmarCtlEdit::refusedSave()
 {
     SERVER(dir, db);
     const QByteArray before = snapshot(dir);
-    const CtlRun run = ctl(
-        dir, { u"edit"_s, writeScript(dir, "position default 总监\ngroup add \"/O'Brien\"\n") });
+    const CtlRun run
+        = ctl(dir, { u"edit"_s, u"-"_s }, "position default 总监\ngroup add \"/O'Brien\"\n");
     QCOMPARE(run.exitCode, 2);
     QCOMPARE(run.err,
         u"以下内容含有数据库不能保存的字符(如单引号)，什么都没有保存。请修改后再保存:\n"
