@@ -37,7 +37,10 @@ inline QString testDataPath(const QString &relative)
 inline QByteArray testData(const QString &relative)
 {
     QFile file(testDataPath(relative));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    if (file.open(QIODevice::ReadOnly))
+        return file.readAll();
+    qWarning("cannot read %s (is VELMAR_TEST_DATA set?)", qPrintable(file.fileName()));
+    return {};
 }
 
 // The statements of an SQL file of tests/data, one a line; lines starting
