@@ -1,13 +1,12 @@
 #include "ChatLogModel.h"
 #include "LogSearch.h"
 #include "SystemLogModel.h"
+#include "TempServerDir.h"
 #include "UserLogModel.h"
 
 #include <QAbstractItemModelTester>
-#include <QDir>
 #include <QFile>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -27,7 +26,7 @@ class LogRoot
 public:
     LogRoot()
     {
-        root = m_dir.path() + u"/LogFiles/"_s;
+        root = m_dir.programDir() + u"/LogFiles/"_s;
         for (const char *name : { "c200710071000_1.txt", "c200710091200_2.txt",
                  "c200710081230_3.txt", "c2007_4.txt" }) {
             const QString file = QString::fromLatin1(name);
@@ -51,11 +50,7 @@ public:
 
     void write(const QString &relative, const QByteArray &bytes)
     {
-        const QString path = root + relative;
-        QDir().mkpath(QFileInfo(path).path());
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QCOMPARE(file.write(bytes), bytes.size());
+        QVERIFY(m_dir.writeFile(u"LogFiles/"_s + relative, bytes));
     }
     LogSearchRequest request(bool newestFirst) const
     {
@@ -69,7 +64,7 @@ public:
     QString root;
 
 private:
-    QTemporaryDir m_dir;
+    TempServerDir m_dir;
 };
 
 QStringList column(const QAbstractItemModel &model, int column)
@@ -105,8 +100,8 @@ private Q_SLOTS:
         QCOMPARE(column(model, 0),
             QStringList(
                 { u"2007-10-09 12:00:00"_s, u"2007-10-08 12:30:00"_s, u"2007-10-07 10:00:00"_s }));
+        // The cells themselves are the reader's (tst_log_readers); the names reach it.
         QCOMPARE(column(model, 2), QStringList(3, u"张三; "_s));
-        QCOMPARE(model.index(1, 3).data().toString(), u"张三(zs) 第3"_s);
         QCOMPARE(model.filePath(1), logs.root + u"/ChatD/c200710081230_3.txt"_s);
 
         // Oldest first keeps the order the folder is listed in.
@@ -117,14 +112,11 @@ private Q_SLOTS:
         QVERIFY(runSearch(model, logs.request(false)));
         QCOMPARE(column(model, 4), QStringList(listed));
 
-        // The period decides, both ends inclusive.
+        // The period decides (its rule is tst_log_rules').
         LogSearchRequest narrow = logs.request(true);
         narrow.filter = { at("2007-10-08 12:30:00"), at("2007-10-09 12:00:00"), true };
         QVERIFY(runSearch(model, narrow));
         QCOMPARE(model.rowCount(), 2);
-        narrow.filter = { at("2007-10-09 12:00:00"), at("2007-10-08 12:30:00"), true };
-        QVERIFY(runSearch(model, narrow));
-        QCOMPARE(model.rowCount(), 0);
     }
 
     void loadingFlagCoversTheWholeFill()
@@ -209,11 +201,9 @@ private Q_SLOTS:
         QCOMPARE(column(model, 5),
             QStringList(
                 { u"MSG_SENT"_s, u"MSG_RECV"_s, u"MSG_RECV"_s, u"MSG_SENT"_s, u"MSG_RECV"_s }));
-        QCOMPARE(column(model, 7),
-            QStringList({ u"张三"_s, u"张三"_s, u"张三"_s, u"李四"_s, u"李四"_s }));
+        // How the rows multiply and are named is the reader's (tst_log_readers).
         QCOMPARE(column(model, 8),
             QStringList({ u"李四;王五"_s, u"李四"_s, u"王五"_s, u"张三"_s, u"张三"_s }));
-        QCOMPARE(model.detail(2).header.section(u"\r\n"_s, 6, 6), u"Receiver\t: 103"_s);
         QCOMPARE(model.detail(3).message, u"back\r\n"_s);
 
         QSignalSpy loading(&model, &LogTableModel::loadingChanged);
@@ -245,13 +235,10 @@ private Q_SLOTS:
         QCOMPARE(model.rowCount(), 0);
 
         // An unreadable folder is passed over like a missing one.
-        QTemporaryDir dir;
-        const QString root = dir.path() + u"/"_s;
-        QVERIFY(QDir().mkpath(root + u"/VelmarD"_s));
-        QFile file(root + u"/VelmarD/u2007100810.txt"_s);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("2007-10-08 10:05:09 VelmarD ip 5000 MSG_RECV 1 101 102 ip 0 0 0\r\n");
-        file.close();
+        TempServerDir dir;
+        const QString root = dir.programDir() + u"/"_s;
+        QVERIFY(dir.writeFile(u"VelmarD/u2007100810.txt"_s,
+            "2007-10-08 10:05:09 VelmarD ip 5000 MSG_RECV 1 101 102 ip 0 0 0\r\n"));
         QVERIFY(QFile::setPermissions(root + u"/VelmarD"_s, QFile::Permissions()));
         request.logRoot = root;
         QVERIFY(runSearch(model, request));

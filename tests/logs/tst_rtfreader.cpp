@@ -28,6 +28,33 @@ QString text(const QString &rtf)
     return read(rtf).plainText();
 }
 
+// The runs of a paragraph, each as its text and what its format sets, "|"
+// between them: b, i, u, s (bold, italic, underline, strike-out), the size
+// in half points, the font, the colour and "on" the background colour.
+QStringList runs(const RtfParagraph &paragraph)
+{
+    QStringList out;
+    for (const RtfRun &run : paragraph.runs) {
+        const RtfCharFormat &f = run.format;
+        QStringList parts { run.text };
+        for (const auto &[set, letter] : { std::pair(f.bold, u"b"_s), std::pair(f.italic, u"i"_s),
+                 std::pair(f.underline, u"u"_s), std::pair(f.strikeOut, u"s"_s) }) {
+            if (set)
+                parts << letter;
+        }
+        if (f.halfPoints)
+            parts << QString::number(f.halfPoints);
+        if (!f.fontFamily.isEmpty())
+            parts << f.fontFamily;
+        if (f.color)
+            parts << u"#%1"_s.arg(*f.color, 6, 16, QChar(u'0'));
+        if (f.background)
+            parts << u"on #%1"_s.arg(*f.background, 6, 16, QChar(u'0'));
+        out << parts.join(u'|');
+    }
+    return out;
+}
+
 } // namespace
 
 class RtfReaderTest : public QObject
@@ -59,30 +86,13 @@ private Q_SLOTS:
         QCOMPARE(document.paragraphs.size(), 2);
         QCOMPARE(document.plainText(), u"你好, it under red\nsecond\nline"_s);
 
-        const QList<RtfRun> &runs = document.paragraphs.at(0).runs;
-        QCOMPARE(runs.size(), 7);
-        QCOMPARE(runs.at(0).text, u"你好"_s);
-        QVERIFY(runs.at(0).format.bold);
-        QCOMPARE(runs.at(0).format.halfPoints, 20);
-        QCOMPARE(runs.at(0).format.fontFamily, u"宋体"_s);
-        QCOMPARE(runs.at(1).text, u", "_s);
-        QVERIFY(!runs.at(1).format.bold);
-        QCOMPARE(runs.at(2).text, u"it"_s);
-        QVERIFY(runs.at(2).format.italic);
-        QCOMPARE(runs.at(4).text, u"under"_s);
-        QVERIFY(runs.at(4).format.underline);
-        QVERIFY(!runs.at(5).format.underline);
-        QCOMPARE(runs.at(6).text, u"red"_s);
-        QCOMPARE(runs.at(6).format.color, std::optional<quint32>(0xFF0000));
+        QCOMPARE(runs(document.paragraphs.at(0)),
+            QStringList({ u"你好|b|20|宋体"_s, u", |20|宋体"_s, u"it|i|20|宋体"_s, u" |20|宋体"_s,
+                u"under|u|20|宋体"_s, u" |20|宋体"_s, u"red|20|宋体|#ff0000"_s }));
         QCOMPARE(document.paragraphs.at(0).alignment, RtfParagraph::Alignment::Left);
-
-        const RtfParagraph &second = document.paragraphs.at(1);
-        QCOMPARE(second.alignment, RtfParagraph::Alignment::Center);
-        QCOMPARE(second.runs.size(), 1);
-        QCOMPARE(second.runs.at(0).text, u"second\nline"_s);
-        QCOMPARE(second.runs.at(0).format.fontFamily, u"Arial"_s);
-        QCOMPARE(second.runs.at(0).format.halfPoints, 28);
-        QCOMPARE(second.runs.at(0).format.color, std::nullopt); // \cf0: the automatic colour
+        // \cf0: the automatic colour.
+        QCOMPARE(runs(document.paragraphs.at(1)), QStringList { u"second\nline|28|Arial"_s });
+        QCOMPARE(document.paragraphs.at(1).alignment, RtfParagraph::Alignment::Center);
     }
 
     void plainText_data()
@@ -191,34 +201,18 @@ private Q_SLOTS:
     {
         const RtfDocument document = read(
             uR"({\rtf1{\colortbl;\red0\green128\blue0;}\fs30 a{\b\cf1\fs40 b{\i c}}d\plain e})"_s);
-        const QList<RtfRun> &runs = document.paragraphs.at(0).runs;
-        QCOMPARE(runs.size(), 5);
-        QCOMPARE(runs.at(0).text, u"a"_s);
-        QCOMPARE(runs.at(0).format.halfPoints, 30);
-        QCOMPARE(runs.at(1).text, u"b"_s);
-        QVERIFY(runs.at(1).format.bold);
-        QCOMPARE(runs.at(1).format.color, std::optional<quint32>(0x008000));
-        QCOMPARE(runs.at(1).format.halfPoints, 40);
-        QCOMPARE(runs.at(2).text, u"c"_s);
-        QVERIFY(runs.at(2).format.bold && runs.at(2).format.italic);
-        QCOMPARE(runs.at(3).text, u"d"_s);
-        QCOMPARE(runs.at(3).format, runs.at(0).format);
-        QCOMPARE(runs.at(4).text, u"e"_s);
-        QCOMPARE(runs.at(4).format, RtfCharFormat());
+        QCOMPARE(runs(document.paragraphs.at(0)),
+            QStringList(
+                { u"a|30"_s, u"b|b|40|#008000"_s, u"c|b|i|40|#008000"_s, u"d|30"_s, u"e"_s }));
     }
 
     void colourIndexesOutsideTheTableAreAutomatic()
     {
         const RtfDocument document = read(
             uR"({\rtf1{\colortbl\red1\green2\blue3;\red255\green255\blue255;}\cf0 a\cf1 b\cf7 c\cf-2 d\highlight1 e})"_s);
-        const QList<RtfRun> &runs = document.paragraphs.at(0).runs;
-        QCOMPARE(runs.size(), 4);
         // A first entry with components is a colour, not the automatic one.
-        QCOMPARE(runs.at(0).format.color, std::optional<quint32>(0x010203));
-        QCOMPARE(runs.at(1).format.color, std::optional<quint32>(0xFFFFFF));
-        QCOMPARE(runs.at(2).text, u"cd"_s);
-        QCOMPARE(runs.at(2).format.color, std::nullopt);
-        QCOMPARE(runs.at(3).format.background, std::optional<quint32>(0xFFFFFF));
+        QCOMPARE(runs(document.paragraphs.at(0)),
+            QStringList({ u"a|#010203"_s, u"b|#ffffff"_s, u"cd"_s, u"e|on #ffffff"_s }));
     }
 
     void paragraphs() { QCOMPARE(read(uR"({\rtf1 a\par\par b})"_s).paragraphs.size(), 3); }

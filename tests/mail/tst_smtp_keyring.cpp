@@ -4,12 +4,12 @@
 // file, and velmarctl invite finds it there; without a keyring velmarctl
 // says where else the password can come from.
 
-#include "CtlProcess.h"
 #include "InviteMailSettings.h"
 #include "SmtpPasswordStore.h"
 #include "SmtpTestServer.h"
 #include "TempServerDir.h"
 #include "TestDatabase.h"
+#include "VelmarCtlTool.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -160,10 +160,8 @@ void SmtpKeyringTest::velmarctlReadsTheKeyring()
 {
     TempServerDir dir;
     TestDatabase db(TestDatabase::Backend::SqliteFile, dir.programDir());
-    QVERIFY2(db.execAll({ u"INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, "
-                          "bPublic, Email, bSolar, bAdmin, MemberLevel, IsGuestMember) VALUES "
-                          "(1,'anna','Anna','pw1',0,1,'anna@x.cn',1,0,0,0)"_s }),
-        qPrintable(db.errorString()));
+    QVERIFY2(
+        db.execAll(sqlStatements(u"velmarctl/invite-members.sql"_s)), qPrintable(db.errorString()));
     SmtpTestServer server;
     QString error;
     QVERIFY2(server.start(SmtpTestServer::Mode::Tls, true, &error), qPrintable(error));
@@ -175,15 +173,14 @@ void SmtpKeyringTest::velmarctlReadsTheKeyring()
     settings.user = QString::fromLatin1(SmtpTestServer::User);
     settings.caFile = server.caFile();
     QVERIFY(settings.write(dir.hives()));
-    const QStringList arguments = { u"invite"_s, u"anna"_s, u"--server-dir"_s, dir.programDir(),
-        u"--registry-dir"_s, dir.registryDir() };
+    const QStringList arguments = QStringList { u"invite"_s, u"anna"_s } + dirArguments(dir);
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.remove(u"VELMAR_SMTP_PASSWORD"_s);
 
     // Without a keyring, velmarctl says where the password can come from.
     QProcessEnvironment noKeyring = environment;
     noKeyring.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, u"unix:path=%1/none"_s.arg(m_home.path()));
-    CtlRun run = runCommand(QStringLiteral(VELMARCTL_PATH), arguments, noKeyring);
+    CtlRun run = velmarctl(arguments, noKeyring);
     QCOMPARE(run.exitCode, 2);
     QVERIFY2(run.err.contains(u"VELMAR_SMTP_PASSWORD"_s), qPrintable(run.err));
     QCOMPARE(server.messageCount(), 0);
@@ -193,7 +190,7 @@ void SmtpKeyringTest::velmarctlReadsTheKeyring()
     const QString key = SmtpPasswordStore::accountKey(settings.user, settings.host, server.port());
     QVERIFY2(SmtpPasswordStore().write(key, QString::fromLatin1(SmtpTestServer::Password), &error),
         qPrintable(error));
-    run = runCommand(QStringLiteral(VELMARCTL_PATH), arguments, environment);
+    run = velmarctl(arguments, environment);
     QCOMPARE(run.exitCode, 0);
     QCOMPARE(run.outText(), u"anna\tanna@x.cn\tsent\n"_s);
     QVERIFY(server.envelope(1)[u"authenticated"_s].toBool());

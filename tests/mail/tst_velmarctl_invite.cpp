@@ -3,35 +3,18 @@
 // the mail settings from the registry overridden by options, the password
 // from the environment, and --dry-run's messages.
 
-#include "CtlProcess.h"
 #include "InviteMailSettings.h"
 #include "ProfileFile.h"
 #include "SmtpTestServer.h"
 #include "TempServerDir.h"
 #include "TestDatabase.h"
+#include "VelmarCtlTool.h"
 
 #include <QFile>
 #include <QJsonArray>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-// anna and bert have addresses (bert's refused by the server), carl none,
-// dora anna's address in other letters, the guest gina one of her own.
-QStringList members()
-{
-    const QString member = u"INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, "
-                           "bPublic, Email, bSolar, bAdmin, MemberLevel, IsGuestMember) VALUES "_s;
-    return { member + u"(1,'anna','安娜','pw<1>',0,1,'anna@x.cn',1,0,0,0)"_s,
-        member + u"(2,'bert','Bert','pw2',1,1,'refuse-bert@x.cn',1,0,0,0)"_s,
-        member + u"(3,'carl','Carl','pw3',1,1,'',1,0,0,0)"_s,
-        member + u"(4,'dora','Dora','pw4',0,1,'ANNA@x.cn',1,0,0,0)"_s,
-        member + u"(5,'gina','Gina','pw5',0,1,'gina@x.cn',1,0,0,1)"_s };
-}
-
-} // namespace
 
 class VelmarCtlInviteTest : public QObject
 {
@@ -42,11 +25,13 @@ private Q_SLOTS:
     void dryRunPrintsTheMessages();
 };
 
+// A server folder with the members of velmarctl/invite-members.sql.
 #define SERVER(dir, db)                                                                            \
     TempServerDir dir;                                                                             \
     TestDatabase db(TestDatabase::Backend::SqliteFile, dir.programDir());                          \
     QVERIFY2(db.isValid(), qPrintable(db.errorString()));                                          \
-    QVERIFY2(db.execAll(members()), qPrintable(db.errorString()));                                 \
+    QVERIFY2(db.execAll(sqlStatements(u"velmarctl/invite-members.sql"_s)),                         \
+        qPrintable(db.errorString()));                                                             \
     QVERIFY(ProfileFile(dir.iniPath())                                                             \
                 .writeString(u"SettingInfo"_s, u"CaptionBarName"_s, u"维尔马"_s))
 
@@ -66,20 +51,18 @@ void VelmarCtlInviteTest::sendsAndReports()
 
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"VELMAR_SMTP_PASSWORD"_s, QString::fromLatin1(SmtpTestServer::Password));
-    const QStringList common = { u"invite"_s, u"--server-dir"_s, dir.programDir(),
-        u"--registry-dir"_s, dir.registryDir(), u"--smtp"_s, u"127.0.0.1:%1"_s.arg(server.port()),
-        u"--security"_s, u"starttls"_s, u"--ca-file"_s, server.caFile(), u"--user"_s,
-        QString::fromLatin1(SmtpTestServer::User) };
+    const QStringList common = QStringList { u"invite"_s, u"--smtp"_s,
+        u"127.0.0.1:%1"_s.arg(server.port()), u"--security"_s, u"starttls"_s, u"--ca-file"_s,
+        server.caFile(), u"--user"_s, QString::fromLatin1(SmtpTestServer::User) }
+        + dirArguments(dir);
 
     // A user ID nobody has: nothing is sent at all.
-    CtlRun run = runCommand(QStringLiteral(VELMARCTL_PATH),
-        common + QStringList { u"anna"_s, u"nobody"_s }, environment);
+    CtlRun run = velmarctl(common + QStringList { u"anna"_s, u"nobody"_s }, environment);
     QCOMPARE(run.exitCode, 7);
     QVERIFY2(run.err.contains(u"no member has the user ID nobody"_s), qPrintable(run.err));
     QCOMPARE(server.messageCount(), 0);
 
-    run = runCommand(QStringLiteral(VELMARCTL_PATH),
-        common
+    run = velmarctl(common
             + QStringList { u"anna"_s, u"bert"_s, u"carl"_s, u"dora"_s, u"gina"_s, u"--memo"_s,
                 u"请带上工牌"_s },
         environment);
@@ -107,7 +90,7 @@ void VelmarCtlInviteTest::sendsAndReports()
     for (const QStringList &bad :
         { QStringList { u"--security"_s, u"ssl"_s }, QStringList { u"--smtp"_s, u"host:99999"_s },
             QStringList { u"--from"_s, u"nobody"_s } }) {
-        run = runCommand(QStringLiteral(VELMARCTL_PATH),
+        run = velmarctl(
             QStringList { u"invite"_s, u"anna"_s, u"--server-dir"_s, dir.programDir() } + bad);
         QCOMPARE(run.exitCode, 2);
     }
@@ -117,10 +100,9 @@ void VelmarCtlInviteTest::dryRunPrintsTheMessages()
 {
     SERVER(dir, db);
     // No SMTP server is needed, and none is asked.
-    const CtlRun run = runCommand(QStringLiteral(VELMARCTL_PATH),
+    const CtlRun run = ctl(dir,
         { u"invite"_s, u"anna"_s, u"gina"_s, u"--dry-run"_s, u"--memo"_s, u"From here on"_s,
-            u"--from"_s, u"admin@velmar.test"_s, u"--server-dir"_s, dir.programDir(),
-            u"--registry-dir"_s, dir.registryDir() });
+            u"--from"_s, u"admin@velmar.test"_s });
     QCOMPARE(run.exitCode, 0);
     QCOMPARE(run.err.split(u'\n', Qt::SkipEmptyParts),
         QStringList({ u"anna\tanna@x.cn\tnot sent (dry run)"_s,

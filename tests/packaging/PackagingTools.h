@@ -20,3 +20,11 @@ ToolRun run(const QString &program, const QStringList &arguments,
 // Empty when the program is on PATH, else what to do about it.
 QString missing(const QString &program);
 } // namespace PackagingTools
+
+// In a test function: fails it when program is not installed.
+#define REQUIRE_TOOL(program)                                                                      \
+    do {                                                                                           \
+        const QString why = PackagingTools::missing(program);                                      \
+        if (!why.isEmpty())                                                                        \
+            QFAIL(qPrintable(why));                                                                \
+    } while (false)

@@ -13,13 +13,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-#define REQUIRE_TOOL(program)                                                                      \
-    do {                                                                                           \
-        const QString why = PackagingTools::missing(program);                                      \
-        if (!why.isEmpty())                                                                        \
-            QFAIL(qPrintable(why));                                                                \
-    } while (false)
-
 QString field(const QString &deb, const QString &name)
 {
     return PackagingTools::run(u"dpkg-deb"_s, { u"-f"_s, deb, name }).out.trimmed();

@@ -22,13 +22,6 @@ const QString Console = QStringLiteral(VELMARMANAGER_PATH);
 const QString ManDir = QStringLiteral(VELMAR_MAN_DIR);
 const QString Completion = QStringLiteral(VELMAR_COMPLETION_FILE);
 
-#define REQUIRE_TOOL(program)                                                                      \
-    do {                                                                                           \
-        const QString why = PackagingTools::missing(program);                                      \
-        if (!why.isEmpty())                                                                        \
-            QFAIL(qPrintable(why));                                                                \
-    } while (false)
-
 QString helpOf(const QString &program)
 {
     const ToolRun run = PackagingTools::run(program, { u"--help"_s });

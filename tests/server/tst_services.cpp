@@ -301,10 +301,6 @@ private Q_SLOTS:
         f.manager.setRunning(running);
         QCOMPARE(f.services.isStartEnabled(), start);
         QCOMPARE(f.services.isStopEnabled(), stop);
-        // The same rules on states already read.
-        const auto isRunning = [&](const QString &name) { return running.contains(name); };
-        QCOMPARE(ServerServices::startEnabled(isRunning), start);
-        QCOMPARE(ServerServices::stopEnabled(isRunning), stop);
     }
 
     void registration()

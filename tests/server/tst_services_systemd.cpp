@@ -4,12 +4,12 @@
 #include "ServiceControl.h"
 #include "SystemdServiceManager.h"
 #include "TempServerDir.h"
+#include "VelmarCtlTool.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -173,30 +173,27 @@ private Q_SLOTS:
 
     void velmarctlServices()
     {
-        auto velmarctl = [this](const QString &action, QString *out) {
-            QProcess process;
-            process.start(QStringLiteral(VELMARCTL_PATH),
-                { u"services"_s, action, u"--server-dir"_s, m_dir.programDir() });
-            if (!process.waitForFinished(120000) || process.exitStatus() != QProcess::NormalExit)
-                return -1;
-            *out = QString::fromUtf8(process.readAllStandardOutput());
-            return process.exitCode();
+        const auto services = [this](const QString &action, QString *out) {
+            const CtlRun run
+                = velmarctl({ u"services"_s, action, u"--server-dir"_s, m_dir.programDir() });
+            *out = run.outText();
+            return run.exitCode;
         };
 
         QString out;
-        QCOMPARE(velmarctl(u"start"_s, &out), 5);
+        QCOMPARE(services(u"start"_s, &out), 5);
         QCOMPARE(readLines(m_orderFile), ExpectedStart);
         QVERIFY2(out.contains(u"FileSessionD 服务运行失败.\n"_s), qPrintable(out));
         QVERIFY2(
             out.contains(u"starting GroupD\nGroupD started\nstarting RelayD\n"_s), qPrintable(out));
 
-        QCOMPARE(velmarctl(u"status"_s, &out), 0);
+        QCOMPARE(services(u"status"_s, &out), 0);
         QCOMPARE(out,
             u"VelmarD\trunning\nGroupD\trunning\nVelmarboxServerManager\trunning\nRelayD\trunning\n"
             "CheckD\trunning\nFileDispatchD\trunning\nFileSessionD\tstopped\nChatD\trunning\n"_s);
 
         QFile::remove(m_orderFile);
-        QCOMPARE(velmarctl(u"stop"_s, &out), 0);
+        QCOMPARE(services(u"stop"_s, &out), 0);
         QCOMPARE(readLines(m_orderFile), ExpectedStop);
         QVERIFY2(
             out.startsWith(u"stopping CheckD\nCheckD stopped\npskill ChatD\nstopping ChatD\n"_s),

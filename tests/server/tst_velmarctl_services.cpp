@@ -1,5 +1,5 @@
-#include "CtlProcess.h"
 #include "ServerNotification.h"
+#include "VelmarCtlTool.h"
 
 #include <QHostAddress>
 #include <QNetworkDatagram>
@@ -8,14 +8,6 @@
 #include <QUdpSocket>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-CtlRun velmarctl(const QStringList &arguments,
-    const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
-{
-    return runCommand(QStringLiteral(VELMARCTL_PATH), arguments, environment);
-}
-} // namespace
 
 // velmarctl services and notify as an administrator runs them. The runs with
 // a real service manager are in tst_services_systemd; here the manager cannot

@@ -8,11 +8,11 @@
 #include "Recordset.h"
 #include "RegistryHives.h"
 #include "TempServerDir.h"
+#include "VelmarCtlTool.h"
 
 #include <map>
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QSqlDatabase>
 #include <QSqlError>
@@ -26,57 +26,15 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QStringList GeneratorArguments = {
-    u"--members"_s,
-    u"150"_s,
-    u"--guests"_s,
-    u"20"_s,
-    u"--groups"_s,
-    u"15"_s,
-    u"--depth"_s,
-    u"4"_s,
-    u"--memberships"_s,
-    u"260"_s,
-    u"--positions"_s,
-    u"12"_s,
-    u"--permissions"_s,
-    u"140"_s,
-    u"--pool"_s,
-    u"40"_s,
-    u"--notices"_s,
-    u"12"_s,
-    u"--folders"_s,
-    u"20"_s,
-    u"--rights"_s,
-    u"60"_s,
-    u"--seed"_s,
-    u"7"_s,
-    u"--date"_s,
-    u"2024-06-28"_s,
-    u"--logs"_s,
-};
+// A small organisation with something of everything, the same every time.
+const QStringList GeneratorArguments
+    = u"--members 150 --guests 20 --groups 15 --depth 4 --memberships 260 --positions 12 "
+      u"--permissions 140 --pool 40 --notices 12 --folders 20 --rights 60 --seed 7 "
+      u"--date 2024-06-28 --logs"_s.split(u' ');
 
-struct Run
+CtlRun runGenerator(const QStringList &arguments)
 {
-    int exitCode = -1;
-    QByteArray output;
-};
-
-Run runGenerator(const QStringList &arguments)
-{
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(QStringLiteral(VELMAR_GEN_PATH), arguments);
-    Run run;
-    if (!process.waitForFinished(120000)) {
-        process.kill();
-        process.waitForFinished();
-        run.output = "velmar-gen did not finish";
-        return run;
-    }
-    run.output = process.readAll();
-    run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    return run;
+    return runCommand(QStringLiteral(VELMAR_GEN_PATH), arguments);
 }
 
 // A read-only look at a generated database, separate from the console's own
@@ -179,10 +137,10 @@ private:
 void TstGenerator::initTestCase()
 {
     QVERIFY(m_server.isValid());
-    const Run run = runGenerator(QStringList { u"--out"_s, m_server.programDir(),
-                                     u"--registry-dir"_s, m_server.registryDir() }
+    const CtlRun run = runGenerator(QStringList { u"--out"_s, m_server.programDir(),
+                                        u"--registry-dir"_s, m_server.registryDir() }
         + GeneratorArguments);
-    QVERIFY2(run.exitCode == 0, run.output.constData());
+    QVERIFY2(run.exitCode == 0, qPrintable(run.err));
     m_db = std::make_unique<Database>(m_server.databasePath());
 }
 
@@ -381,15 +339,13 @@ void TstGenerator::noticesUseServerFormats()
 void TstGenerator::consoleResavesItUnchanged()
 {
     TempServerDir copy;
-    const QStringList folders { u"--server-dir"_s, copy.programDir(), u"--registry-dir"_s,
-        copy.registryDir() };
-    QCOMPARE(
-        runGenerator(QStringList { u"--out"_s } + folders.mid(1) + GeneratorArguments).exitCode, 0);
-    QProcess resave;
-    resave.setProcessChannelMode(QProcess::MergedChannels);
-    resave.start(QStringLiteral(VELMARCTL_PATH), QStringList { u"resave"_s } + folders);
-    QVERIFY(resave.waitForFinished(120000));
-    QVERIFY2(resave.exitCode() == 0, resave.readAll().constData());
+    QCOMPARE(runGenerator(QStringList { u"--out"_s, copy.programDir(), u"--registry-dir"_s,
+                              copy.registryDir() }
+                 + GeneratorArguments)
+                 .exitCode,
+        0);
+    const CtlRun resave = ctl(copy, { u"resave"_s });
+    QVERIFY2(resave.exitCode == 0, qPrintable(resave.err));
     const Database saved(copy.databasePath());
     const auto folded = [](const Database &db) {
         QStringList lines = db.dump().toUpper().replace(u"<NULL>"_s, QString()).split(u'\n');
@@ -543,8 +499,8 @@ void TstGenerator::sameSeedGivesSameData()
     // seed gives other people.
     QStringList otherSeed = GeneratorArguments;
     otherSeed[otherSeed.indexOf(u"--seed"_s) + 1] = u"8"_s;
-    const Run run = runGenerator(target + otherSeed);
-    QVERIFY2(run.exitCode == 0, run.output.constData());
+    const CtlRun run = runGenerator(target + otherSeed);
+    QVERIFY2(run.exitCode == 0, qPrintable(run.err));
     const Database other(again.databasePath());
     QCOMPARE(other.count(u"SELECT COUNT(*) FROM Member"_s), 150);
     QVERIFY(other.dump() != m_db->dump());
@@ -554,9 +510,9 @@ void TstGenerator::refusesAFolderItDidNotMake()
 {
     TempServerDir foreign;
     QVERIFY(foreign.writeFile(u"VelmarDB.mdb"_s, "the server's own database"));
-    const Run run = runGenerator({ u"--out"_s, foreign.programDir(), u"--preset"_s, u"demo"_s });
+    const CtlRun run = runGenerator({ u"--out"_s, foreign.programDir(), u"--preset"_s, u"demo"_s });
     QVERIFY(run.exitCode != 0);
-    QVERIFY(run.output.contains("not made by velmar-gen"));
+    QVERIFY2(run.err.contains(u"not made by velmar-gen"_s), qPrintable(run.err));
     QCOMPARE(foreign.readFile(u"VelmarDB.mdb"_s), QByteArray("the server's own database"));
 }
 

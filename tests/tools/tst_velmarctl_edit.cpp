@@ -1,7 +1,7 @@
-#include "CtlProcess.h"
 #include "ProfileFile.h"
 #include "TempServerDir.h"
 #include "TestDatabase.h"
+#include "VelmarCtlTool.h"
 
 #include <QFile>
 #include <QTest>
@@ -10,120 +10,26 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-CtlRun velmarctl(const QStringList &arguments, const QByteArray &input = {})
+// The database and the server information file (version and default
+// position) byte for byte: a run that saved nothing leaves both as they were.
+QByteArray snapshot(TempServerDir &dir)
 {
-    return runCommand(
-        QStringLiteral(VELMARCTL_PATH), arguments, QProcessEnvironment::systemEnvironment(), input);
-}
-
-QStringList dirArguments(TempServerDir &dir)
-{
-    return { u"--server-dir"_s, dir.programDir(), u"--registry-dir"_s, dir.registryDir() };
-}
-
-//   Member: anna(1) bert(2) carl(3); guest gina(4) gus(5)
-//   [Group]: Sales(10) { East(11) }, HQ(20); guest Forum(50) { Lounge(51) }
-//   Relation: anna@Sales(2) bert@East(1) carl@HQ(1); guest gina@Forum(1) gus@Lounge(1)
-//   Rank: 1 职员, 2 经理, 3 总监; DefaultPositionID 2
-//   AccessToken for anna; pool v1 (free); Folder 1 share; notices 100 and 101
-QStringList organisation()
-{
-    const QString member
-        = u"INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember) VALUES "_s;
-    const QString group
-        = u"INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup) VALUES "_s;
-    const QString relation
-        = u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES "_s;
-    return {
-        member + u"(1,'anna','Anna','','pw1',0,1,'','','','','','',1,0,'',1,0)"_s,
-        member + u"(2,'bert','Bert','','pw2',1,1,'','','','','','',1,0,'',2,0)"_s,
-        member + u"(3,'carl','Carl','','pw3',0,0,'','','','','','',1,0,'',1,0)"_s,
-        member + u"(4,'gina','Gina','','pw4',0,1,'','','','','','',1,0,'',1,1)"_s,
-        member + u"(5,'gus','Gus','','pw5',1,1,'','','','','','',1,0,'',2,1)"_s,
-        group + u"(10,'Sales',-1,0,1,0)"_s,
-        group + u"(11,'East',10,0,2,0)"_s,
-        group + u"(20,'HQ',-1,1,1,0)"_s,
-        group + u"(50,'Forum',-100,0,1,1)"_s,
-        group + u"(51,'Lounge',50,0,2,1)"_s,
-        relation + u"(1,10,2,0,0)"_s,
-        relation + u"(2,11,1,0,0)"_s,
-        relation + u"(3,20,1,0,0)"_s,
-        relation + u"(4,50,1,0,1)"_s,
-        relation + u"(5,51,1,0,1)"_s,
-        u"INSERT INTO Rank (ORankID, RankName) VALUES (1,'职员')"_s,
-        u"INSERT INTO Rank (ORankID, RankName) VALUES (2,'经理')"_s,
-        u"INSERT INTO Rank (ORankID, RankName) VALUES (3,'总监')"_s,
-        u"INSERT INTO AccessToken (OMemberID, MessageOn, ChatOn, FileTransferOn, TTSOn, VoiceToPhoneOn, OneToOneCallOn, SMSOn, VoipOn) VALUES (1,1,1,1,1,1,1,1,0)"_s,
-        u"INSERT INTO VoipNumberList (VOIP_ID, VOIP_PASS, OMemberID) VALUES ('v1','p1',0)"_s,
-        u"INSERT INTO Folder (OFolderID, FolderPath) VALUES (1,'share')"_s,
-        u"INSERT INTO CONTENTS (OCONTENTSID, TITLE, WRITEDATE, OMEMBERID, MEMBERID, MEMBERNAME, CONTENTS, FilePath, FileSessionID, WriteEndDate) VALUES (100,'First','2007-10-08 12:00:00',1,'anna','Anna','body','','','')"_s,
-        u"INSERT INTO CONTENTS (OCONTENTSID, TITLE, WRITEDATE, OMEMBERID, MEMBERID, MEMBERNAME, CONTENTS, FilePath, FileSessionID, WriteEndDate) VALUES (101,'Second','2008-01-01 09:00:00',1,'anna','Anna','text','','','')"_s,
-    };
-}
-
-// The tables an edit rewrites, row by row, and the server information file
-// (version and default position).
-QStringList snapshot(TempServerDir &dir, TestDatabase &db)
-{
-    QStringList lines;
-    for (const QString &sql : { u"SELECT * FROM Member ORDER BY OMemberID"_s,
-             u"SELECT * FROM [Group] ORDER BY OGroupID"_s,
-             u"SELECT * FROM Relation ORDER BY OMemberID, OGroupID"_s, u"SELECT * FROM Rank"_s,
-             u"SELECT * FROM AccessToken ORDER BY OMemberID"_s }) {
-        for (const QVariantList &row : db.rows(sql)) {
-            QStringList cells;
-            for (const QVariant &cell : row)
-                cells << (cell.isNull() ? u"NULL"_s : cell.toString());
-            lines << cells.join(u'|');
-        }
-    }
-    lines << QString::fromUtf8(dir.readFile(u"Serverinfo.ini"_s));
-    return lines;
-}
-
-QString defaultPosition(TempServerDir &dir)
-{
-    return ProfileFile(dir.iniPath())
-        .readString(u"ServerInfo"_s, u"DefaultPositionID"_s, u"absent"_s, 32);
-}
-
-QString writeScript(TempServerDir &dir, const QByteArray &text)
-{
-    dir.writeFile(u"script.txt"_s, text);
-    return dir.filePath(u"script.txt"_s);
+    return dir.readFile(u"VelmarDB.mdb"_s) + dir.readFile(u"Serverinfo.ini"_s);
 }
 
 // Every directory form, in an order where each line leans on the ones
 // before it (a group added, then moved and filled).
-const QByteArray FullScript = R"(# the organisation's new shape
-group add /Sales/West
-group rename /HQ 'Head Office'
-group move /Sales/West first
-group move #20 into /Sales
-group move /Sales/West down
-member add zoe --name "Zoe Z" --password pz --female --lunar --no-admin --email z@x.cn --birthday 1990-05-06
-member add gwen --guest --password pg --private
-member set carl --name 'Carl C' --male --public --admin --phone 123
-position add 顾问
-position rename 总监 董事
-position move 顾问 up
-position default 顾问
-position delete 经理
-place /Sales/West zoe carl
-place guest:/Forum/Lounge gwen
-membership position /Sales/West carl none
-unplace /Sales anna
-member delete bert gus
-group delete /Sales/East
-)";
+const QString FullScript = u"velmarctl/full-script.txt"_s;
 
 } // namespace
 
+// A server folder with the organisation that velmarctl/organisation.sql describes.
 #define SERVER(dir, db)                                                                            \
     TempServerDir dir;                                                                             \
     TestDatabase db(TestDatabase::Backend::SqliteFile, dir.programDir());                          \
     QVERIFY2(db.isValid(), qPrintable(db.errorString()));                                          \
-    QVERIFY2(db.execAll(organisation()), qPrintable(db.errorString()));                            \
+    QVERIFY2(                                                                                      \
+        db.execAll(sqlStatements(u"velmarctl/organisation.sql"_s)), qPrintable(db.errorString())); \
     QVERIFY(ProfileFile(dir.iniPath()).writeString(u"ServerInfo"_s, u"DefaultPositionID"_s, u"2"_s))
 
 // velmarctl edit applying scripts to a real server folder and database.
@@ -147,8 +53,7 @@ private Q_SLOTS:
 void TestVelmarCtlEdit::script()
 {
     SERVER(dir, db);
-    const CtlRun run
-        = velmarctl(QStringList { u"edit"_s } + dirArguments(dir) << writeScript(dir, FullScript));
+    const CtlRun run = ctl(dir, { u"edit"_s, testDataPath(FullScript) });
     QVERIFY2(run.exitCode == 0, qPrintable(run.err));
     QCOMPARE(run.outText(),
         u"group /Sales/West 52\n"
@@ -158,7 +63,9 @@ void TestVelmarCtlEdit::script()
         "19 steps saved (version 1)\n"_s);
     QCOMPARE(dir.savedVersion(), u"0001"_s);
     // Written once the batch was saved.
-    QCOMPARE(defaultPosition(dir), u"4"_s);
+    QCOMPARE(ProfileFile(dir.iniPath())
+                 .readString(u"ServerInfo"_s, u"DefaultPositionID"_s, u"absent"_s, 32),
+        u"4"_s);
 
     QCOMPARE(db.column(u"SELECT OGroupID || ' ' || GroupName || ' ' || OGroupID_P FROM [Group] "
                        "WHERE IsGuestGroup = 0 ORDER BY Depth, Position"_s),
@@ -185,16 +92,16 @@ void TestVelmarCtlEdit::script()
 void TestVelmarCtlEdit::otherDataSets()
 {
     SERVER(dir, db);
-    const CtlRun run = velmarctl(QStringList { u"edit"_s } + dirArguments(dir) << writeScript(dir,
-                                     "permission set anna sms=off file=on\n"
-                                     "permission set /Sales/East chat=off\n"
-                                     "voip set carl 9001 s1\n"
-                                     "voip assign\n"
-                                     "folder add 'D:\\Share'\n"
-                                     "right set 'D:\\Share' group /Sales write\n"
-                                     "right set 'D:\\Share' member carl read\n"
-                                     "folder remove share\n"
-                                     "notice delete 100\n"));
+    const CtlRun run = ctl(dir, { u"edit"_s, u"-"_s },
+        "permission set anna sms=off file=on\n"
+        "permission set /Sales/East chat=off\n"
+        "voip set carl 9001 s1\n"
+        "voip assign\n"
+        "folder add 'D:\\Share'\n"
+        "right set 'D:\\Share' group /Sales write\n"
+        "right set 'D:\\Share' member carl read\n"
+        "folder remove share\n"
+        "notice delete 100\n");
     QVERIFY2(run.exitCode == 0, qPrintable(run.err));
     // The pool's one free account went to anna, the first member without one.
     QCOMPARE(run.outText(),
@@ -220,37 +127,13 @@ void TestVelmarCtlEdit::otherDataSets()
 void TestVelmarCtlEdit::dryRun()
 {
     SERVER(dir, db);
-    const QStringList before = snapshot(dir, db);
+    const QByteArray before = snapshot(dir);
     // The script from standard input.
-    const CtlRun run
-        = velmarctl(QStringList { u"edit"_s, u"--dry-run"_s } + dirArguments(dir), FullScript);
+    const CtlRun run = ctl(dir, { u"edit"_s, u"--dry-run"_s }, testData(FullScript));
     QVERIFY2(run.exitCode == 0, qPrintable(run.err));
-    QCOMPARE(run.outText(),
-        u"group /Sales/West 52\n"
-        "member zoe 6\n"
-        "member gwen 7\n"
-        "position 顾问 4\n"
-        "添加类别 West\n"
-        "修改类别 HQ 为 Head Office\n"
-        "最上面 West\n"
-        "移动 Head Office 到 Sales\n"
-        "向下移动 West\n"
-        "添加用户 zoe\n"
-        "添加用户 gwen\n"
-        "修改用户 carl\n"
-        "追加等级 顾问\n"
-        "等级名修改 总监 为 董事\n"
-        "向上移动 顾问\n"
-        "默认登记设置 顾问\n"
-        "删除等级 经理\n"
-        "添加群组 West (2)\n"
-        "添加群组 Lounge (1)\n"
-        "等级设置 无等级\n"
-        "从 Sales 删除用户 anna\n"
-        "删除 2 个用户\n"
-        "删除类别 East\n"
-        "19 steps (dry run, nothing saved)\n"_s);
-    QCOMPARE(snapshot(dir, db), before);
+    // What each step would do, in the editors' words, and nothing saved.
+    QCOMPARE(run.outText(), QString::fromUtf8(testData(u"velmarctl/full-script.dry-run.txt"_s)));
+    QCOMPARE(snapshot(dir), before);
 }
 
 void TestVelmarCtlEdit::refusedLine_data()
@@ -283,33 +166,31 @@ void TestVelmarCtlEdit::refusedLine()
     QFETCH(QByteArray, line);
     QFETCH(QString, error);
     SERVER(dir, db);
-    const QStringList before = snapshot(dir, db);
+    const QByteArray before = snapshot(dir);
     // Accepted lines before the refused one, the default position among
     // them: none of it reaches the database or the server information file.
-    const QString script = writeScript(dir,
-        "position default 总监\n\nmember add dora --password x\n" + line + "\nplace /HQ dora\n");
+    const QByteArray script
+        = "position default 总监\n\nmember add dora --password x\n" + line + "\nplace /HQ dora\n";
     for (const bool dryRun : { false, true }) {
-        QStringList arguments = QStringList { u"edit"_s } + dirArguments(dir) << script;
-        if (dryRun)
-            arguments << u"--dry-run"_s;
-        const CtlRun run = velmarctl(arguments);
+        const QStringList dryRunOption = dryRun ? QStringList { u"--dry-run"_s } : QStringList();
+        const CtlRun run = ctl(dir, QStringList { u"edit"_s, u"-"_s } + dryRunOption, script);
         QCOMPARE(run.exitCode, 1);
         QCOMPARE(run.err, u"line 4: "_s + error + u'\n');
-        QCOMPARE(snapshot(dir, db), before);
+        QCOMPARE(snapshot(dir), before);
     }
 }
 
 void TestVelmarCtlEdit::refusedSave()
 {
     SERVER(dir, db);
-    const QStringList before = snapshot(dir, db);
-    const CtlRun run = velmarctl(QStringList { u"edit"_s } + dirArguments(dir)
-        << writeScript(dir, "position default 总监\ngroup add \"/O'Brien\"\n"));
+    const QByteArray before = snapshot(dir);
+    const CtlRun run
+        = ctl(dir, { u"edit"_s, u"-"_s }, "position default 总监\ngroup add \"/O'Brien\"\n");
     QCOMPARE(run.exitCode, 2);
     QCOMPARE(run.err,
         u"以下内容含有数据库不能保存的字符(如单引号)，什么都没有保存。请修改后再保存:\n"
         "类别 /O'Brien\n"_s);
-    QCOMPARE(snapshot(dir, db), before);
+    QCOMPARE(snapshot(dir), before);
 }
 
 void TestVelmarCtlEdit::oneLineForms()
@@ -317,9 +198,9 @@ void TestVelmarCtlEdit::oneLineForms()
     SERVER(dir, db);
     // velmarctl's own options before, among and after the command's words;
     // the word after a text option is its value, whatever it looks like.
-    CtlRun run = velmarctl(QStringList { u"--dry-run"_s, u"member"_s, u"add"_s, u"dora"_s,
-                               u"--name"_s, u"--timings"_s, u"--password"_s, u"x"_s }
-        + dirArguments(dir));
+    CtlRun run = ctl(dir,
+        { u"--dry-run"_s, u"member"_s, u"add"_s, u"dora"_s, u"--name"_s, u"--timings"_s,
+            u"--password"_s, u"x"_s });
     QVERIFY2(run.exitCode == 0, qPrintable(run.err));
     QCOMPARE(run.outText(), u"member dora 6\n添加用户 dora\n1 steps (dry run, nothing saved)\n"_s);
     QCOMPARE(db.count(u"Member"_s, u"MemberID = 'dora'"_s), 0);
@@ -342,20 +223,19 @@ void TestVelmarCtlEdit::access()
         u"INSERT INTO GroupAuthority (OFolderID, OGroupID, Authority) VALUES (1,77,'R')"_s,
         u"INSERT INTO UserAuthority (OFolderID, OMemberID, Authority) VALUES (1,2,'R')"_s,
     }));
-    CtlRun run = velmarctl(QStringList { u"access"_s, u"member"_s, u"bert"_s } + dirArguments(dir));
+    CtlRun run = ctl(dir, { u"access"_s, u"member"_s, u"bert"_s });
     QVERIFY2(run.exitCode == 0, qPrintable(run.err));
     QCOMPARE(run.outText(), u"share\t只读\t本人权限\nshare\t读/写\t类别 /Sales\n"_s);
-    run = velmarctl(QStringList { u"access"_s, u"folder"_s, u"share"_s, u"--format"_s, u"json"_s }
-        + dirArguments(dir));
+    run = ctl(dir, { u"access"_s, u"folder"_s, u"share"_s, u"--format"_s, u"json"_s });
     QVERIFY2(run.exitCode == 0, qPrintable(run.err));
     QCOMPARE(run.outText(),
         u"[\"bert\",\"Bert\",\"只读\",\"本人权限\"]\n"
         "[\"anna\",\"Anna\",\"读/写\",\"类别 /Sales\"]\n"
         "[\"bert\",\"Bert\",\"读/写\",\"类别 /Sales\"]\n"_s);
-    run = velmarctl(QStringList { u"access"_s, u"member"_s, u"nobody"_s } + dirArguments(dir));
+    run = ctl(dir, { u"access"_s, u"member"_s, u"nobody"_s });
     QCOMPARE(run.exitCode, 7);
     QCOMPARE(run.err, u"velmarctl: no member has the user ID nobody\n"_s);
-    run = velmarctl(QStringList { u"access"_s, u"group"_s, u"x"_s } + dirArguments(dir));
+    run = ctl(dir, { u"access"_s, u"group"_s, u"x"_s });
     QCOMPARE(run.exitCode, 2);
 }
 
@@ -364,8 +244,7 @@ void TestVelmarCtlEdit::eitherListInEitherTree()
     SERVER(dir, db);
     // "-" is standard input; a guest member goes into the organisation and a
     // regular one into the guest tree, as a drop in the console puts them.
-    CtlRun run = velmarctl(QStringList { u"edit"_s } + dirArguments(dir) << u"-"_s,
-        "place /HQ gus\nplace guest:/Forum carl\n");
+    CtlRun run = ctl(dir, { u"edit"_s, u"-"_s }, "place /HQ gus\nplace guest:/Forum carl\n");
     QVERIFY2(run.exitCode == 0, qPrintable(run.err));
     QCOMPARE(
         db.column(u"SELECT OMemberID || '@' || OGroupID || ':' || IsGuestRelation FROM Relation "
@@ -377,11 +256,11 @@ void TestVelmarCtlEdit::eitherListInEitherTree()
 void TestVelmarCtlEdit::preview()
 {
     SERVER(dir, db);
-    QVERIFY2(velmarctl(QStringList { u"resave"_s } + dirArguments(dir)).exitCode == 0, "resave");
-    const QStringList before = snapshot(dir, db);
+    QVERIFY2(ctl(dir, { u"resave"_s }).exitCode == 0, "resave");
+    const QByteArray before = snapshot(dir);
     const QByteArray script
         = "group add /Sales/West\ngroup rename /HQ Office\nmember delete bert\n";
-    CtlRun run = velmarctl(QStringList { u"edit"_s, u"--preview"_s } + dirArguments(dir), script);
+    CtlRun run = ctl(dir, { u"edit"_s, u"--preview"_s }, script);
     QVERIFY2(run.exitCode == 0, qPrintable(run.err));
     QCOMPARE(run.outText(),
         u"group /Sales/West 52\n"
@@ -389,11 +268,11 @@ void TestVelmarCtlEdit::preview()
         "Member: +0 -1 ~0\n"
         "Relation: +0 -1 ~0\n"
         "(preview, nothing saved)\n"_s);
-    run = velmarctl(QStringList { u"edit"_s, u"--preview-rows"_s } + dirArguments(dir), script);
+    run = ctl(dir, { u"edit"_s, u"--preview-rows"_s }, script);
     QVERIFY2(run.exitCode == 0, qPrintable(run.err));
     // The rows' form is the save preview's to test.
     QVERIFY2(run.outText().contains(u"  ~ 20 (GroupName: HQ → Office)\n"_s), run.out.constData());
-    QCOMPARE(snapshot(dir, db), before);
+    QCOMPARE(snapshot(dir), before);
 }
 
 QTEST_GUILESS_MAIN(TestVelmarCtlEdit)

@@ -1,6 +1,6 @@
-#include "CtlProcess.h"
 #include "TempServerDir.h"
 #include "TestDatabase.h"
+#include "VelmarCtlTool.h"
 
 #include <QStringEncoder>
 #include <QTest>
@@ -11,11 +11,7 @@ namespace {
 
 CtlRun velmarctl(TempServerDir &dir, const QStringList &arguments, const QByteArray &input = {})
 {
-    return runCommand(QStringLiteral(VELMARCTL_PATH),
-        QStringList { u"import"_s } + arguments
-            + QStringList { u"--server-dir"_s, dir.programDir(), u"--registry-dir"_s,
-                dir.registryDir() },
-        QProcessEnvironment::systemEnvironment(), input);
+    return ctl(dir, QStringList { u"import"_s } + arguments, input);
 }
 
 QStringList members(TestDatabase &db)

@@ -1,0 +1,3 @@
+-- The senders and receivers of the logs tst_velmarctl_logs writes: 1 anna, 2 博.
+INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember) VALUES (1,'anna','Anna','','p',0,1,'','','','','','',1,0,'',0,0)
+INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember) VALUES (2,'bo','博','','p',0,1,'','','','','','',1,0,'',0,0)
