@@ -13,7 +13,6 @@
 #include <QAbstractItemModelTester>
 #include <QMimeData>
 #include <QSignalSpy>
-#include <QtEndian>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -160,17 +159,6 @@ QList<qint32> notices(const QSignalSpy &spy)
     for (const QList<QVariant> &args : spy)
         ids << args.at(0).toInt();
     return ids;
-}
-
-QByteArray fields(std::initializer_list<qint32> values)
-{
-    QByteArray bytes;
-    for (const qint32 value : values) {
-        char field[4];
-        qToLittleEndian(value, field);
-        bytes.append(field, 4);
-    }
-    return bytes;
 }
 
 void refuse(const EditResult &result, const QString &text)
@@ -696,7 +684,7 @@ void TestDocument::placingAndDroppingMembers()
 // a broken one whole, with the designed text.
 void TestDocument::brokenMemberDragIsRefusedWhole()
 {
-    const QByteArray block = fields({ 2, 8, 1, 2 });
+    const QByteArray block = MemberDragFormat::encode({ { 8, true }, { 2, false } }).chopped(4);
     Doc d;
     const QStringList before = documentState(d.doc);
     QMimeData data;
@@ -880,9 +868,11 @@ void TestDocument::nodeDragsStayInTheirTree()
     QVERIFY(!d.tree()->canDropMimeData(guest.get(), Qt::MoveAction, -1, 0, d.at(d.group(12))));
     QVERIFY(!d.tree()->dropMimeData(guest.get(), Qt::MoveAction, -1, 0, d.at(d.group(12))));
     QMimeData stale;
-    stale.setData(GroupTreeModel::nodeMimeType(), fields({ -1, 0, 7 }));
+    // The regular root's id, row 0 (group 10), a row group 10 does not have;
+    // then a block cut short.
+    stale.setData(GroupTreeModel::nodeMimeType(), QByteArray::fromHex("ffffffff0000000007000000"));
     QVERIFY(!d.tree()->canDropMimeData(&stale, Qt::MoveAction, -1, 0, d.at(d.group(12))));
-    stale.setData(GroupTreeModel::nodeMimeType(), fields({ -1 }).left(6));
+    stale.setData(GroupTreeModel::nodeMimeType(), QByteArray::fromHex("ffffffff"));
     QVERIFY(!d.tree()->dropMimeData(&stale, Qt::MoveAction, -1, 0, d.at(d.group(12))));
     QCOMPARE(documentState(d.doc), before);
     QCOMPARE(d.steps(), 0);
