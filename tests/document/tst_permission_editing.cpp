@@ -58,7 +58,6 @@ private Q_SLOTS:
     void voipEditMovesPoolHolder();
     void removePermissionsFreesPoolAndUndoes();
     void assignTelephonyServesUntilPoolRunsDry();
-    void assignTelephonyTakesGuestsAfterMembers();
     void gridFollowsUndoAndReload();
 };
 
@@ -295,9 +294,9 @@ void TestPermissionEditing::assignTelephonyServesUntilPoolRunsDry()
     SampleDocument doc;
     const QStringList before = documentState(doc);
 
-    // Waiting: bert (no record), carl (empty id), dora, gus. The pool has
-    // v102 and v103 to give: its empty row and the second v101 row (gina's
-    // id) give nothing.
+    // Waiting: bert (no record), carl (empty id), dora, then the guest gus.
+    // The pool has v102 and v103 to give: its empty row and the second v101
+    // row (gina's id) give nothing.
     const EditResult result = PermissionEditor(doc).assignTelephony();
     QVERIFY(result.ok());
     QCOMPARE(result.applied, 2);
@@ -320,22 +319,6 @@ void TestPermissionEditing::assignTelephonyServesUntilPoolRunsDry()
     QCOMPARE(again.applied, 0);
     QCOMPARE(again.skipped, 2);
     QCOMPARE(doc.undoStack()->count(), 1);
-}
-
-void TestPermissionEditing::assignTelephonyTakesGuestsAfterMembers()
-{
-    ServerDataSet data = sampleServerData();
-    data.voipPool.append({ u"v104"_s, u"p104"_s, 0 });
-    data.voipPool.append({ u"v105"_s, u"p105"_s, 0 });
-    data.voipPool.append({ u"v106"_s, u"p106"_s, 0 });
-    SampleDocument doc(std::move(data));
-    const EditResult result = PermissionEditor(doc).assignTelephony();
-    QCOMPARE(result.applied, 4);
-    QCOMPARE(result.skipped, 0);
-    QCOMPARE(account(doc, 7), u"v104/p104"_s);
-    QCOMPARE(account(doc, 5), u"v105/p105"_s);
-    QCOMPARE(flags(doc, 5), u"11111111"_s);
-    QCOMPARE(holders(doc), (QList<qint32> { 1, 4, 0, 0, 2, 3, 7, 5, 0 }));
 }
 
 void TestPermissionEditing::gridFollowsUndoAndReload()

@@ -488,10 +488,8 @@ void TestEditScript::wordsFromCommandLine()
     const EditCommandParser::Result result = EditCommandParser::parse(
         { u"member"_s, u"add"_s, u"alice"_s, u"--password"_s, u"x y"_s }, 1);
     QVERIFY(result.command);
-    Edit::MemberAdd add;
-    add.userId = u"alice"_s;
-    add.fields.texts = { { Edit::MemberText::Password, u"x y"_s } };
-    QVERIFY(result.command->operation == Edit::Operation(add));
+    QVERIFY(result.command->operation
+        == EditScript::parse("member add alice --password 'x y'").commands.value(0).operation);
 
     QCOMPARE(EditCommandParser::parse({}, 1).error, u"missing command"_s);
     QVERIFY(!EditCommandParser::parse({}, 1).command);
