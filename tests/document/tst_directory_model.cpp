@@ -60,16 +60,11 @@ QStringList shape(const DirectoryTree &tree)
     return out;
 }
 
-void load(CVelmarManagerDoc &document, MemberList regular, MemberList guest = {},
-    DirectoryTree regularTree = DirectoryTree(), qint32 groupCounter = 0,
-    DirectoryTree guestTree = DirectoryTree(DirectoryTree::Kind::Guest))
+void load(CVelmarManagerDoc &document, MemberList regular, DirectoryTree tree = DirectoryTree())
 {
     ServerDataSet set;
     set.directory.regularMembers = std::move(regular);
-    set.directory.guestMembers = std::move(guest);
-    set.directory.regularTree = std::move(regularTree);
-    set.directory.guestTree = std::move(guestTree);
-    set.directory.groupCounter = groupCounter;
+    set.directory.regularTree = std::move(tree);
     set.positions.positions = { { 1, u"Staff"_s } };
     document.adopt(std::move(set), CVelmarManagerDoc::LoadState::Complete);
 }
@@ -183,7 +178,7 @@ void TestDirectoryModel::treeSortsMembershipsByStoredOrder()
 void TestDirectoryModel::groupModelStructure()
 {
     CVelmarManagerDoc document;
-    load(document, { member(1, u"anna"_s, 0) }, {}, sampleTree());
+    load(document, { member(1, u"anna"_s, 0) }, sampleTree());
     GroupTreeModel &model = *document.directory()->regularTree();
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
     QCOMPARE(model.rowCount(), 1);

@@ -199,33 +199,25 @@ void TestEditScript::commands_data()
     // Members.
     row(u"member add alice"_s, Edit::MemberAdd { u"alice"_s, false, {} });
     row(u"member add \"\""_s, Edit::MemberAdd { {}, false, {} });
-    {
-        Edit::MemberAdd add;
-        add.userId = u"wang.li"_s;
-        add.guest = true;
-        // Text cells keep the order they were written in.
-        add.fields.texts = {
-            { Intro, u""_s },
-            { Name, u"王 丽"_s },
-            { Password, u"p w"_s },
-            { Nickname, u"小王; 'x'"_s },
-            { Email, u"wl@example.com"_s },
-            { Mobile, u"13800000000"_s },
-            { HomePhone, u"010-1234"_s },
-            { OfficePhone, u"010-5678"_s },
-            { Birthday, u"1990-02-28"_s },
-            { Address, u"北京"_s },
-        };
-        add.fields.male = false;
-        add.fields.isPublic = false;
-        add.fields.solar = false;
-        add.fields.admin = false;
-        row(u"member add wang.li --intro '' --female --guest --name '王 丽' --password \"p w\" "
-            u"--nickname \"小王; 'x'\" --private --email wl@example.com --mobile 13800000000 "
-            u"--phone 010-1234 --office-phone 010-5678 --birthday 1990-02-28 --lunar "
-            u"--address 北京 --no-admin"_s,
-            add);
-    }
+    // Text cells keep the order they were written in.
+    row(u"member add wang.li --intro '' --female --guest --name '王 丽' --password \"p w\" "
+        u"--nickname \"小王; 'x'\" --private --email wl@example.com --mobile 13800000000 "
+        u"--phone 010-1234 --office-phone 010-5678 --birthday 1990-02-28 --lunar "
+        u"--address 北京 --no-admin"_s,
+        Edit::MemberAdd { u"wang.li"_s, true,
+            { {
+                  { Intro, u""_s },
+                  { Name, u"王 丽"_s },
+                  { Password, u"p w"_s },
+                  { Nickname, u"小王; 'x'"_s },
+                  { Email, u"wl@example.com"_s },
+                  { Mobile, u"13800000000"_s },
+                  { HomePhone, u"010-1234"_s },
+                  { OfficePhone, u"010-5678"_s },
+                  { Birthday, u"1990-02-28"_s },
+                  { Address, u"北京"_s },
+              },
+                false, false, false, false } });
     row(u"member add bob --name=Bob=B --password="_s,
         Edit::MemberAdd { u"bob"_s, false, texts({ { Name, u"Bob=B"_s }, { Password, u""_s } }) });
     // The word after an option is its value, whatever it looks like.
