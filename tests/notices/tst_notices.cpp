@@ -54,18 +54,6 @@ bool setUploadPath(RegistryHives &hives, const QString &path)
         && registry.writeString(u"UploadPath"_s, path);
 }
 
-NoticeRecord notice(qint32 id, const QString &title = {})
-{
-    NoticeRecord record;
-    record.id = id;
-    record.title = title.isEmpty() ? u"Notice %1"_s.arg(id) : title;
-    record.writerName = u"Name%1"_s.arg(id);
-    record.writerMemberId = u"user%1"_s.arg(id);
-    record.written = u"2007/10/%1 12:00:00"_s.arg(id, 2, 10, QChar(u'0'));
-    record.endDate = u"2007/12/31"_s;
-    return record;
-}
-
 } // namespace
 
 class TestNotices : public QObject
@@ -185,9 +173,10 @@ void TestNotices::modelShowsFourColumns()
         QCOMPARE(NoticeListModel::initialColumnWidth(c), widths.at(c));
     }
 
-    NoticeRecord record = notice(4, u"It's here"_s);
-    record.endDate.clear();
-    model.setRecords({ notice(3), record });
+    model.setRecords({ { 3, u"Notice 3"_s, u"2007/10/03 12:00:00"_s, 0, u"user3"_s, u"Name3"_s, {},
+                           {}, {}, u"2007/12/31"_s },
+        { 4, u"It's here"_s, u"2007/10/04 12:00:00"_s, 0, u"user4"_s, u"Name4"_s, {}, {}, {},
+            {} } });
     QCOMPARE(model.index(1, 0).data().toString(), u"It's here"_s);
     QCOMPARE(model.index(1, 1).data().toString(), u"Name4(user4)"_s);
     QCOMPARE(model.index(1, 2).data().toString(), u"2007/10/04 12:00:00"_s);
