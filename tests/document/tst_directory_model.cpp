@@ -133,12 +133,10 @@ void TestDirectoryModel::treeMoveKeepsRecordsAndRefusesCycles()
     QCOMPARE(shape(tree),
         QStringList({ u"  G20 Staff"_s, u"    G10 Sales"_s, u"      G11 East"_s,
             u"        M1 r-1"_s, u"      M2 r3"_s, u"    M1 r4"_s }));
-    QCOMPARE(tree.findGroup(11), east);
     QCOMPARE(DirectoryTree::depth(east), 3);
     // Within the same parent: the row counts after the node is taken out.
     QVERIFY(tree.move(sales, staff, -1));
     QCOMPARE(staff->child(1), sales);
-    QCOMPARE(tree.membershipCount(), 3);
 }
 
 void TestDirectoryModel::treeCopyIsDeepAndIndexed()
