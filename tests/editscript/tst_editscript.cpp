@@ -235,7 +235,6 @@ void TestEditScript::commands_data()
     // Groups.
     row(u"group add /Sales/East"_s, Edit::GroupAdd { org({ u"Sales"_s, u"East"_s }) });
     row(u"group add guest:/Forum"_s, Edit::GroupAdd { guest({ u"Forum"_s }) });
-    row(u"group add '/R\\/D'"_s, Edit::GroupAdd { org({ u"R/D"_s }) });
     row(u"group rename /Sales 销售部"_s, Edit::GroupRename { org({ u"Sales"_s }), u"销售部"_s });
     row(u"group rename #3 \"\""_s, Edit::GroupRename { groupId(3), u""_s });
     row(u"group delete guest:#7"_s, Edit::GroupDelete { groupId(7, true) });
@@ -296,7 +295,6 @@ void TestEditScript::commands_data()
         Edit::RightSet { u"X"_s, groupId(3, true), Edit::Authority::None });
     row(u"right set X member alice write"_s,
         Edit::RightSet { u"X"_s, u"alice"_s, Edit::Authority::Write });
-    row(u"notice delete 5"_s, Edit::NoticeDelete { { 5 } });
     row(u"notice delete 17 0 2147483647"_s, Edit::NoticeDelete { { 17, 0, 2147483647 } });
 }
 
