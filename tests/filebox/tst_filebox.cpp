@@ -138,7 +138,6 @@ void TestFileBoxRights::loadDecodesWhatIsStored()
     QCOMPARE(rights.memberRights(),
         (QList<tagUserAuthority> { { 1, 100, AuthorityCode::ReadOnly },
             { 2, 100, AuthorityCode::ReadWrite }, { 2, 100, AuthorityCode::None } }));
-    QCOMPARE(rights.folderIdByPath(u"Share\\Docs"_s), 2);
 }
 
 void TestFileBoxRights::roundTrip()
