@@ -248,31 +248,18 @@ void TestDirectoryIndex::directoryIndexesFollowRandomEdits()
         if (what >= 110) {
             // The positions, and a membership's, in among the other edits.
             const DirectoryNode *node = randomNode(tree, random, false);
-            switch (what) {
-            case 110:
-            case 111:
+            if (what < 112)
                 editor.deletePosition(position);
-                break;
-            case 112:
+            else if (what < 113)
                 editor.renamePosition(position, u"p%1"_s.arg(random.bounded(4)));
-                break;
-            case 113:
-            case 114:
-            case 115:
+            else if (what < 116)
                 editor.movePosition(position, random.bounded(3) - 1);
-                break;
-            case 116:
+            else if (what < 117)
                 editor.setDefaultPosition(positions.idAt(position));
-                break;
-            case 117:
-            case 118:
-            case 119:
-                if (node->isMembership())
-                    editor.setMembershipPosition(guest, node, positions.idAt(position));
-                break;
-            default:
+            else if (what >= 120)
                 editor.addPosition();
-            }
+            else if (node->isMembership())
+                editor.setMembershipPosition(guest, node, positions.idAt(position));
         } else if (what < 20) {
             editor.addMember(guest, u"user%1"_s.arg(random.bounded(12)));
         } else if (what < 30 && list->memberCount() > 0) {
@@ -346,7 +333,6 @@ void TestDirectoryIndex::indexOrderKeepsWhereAGroupLastEntered()
     tree.take(tree.findGroup(1));
     tree.addGroup(tree.root(), 1, u"a again"_s);
     QCOMPARE(tree.groupIdsInIndexOrder(), QList<qint32>({ 4, 2, 3, 1 }));
-    QCOMPARE(tree.groupCount(), 4);
     // Taking a group out and putting it back many times (undo, redo) between
     // two questions for the order.
     for (int i = 0; i < 500; ++i)

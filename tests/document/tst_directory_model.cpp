@@ -60,16 +60,11 @@ QStringList shape(const DirectoryTree &tree)
     return out;
 }
 
-void load(CVelmarManagerDoc &document, MemberList regular, MemberList guest = {},
-    DirectoryTree regularTree = DirectoryTree(), qint32 groupCounter = 0,
-    DirectoryTree guestTree = DirectoryTree(DirectoryTree::Kind::Guest))
+void load(CVelmarManagerDoc &document, MemberList regular, DirectoryTree tree = DirectoryTree())
 {
     ServerDataSet set;
     set.directory.regularMembers = std::move(regular);
-    set.directory.guestMembers = std::move(guest);
-    set.directory.regularTree = std::move(regularTree);
-    set.directory.guestTree = std::move(guestTree);
-    set.directory.groupCounter = groupCounter;
+    set.directory.regularTree = std::move(tree);
     set.positions.positions = { { 1, u"Staff"_s } };
     document.adopt(std::move(set), CVelmarManagerDoc::LoadState::Complete);
 }
@@ -138,12 +133,10 @@ void TestDirectoryModel::treeMoveKeepsRecordsAndRefusesCycles()
     QCOMPARE(shape(tree),
         QStringList({ u"  G20 Staff"_s, u"    G10 Sales"_s, u"      G11 East"_s,
             u"        M1 r-1"_s, u"      M2 r3"_s, u"    M1 r4"_s }));
-    QCOMPARE(tree.findGroup(11), east);
     QCOMPARE(DirectoryTree::depth(east), 3);
     // Within the same parent: the row counts after the node is taken out.
     QVERIFY(tree.move(sales, staff, -1));
     QCOMPARE(staff->child(1), sales);
-    QCOMPARE(tree.membershipCount(), 3);
 }
 
 void TestDirectoryModel::treeCopyIsDeepAndIndexed()
@@ -151,13 +144,10 @@ void TestDirectoryModel::treeCopyIsDeepAndIndexed()
     const DirectoryTree original = sampleTree();
     DirectoryTree copy = original;
     QCOMPARE(shape(copy), shape(original));
+    // The copy's indexes are checked after random edits in tst_directory_index.
     QVERIFY(copy.findGroup(11) != original.findGroup(11));
-    QCOMPARE(copy.findGroup(11)->name(), u"East"_s);
     QCOMPARE(copy.groupIdsInIndexOrder(), QList<qint32>({ 10, 11, 20 }));
-    QVERIFY(!copy.addMembership(copy.findGroup(20), 1, 0));
     copy.take(copy.findGroup(10));
-    QVERIFY(!copy.findGroup(11));
-    QCOMPARE(copy.membershipCount(), 1);
     QVERIFY(original.findGroup(11));
 
     DirectoryTree moved = std::move(copy);
@@ -170,7 +160,6 @@ void TestDirectoryModel::treeCopyIsDeepAndIndexed()
 void TestDirectoryModel::treeSortsMembershipsByStoredOrder()
 {
     DirectoryTree tree(DirectoryTree::Kind::Guest);
-    QCOMPARE(tree.rootId(), -100);
     DirectoryNode *group = tree.addGroup(tree.root(), 1, u"g"_s);
     tree.addMembership(group, 7, 0, 5);
     tree.addMembership(group, 8, 0, 2);
@@ -186,7 +175,7 @@ void TestDirectoryModel::treeSortsMembershipsByStoredOrder()
 void TestDirectoryModel::groupModelStructure()
 {
     CVelmarManagerDoc document;
-    load(document, { member(1, u"anna"_s, 0) }, {}, sampleTree());
+    load(document, { member(1, u"anna"_s, 0) }, sampleTree());
     GroupTreeModel &model = *document.directory()->regularTree();
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
     QCOMPARE(model.rowCount(), 1);
@@ -245,14 +234,11 @@ void TestDirectoryModel::memberModel()
     // The later row of a doubled id stands for the member.
     QCOMPARE(document.directory()->findMember(1)->loginName, u"anna2"_s);
 
-    // The first row of a doubled id; lookups follow removals and additions.
+    // The first row of a doubled id (the lookups follow every edit in
+    // tst_directory_index, where ids are never doubled).
     QCOMPARE(model.rowOfId(1), 0);
-    QCOMPARE(model.rowOfLoginName(u"bert"_s), 1);
     QVERIFY(model.removeRows(0, 1));
     QCOMPARE(model.rowOfId(1), 1);
-    QVERIFY(model.setData(model.index(model.blankRow(), 0), u"zed"_s));
-    QCOMPARE(model.rowOfLoginName(u"zed"_s), 2);
-    QCOMPARE(model.member(2).id, 3);
 
     QVERIFY(!(model.flags(model.index(0, 0)) & Qt::ItemIsEditable));
     QVERIFY(model.flags(model.index(model.blankRow(), 0)) & Qt::ItemIsEditable);
@@ -262,7 +248,7 @@ void TestDirectoryModel::memberModel()
     QCOMPARE(changed.count(), 1);
     // Other cells of the blank row create nothing.
     QVERIFY(!model.setData(model.index(model.blankRow(), 1), u"x"_s));
-    QCOMPARE(model.memberCount(), 3);
+    QCOMPARE(model.memberCount(), 2);
 }
 
 QTEST_GUILESS_MAIN(TestDirectoryModel)

@@ -54,18 +54,6 @@ bool setUploadPath(RegistryHives &hives, const QString &path)
         && registry.writeString(u"UploadPath"_s, path);
 }
 
-NoticeRecord notice(qint32 id, const QString &title = {})
-{
-    NoticeRecord record;
-    record.id = id;
-    record.title = title.isEmpty() ? u"Notice %1"_s.arg(id) : title;
-    record.writerName = u"Name%1"_s.arg(id);
-    record.writerMemberId = u"user%1"_s.arg(id);
-    record.written = u"2007/10/%1 12:00:00"_s.arg(id, 2, 10, QChar(u'0'));
-    record.endDate = u"2007/12/31"_s;
-    return record;
-}
-
 } // namespace
 
 class TestNotices : public QObject
@@ -86,11 +74,8 @@ private Q_SLOTS:
 
     // Uploaded files.
     void uploadFolder();
-    void removalDeletesTheWorkingDirectoryItem_data();
-    void removalDeletesTheWorkingDirectoryItem();
-    void removalNeedsTheUploadedItem();
-    void removalRefusesNamesOutsideTheWorkingDirectory_data();
-    void removalRefusesNamesOutsideTheWorkingDirectory();
+    void removal_data();
+    void removal();
 
     // Against the databases.
     void loadBuildsTheRecords_data() { TestDatabase::addSqliteFileBackend(); }
@@ -188,9 +173,10 @@ void TestNotices::modelShowsFourColumns()
         QCOMPARE(NoticeListModel::initialColumnWidth(c), widths.at(c));
     }
 
-    NoticeRecord record = notice(4, u"It's here"_s);
-    record.endDate.clear();
-    model.setRecords({ notice(3), record });
+    model.setRecords({ { 3, u"Notice 3"_s, u"2007/10/03 12:00:00"_s, 0, u"user3"_s, u"Name3"_s, {},
+                           {}, {}, u"2007/12/31"_s },
+        { 4, u"It's here"_s, u"2007/10/04 12:00:00"_s, 0, u"user4"_s, u"Name4"_s, {}, {}, {},
+            {} } });
     QCOMPARE(model.index(1, 0).data().toString(), u"It's here"_s);
     QCOMPARE(model.index(1, 1).data().toString(), u"Name4(user4)"_s);
     QCOMPARE(model.index(1, 2).data().toString(), u"2007/10/04 12:00:00"_s);
@@ -218,72 +204,49 @@ void TestNotices::uploadFolder()
     QCOMPARE(NoticeBoard::uploadFolder(dir.hives(), dir.programDir()), fallback);
 }
 
-void TestNotices::removalDeletesTheWorkingDirectoryItem_data()
-{
-    QTest::addColumn<bool>("asFolder");
-    QTest::newRow("folder") << true;
-    QTest::newRow("file") << false;
-}
-
-void TestNotices::removalDeletesTheWorkingDirectoryItem()
-{
-    QFETCH(bool, asFolder);
-    QTemporaryDir work;
-    QTemporaryDir uploads;
-    QVERIFY(work.isValid() && uploads.isValid());
-    QVERIFY(makeItem(work.filePath(u"S-100"_s), asFolder));
-    QVERIFY(makeItem(uploads.filePath(u"S-100"_s), asFolder));
-    QVERIFY(makeItem(work.filePath(u"S-101"_s), asFolder));
-
-    WorkingDirectory cwd(work.path());
-    QVERIFY(cwd.changed());
-    QVERIFY(NoticeBoard::removeUploadedFiles(uploads.path(), u"S-100"_s));
-    // The item beside the process goes; the tested one in the upload folder stays.
-    QVERIFY(!QFileInfo::exists(work.filePath(u"S-100"_s)));
-    QVERIFY(QFileInfo::exists(uploads.filePath(u"S-100"_s)));
-    QVERIFY(QFileInfo::exists(work.filePath(u"S-101"_s)));
-}
-
-void TestNotices::removalNeedsTheUploadedItem()
-{
-    QTemporaryDir work;
-    QVERIFY(makeItem(work.filePath(u"S-100"_s), true));
-    WorkingDirectory cwd(work.path());
-
-    // The upload folder has no such item, or does not exist at all: nothing goes.
-    QTemporaryDir uploads;
-    QVERIFY(!NoticeBoard::removeUploadedFiles(uploads.path(), u"S-100"_s));
-    QVERIFY(!NoticeBoard::removeUploadedFiles(uploads.filePath(u"missing"_s), u"S-100"_s));
-    QVERIFY(!NoticeBoard::removeUploadedFiles(uploads.path(), QString()));
-    QVERIFY(QFileInfo::exists(work.filePath(u"S-100/inner/part.bin"_s)));
-
-    // Uploaded, but nothing of that name beside the process: nothing to delete.
-    QVERIFY(makeItem(uploads.filePath(u"S-200"_s), true));
-    QVERIFY(!NoticeBoard::removeUploadedFiles(uploads.path(), u"S-200"_s));
-    QVERIFY(QFileInfo::exists(uploads.filePath(u"S-200"_s)));
-}
-
-void TestNotices::removalRefusesNamesOutsideTheWorkingDirectory_data()
+void TestNotices::removal_data()
 {
     QTest::addColumn<QString>("sessionId");
-    for (const QString &id : { u".."_s, u"."_s, u"sub/S-1"_s, u"sub\\S-1"_s, u"/S-1"_s })
-        QTest::newRow(qPrintable(id)) << id;
+    QTest::addColumn<bool>("asFolder");
+    QTest::addColumn<QString>("uploadFolder");
+    QTest::addColumn<bool>("removed");
+    // The working directory holds S-1, S-2 and sub/S-1; the upload folder S-1,
+    // S-3, sub/S-1 and "sub\S-1".
+    QTest::newRow("folder") << u"S-1"_s << true << u"uploads"_s << true;
+    QTest::newRow("file") << u"S-1"_s << false << u"uploads"_s << true;
+    // The upload folder has no such item, or does not exist at all.
+    QTest::newRow("not uploaded") << u"S-2"_s << true << u"uploads"_s << false;
+    QTest::newRow("no upload folder") << u"S-1"_s << true << u"missing"_s << false;
+    // Uploaded, but nothing of that name beside the process.
+    QTest::newRow("only uploaded") << u"S-3"_s << true << u"uploads"_s << false;
+    for (const QString &id : { QString(), u".."_s, u"."_s, u"sub/S-1"_s, u"sub\\S-1"_s, u"/S-1"_s })
+        QTest::newRow(qPrintable(u'[' + id + u']')) << id << true << u"uploads"_s << false;
 }
 
-void TestNotices::removalRefusesNamesOutsideTheWorkingDirectory()
+void TestNotices::removal()
 {
     QFETCH(QString, sessionId);
+    QFETCH(bool, asFolder);
+    QFETCH(QString, uploadFolder);
+    QFETCH(bool, removed);
     QTemporaryDir root;
     const QString work = root.filePath(u"work"_s);
     const QString uploads = root.filePath(u"uploads"_s);
-    QVERIFY(makeItem(work + u"/sub/S-1"_s, true));
-    QVERIFY(makeItem(uploads + u"/sub/S-1"_s, true));
+    QVERIFY(makeItem(work + u"/sub/S-1"_s, true) && makeItem(uploads + u"/sub/S-1"_s, true));
+    for (const QString &item : { u"/S-1"_s, u"/S-2"_s })
+        QVERIFY(makeItem(work + item, asFolder));
+    for (const QString &item : { u"/S-1"_s, u"/S-3"_s })
+        QVERIFY(makeItem(uploads + item, asFolder));
     QVERIFY(QDir().mkpath(uploads + u"/sub\\S-1"_s));
     WorkingDirectory cwd(work);
+    QVERIFY(cwd.changed());
 
-    QVERIFY(!NoticeBoard::removeUploadedFiles(uploads, sessionId));
-    QVERIFY(QFileInfo::exists(work + u"/sub/S-1/inner/part.bin"_s));
-    QVERIFY(QFileInfo::exists(root.path()));
+    QCOMPARE(NoticeBoard::removeUploadedFiles(root.filePath(uploadFolder), sessionId), removed);
+    // The item beside the process goes; the tested one in the upload folder stays.
+    QCOMPARE(QFileInfo::exists(work + u"/S-1"_s), !removed);
+    for (const QString &kept :
+        { work + u"/S-2"_s, work + u"/sub/S-1"_s, uploads + u"/S-1"_s, uploads + u"/S-3"_s })
+        QVERIFY2(QFileInfo::exists(kept), qPrintable(kept));
 }
 
 void TestNotices::loadBuildsTheRecords()
@@ -312,19 +275,10 @@ void TestNotices::loadBuildsTheRecords()
     QVERIFY(NoticeText::isRichText(records.at(0).contents));
     QVERIFY(records.at(0).endDate.isEmpty());
 
-    const NoticeRecord &first = records.at(1);
-    QCOMPARE(first.id, 1);
-    QCOMPARE(first.title, u"It's"_s);
-    QCOMPARE(first.written, u"2007/10/08 12:00:00"_s);
-    QCOMPARE(first.writerNumber, 7);
-    QCOMPARE(first.writerMemberId, u"kim"_s);
-    QCOMPARE(first.writerName, u"金"_s);
-    QCOMPARE(first.contents, u"a;b\\c"_s);
-    QCOMPARE(first.fileList, u"|2|S1|/up/x'y|x'y|5"_s);
-    QCOMPARE(first.fileSessionId, u"S1"_s);
-    QCOMPARE(first.endDate, u"2007/12/31"_s);
-
-    // NULL columns read as empty and zero.
+    // Unescaped, dates in their shown forms; NULL columns read as empty and zero.
+    QCOMPARE(records.at(1),
+        (NoticeRecord { 1, u"It's"_s, u"2007/10/08 12:00:00"_s, 7, u"kim"_s, u"金"_s, u"a;b\\c"_s,
+            u"|2|S1|/up/x'y|x'y|5"_s, u"S1"_s, u"2007/12/31"_s }));
     NoticeRecord bare;
     bare.id = 3;
     bare.written = u"2006/01/01"_s;
