@@ -77,10 +77,7 @@ private:
 
 void JournalTest::init()
 {
-    m_f.reset(); // the last test's window goes before the next one opens
-    m_f = std::make_unique<LoadedFrame>();
-    QString error;
-    QVERIFY2(m_f->open(statements(), &error), qPrintable(error));
+    OPEN_LOADED_FRAME(m_f, statements());
 }
 
 void JournalTest::menusAndPanelBeforeEditing()

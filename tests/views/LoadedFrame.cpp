@@ -67,14 +67,8 @@ bool LoadedFrame::open(QString *error)
 
 bool LoadedFrame::open(const QStringList &statements, QString *error)
 {
-    db = std::make_unique<TestDatabase>(
-        TestDatabase::Backend::SqliteFile, fixture.dir.programDir());
-    if (!db->isValid() || !db->writeConnectionString(fixture.dir.hives())
-        || !db->execAll(statements)) {
-        *error = db->errorString();
-        return false;
-    }
-    return reopen(error);
+    db = serverDatabase(fixture.dir, statements, error);
+    return db && reopen(error);
 }
 
 bool LoadedFrame::reopen(QString *error)

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <QStringList>
+#include <QTest>
 
 class QMenu;
 class QAbstractItemView;
@@ -36,6 +37,17 @@ struct LoadedFrame
     // A new main window on the same folder, loaded (the console started again).
     bool reopen(QString *error);
 };
+
+// Opens f afresh with the arguments of LoadedFrame::open (the last test's
+// window goes before the next one opens); a database or load that fails
+// fails the test.
+#define OPEN_LOADED_FRAME(f, ...)                                                                  \
+    do {                                                                                           \
+        f.reset();                                                                                 \
+        f = std::make_unique<LoadedFrame>();                                                       \
+        QString openError;                                                                         \
+        QVERIFY2(f->open(__VA_ARGS__ __VA_OPT__(, ) & openError), qPrintable(openError));          \
+    } while (false)
 
 // Types text into a widget key by key, each key carrying its character
 // (CJK included), as an input method hands them over.

@@ -10,14 +10,21 @@
 
 using namespace Qt::StringLiterals;
 
+std::unique_ptr<TestDatabase> serverDatabase(
+    TempServerDir &dir, const QStringList &statements, QString *error)
+{
+    auto db = std::make_unique<TestDatabase>(TestDatabase::Backend::SqliteFile, dir.programDir());
+    if (db->isValid() && db->writeConnectionString(dir.hives()) && db->execAll(statements))
+        return db;
+    *error = db->errorString();
+    return nullptr;
+}
+
 bool LoadedServer::start(const QStringList &extraStatements, QString *error)
 {
-    db = std::make_unique<TestDatabase>(TestDatabase::Backend::SqliteFile, dir.programDir());
-    if (!db->isValid() || !db->writeConnectionString(dir.hives())
-        || !db->execAll(populatedDatabase() + extraStatements)) {
-        *error = db->errorString();
+    db = serverDatabase(dir, populatedDatabase() + extraStatements, error);
+    if (!db)
         return false;
-    }
     const ThreadRun run = runReadThread(dir, document, messages);
     if (run.exitResult != 1 || document.loadState() != CVelmarManagerDoc::LoadState::Complete) {
         *error = u"the load failed: "_s + run.events.join(u", "_s);

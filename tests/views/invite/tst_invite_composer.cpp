@@ -68,7 +68,6 @@ private:
     MemberGridView *grid() { return view().memberGrid(false); }
     // Clicks the members' rows, the first alone, the others with Ctrl.
     void selectMembers(const QStringList &loginNames);
-    QMenu *memberPopup(const QString &loginName);
     template<typename W> W *control(const char *name)
     {
         return composer().findChild<W *>(QString::fromLatin1(name));
@@ -79,10 +78,7 @@ private:
 
 void InviteComposerTest::init()
 {
-    m_f.reset();
-    m_f = std::make_unique<LoadedFrame>();
-    QString error;
-    QVERIFY2(m_f->open(statements(), &error), qPrintable(error));
+    OPEN_LOADED_FRAME(m_f, statements());
     QVERIFY(ProfileFile(m_f->fixture.dir.iniPath())
                 .writeString(u"SettingInfo"_s, u"CaptionBarName"_s, u"维尔马"_s));
     QVERIFY(frame().showView(ViewId::Organize));
@@ -101,20 +97,6 @@ void InviteComposerTest::selectMembers(const QStringList &loginNames)
             grid()->visualRect(found.first().siblingAtColumn(1)).center());
     }
     QApplication::processEvents(); // the coalesced command enabling
-}
-
-QMenu *InviteComposerTest::memberPopup(const QString &loginName)
-{
-    QMenu *opened = nullptr;
-    auto connection = connect(&view(), &COrganizeFormView::menuAboutToOpen, this,
-        [&opened](QMenu *menu) { opened = menu; });
-    const QModelIndex index
-        = grid()->model()->match(grid()->model()->index(0, 0), Qt::DisplayRole, loginName).value(0);
-    const QPoint pos = grid()->visualRect(index.siblingAtColumn(1)).center();
-    QContextMenuEvent event(QContextMenuEvent::Mouse, pos, grid()->viewport()->mapToGlobal(pos));
-    QApplication::sendEvent(grid()->viewport(), &event);
-    disconnect(connection);
-    return opened;
 }
 
 void InviteComposerTest::handOffAndRefusal()
@@ -139,15 +121,10 @@ void InviteComposerTest::handOffAndRefusal()
     // has none; the composer opens with anna alone.
     m_f->messages().clear();
     selectMembers({ u"anna"_s, u"carl"_s, u"dora"_s });
-    QMenu *menu = memberPopup(u"dora"_s);
-    QVERIFY(menu);
-    QAction *item = nullptr;
-    for (QAction *action : menu->actions()) {
-        if (action->text() == u"登记发送邮件(设置文件)(&M)"_s)
-            item = action;
-    }
-    QVERIFY(item && item->isEnabled());
-    item->trigger();
+    const QModelIndex dora
+        = grid()->model()->match(grid()->model()->index(0, 0), Qt::DisplayRole, u"dora"_s).value(0);
+    QMenu *menu = openPopup(grid(), grid()->visualRect(dora.siblingAtColumn(1)).center());
+    QVERIFY(menu && clickMenuItem(menu, u"登记发送邮件(设置文件)(&M)"_s));
     QVERIFY(m_f->messages().balloons().isEmpty());
     QVERIFY(composer().isVisible());
     QCOMPARE(composer().recipients()->rowCount(), 1);

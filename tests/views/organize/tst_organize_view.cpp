@@ -109,10 +109,7 @@ private:
 
 void OrganizeViewTest::init()
 {
-    m_f.reset(); // the last test's window goes before the next one opens
-    m_f = std::make_unique<LoadedFrame>();
-    QString error;
-    QVERIFY2(m_f->open(statements(), &error), qPrintable(error));
+    OPEN_LOADED_FRAME(m_f, statements());
     QVERIFY(frame().showView(ViewId::Organize));
     m_f->messages().clear();
 }
@@ -145,14 +142,7 @@ void OrganizeViewTest::trigger(int commandId)
 
 QMenu *OrganizeViewTest::popup(QAbstractItemView *widget, const QModelIndex &index)
 {
-    QMenu *opened = nullptr;
-    auto connection = connect(&view(), &COrganizeFormView::menuAboutToOpen, this,
-        [&opened](QMenu *menu) { opened = menu; });
-    const QPoint pos = widget->visualRect(index).center();
-    QContextMenuEvent event(QContextMenuEvent::Mouse, pos, widget->viewport()->mapToGlobal(pos));
-    QApplication::sendEvent(widget->viewport(), &event);
-    disconnect(connection);
-    return opened;
+    return openPopup(widget, widget->visualRect(index).center());
 }
 
 QAction *OrganizeViewTest::item(QMenu *menu, const QString &text)

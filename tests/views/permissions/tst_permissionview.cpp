@@ -60,10 +60,7 @@ private:
 
 void PermissionViewTest::init()
 {
-    m_f.reset(); // the last test's window goes before the next one opens
-    m_f = std::make_unique<LoadedFrame>();
-    QString error;
-    QVERIFY2(m_f->open(&error), qPrintable(error));
+    OPEN_LOADED_FRAME(m_f);
     QVERIFY(m_f->frame().outlookBar()->isItemEnabled(ViewId::AccessControl));
     QVERIFY(m_f->frame().showView(ViewId::AccessControl));
     QVERIFY(view() && grid()->isVisible());

@@ -84,10 +84,7 @@ QStringList PositionViewTest::gridRows() const
 
 void PositionViewTest::init()
 {
-    m_f.reset(); // the last test's window goes before the next one opens
-    m_f = std::make_unique<LoadedFrame>();
-    QString error;
-    QVERIFY2(m_f->open(&error), qPrintable(error));
+    OPEN_LOADED_FRAME(m_f);
     QVERIFY(m_f->frame().outlookBar()->isItemEnabled(ViewId::Position));
     QVERIFY(m_f->frame().showView(ViewId::Position));
     QVERIFY(view() && view()->isVisible());
