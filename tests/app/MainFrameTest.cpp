@@ -70,7 +70,6 @@ private Q_SLOTS:
     void dashboardBrokenDatabase();
     void dashboardRemoteDatabase();
     void dashboardMasksPassword();
-    void noPromptWithoutLock();
     void promptLetsAdministratorIn();
     void promptCancelCloses();
 };
@@ -347,18 +346,6 @@ void MainFrameTest::dashboardMasksPassword()
     QVERIFY(!shown.contains(u"topsecret"_s));
     QVERIFY(shown.endsWith(u"UID=v;PWD=******;"_s));
     QCOMPARE(frame.dashboard()->findChild<QLabel *>(u"databaseTypeValue"_s)->text(), u"PGSQL"_s);
-}
-
-void MainFrameTest::noPromptWithoutLock()
-{
-    FrameFixture f;
-    CMainFrame &frame = f.makeFrame();
-    QSignalSpy ready(&frame, &CMainFrame::startupReady);
-    frame.show();
-    QTRY_COMPARE(ready.count(), 1);
-    QVERIFY(!loginDialog(frame));
-    QVERIFY(frame.isStartupReady());
-    QVERIFY(frame.isVisible());
 }
 
 void MainFrameTest::promptLetsAdministratorIn()

@@ -11,7 +11,8 @@
 class QMenu;
 class QAbstractItemView;
 
-// A main window that has loaded a real SQLite server database:
+// A main window that has loaded a real SQLite server database
+// (tests/data/views/organisation.sql):
 //
 //   Member: anna(1) bert(2) carl(3) dora(4); guest gina(5)
 //   tree: Sales(10) { anna 经理, East(11) { bert 职员 }, carl (none) }, HQ(20) { dora 总监 }

@@ -7,6 +7,7 @@
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QDropEvent>
+#include <QFile>
 
 using namespace Qt::StringLiterals;
 
@@ -18,6 +19,19 @@ std::unique_ptr<TestDatabase> serverDatabase(
         return db;
     *error = db->errorString();
     return nullptr;
+}
+
+QStringList sqlFile(const QString &name)
+{
+    QFile file(QStringLiteral(VELMAR_VIEW_TEST_DATA) + u'/' + name);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+        qFatal("cannot read %s", qPrintable(file.fileName()));
+    QStringList statements;
+    for (const QString &line : QString::fromUtf8(file.readAll()).split(u'\n')) {
+        if (!line.trimmed().isEmpty() && !line.startsWith(u"--"_s))
+            statements << line;
+    }
+    return statements;
 }
 
 bool LoadedServer::start(const QStringList &extraStatements, QString *error)

@@ -22,6 +22,10 @@ bool dragTo(QAbstractItemView *view, const QPoint &pos, const QMimeData *data, b
 std::unique_ptr<TestDatabase> serverDatabase(
     TempServerDir &dir, const QStringList &statements, QString *error);
 
+// The statements of an .sql file of tests/data/views, one a line ("--" lines
+// are comments).
+QStringList sqlFile(const QString &name);
+
 // A server folder with a real SQLite database (the populated fixture plus
 // extra statements), loaded into a document by the console's loading worker,
 // and saved by the console's save.

@@ -53,13 +53,8 @@ QStringList shownFolders(const CFileBoxFormView &view)
 QStringList shownRights(CFileBoxFormView &view)
 {
     QStringList out;
-    const QList<qint32> folders = [&view] {
-        QList<qint32> ids;
-        for (int row = 0; row < view.folderModel()->rowCount(); ++row)
-            ids << view.folderModel()->folderIdAt(row);
-        return ids;
-    }();
-    for (const qint32 folderId : folders) {
+    for (int folderRow = 0; folderRow < view.folderModel()->rowCount(); ++folderRow) {
+        const qint32 folderId = view.folderModel()->folderIdAt(folderRow);
         view.selectFolder(folderId);
         const QAbstractItemModel *model = view.rightsTable()->model();
         for (int row = 0; row < model->rowCount(); ++row) {

@@ -33,22 +33,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-// anna and bert have addresses (bert's the server refuses), carl none, dora
-// anna's address in capitals.
-QStringList statements()
-{
-    const QString member = u"INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, "
-                           "bPublic, Email, bSolar, bAdmin, MemberLevel, IsGuestMember) VALUES "_s;
-    return { member + u"(1,'anna','安娜','a<&>1',0,1,'anna@x.cn',1,0,0,0)"_s,
-        member + u"(2,'bert','Bert','pw2',1,1,'refuse-bert@x.cn',1,0,0,0)"_s,
-        member + u"(3,'carl','Carl','pw3',1,1,'',1,0,0,0)"_s,
-        member + u"(4,'dora','Dora','pw4',0,1,'ANNA@x.cn',1,0,0,0)"_s };
-}
-
-} // namespace
-
 class InviteComposerTest : public QObject
 {
     Q_OBJECT
@@ -78,7 +62,9 @@ private:
 
 void InviteComposerTest::init()
 {
-    OPEN_LOADED_FRAME(m_f, statements());
+    // anna and bert have addresses (bert's the server refuses), carl none, dora
+    // anna's address in capitals.
+    OPEN_LOADED_FRAME(m_f, sqlFile(u"invite.sql"_s));
     QVERIFY(ProfileFile(m_f->fixture.dir.iniPath())
                 .writeString(u"SettingInfo"_s, u"CaptionBarName"_s, u"维尔马"_s));
     QVERIFY(frame().showView(ViewId::Organize));

@@ -36,26 +36,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// alice in Sales as 职员; bob and cara in no group; the guest gina in Forum.
-QStringList statements()
-{
-    const QString member = u"INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, "
-                           "bPublic, bSolar, bAdmin, MemberLevel, IsGuestMember) "
-                           "VALUES (%1, '%2', '%3', 'pw', %4, 1, 1, 0, 0, %5)"_s;
-    const QString group = u"INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, "
-                          "IsGuestGroup) VALUES "_s;
-    const QString relation = u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, "
-                             "IsGuestRelation) VALUES "_s;
-    return { member.arg(1).arg(u"alice"_s, u"Alice"_s).arg(1).arg(0),
-        member.arg(2).arg(u"bob"_s, u"Bob"_s).arg(1).arg(0),
-        member.arg(3).arg(u"cara"_s, u"Cara"_s).arg(0).arg(0),
-        member.arg(4).arg(u"gina"_s, u"Gina"_s).arg(0).arg(1),
-        group + u"(10, 'Sales', -1, 0, 1, 0)"_s, group + u"(20, 'HQ', -1, 1, 1, 0)"_s,
-        group + u"(50, 'Forum', -100, 0, 1, 1)"_s, relation + u"(1, 10, 1, 0, 0)"_s,
-        relation + u"(4, 50, -1, 0, 1)"_s,
-        u"INSERT INTO Rank (ORankID, RankName) VALUES (1, '职员'), (2, '经理')"_s };
-}
-
 QStringList column(const QAbstractItemModel *model, int column = 0)
 {
     QStringList texts;
@@ -109,7 +89,8 @@ private:
 
 void OrganizeViewTest::init()
 {
-    OPEN_LOADED_FRAME(m_f, statements());
+    // alice in Sales as 职员; bob and cara in no group; the guest gina in Forum.
+    OPEN_LOADED_FRAME(m_f, sqlFile(u"organize.sql"_s));
     QVERIFY(frame().showView(ViewId::Organize));
     m_f->messages().clear();
 }
