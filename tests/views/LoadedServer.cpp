@@ -21,13 +21,18 @@ std::unique_ptr<TestDatabase> serverDatabase(
     return nullptr;
 }
 
-QStringList sqlFile(const QString &name)
+QByteArray viewTestData(const QString &name)
 {
     QFile file(QStringLiteral(VELMAR_VIEW_TEST_DATA) + u'/' + name);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+    if (!file.open(QIODevice::ReadOnly))
         qFatal("cannot read %s", qPrintable(file.fileName()));
+    return file.readAll();
+}
+
+QStringList sqlFile(const QString &name)
+{
     QStringList statements;
-    for (const QString &line : QString::fromUtf8(file.readAll()).split(u'\n')) {
+    for (const QString &line : QString::fromUtf8(viewTestData(name)).split(u'\n')) {
         if (!line.trimmed().isEmpty() && !line.startsWith(u"--"_s))
             statements << line;
     }

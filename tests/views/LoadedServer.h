@@ -22,8 +22,9 @@ bool dragTo(QAbstractItemView *view, const QPoint &pos, const QMimeData *data, b
 std::unique_ptr<TestDatabase> serverDatabase(
     TempServerDir &dir, const QStringList &statements, QString *error);
 
-// The statements of an .sql file of tests/data/views, one a line ("--" lines
-// are comments).
+// The bytes of a file of tests/data/views.
+QByteArray viewTestData(const QString &name);
+// The statements of an .sql file there, one a line ("--" lines are comments).
 QStringList sqlFile(const QString &name);
 
 // A server folder with a real SQLite database (the populated fixture plus

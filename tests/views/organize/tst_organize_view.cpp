@@ -36,20 +36,17 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QStringList column(const QAbstractItemModel *model, int column = 0)
+QStringList column(const QAbstractItemModel *model, const QModelIndex &parent = {})
 {
     QStringList texts;
-    for (int row = 0; row < model->rowCount(); ++row)
-        texts.append(model->index(row, column).data().toString());
+    for (int row = 0; row < model->rowCount(parent); ++row)
+        texts.append(model->index(row, 0, parent).data().toString());
     return texts;
 }
 
 QStringList nodeLabels(const QModelIndex &parent)
 {
-    QStringList texts;
-    for (int row = 0; row < parent.model()->rowCount(parent); ++row)
-        texts.append(parent.model()->index(row, 0, parent).data().toString());
-    return texts;
+    return column(parent.model(), parent);
 }
 
 } // namespace
