@@ -99,8 +99,6 @@ public:
     // True once the worker's run is over: its progress dialog is gone.
     bool loadEnded() const { return load.started && !load.dialog; }
 
-    QString version() const { return f.dir.savedVersion(); }
-
     QStringList databaseDump() { return dumpDataSet(readBack(f.dir)); }
 
     FrameFixture f;
@@ -310,7 +308,7 @@ void MainFrameDataTest::unfinishedSaveAtStart()
     // them before anything reads the database, and follows the answers.
     QCOMPARE(env.f.messages.boxes().size(), answers.size());
     QCOMPARE(env.databaseDump(), finished ? memory : halfWritten);
-    QCOMPARE(env.version(), finished ? u"0001"_s : u"absent"_s);
+    QCOMPARE(env.f.dir.savedVersion(), finished ? u"0001"_s : u"absent"_s);
     QCOMPARE(env.listeners.drain(), finished ? QStringList { u"55052"_s } : QStringList());
     // Quitting leaves the journal for the next start; the other answers use it up.
     QCOMPARE(QFile::exists(journal), !loads);
@@ -363,7 +361,7 @@ void MainFrameDataTest::closeAfterFailedLoad()
     QVERIFY(!frame.isVisible());
     QCOMPARE(env.f.messages.boxes().size(), boxes);
     QVERIFY(env.f.messages.balloons().isEmpty());
-    QCOMPARE(env.version(), u"absent"_s);
+    QCOMPARE(env.f.dir.savedVersion(), u"absent"_s);
     QVERIFY(env.listeners.drain().isEmpty());
     if (schema)
         QCOMPARE(env.db->rows(u"SELECT OGroupID, GroupName FROM [Group] ORDER BY OGroupID"_s),

@@ -33,11 +33,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QPoint rowCenter(QTableView *table, int row)
-{
-    return table->visualRect(table->model()->index(row, 0)).center();
-}
-
 QStringList shownFolders(const CFileBoxFormView &view)
 {
     QStringList out;
@@ -159,7 +154,9 @@ void TestFileBoxView::editsThroughTheWidgetsAreSaved()
     MemberListModel *members = f.server.document.directory()->regularMembers();
     const std::unique_ptr<QMimeData> memberDrag(members->mimeData(
         { members->index(members->rowOfId(1), 0), members->index(members->rowOfId(2), 0) }));
-    QVERIFY(dragTo(view.folderTable(), rowCenter(view.folderTable(), 1), memberDrag.get(), true));
+    const QTableView *folderTable = view.folderTable();
+    const QPoint secondFolder = folderTable->visualRect(folderTable->model()->index(1, 0)).center();
+    QVERIFY(dragTo(view.folderTable(), secondFolder, memberDrag.get(), true));
     QCOMPARE(view.currentFolderId(), 3);
     GroupTreeModel *tree = f.server.document.directory()->regularTree();
     const std::unique_ptr<QMimeData> groupDrag(tree->mimeData({ tree->findGroup(11) }));
