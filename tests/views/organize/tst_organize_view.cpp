@@ -155,10 +155,8 @@ void OrganizeViewTest::showsBothPairs()
     QVERIFY(grid()->isColumnHidden(2) && grid()->isColumnHidden(13));
     QCOMPARE(column(grid()->model()), QStringList({ u"alice"_s, u"bob"_s, u"cara"_s, QString() }));
     QCOMPARE(column(view().memberGrid(true)->model()), QStringList({ u"gina"_s, QString() }));
-    // Row icons: alice placed male, bob unplaced male, cara unplaced female.
-    QCOMPARE(cell(u"alice"_s, 0).data(MemberListModel::IconIndexRole).toInt(), 0);
-    QCOMPARE(cell(u"bob"_s, 0).data(MemberListModel::IconIndexRole).toInt(), 2);
-    QCOMPARE(cell(u"cara"_s, 0).data(MemberListModel::IconIndexRole).toInt(), 3);
+    // Rows show their icon (which one is the member model's to test; the
+    // cell editor below shows it following an edit).
     QVERIFY(!cell(u"cara"_s, 0).data(Qt::DecorationRole).isNull());
 
     // 修改 类别 follows the selected node: the root gives nothing to rename.
@@ -307,7 +305,6 @@ void OrganizeViewTest::dragsOntoTheTrees()
     QVERIFY(dragTo(tree(), centre(group(u"HQ"_s)), members.get(), true));
     QCOMPARE(nodeLabels(group(u"HQ"_s)), QStringList({ u"Bob"_s, u"Cara"_s }));
     QVERIFY(tree()->isExpanded(group(u"HQ"_s)));
-    QCOMPARE(cell(u"cara"_s, 0).data(MemberListModel::IconIndexRole).toInt(), 1);
     QCOMPARE(grid()->model()->rowCount(), 4); // the rows stay in the grid
 
     // bob's membership dragged inside the tree moves under Sales.
@@ -330,7 +327,6 @@ void OrganizeViewTest::dragsOntoTheTrees()
     QCOMPARE(nodeLabels(tree()->tree()->rootIndex()), QStringList({ u"Sales"_s, u"HQ"_s }));
     QCOMPARE(nodeLabels(group(u"Sales"_s)), QStringList({ u"Alice"_s }));
     QCOMPARE(nodeLabels(group(u"HQ"_s)), QStringList());
-    QCOMPARE(cell(u"cara"_s, 0).data(MemberListModel::IconIndexRole).toInt(), 3);
 }
 
 void OrganizeViewTest::treeCommandsAndPopups()
@@ -396,7 +392,6 @@ void OrganizeViewTest::treeCommandsAndPopups()
     QCOMPARE(m_f->messages().boxTexts(),
         QStringList(2, u"删除分类将删除分类下所有的用户附属关系.\n\n确定要删除?"_s));
     QVERIFY(!group(u"Ops"_s).isValid());
-    QCOMPARE(cell(u"cara"_s, 0).data(MemberListModel::IconIndexRole).toInt(), 3);
     frame().undoAction()->trigger();
     QCOMPARE(nodeLabels(group(u"Ops"_s)), QStringList { u"Cara"_s });
 }
