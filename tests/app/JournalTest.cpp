@@ -1,5 +1,5 @@
 // Undo, redo and the journal panel of the main frame, on a frame that has
-// loaded a real SQLite server database (three members, no groups): edits
+// loaded a real SQLite server database (see LoadedFrame): edits
 // made through the document's editor, the edit menu's actions and shortcuts,
 // the title's modified marker. (That a save empties the stack, and that the
 // telephone number assignment is one step, are the document's to test; the
@@ -23,16 +23,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QStringList statements()
-{
-    const QString member = u"INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, "
-                           "bPublic, bSolar, bAdmin, MemberLevel, IsGuestMember) "
-                           "VALUES (%1, '%2', '%3', 'pw', 0, 1, 1, 0, 0, %4)"_s;
-    return { member.arg(1).arg(u"alice"_s, u"Alice"_s).arg(0),
-        member.arg(2).arg(u"bob"_s, u"Bob"_s).arg(0),
-        member.arg(3).arg(u"carol"_s, u"Carol"_s).arg(1) };
-}
 
 // The rows the journal view shows, the saved state first.
 QStringList journalRows(const CMainFrame &frame)
@@ -77,10 +67,7 @@ private:
 
 void JournalTest::init()
 {
-    m_f.reset(); // the last test's window goes before the next one opens
-    m_f = std::make_unique<LoadedFrame>();
-    QString error;
-    QVERIFY2(m_f->open(statements(), &error), qPrintable(error));
+    OPEN_LOADED_FRAME(m_f);
 }
 
 void JournalTest::menusAndPanelBeforeEditing()
@@ -124,7 +111,7 @@ void JournalTest::undoRedoFollowTheStack()
 {
     QAction *undo = frame().undoAction();
     QAction *redo = frame().redoAction();
-    addGroup(frame(), u"Sales"_s);
+    addGroup(frame(), u"Ops"_s);
     addGroup(frame(), u"Support"_s);
     QVERIFY(undo->isEnabled());
     QCOMPARE(undo->text(), u"撤销 添加类别 Support"_s);
@@ -134,8 +121,8 @@ void JournalTest::undoRedoFollowTheStack()
 
     // The administrator's shortcut, as typed on the window.
     QTest::keyClick(&frame(), Qt::Key_Z, Qt::ControlModifier);
-    QCOMPARE(frame().document().journal(), QStringList { u"添加类别 Sales"_s });
-    QCOMPARE(undo->text(), u"撤销 添加类别 Sales"_s);
+    QCOMPARE(frame().document().journal(), QStringList { u"添加类别 Ops"_s });
+    QCOMPARE(undo->text(), u"撤销 添加类别 Ops"_s);
     QVERIFY(redo->isEnabled());
     QCOMPARE(redo->text(), u"重做 添加类别 Support"_s);
     QVERIFY(frame().isWindowModified());
@@ -147,16 +134,16 @@ void JournalTest::undoRedoFollowTheStack()
     QVERIFY(!frame().isWindowModified());
 
     QTest::keyClick(&frame(), Qt::Key_Y, Qt::ControlModifier);
-    QCOMPARE(frame().document().journal(), QStringList { u"添加类别 Sales"_s });
+    QCOMPARE(frame().document().journal(), QStringList { u"添加类别 Ops"_s });
     QVERIFY(frame().isWindowModified());
 }
 
 void JournalTest::journalViewUndoesToEntry()
 {
-    addGroup(frame(), u"Sales"_s);
+    addGroup(frame(), u"Ops"_s);
     addGroup(frame(), u"Support"_s);
     QCOMPARE(journalRows(frame()),
-        QStringList({ u"已保存"_s, u"添加类别 Sales"_s, u"添加类别 Support"_s }));
+        QStringList({ u"已保存"_s, u"添加类别 Ops"_s, u"添加类别 Support"_s }));
 
     // Choosing the saved state undoes every step.
     auto *view = frame().findChild<JournalView *>(u"journalView"_s);
@@ -164,7 +151,7 @@ void JournalTest::journalViewUndoesToEntry()
     QCOMPARE(frame().document().undoStack()->index(), 0);
     QVERIFY(!frame().isWindowModified());
     view->setCurrentIndex(view->model()->index(1, 0));
-    QCOMPARE(frame().document().journal(), QStringList { u"添加类别 Sales"_s });
+    QCOMPARE(frame().document().journal(), QStringList { u"添加类别 Ops"_s });
     QVERIFY(frame().isWindowModified());
 }
 

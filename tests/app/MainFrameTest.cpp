@@ -61,19 +61,15 @@ class MainFrameTest : public QObject
 
 private Q_SLOTS:
     void pathsAndBalloonDefault();
-    void balloonHelpStored_data();
-    void balloonHelpStored();
     void balloonToggleWritesHive();
     void commandTable();
     void toolBarAndStatusBarToggles();
     void viewsSwitchInPane();
     void aboutAndPasswordCommandsOpenDialogs();
     void dashboardWorkingDatabase();
-    void dashboardBrokenDatabase_data();
     void dashboardBrokenDatabase();
     void dashboardRemoteDatabase();
     void dashboardMasksPassword();
-    void noPromptWithoutLock();
     void promptLetsAdministratorIn();
     void promptCancelCloses();
 };
@@ -95,33 +91,17 @@ void MainFrameTest::pathsAndBalloonDefault()
     QVERIFY(!registryKeyExists(f.dir.hives(), RegistryRoot::CurrentUser, ConsoleKey));
 }
 
-void MainFrameTest::balloonHelpStored_data()
-{
-    QTest::addColumn<qint32>("stored");
-    QTest::addColumn<bool>("shown");
-    QTest::newRow("off") << 0 << false;
-    QTest::newRow("any non-zero") << 5 << true;
-}
-
-void MainFrameTest::balloonHelpStored()
-{
-    QFETCH(qint32, stored);
-    QFETCH(bool, shown);
-    FrameFixture f;
-    QVERIFY(setRegistryNumber(
-        f.dir.hives(), RegistryRoot::CurrentUser, ConsoleKey, u"BalloonHelp"_s, stored));
-    CMainFrame &frame = f.makeFrame();
-    QCOMPARE(frame.balloonHelp(), shown);
-    QCOMPARE(frame.commandAction(CommandId::BalloonHelp)->isChecked(), shown);
-}
-
+// Any non-zero value stored shows the tips; the toggle writes 0 and 1.
 void MainFrameTest::balloonToggleWritesHive()
 {
     FrameFixture f;
+    QVERIFY(setRegistryNumber(
+        f.dir.hives(), RegistryRoot::CurrentUser, ConsoleKey, u"BalloonHelp"_s, 5));
     CMainFrame &frame = f.makeFrame();
+    QVERIFY(frame.balloonHelp());
     QSignalSpy spy(&frame, &CMainFrame::balloonHelpChanged);
     QAction *toggle = frame.commandAction(CommandId::BalloonHelp);
-    QVERIFY(toggle->isCheckable());
+    QVERIFY(toggle->isCheckable() && toggle->isChecked());
     toggle->trigger();
     QVERIFY(!frame.balloonHelp());
     QCOMPARE(registryNumber(f.dir.hives(), RegistryRoot::CurrentUser, ConsoleKey, u"BalloonHelp"_s),
@@ -132,10 +112,11 @@ void MainFrameTest::balloonToggleWritesHive()
     QCOMPARE(spy.count(), 2);
     QCOMPARE(spy.at(0).at(0).toBool(), false);
     QCOMPARE(spy.at(1).at(0).toBool(), true);
-    // The next start reads it back.
+    // The next start reads 0 back.
     toggle->trigger();
     CMainFrame second(f.context());
     QVERIFY(!second.balloonHelp());
+    QVERIFY(!second.commandAction(CommandId::BalloonHelp)->isChecked());
 }
 
 void MainFrameTest::commandTable()
@@ -306,20 +287,12 @@ void MainFrameTest::dashboardWorkingDatabase()
     QVERIFY(!frame.OpenDBConnection().isNull());
 }
 
-void MainFrameTest::dashboardBrokenDatabase_data()
-{
-    QTest::addColumn<QByteArray>("fileContents"); // empty: no file at all
-    // Why a database does not open is the session's to test; one cause shows the state.
-    QTest::newRow("not a database")
-        << QByteArray("this is not an SQLite file, it is text\n").repeated(40);
-}
-
+// Why a database does not open is the session's to test; one cause shows the state.
 void MainFrameTest::dashboardBrokenDatabase()
 {
-    QFETCH(QByteArray, fileContents);
     FrameFixture f;
-    if (!fileContents.isEmpty())
-        QVERIFY(f.dir.writeFile(u"VelmarDB.mdb"_s, fileContents));
+    QVERIFY(f.dir.writeFile(
+        u"VelmarDB.mdb"_s, QByteArray("this is not an SQLite file, it is text\n").repeated(40)));
     CMainFrame &frame = f.makeFrame();
     CMainFormView *dashboard = frame.dashboard();
     frame.show();
@@ -373,18 +346,6 @@ void MainFrameTest::dashboardMasksPassword()
     QVERIFY(!shown.contains(u"topsecret"_s));
     QVERIFY(shown.endsWith(u"UID=v;PWD=******;"_s));
     QCOMPARE(frame.dashboard()->findChild<QLabel *>(u"databaseTypeValue"_s)->text(), u"PGSQL"_s);
-}
-
-void MainFrameTest::noPromptWithoutLock()
-{
-    FrameFixture f;
-    CMainFrame &frame = f.makeFrame();
-    QSignalSpy ready(&frame, &CMainFrame::startupReady);
-    frame.show();
-    QTRY_COMPARE(ready.count(), 1);
-    QVERIFY(!loginDialog(frame));
-    QVERIFY(frame.isStartupReady());
-    QVERIFY(frame.isVisible());
 }
 
 void MainFrameTest::promptLetsAdministratorIn()

@@ -44,10 +44,8 @@ class ServerFolderDialogTest : public QObject
 
 private Q_SLOTS:
     void controlsAreNamed();
-    void folderWithoutServerIsRefused();
-    void existingServerIsOpened();
-    void newSqliteServerIsCreated();
-    void newServerNeedsPostgresDatabaseName();
+    void folderWithoutServerIsRefusedOneWithIsOpened();
+    void newServerIsCreated();
     void frameOffersTheDialogInItsFileMenu();
 };
 
@@ -66,7 +64,7 @@ void ServerFolderDialogTest::controlsAreNamed()
     QVERIFY(f.child<QComboBox>(u"databaseCombo"_s)->isEnabled());
 }
 
-void ServerFolderDialogTest::folderWithoutServerIsRefused()
+void ServerFolderDialogTest::folderWithoutServerIsRefusedOneWithIsOpened()
 {
     DialogFixture f;
     f.browse(f.dir.root());
@@ -77,27 +75,35 @@ void ServerFolderDialogTest::folderWithoutServerIsRefused()
     QVERIFY2(f.messages.boxTexts().constFirst().contains(u"不是服务器文件夹"_s),
         qPrintable(f.messages.boxTexts().constFirst()));
     QVERIFY(f.dialog.directory().isEmpty());
-}
 
-void ServerFolderDialogTest::existingServerIsOpened()
-{
-    DialogFixture f;
+    // A folder with one is opened.
     QVERIFY(f.dir.writeFile(u"Serverinfo.ini"_s, "[ServerInfo]\r\n"));
     f.browse(f.dir.programDir() + u'/');
     f.clickOk();
-    QCOMPARE(f.messages.boxTexts(), QStringList());
+    QCOMPARE(f.messages.boxTexts().size(), 1);
     QCOMPARE(f.dialog.result(), int(QDialog::Accepted));
     QCOMPARE(f.dialog.directory(), f.dir.programDir());
 }
 
-void ServerFolderDialogTest::newSqliteServerIsCreated()
+void ServerFolderDialogTest::newServerIsCreated()
 {
     DialogFixture f;
-    const QString target = f.dir.root() + u"/new-server"_s;
     f.child<QRadioButton>(u"createRadio"_s)->click();
+    // PostgreSQL needs the name of its database.
+    f.child<QComboBox>(u"databaseCombo"_s)->setCurrentIndex(1);
+    QVERIFY(!f.child<QLineEdit>(u"databaseNameEdit"_s)->isHidden());
+    f.browse(f.dir.root() + u"/pg-server"_s);
+    f.clickOk();
+    QCOMPARE(f.dialog.result(), int(QDialog::Rejected));
+    QCOMPARE(f.messages.boxTexts(), QStringList({ u"请输入 PostgreSQL 数据库名."_s }));
+    QVERIFY(!QFile::exists(f.dir.root() + u"/pg-server/Serverinfo.ini"_s));
+
+    // SQLite, the first choice, needs nothing more.
+    const QString target = f.dir.root() + u"/new-server"_s;
+    f.child<QComboBox>(u"databaseCombo"_s)->setCurrentIndex(0);
     f.browse(target);
     f.clickOk();
-    QCOMPARE(f.messages.boxTexts(), QStringList());
+    QCOMPARE(f.messages.boxTexts().size(), 1);
     QCOMPARE(f.dialog.result(), int(QDialog::Accepted));
     QCOMPARE(f.dialog.directory(), target);
     // What a new server holds is the server folder's to test.
@@ -110,19 +116,6 @@ void ServerFolderDialogTest::newSqliteServerIsCreated()
     again.clickOk();
     QCOMPARE(again.dialog.result(), int(QDialog::Rejected));
     QCOMPARE(again.messages.boxTexts().size(), 1);
-}
-
-void ServerFolderDialogTest::newServerNeedsPostgresDatabaseName()
-{
-    DialogFixture f;
-    f.child<QRadioButton>(u"createRadio"_s)->click();
-    f.child<QComboBox>(u"databaseCombo"_s)->setCurrentIndex(1);
-    QVERIFY(!f.child<QLineEdit>(u"databaseNameEdit"_s)->isHidden());
-    f.browse(f.dir.root() + u"/pg-server"_s);
-    f.clickOk();
-    QCOMPARE(f.dialog.result(), int(QDialog::Rejected));
-    QCOMPARE(f.messages.boxTexts(), QStringList({ u"请输入 PostgreSQL 数据库名."_s }));
-    QVERIFY(!QFile::exists(f.dir.root() + u"/pg-server/Serverinfo.ini"_s));
 }
 
 void ServerFolderDialogTest::frameOffersTheDialogInItsFileMenu()

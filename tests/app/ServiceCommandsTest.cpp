@@ -1,3 +1,5 @@
+// The service-management commands of the main window.
+
 #include "ServiceCommands.h"
 
 #include "AppTestSupport.h"
@@ -250,10 +252,6 @@ void ServiceCommandsTest::databaseSettingsSendFails()
     QTRY_VERIFY(!frame.isVisible());
 }
 
-int runServiceCommandsTests(int argc, char **argv)
-{
-    ServiceCommandsTest test;
-    return QTest::qExec(&test, argc, argv);
-}
+QTEST_MAIN(ServiceCommandsTest)
 
 #include "ServiceCommandsTest.moc"

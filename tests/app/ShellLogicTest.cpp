@@ -21,7 +21,6 @@ class ShellLogicTest : public QObject
 private Q_SLOTS:
     void startupOptions_data();
     void startupOptions();
-    void startupOptionErrors_data();
     void startupOptionErrors();
     void startupViewOption();
     void digestIsMd5OfCodePageBytes_data();
@@ -32,7 +31,6 @@ private Q_SLOTS:
     void promptNeeded();
     void maskConnectionString_data();
     void maskConnectionString();
-    void serverTypeRead_data();
     void serverTypeRead();
 };
 
@@ -101,25 +99,18 @@ void ShellLogicTest::startupOptions()
     QCOMPARE(options.screenshotPath, expand(screenshot));
 }
 
-void ShellLogicTest::startupOptionErrors_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::newRow("missing value") << QStringList({ u"--sql-trace"_s });
-    QTest::newRow("empty value") << QStringList({ u"--server-dir="_s });
-    QTest::newRow("unknown option") << QStringList({ u"--frobnicate"_s });
-    QTest::newRow("a document to open") << QStringList({ u"members.txt"_s });
-    QTest::newRow("missing server folder")
-        << QStringList({ u"--server-dir"_s, u"/nonexistent/velmar"_s });
-    QTest::newRow("unknown view") << QStringList({ u"--view"_s, u"board"_s });
-}
-
 void ShellLogicTest::startupOptionErrors()
 {
-    QFETCH(QStringList, arguments);
     QTemporaryDir exe;
-    const StartupOptions options
-        = StartupOptions::parse(arguments, exe.path(), QString(), QString());
-    QVERIFY(!options.error.isEmpty());
+    for (const QStringList &arguments : { QStringList { u"--sql-trace"_s }, // missing value
+             QStringList { u"--server-dir="_s }, QStringList { u"--frobnicate"_s },
+             QStringList { u"members.txt"_s }, // a document to open
+             QStringList { u"--server-dir"_s, u"/nonexistent/velmar"_s },
+             QStringList { u"--view"_s, u"board"_s } }) {
+        const StartupOptions options
+            = StartupOptions::parse(arguments, exe.path(), QString(), QString());
+        QVERIFY2(!options.error.isEmpty(), qPrintable(arguments.join(u' ')));
+    }
 }
 
 void ShellLogicTest::startupViewOption()
@@ -252,30 +243,21 @@ void ShellLogicTest::maskConnectionString()
     QCOMPARE(maskConnectionStringPassword(input), shown);
 }
 
-void ShellLogicTest::serverTypeRead_data()
-{
-    QTest::addColumn<int>("kind"); // 0 absent, 1 number, 2 text
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("absent") << 0 << QString();
-    QTest::newRow("number") << 1 << u"2"_s;
-    QTest::newRow("text") << 2 << u"Enterprise"_s;
-}
-
+// A number or a text; the key is created when it is missing, so the
+// password settings can be stored later.
 void ShellLogicTest::serverTypeRead()
 {
-    QFETCH(int, kind);
-    QFETCH(QString, expected);
-    TempServerDir dir;
-    const QString key = u"SOFTWARE\\Velmar\\VelmarManager"_s;
-    if (kind == 1)
-        QVERIFY(
-            setRegistryNumber(dir.hives(), RegistryRoot::LocalMachine, key, u"ServerType"_s, 2));
-    if (kind == 2)
-        QVERIFY(setRegistryString(
-            dir.hives(), RegistryRoot::LocalMachine, key, u"ServerType"_s, u"Enterprise"_s));
-    QCOMPARE(CVelmarManagerApp::readServerType(dir.hives()), expected);
-    // The key is created when it is missing, so the password settings can be stored later.
-    QVERIFY(registryKeyExists(dir.hives(), RegistryRoot::LocalMachine, key));
+    for (const QVariant &stored : { QVariant(), QVariant(2), QVariant(u"Enterprise"_s) }) {
+        TempServerDir dir;
+        const auto root = RegistryRoot::LocalMachine;
+        const QString key = u"SOFTWARE\\Velmar\\VelmarManager"_s;
+        if (stored.typeId() == QMetaType::Int)
+            QVERIFY(setRegistryNumber(dir.hives(), root, key, u"ServerType"_s, 2));
+        else if (stored.isValid())
+            QVERIFY(setRegistryString(dir.hives(), root, key, u"ServerType"_s, stored.toString()));
+        QCOMPARE(CVelmarManagerApp::readServerType(dir.hives()), stored.toString());
+        QVERIFY(registryKeyExists(dir.hives(), root, key));
+    }
 }
 
 int runShellLogicTests(int argc, char **argv)

@@ -6,6 +6,7 @@
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
 #include "GroupTreeModel.h"
+#include "LoadedServer.h"
 #include "LogFilterRules.h"
 #include "LogTableModel.h"
 #include "ServerDataSet.h"
@@ -150,8 +151,7 @@ class LogViewsTest : public QObject
 private Q_SLOTS:
     void filterPanelReachesTheRules();
     void chatViewListsAndShowsConversations();
-    void userViewShowsTheRecordInFull();
-    void memberTreeNarrowsTheList();
+    void userViewShowsTheRecordInFullAndNarrowsToAMember();
     void newSearchReplacesTheRunningOne();
 };
 
@@ -234,26 +234,10 @@ void LogViewsTest::chatViewListsAndShowsConversations()
         u"2007-10-08 12:30:05 hello there\n  and more  \n2007-10-08 12:31:00 bye\n"_s);
 }
 
-namespace {
-
-const QByteArray UserLog = "2007-10-08 14:05:09 VelmarD 10.0.0.1 5000 MSG_SENT 1 101 102;103 "
-                           "10.0.0.9 0 0 256\r\n"
-                           "SESSIONID: abc123@host\r\n"
-                           "FILES: |x|y|a|doc.txt|b|c|pics\\|d\r\n"
-                           "MESSAGE: {\\rtf1\\ansi\\ansicpg936{\\fonttbl{\\f0\\fcharset134 "
-                           "\\'cb\\'ce\\'cc\\'e5;}}\\f0 \\b \\'c4\\'e3\\'ba\\'c3\\b0  plain}\r\n"
-                           ".END_OF_DATA\r\n"
-                           "2007-10-08 14:06:00 VelmarD 10.0.0.1 5000 MSG_RECV 1 102 101 "
-                           "10.0.0.8 0 0 128\r\n"
-                           "MESSAGE:  {\\rtf1 not rich}\r\n"
-                           ".END_OF_DATA\r\n";
-
-} // namespace
-
-void LogViewsTest::userViewShowsTheRecordInFull()
+void LogViewsTest::userViewShowsTheRecordInFullAndNarrowsToAMember()
 {
     LogViewFixture fixture;
-    QVERIFY(fixture.writeLog(u"VelmarD/u2007100814.txt"_s, UserLog));
+    QVERIFY(fixture.writeLog(u"VelmarD/u2007100814.txt"_s, viewTestData(u"u2007100814.txt"_s)));
     CLogManagerUserLogFormView view(fixture.context());
     view.resize(1100, 700);
     view.show();
@@ -295,16 +279,8 @@ void LogViewsTest::userViewShowsTheRecordInFull()
     QCOMPARE(fixture.openedFolders.size(), 1);
     QCOMPARE(QDir::cleanPath(fixture.openedFolders.at(0)), QDir::cleanPath(folder));
     // Where the registry puts the upload folder is the log locations' to test.
-}
 
-void LogViewsTest::memberTreeNarrowsTheList()
-{
-    LogViewFixture fixture;
-    QVERIFY(fixture.writeLog(u"VelmarD/u2007100814.txt"_s, UserLog));
-    CLogManagerUserLogFormView view(fixture.context());
-    view.resize(1100, 700);
-    view.show();
-    QVERIFY(searchThrough(view, at(2007, 10, 8, 0, 0, 0), at(2007, 10, 8, 23, 0, 0)));
+    // The member tree narrows the list.
     QTableView *list = view.list();
     QCOMPARE(list->model()->rowCount(), 4);
 

@@ -14,67 +14,19 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-QStringList organisation()
-{
-    const QString member = u"INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, "
-                           "bPublic, bSolar, bAdmin, MemberLevel, IsGuestMember) VALUES "_s;
-    const QString group = u"INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, "
-                          "IsGuestGroup) VALUES "_s;
-    const QString relation = u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, "
-                             "IsGuestRelation) VALUES "_s;
-    const QString token = u"INSERT INTO AccessToken (OMemberID, MessageOn, ChatOn, FileTransferOn, "
-                          "TTSOn, VoiceToPhoneOn, OneToOneCallOn, SMSOn, VoipOn) VALUES "_s;
-    return {
-        member + u"(1,'anna','Anna','pw',0,1,1,0,1,0)"_s,
-        member + u"(2,'bert','Bert','pw',1,1,1,0,1,0)"_s,
-        member + u"(3,'carl','Carl','pw',1,1,1,0,1,0)"_s,
-        member + u"(4,'dora','Dora','pw',0,1,1,0,1,0)"_s,
-        member + u"(5,'gina','Gina','pw',0,1,1,0,1,1)"_s,
-        group + u"(10,'Sales',-1,0,1,0)"_s,
-        group + u"(11,'East',10,1,2,0)"_s,
-        group + u"(20,'HQ',-1,1,1,0)"_s,
-        group + u"(50,'Forum',-100,0,1,1)"_s,
-        relation + u"(1,10,2,0,0)"_s,
-        relation + u"(2,11,1,0,0)"_s,
-        relation + u"(3,10,-1,2,0)"_s,
-        relation + u"(4,20,3,0,0)"_s,
-        relation + u"(5,50,1,0,1)"_s,
-        u"INSERT INTO Rank (ORankID, RankName) VALUES (1,'职员')"_s,
-        u"INSERT INTO Rank (ORankID, RankName) VALUES (2,'经理')"_s,
-        u"INSERT INTO Rank (ORankID, RankName) VALUES (3,'总监')"_s,
-        token + u"(1,1,1,1,1,1,1,1,1)"_s,
-        token + u"(2,1,0,1,0,0,0,0,0)"_s,
-        token + u"(4,1,1,1,1,1,1,1,0)"_s,
-        u"INSERT INTO VoipInfo (OMemberID, ID, Pass) VALUES (1,'v100','p100')"_s,
-        u"INSERT INTO VoipNumberList (VOIP_ID, VOIP_PASS, OMemberID) VALUES ('v100','p100',1)"_s,
-        u"INSERT INTO VoipNumberList (VOIP_ID, VOIP_PASS, OMemberID) VALUES ('v101','p101',0)"_s,
-        u"INSERT INTO VoipNumberList (VOIP_ID, VOIP_PASS, OMemberID) VALUES ('v102','p102',0)"_s,
-    };
-}
-
-} // namespace
-
 bool LoadedFrame::open(QString *error)
 {
     if (!fixture.dir.writeFile(u"Serverinfo.ini"_s, "[ServerInfo]\r\nDefaultPositionID=2\r\n")) {
         *error = u"Serverinfo.ini"_s;
         return false;
     }
-    return open(organisation(), error);
+    return open(sqlFile(u"organisation.sql"_s), error);
 }
 
 bool LoadedFrame::open(const QStringList &statements, QString *error)
 {
-    db = std::make_unique<TestDatabase>(
-        TestDatabase::Backend::SqliteFile, fixture.dir.programDir());
-    if (!db->isValid() || !db->writeConnectionString(fixture.dir.hives())
-        || !db->execAll(statements)) {
-        *error = db->errorString();
-        return false;
-    }
-    return reopen(error);
+    db = serverDatabase(fixture.dir, statements, error);
+    return db && reopen(error);
 }
 
 bool LoadedFrame::reopen(QString *error)

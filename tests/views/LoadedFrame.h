@@ -6,11 +6,13 @@
 
 #include <memory>
 #include <QStringList>
+#include <QTest>
 
 class QMenu;
 class QAbstractItemView;
 
-// A main window that has loaded a real SQLite server database:
+// A main window that has loaded a real SQLite server database
+// (tests/data/views/organisation.sql):
 //
 //   Member: anna(1) bert(2) carl(3) dora(4); guest gina(5)
 //   tree: Sales(10) { anna 经理, East(11) { bert 职员 }, carl (none) }, HQ(20) { dora 总监 }
@@ -36,6 +38,17 @@ struct LoadedFrame
     // A new main window on the same folder, loaded (the console started again).
     bool reopen(QString *error);
 };
+
+// Opens f afresh with the arguments of LoadedFrame::open (the last test's
+// window goes before the next one opens); a database or load that fails
+// fails the test.
+#define OPEN_LOADED_FRAME(f, ...)                                                                  \
+    do {                                                                                           \
+        f.reset();                                                                                 \
+        f = std::make_unique<LoadedFrame>();                                                       \
+        QString openError;                                                                         \
+        QVERIFY2(f->open(__VA_ARGS__ __VA_OPT__(, ) & openError), qPrintable(openError));          \
+    } while (false)
 
 // Types text into a widget key by key, each key carrying its character
 // (CJK included), as an input method hands them over.

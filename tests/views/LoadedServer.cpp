@@ -7,17 +7,43 @@
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QDropEvent>
+#include <QFile>
 
 using namespace Qt::StringLiterals;
 
+std::unique_ptr<TestDatabase> serverDatabase(
+    TempServerDir &dir, const QStringList &statements, QString *error)
+{
+    auto db = std::make_unique<TestDatabase>(TestDatabase::Backend::SqliteFile, dir.programDir());
+    if (db->isValid() && db->writeConnectionString(dir.hives()) && db->execAll(statements))
+        return db;
+    *error = db->errorString();
+    return nullptr;
+}
+
+QByteArray viewTestData(const QString &name)
+{
+    QFile file(QStringLiteral(VELMAR_VIEW_TEST_DATA) + u'/' + name);
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("cannot read %s", qPrintable(file.fileName()));
+    return file.readAll();
+}
+
+QStringList sqlFile(const QString &name)
+{
+    QStringList statements;
+    for (const QString &line : QString::fromUtf8(viewTestData(name)).split(u'\n')) {
+        if (!line.trimmed().isEmpty() && !line.startsWith(u"--"_s))
+            statements << line;
+    }
+    return statements;
+}
+
 bool LoadedServer::start(const QStringList &extraStatements, QString *error)
 {
-    db = std::make_unique<TestDatabase>(TestDatabase::Backend::SqliteFile, dir.programDir());
-    if (!db->isValid() || !db->writeConnectionString(dir.hives())
-        || !db->execAll(populatedDatabase() + extraStatements)) {
-        *error = db->errorString();
+    db = serverDatabase(dir, populatedDatabase() + extraStatements, error);
+    if (!db)
         return false;
-    }
     const ThreadRun run = runReadThread(dir, document, messages);
     if (run.exitResult != 1 || document.loadState() != CVelmarManagerDoc::LoadState::Complete) {
         *error = u"the load failed: "_s + run.events.join(u", "_s);

@@ -17,6 +17,16 @@ class QPoint;
 // a move, or whether the drop was accepted.
 bool dragTo(QAbstractItemView *view, const QPoint &pos, const QMimeData *data, bool drop);
 
+// An SQLite file database of the server folder, named in its connection
+// string and holding these rows; null with the reason in error when it fails.
+std::unique_ptr<TestDatabase> serverDatabase(
+    TempServerDir &dir, const QStringList &statements, QString *error);
+
+// The bytes of a file of tests/data/views.
+QByteArray viewTestData(const QString &name);
+// The statements of an .sql file there, one a line ("--" lines are comments).
+QStringList sqlFile(const QString &name);
+
 // A server folder with a real SQLite database (the populated fixture plus
 // extra statements), loaded into a document by the console's loading worker,
 // and saved by the console's save.

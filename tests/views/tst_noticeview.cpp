@@ -17,18 +17,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString Notice
-    = u"INSERT INTO CONTENTS (OCONTENTSID, TITLE, WRITEDATE, OMEMBERID, MEMBERID, MEMBERNAME, CONTENTS, FilePath, FileSessionID, WriteEndDate) VALUES "_s;
-
-// Beside the fixture's 100 (2007) and 101 (2008): 102 in rich text with a
-// folder and a file, newest; 103 and 104 in between.
-const QStringList ExtraNotices = {
-    Notice
-        + u"(102,'Rich','2009-05-01 08:00:00',1,'anna','Anna','{\\rtf1\\ansi {\\b Bold} plain###VELMAR-SEMICOLON###}','|s|t|u|docs###VELMAR-BACKSLASH###2009|v|w|plan.doc|x|','up102','')"_s,
-    Notice + u"(103,'Third','2008-06-01 10:00:00',2,'bert','Bert','three','','','')"_s,
-    Notice + u"(104,'Fourth','2008-03-01 10:00:00',2,'bert','Bert','four','','','')"_s,
-};
-
 QStringList listedIds(const CNoticeFormView &view)
 {
     QStringList ids;
@@ -45,19 +33,27 @@ class TestNoticeView : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void listAndDelete();
-    void panel();
+    void listDeleteAndPanel();
 };
 
-void TestNoticeView::listAndDelete()
+// Beside the fixture's 100 (2007) and 101 (2008): 102 in rich text with a
+// folder and a file, newest; 103 and 104 in between.
+void TestNoticeView::listDeleteAndPanel()
 {
     LoadedServer server;
     QString error;
-    QVERIFY2(server.start(ExtraNotices, &error), qPrintable(error));
-    CNoticeFormView view(server.document, {}, {});
+    QVERIFY2(server.start(sqlFile(u"notices.sql"_s), &error), qPrintable(error));
+    const QString uploads = server.dir.filePath(u"VelmarFile2Upload"_s);
+    QVERIFY(QDir().mkpath(uploads + u"/up102"_s));
+    QStringList opened;
+    CNoticeFormView view(
+        server.document, [&uploads](const QString &session) { return uploads + u'/' + session; },
+        [&opened](const QString &folder) { opened << folder; });
     view.resize(800, 600);
     view.show();
     QVERIFY(QTest::qWaitForWindowExposed(&view));
+    CNoticeViewDlg *panel = view.panel();
+    QVERIFY(!panel->openButton()->isEnabled());
 
     QTableView *list = view.list();
     QCOMPARE(listedIds(view), (QStringList { u"102"_s, u"103"_s, u"104"_s, u"101"_s, u"100"_s }));
@@ -85,27 +81,9 @@ void TestNoticeView::listAndDelete()
     list->clearSelection();
     QTest::keyClick(list, Qt::Key_Delete);
     QCOMPARE(server.document.undoStack()->count(), 1);
-}
-
-void TestNoticeView::panel()
-{
-    LoadedServer server;
-    QString error;
-    QVERIFY2(server.start(ExtraNotices, &error), qPrintable(error));
-    const QString uploads = server.dir.filePath(u"VelmarFile2Upload"_s);
-    QVERIFY(QDir().mkpath(uploads + u"/up102"_s));
-    QStringList opened;
-    CNoticeFormView view(
-        server.document, [&uploads](const QString &session) { return uploads + u'/' + session; },
-        [&opened](const QString &folder) { opened << folder; });
-    view.resize(800, 600);
-    view.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&view));
-    CNoticeViewDlg *panel = view.panel();
-    QVERIFY(!panel->openButton()->isEnabled());
+    server.document.undoStack()->undo();
 
     // Rich text, unescaped once more for the panel; a folder and a file.
-    QTableView *list = view.list();
     const QPoint row0 = list->visualRect(list->model()->index(0, 0)).center();
     // The press of a double click comes first, as the system delivers it.
     QTest::mousePress(list->viewport(), Qt::LeftButton, {}, row0);

@@ -92,13 +92,10 @@ private Q_SLOTS:
     void messageBoxLooksAsDesigned();
     void messageBoxFromWorkerThreadWaitsForAnswer();
     void balloonPointsAtCellAndClosesItself();
-    void balloonWithoutAnchorPointsAtMainWindow();
+    void balloonFromWorkerThreadPointsAtMainWindow();
     void balloonsSwitchedOff();
-    void balloonFromWorkerThread();
-    void outlookBarChoosesEnabledViewsOnly();
-    void outlookBarItemReplacesPlaceholder();
-    void progressDialogFollowsQueuedCalls();
-    void progressDialogStaysOpenOnEscape();
+    void outlookBarChoosesEnabledViewsOnlyAndReplacesPlaceholders();
+    void progressDialogFollowsQueuedCallsAndStaysOnEscape();
 };
 
 void TestWidgets::messageBoxLooksAsDesigned_data()
@@ -217,7 +214,8 @@ void TestWidgets::balloonPointsAtCellAndClosesItself()
     QVERIFY(!tip->isVisible());
 }
 
-void TestWidgets::balloonWithoutAnchorPointsAtMainWindow()
+// Shown from a worker thread, as the loading worker does, without an anchor.
+void TestWidgets::balloonFromWorkerThreadPointsAtMainWindow()
 {
     QWidget window;
     window.resize(300, 200);
@@ -225,9 +223,14 @@ void TestWidgets::balloonWithoutAnchorPointsAtMainWindow()
     QVERIFY(QTest::qWaitForWindowExposed(&window));
     QtMessageService service;
     service.setMainWindow(&window);
-    service.showBalloon(
-        { u"t"_s, u"数据库发生错误."_s, MessageService::Icon::Error, 60000, nullptr, {} });
+    runOnWorker([&service] {
+        service.showBalloon(
+            { u"t"_s, u"数据库发生错误."_s, MessageService::Icon::Error, 60000, nullptr, {} });
+    });
+    QVERIFY(service.balloonTip());
+    QCOMPARE(service.balloonTip()->thread(), qApp->thread());
     QVERIFY(service.balloonTip()->isVisible());
+    QCOMPARE(service.balloonTip()->text(), u"数据库发生错误."_s);
     QCOMPARE(service.balloonTip()->anchor(), &window);
     QCOMPARE(service.balloonTip()->tipPoint(), window.mapToGlobal(window.rect().center()));
 }
@@ -263,20 +266,7 @@ void TestWidgets::balloonsSwitchedOff()
     QVERIFY(!service.balloonTip()->isVisible());
 }
 
-void TestWidgets::balloonFromWorkerThread()
-{
-    QtMessageService service;
-    runOnWorker([&service] {
-        service.showBalloon(
-            { u"t"_s, u"from worker"_s, MessageService::Icon::Information, 60000, nullptr, {} });
-    });
-    QVERIFY(service.balloonTip());
-    QCOMPARE(service.balloonTip()->thread(), qApp->thread());
-    QVERIFY(service.balloonTip()->isVisible());
-    QCOMPARE(service.balloonTip()->text(), u"from worker"_s);
-}
-
-void TestWidgets::outlookBarChoosesEnabledViewsOnly()
+void TestWidgets::outlookBarChoosesEnabledViewsOnlyAndReplacesPlaceholders()
 {
     OutlookBar bar;
     bar.resize(150, 400);
@@ -315,7 +305,11 @@ void TestWidgets::outlookBarChoosesEnabledViewsOnly()
     QVERIFY(homeList->selectedItems().isEmpty());
 
     // Back to the first group: its item chooses again although it was its list's last choice.
-    bar.setItemEnabled(1, true);
+    // Added again under its id, an item replaces the greyed place holder.
+    bar.addItem(u"类别管理"_s, 1, u"组织"_s);
+    QCOMPARE(bar.itemIds(u"类别管理"_s).size(), 2);
+    QCOMPARE(bar.itemCaption(1), u"组织"_s);
+    QVERIFY(bar.isItemEnabled(1));
     toolBox->setCurrentIndex(0);
     const QRect homeRect = homeList->visualItemRect(homeList->item(0));
     QTest::mouseClick(homeList->viewport(), Qt::LeftButton, {}, homeRect.center());
@@ -323,19 +317,7 @@ void TestWidgets::outlookBarChoosesEnabledViewsOnly()
     QCOMPARE(spy.takeFirst().at(0).toInt(), 0);
 }
 
-void TestWidgets::outlookBarItemReplacesPlaceholder()
-{
-    OutlookBar bar;
-    bar.addItem(u"日志管理"_s, 6, u"对话记录"_s, QIcon(), false);
-    QVERIFY(!bar.isItemEnabled(6));
-    bar.addItem(u"日志管理"_s, 6, u"聊天记录"_s, QIcon(), true);
-    QCOMPARE(bar.itemIds(u"日志管理"_s), QList<int>({ 6 }));
-    QCOMPARE(bar.itemCaption(6), u"聊天记录"_s);
-    QVERIFY(bar.isItemEnabled(6));
-    QCOMPARE(bar.itemGroup(6), u"日志管理"_s);
-}
-
-void TestWidgets::progressDialogFollowsQueuedCalls()
+void TestWidgets::progressDialogFollowsQueuedCallsAndStaysOnEscape()
 {
     QWidget owner;
     owner.resize(600, 400);
@@ -361,12 +343,8 @@ void TestWidgets::progressDialogFollowsQueuedCalls()
     QCOMPARE(dialog.maximum(), 0);
     QVERIFY(bar->maximum() > bar->minimum());
     QCOMPARE(bar->value(), 0);
-}
 
-void TestWidgets::progressDialogStaysOpenOnEscape()
-{
-    CProgressDlg dialog;
-    dialog.show();
+    // Escape leaves it open.
     QVERIFY(QTest::qWaitForWindowExposed(&dialog));
     QTest::keyClick(&dialog, Qt::Key_Escape);
     QVERIFY(dialog.isVisible());

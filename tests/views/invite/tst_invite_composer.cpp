@@ -33,22 +33,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-// anna and bert have addresses (bert's the server refuses), carl none, dora
-// anna's address in capitals.
-QStringList statements()
-{
-    const QString member = u"INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, "
-                           "bPublic, Email, bSolar, bAdmin, MemberLevel, IsGuestMember) VALUES "_s;
-    return { member + u"(1,'anna','安娜','a<&>1',0,1,'anna@x.cn',1,0,0,0)"_s,
-        member + u"(2,'bert','Bert','pw2',1,1,'refuse-bert@x.cn',1,0,0,0)"_s,
-        member + u"(3,'carl','Carl','pw3',1,1,'',1,0,0,0)"_s,
-        member + u"(4,'dora','Dora','pw4',0,1,'ANNA@x.cn',1,0,0,0)"_s };
-}
-
-} // namespace
-
 class InviteComposerTest : public QObject
 {
     Q_OBJECT
@@ -68,7 +52,6 @@ private:
     MemberGridView *grid() { return view().memberGrid(false); }
     // Clicks the members' rows, the first alone, the others with Ctrl.
     void selectMembers(const QStringList &loginNames);
-    QMenu *memberPopup(const QString &loginName);
     template<typename W> W *control(const char *name)
     {
         return composer().findChild<W *>(QString::fromLatin1(name));
@@ -79,10 +62,9 @@ private:
 
 void InviteComposerTest::init()
 {
-    m_f.reset();
-    m_f = std::make_unique<LoadedFrame>();
-    QString error;
-    QVERIFY2(m_f->open(statements(), &error), qPrintable(error));
+    // anna and bert have addresses (bert's the server refuses), carl none, dora
+    // anna's address in capitals.
+    OPEN_LOADED_FRAME(m_f, sqlFile(u"invite.sql"_s));
     QVERIFY(ProfileFile(m_f->fixture.dir.iniPath())
                 .writeString(u"SettingInfo"_s, u"CaptionBarName"_s, u"维尔马"_s));
     QVERIFY(frame().showView(ViewId::Organize));
@@ -101,20 +83,6 @@ void InviteComposerTest::selectMembers(const QStringList &loginNames)
             grid()->visualRect(found.first().siblingAtColumn(1)).center());
     }
     QApplication::processEvents(); // the coalesced command enabling
-}
-
-QMenu *InviteComposerTest::memberPopup(const QString &loginName)
-{
-    QMenu *opened = nullptr;
-    auto connection = connect(&view(), &COrganizeFormView::menuAboutToOpen, this,
-        [&opened](QMenu *menu) { opened = menu; });
-    const QModelIndex index
-        = grid()->model()->match(grid()->model()->index(0, 0), Qt::DisplayRole, loginName).value(0);
-    const QPoint pos = grid()->visualRect(index.siblingAtColumn(1)).center();
-    QContextMenuEvent event(QContextMenuEvent::Mouse, pos, grid()->viewport()->mapToGlobal(pos));
-    QApplication::sendEvent(grid()->viewport(), &event);
-    disconnect(connection);
-    return opened;
 }
 
 void InviteComposerTest::handOffAndRefusal()
@@ -139,15 +107,10 @@ void InviteComposerTest::handOffAndRefusal()
     // has none; the composer opens with anna alone.
     m_f->messages().clear();
     selectMembers({ u"anna"_s, u"carl"_s, u"dora"_s });
-    QMenu *menu = memberPopup(u"dora"_s);
-    QVERIFY(menu);
-    QAction *item = nullptr;
-    for (QAction *action : menu->actions()) {
-        if (action->text() == u"登记发送邮件(设置文件)(&M)"_s)
-            item = action;
-    }
-    QVERIFY(item && item->isEnabled());
-    item->trigger();
+    const QModelIndex dora
+        = grid()->model()->match(grid()->model()->index(0, 0), Qt::DisplayRole, u"dora"_s).value(0);
+    QMenu *menu = openPopup(grid(), grid()->visualRect(dora.siblingAtColumn(1)).center());
+    QVERIFY(menu && clickMenuItem(menu, u"登记发送邮件(设置文件)(&M)"_s));
     QVERIFY(m_f->messages().balloons().isEmpty());
     QVERIFY(composer().isVisible());
     QCOMPARE(composer().recipients()->rowCount(), 1);

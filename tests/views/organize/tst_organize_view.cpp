@@ -36,40 +36,17 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// alice in Sales as 职员; bob and cara in no group; the guest gina in Forum.
-QStringList statements()
-{
-    const QString member = u"INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, "
-                           "bPublic, bSolar, bAdmin, MemberLevel, IsGuestMember) "
-                           "VALUES (%1, '%2', '%3', 'pw', %4, 1, 1, 0, 0, %5)"_s;
-    const QString group = u"INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, "
-                          "IsGuestGroup) VALUES "_s;
-    const QString relation = u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, "
-                             "IsGuestRelation) VALUES "_s;
-    return { member.arg(1).arg(u"alice"_s, u"Alice"_s).arg(1).arg(0),
-        member.arg(2).arg(u"bob"_s, u"Bob"_s).arg(1).arg(0),
-        member.arg(3).arg(u"cara"_s, u"Cara"_s).arg(0).arg(0),
-        member.arg(4).arg(u"gina"_s, u"Gina"_s).arg(0).arg(1),
-        group + u"(10, 'Sales', -1, 0, 1, 0)"_s, group + u"(20, 'HQ', -1, 1, 1, 0)"_s,
-        group + u"(50, 'Forum', -100, 0, 1, 1)"_s, relation + u"(1, 10, 1, 0, 0)"_s,
-        relation + u"(4, 50, -1, 0, 1)"_s,
-        u"INSERT INTO Rank (ORankID, RankName) VALUES (1, '职员'), (2, '经理')"_s };
-}
-
-QStringList column(const QAbstractItemModel *model, int column = 0)
+QStringList column(const QAbstractItemModel *model, const QModelIndex &parent = {})
 {
     QStringList texts;
-    for (int row = 0; row < model->rowCount(); ++row)
-        texts.append(model->index(row, column).data().toString());
+    for (int row = 0; row < model->rowCount(parent); ++row)
+        texts.append(model->index(row, 0, parent).data().toString());
     return texts;
 }
 
 QStringList nodeLabels(const QModelIndex &parent)
 {
-    QStringList texts;
-    for (int row = 0; row < parent.model()->rowCount(parent); ++row)
-        texts.append(parent.model()->index(row, 0, parent).data().toString());
-    return texts;
+    return column(parent.model(), parent);
 }
 
 } // namespace
@@ -109,10 +86,8 @@ private:
 
 void OrganizeViewTest::init()
 {
-    m_f.reset(); // the last test's window goes before the next one opens
-    m_f = std::make_unique<LoadedFrame>();
-    QString error;
-    QVERIFY2(m_f->open(statements(), &error), qPrintable(error));
+    // alice in Sales as 职员; bob and cara in no group; the guest gina in Forum.
+    OPEN_LOADED_FRAME(m_f, sqlFile(u"organize.sql"_s));
     QVERIFY(frame().showView(ViewId::Organize));
     m_f->messages().clear();
 }
@@ -145,14 +120,7 @@ void OrganizeViewTest::trigger(int commandId)
 
 QMenu *OrganizeViewTest::popup(QAbstractItemView *widget, const QModelIndex &index)
 {
-    QMenu *opened = nullptr;
-    auto connection = connect(&view(), &COrganizeFormView::menuAboutToOpen, this,
-        [&opened](QMenu *menu) { opened = menu; });
-    const QPoint pos = widget->visualRect(index).center();
-    QContextMenuEvent event(QContextMenuEvent::Mouse, pos, widget->viewport()->mapToGlobal(pos));
-    QApplication::sendEvent(widget->viewport(), &event);
-    disconnect(connection);
-    return opened;
+    return openPopup(widget, widget->visualRect(index).center());
 }
 
 QAction *OrganizeViewTest::item(QMenu *menu, const QString &text)
@@ -187,10 +155,8 @@ void OrganizeViewTest::showsBothPairs()
     QVERIFY(grid()->isColumnHidden(2) && grid()->isColumnHidden(13));
     QCOMPARE(column(grid()->model()), QStringList({ u"alice"_s, u"bob"_s, u"cara"_s, QString() }));
     QCOMPARE(column(view().memberGrid(true)->model()), QStringList({ u"gina"_s, QString() }));
-    // Row icons: alice placed male, bob unplaced male, cara unplaced female.
-    QCOMPARE(cell(u"alice"_s, 0).data(MemberListModel::IconIndexRole).toInt(), 0);
-    QCOMPARE(cell(u"bob"_s, 0).data(MemberListModel::IconIndexRole).toInt(), 2);
-    QCOMPARE(cell(u"cara"_s, 0).data(MemberListModel::IconIndexRole).toInt(), 3);
+    // Rows show their icon (which one is the member model's to test; the
+    // cell editor below shows it following an edit).
     QVERIFY(!cell(u"cara"_s, 0).data(Qt::DecorationRole).isNull());
 
     // 修改 类别 follows the selected node: the root gives nothing to rename.
@@ -339,7 +305,6 @@ void OrganizeViewTest::dragsOntoTheTrees()
     QVERIFY(dragTo(tree(), centre(group(u"HQ"_s)), members.get(), true));
     QCOMPARE(nodeLabels(group(u"HQ"_s)), QStringList({ u"Bob"_s, u"Cara"_s }));
     QVERIFY(tree()->isExpanded(group(u"HQ"_s)));
-    QCOMPARE(cell(u"cara"_s, 0).data(MemberListModel::IconIndexRole).toInt(), 1);
     QCOMPARE(grid()->model()->rowCount(), 4); // the rows stay in the grid
 
     // bob's membership dragged inside the tree moves under Sales.
@@ -362,7 +327,6 @@ void OrganizeViewTest::dragsOntoTheTrees()
     QCOMPARE(nodeLabels(tree()->tree()->rootIndex()), QStringList({ u"Sales"_s, u"HQ"_s }));
     QCOMPARE(nodeLabels(group(u"Sales"_s)), QStringList({ u"Alice"_s }));
     QCOMPARE(nodeLabels(group(u"HQ"_s)), QStringList());
-    QCOMPARE(cell(u"cara"_s, 0).data(MemberListModel::IconIndexRole).toInt(), 3);
 }
 
 void OrganizeViewTest::treeCommandsAndPopups()
@@ -428,7 +392,6 @@ void OrganizeViewTest::treeCommandsAndPopups()
     QCOMPARE(m_f->messages().boxTexts(),
         QStringList(2, u"删除分类将删除分类下所有的用户附属关系.\n\n确定要删除?"_s));
     QVERIFY(!group(u"Ops"_s).isValid());
-    QCOMPARE(cell(u"cara"_s, 0).data(MemberListModel::IconIndexRole).toInt(), 3);
     frame().undoAction()->trigger();
     QCOMPARE(nodeLabels(group(u"Ops"_s)), QStringList { u"Cara"_s });
 }

@@ -60,10 +60,7 @@ private:
 
 void PermissionViewTest::init()
 {
-    m_f.reset(); // the last test's window goes before the next one opens
-    m_f = std::make_unique<LoadedFrame>();
-    QString error;
-    QVERIFY2(m_f->open(&error), qPrintable(error));
+    OPEN_LOADED_FRAME(m_f);
     QVERIFY(m_f->frame().outlookBar()->isItemEnabled(ViewId::AccessControl));
     QVERIFY(m_f->frame().showView(ViewId::AccessControl));
     QVERIFY(view() && grid()->isVisible());
@@ -135,15 +132,9 @@ void PermissionViewTest::layoutAndDefaultRecords()
 
 void PermissionViewTest::checkBoxesAndCheckAll()
 {
-    // Instant messaging off takes file transfer with it; file transfer on
-    // brings it back.
-    click(cell(2, 2));
-    QCOMPARE(gridRows().at(1), u"bert:00000000::"_s);
-    click(cell(2, 4));
-    QCOMPARE(gridRows().at(1), u"bert:10100000::"_s);
-    QCOMPARE(journalSteps(), 2);
-
-    // A group shows its direct members only; "Check all" touches them alone.
+    // A click reaches the permission rules (instant messaging off takes file
+    // transfer with it: the undo below shows it). A group shows its direct
+    // members only; "Check all" touches them alone.
     click(cell(1, 2));
     selectGroup(10);
     QCOMPARE(view()->gridModel()->shownMembers(), QList<qint32>({ 1, 3 }));
@@ -151,7 +142,7 @@ void PermissionViewTest::checkBoxesAndCheckAll()
     click(cell(0, 4));
     QCOMPARE(cell(0, 4).data(Qt::CheckStateRole).toInt(), int(Qt::Checked));
     QCOMPARE(gridRows(), QStringList({ u"anna:11111111:v100:p100"_s, u"carl:11111110::"_s }));
-    QCOMPARE(journalSteps(), 5);
+    QCOMPARE(journalSteps(), 3);
     m_f->frame().undoAction()->trigger();
     QCOMPARE(gridRows(), QStringList({ u"anna:01011111:v100:p100"_s, u"carl:11011110::"_s }));
     selectGroup(11);
@@ -160,11 +151,11 @@ void PermissionViewTest::checkBoxesAndCheckAll()
 
 void PermissionViewTest::accountsAndPopupCommands()
 {
-    // Typing into carl's account cells; the pool follows the id.
+    // Typing into carl's account cells (how the pool follows is the editor's
+    // to test).
     typeInto(cell(3, PermissionTableModel::VoipIdColumn), u"v101"_s);
     typeInto(cell(3, PermissionTableModel::VoipPasswordColumn), u"secret"_s);
     QCOMPARE(gridRows().at(2), u"carl:11111110:v101:secret"_s);
-    QCOMPARE(m_f->frame().document().voipPool().entries().at(1).memberId, 3);
 
     // The pop-up offers the frame's commands; the assignment's result is shown.
     QMenu *menu = openPopup(grid(), grid()->visualRect(cell(2, 5)).center());
@@ -176,13 +167,11 @@ void PermissionViewTest::accountsAndPopupCommands()
     QCOMPARE(m_f->messages().boxes().constFirst().icon, MessageService::Icon::Exclamation);
     QCOMPARE(gridRows().at(1), u"bert:10100001:v102:p102"_s);
 
-    // "删除 权限" on bert's row, from the pop-up: back to the defaults, his
-    // pool account free again.
+    // "删除 权限" on bert's row, from the pop-up: back to the defaults.
     menu = openPopup(
         grid()->frozenColumnsView(), grid()->frozenColumnsView()->visualRect(cell(2, 0)).center());
     QVERIFY(menu && clickMenuItem(menu, u"删除 权限(&D)"_s));
     QCOMPARE(gridRows().at(1), u"bert:11111110::"_s);
-    QCOMPARE(m_f->frame().document().voipPool().entries().at(2).memberId, 0);
     QCOMPARE(journalSteps(), 4);
 }
 

@@ -84,10 +84,7 @@ QStringList PositionViewTest::gridRows() const
 
 void PositionViewTest::init()
 {
-    m_f.reset(); // the last test's window goes before the next one opens
-    m_f = std::make_unique<LoadedFrame>();
-    QString error;
-    QVERIFY2(m_f->open(&error), qPrintable(error));
+    OPEN_LOADED_FRAME(m_f);
     QVERIFY(m_f->frame().outlookBar()->isItemEnabled(ViewId::Position));
     QVERIFY(m_f->frame().showView(ViewId::Position));
     QVERIFY(view() && view()->isVisible());
@@ -158,12 +155,7 @@ void PositionViewTest::treePopupsAndLabelEditing()
 
 void PositionViewTest::deletionAndDefault()
 {
-    // Position 1 is never deleted, whatever the default.
-    tree()->setCurrentIndex(position(0));
-    QTest::keyClick(tree(), Qt::Key_Delete);
-    QCOMPARE(m_f->messages().boxTexts(), QStringList({ u"不能删除选择的默认的职务."_s }));
-
-    m_f->messages().clear();
+    // Which positions may go is the editor's to test; the Delete key asks first.
     m_f->messages().queueAnswer(MessageService::No);
     tree()->setCurrentIndex(position(2));
     QTest::keyClick(tree(), Qt::Key_Delete);

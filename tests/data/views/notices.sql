@@ -1,0 +1,4 @@
+-- Beside the fixture's 100 (2007) and 101 (2008): 102 in rich text with a folder and a file, newest; 103 and 104 in between.
+INSERT INTO CONTENTS (OCONTENTSID, TITLE, WRITEDATE, OMEMBERID, MEMBERID, MEMBERNAME, CONTENTS, FilePath, FileSessionID, WriteEndDate) VALUES (102,'Rich','2009-05-01 08:00:00',1,'anna','Anna','{\rtf1\ansi {\b Bold} plain###VELMAR-SEMICOLON###}','|s|t|u|docs###VELMAR-BACKSLASH###2009|v|w|plan.doc|x|','up102','')
+INSERT INTO CONTENTS (OCONTENTSID, TITLE, WRITEDATE, OMEMBERID, MEMBERID, MEMBERNAME, CONTENTS, FilePath, FileSessionID, WriteEndDate) VALUES (103,'Third','2008-06-01 10:00:00',2,'bert','Bert','three','','','')
+INSERT INTO CONTENTS (OCONTENTSID, TITLE, WRITEDATE, OMEMBERID, MEMBERID, MEMBERNAME, CONTENTS, FilePath, FileSessionID, WriteEndDate) VALUES (104,'Fourth','2008-03-01 10:00:00',2,'bert','Bert','four','','','')

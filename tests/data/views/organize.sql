@@ -1,0 +1,11 @@
+-- alice in Sales as 职员; bob and cara in no group; the guest gina in Forum.
+INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, bPublic, bSolar, bAdmin, MemberLevel, IsGuestMember) VALUES (1, 'alice', 'Alice', 'pw', 1, 1, 1, 0, 0, 0)
+INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, bPublic, bSolar, bAdmin, MemberLevel, IsGuestMember) VALUES (2, 'bob', 'Bob', 'pw', 1, 1, 1, 0, 0, 0)
+INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, bPublic, bSolar, bAdmin, MemberLevel, IsGuestMember) VALUES (3, 'cara', 'Cara', 'pw', 0, 1, 1, 0, 0, 0)
+INSERT INTO Member (OMemberID, MemberID, MemberName, Passwd, Gender, bPublic, bSolar, bAdmin, MemberLevel, IsGuestMember) VALUES (4, 'gina', 'Gina', 'pw', 0, 1, 1, 0, 0, 1)
+INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup) VALUES (10, 'Sales', -1, 0, 1, 0)
+INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup) VALUES (20, 'HQ', -1, 1, 1, 0)
+INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup) VALUES (50, 'Forum', -100, 0, 1, 1)
+INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES (1, 10, 1, 0, 0)
+INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES (4, 50, -1, 0, 1)
+INSERT INTO Rank (ORankID, RankName) VALUES (1, '职员'), (2, '经理')
