@@ -9,7 +9,6 @@
 #include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QThread>
 
 using namespace Qt::StringLiterals;
 
@@ -51,16 +50,6 @@ QString sourceFor(Backend backend)
         return u"QODBC: PostgreSQL Unicode"_s;
     }
     return {};
-}
-
-// Runs a test's body; a DbException out of it fails the test with its text.
-template<typename Body> void guarded(Body body)
-{
-    try {
-        body();
-    } catch (const DbException &e) {
-        QFAIL(e.what());
-    }
 }
 
 // Whether running sql raises as every failing statement must: Unspecified,
@@ -430,34 +419,19 @@ void TstDbConnection::connectionPerThread()
     // connection at the same time.
     constexpr int threads = 3;
     constexpr int rows = 150;
-    QAtomicInt failures = 0;
-    QList<QThread *> workers;
-    for (int t = 0; t < threads; ++t) {
-        workers.append(QThread::create([&, t] {
-            try {
-                DbConnection c = DbConnection::open(connectionString);
-                for (int i = 0; i < rows; ++i) {
-                    c.execute(u"INSERT INTO Relation (OMemberID,OGroupID,ORankID,Position, "
-                              "IsGuestRelation) VALUES  ('%1' ,'%2' ,'0','%1', 0)"_s.arg(i)
-                                  .arg(t));
-                    Recordset set
-                        = c.execute(u"SELECT COUNT(*) FROM Relation WHERE OGroupID=%1"_s.arg(t));
-                    if (set.intField(0) != i + 1)
-                        failures.fetchAndAddRelaxed(1);
-                }
-            } catch (const DbException &e) {
-                qWarning("%s", e.what());
-                failures.fetchAndAddRelaxed(1);
-            }
-        }));
-    }
-    for (QThread *worker : workers)
-        worker->start();
-    for (QThread *worker : workers) {
-        QVERIFY(worker->wait(300000));
-        delete worker;
-    }
-    QCOMPARE(failures.loadRelaxed(), 0);
+    const int failures = runThreads(threads, [&](int t) {
+        DbConnection c = DbConnection::open(connectionString);
+        bool counted = true;
+        for (int i = 0; i < rows; ++i) {
+            c.execute(u"INSERT INTO Relation (OMemberID,OGroupID,ORankID,Position, "
+                      "IsGuestRelation) VALUES  ('%1' ,'%2' ,'0','%1', 0)"_s.arg(i)
+                          .arg(t));
+            Recordset set = c.execute(u"SELECT COUNT(*) FROM Relation WHERE OGroupID=%1"_s.arg(t));
+            counted = counted && set.intField(0) == i + 1;
+        }
+        return counted;
+    });
+    QCOMPARE(failures, 0);
     QCOMPARE(db.count(u"Relation"_s), threads * rows);
     QVERIFY(QSqlDatabase::connectionNames().isEmpty());
 }

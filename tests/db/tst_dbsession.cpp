@@ -1,5 +1,4 @@
 #include "ConnectionString.h"
-#include "CRegistry.h"
 #include "DbConnection.h"
 #include "DbError.h"
 #include "DbSession.h"
@@ -16,7 +15,6 @@
 #include <QSqlDatabase>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QThread>
 
 Q_DECLARE_METATYPE(SqlDialect)
 
@@ -30,13 +28,6 @@ void captureDebug(QtMsgType type, const QMessageLogContext &, const QString &mes
 {
     if (type == QtDebugMsg)
         debugLines.append(message);
-}
-
-bool setConnectionString(RegistryHives &hives, const QString &value)
-{
-    CRegistry registry(hives, RegistryRoot::LocalMachine);
-    return registry.createKey(RegistryRoot::LocalMachine, u"SOFTWARE\\Velmar\\Services\\Database"_s)
-        && registry.writeString(u"ConnectionString"_s, value);
 }
 
 QString readAll(const QString &path)
@@ -283,7 +274,8 @@ private Q_SLOTS:
         QVERIFY(dir.writeFile(
             u"Serverinfo.ini"_s, "[ServerInfo]\r\nPort=5000\r\n[DBInfo]\r\nDBAddr=10.1.2.3\r\n"));
         // Opening this would fail with a message box: nothing may try.
-        QVERIFY(setConnectionString(dir.hives(), u"DRIVER={Velmar No Such Driver};Database=x;"_s));
+        QVERIFY(TestDatabase::storeConnectionString(
+            dir.hives(), u"DRIVER={Velmar No Such Driver};Database=x;"_s));
 
         ScriptedMessageService messages;
         const QString tracePath = dir.filePath(u"trace.sql"_s);
@@ -320,7 +312,7 @@ private Q_SLOTS:
     void connectionStringSources()
     {
         QFETCH(bool, fromHive);
-        try {
+        guarded([&] {
             TempServerDir dir;
             TestDatabase db(
                 fromHive ? TestDatabase::Backend::SqliteOdbc : TestDatabase::Backend::SqliteFile,
@@ -344,9 +336,7 @@ private Q_SLOTS:
             QCOMPARE(set.intField(u"ORankID"_s), 7);
             QCOMPARE(set.textField(u"RankName"_s), u"组长"_s);
             QVERIFY(messages.boxes().isEmpty());
-        } catch (const DbException &e) {
-            QFAIL(e.what());
-        }
+        });
     }
 
     void odbcStringsAsTheyStand()
@@ -414,7 +404,7 @@ private Q_SLOTS:
             QVERIFY(dir.writeFile(u"VelmarDB.mdb"_s, localFile));
         connectionString.replace(u"@LOCAL@"_s, dir.databasePath());
         if (!connectionString.isEmpty())
-            QVERIFY(setConnectionString(dir.hives(), connectionString));
+            QVERIFY(TestDatabase::storeConnectionString(dir.hives(), connectionString));
 
         ScriptedMessageService messages;
         DbSession session(dir.hives(), dir.iniPath(), dir.databasePath(), messages);
@@ -443,7 +433,7 @@ private Q_SLOTS:
     void traceRecordsEveryStatementInOrder_data() { TestDatabase::addBackends(); }
     void traceRecordsEveryStatementInOrder()
     {
-        try {
+        guarded([&] {
             QFETCH(TestDatabase::Backend, backend);
             QTemporaryDir folder;
             TestDatabase db(backend, folder.path());
@@ -487,9 +477,7 @@ private Q_SLOTS:
             QCOMPARE(readAll(tracePath).split(u'\n'), expected);
             QCOMPARE(db.column(u"SELECT RankName FROM Rank"_s),
                 QStringList { u"line1\r\nline2\nline3"_s });
-        } catch (const DbException &e) {
-            QFAIL(e.what());
-        }
+        });
     }
 
     void traceFromSeveralThreads()
@@ -502,32 +490,20 @@ private Q_SLOTS:
 
         constexpr int threads = 4;
         constexpr int perThread = 200;
-        QList<QThread *> workers;
-        QAtomicInt failures = 0;
-        for (int t = 0; t < threads; ++t) {
-            // Each thread opens its own connection, as the loading thread does.
-            workers.append(QThread::create([&, t] {
-                try {
-                    DbConnection connection = DbConnection::open(db.connectionString(), &trace);
-                    for (int i = 0; i < perThread; ++i)
-                        connection.execute(
-                            u"INSERT INTO Rank (ORankID,RankName) VALUES  ('%1' ,'t%2 n%3')"_s
-                                .arg(t * perThread + i)
-                                .arg(t)
-                                .arg(i));
-                } catch (const DbException &e) {
-                    qWarning("%s", e.what());
-                    failures.fetchAndAddRelaxed(1);
-                }
-            }));
-        }
-        for (QThread *worker : workers)
-            worker->start();
-        for (QThread *worker : workers) {
-            QVERIFY(worker->wait(120000));
-            delete worker;
-        }
-        QCOMPARE(failures.loadRelaxed(), 0);
+        // Each thread opens its own connection, as the loading thread does.
+        QCOMPARE(runThreads(threads,
+                     [&](int t) {
+                         DbConnection connection
+                             = DbConnection::open(db.connectionString(), &trace);
+                         for (int i = 0; i < perThread; ++i)
+                             connection.execute(
+                                 u"INSERT INTO Rank (ORankID,RankName) VALUES  ('%1' ,'t%2 n%3')"_s
+                                     .arg(t * perThread + i)
+                                     .arg(t)
+                                     .arg(i));
+                         return true;
+                     }),
+            0);
         QCOMPARE(db.count(u"Rank"_s), threads * perThread);
 
         QStringList lines = readAll(tracePath).split(u'\n');

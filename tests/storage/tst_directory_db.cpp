@@ -35,36 +35,6 @@ const QString groupInsert
 const QString relationInsert
     = u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES "_s;
 
-// A database with the anomalies the load has to live with.
-QStringList anomalousDirectory()
-{
-    return {
-        memberInsert
-            + u"(1,'anna','Anna','it###VELMAR-QUOTATION###s','pw1',1,1,'anna@x.cn','139','Road 1','010-1','010-2','1980-01-02',1,0,'hello',2,0)"_s,
-        memberInsert + u"(2,'five','Five','','pw2',0,0,'','','','','','',0,0,'',NULL,5)"_s,
-        memberInsert + u"(3,'gina','Gina','','pw3',0,1,'','','','','','',1,1,'',1,1)"_s,
-        memberInsert
-            + u"(4,'nulls',NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL)"_s,
-        memberInsert + u"(1,'anna2','Anna Again','','pw1b',1,0,'','','','','','',0,0,'',0,0)"_s,
-        groupInsert + u"(10,'Sales',-1,0,1,0)"_s,
-        groupInsert + u"(13,'Early child',14,1,1,0)"_s,
-        groupInsert + u"(11,'East',10,0,2,NULL)"_s,
-        groupInsert + u"(14,'Late parent',-1,1,2,0)"_s,
-        groupInsert + u"(12,'Orphan',999,2,2,0)"_s,
-        groupInsert + u"(50,'Forum',-100,0,1,1)"_s,
-        groupInsert + u"(51,'Lost guest',10,1,1,1)"_s,
-        relationInsert + u"(1,10,5,2,0)"_s,
-        relationInsert + u"(2,10,NULL,1,0)"_s,
-        relationInsert + u"(NULL,10,1,0,0)"_s,
-        relationInsert + u"(1,10,5,2,0)"_s,
-        relationInsert + u"(4,11,1,0,7)"_s,
-        relationInsert + u"(3,50,1,0,1)"_s,
-        relationInsert + u"(1,50,2,1,1)"_s,
-        relationInsert + u"(777,12,1,0,0)"_s,
-        relationInsert + u"(5,999,1,0,0)"_s,
-    };
-}
-
 UserInfo member(qint32 id, const QString &login, const QString &name = QString())
 {
     UserInfo info;
@@ -176,7 +146,8 @@ void TestDirectoryDb::emptyDatabase()
 void TestDirectoryDb::loadAnomalies()
 {
     VELMAR_BACKEND_DATABASE(db);
-    QVERIFY2(db.execAll(anomalousDirectory()), qPrintable(db.errorString()));
+    QVERIFY2(db.execAll(TestDatabase::statementsFrom(u"storage/anomalous-directory.sql"_s)),
+        qPrintable(db.errorString()));
     DirectoryData data;
     RecordingProgress progress;
     {
@@ -374,7 +345,8 @@ void TestDirectoryDb::statementStream()
 void TestDirectoryDb::roundTrip()
 {
     VELMAR_BACKEND_DATABASE(db);
-    QVERIFY2(db.execAll(anomalousDirectory()), qPrintable(db.errorString()));
+    QVERIFY2(db.execAll(TestDatabase::statementsFrom(u"storage/anomalous-directory.sql"_s)),
+        qPrintable(db.errorString()));
     const DirectoryData first = load(db);
     write(db, first);
     const QStringList afterFirstWrite = wholeDirectory(db);

@@ -241,36 +241,9 @@ private Q_SLOTS:
     void preview();
 };
 
-namespace {
-
-QStringList smallDatabase()
-{
-    return {
-        u"INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember) VALUES (1,'anna','Anna','a;b','pw1',0,1,'a@x','139','Road','010','020','1980-01-02',1,0,'hi',0,0)"_s,
-        u"INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember) VALUES (2,'gina','Gina','','pw2',1,0,'','','','','','',0,0,'',0,1)"_s,
-        u"INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember) VALUES (3,'gone','Gone','','pw3',1,0,'','','','','','',0,0,'',2,0)"_s,
-        u"INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup) VALUES (10,'Sales',-1,0,1,0)"_s,
-        u"INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup) VALUES (50,'Forum',-100,0,1,1)"_s,
-        u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES (1,10,1,0,0)"_s,
-        u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES (3,10,1,1,0)"_s,
-        u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES (2,50,1,0,1)"_s,
-        u"INSERT INTO Rank (ORankID, RankName) VALUES (1,'职员')"_s,
-        u"INSERT INTO AccessToken (OMemberID, MessageOn, ChatOn, FileTransferOn, TTSOn, VoiceToPhoneOn, OneToOneCallOn, SMSOn, VoipOn) VALUES (1,1,1,1,1,1,1,1,1)"_s,
-        u"INSERT INTO AccessToken (OMemberID, MessageOn, ChatOn, FileTransferOn, TTSOn, VoiceToPhoneOn, OneToOneCallOn, SMSOn, VoipOn) VALUES (3,1,1,1,1,1,1,1,0)"_s,
-        u"INSERT INTO VoipInfo (OMemberID, ID, Pass) VALUES (1,'v1','p1')"_s,
-        u"INSERT INTO VoipNumberList (VOIP_ID, VOIP_PASS, OMemberID) VALUES ('v1','p1',1)"_s,
-        u"INSERT INTO Folder (OFolderID, FolderPath) VALUES (1,'docs\\\\2007')"_s,
-        u"INSERT INTO GroupAuthority (OFolderID, OGroupID, Authority) VALUES (1,10,'W')"_s,
-        u"INSERT INTO UserAuthority (OFolderID, OMemberID, Authority) VALUES (1,1,'r')"_s,
-        u"INSERT INTO CONTENTS (OCONTENTSID, TITLE, WRITEDATE, OMEMBERID, MEMBERID, MEMBERNAME, CONTENTS, FilePath, FileSessionID, WriteEndDate) VALUES (100,'Old','2007-10-08 12:00:00',1,'anna','Anna','x','','','')"_s,
-    };
-}
-
-} // namespace
-
 void TestServerDataSave::statementOrder()
 {
-    SAVE_ENV(env, smallDatabase());
+    SAVE_ENV(env, TestDatabase::statementsFrom(u"storage/save-order.sql"_s));
     env.traceTo(u"save.sql"_s);
     // Member 3 goes with its permissions, and a notice.
     Directory &directory = *env.data.directory();
