@@ -4,9 +4,10 @@
 #include "DirectoryWriter.h"
 #include "PositionList.h"
 #include "Recordset.h"
-#include "SqlTrace.h"
+#include "ServerDataFixture.h"
 #include "TempServerDir.h"
 #include "TestDatabase.h"
+#include "TracedConnection.h"
 
 #include <algorithm>
 #include <QTest>
@@ -27,13 +28,6 @@ UserInfo standsFor(const DirectoryData &data, qint32 id)
     }
     return {};
 }
-
-const QString memberInsert
-    = u"INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember) VALUES "_s;
-const QString groupInsert
-    = u"INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup) VALUES "_s;
-const QString relationInsert
-    = u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES "_s;
 
 UserInfo member(qint32 id, const QString &login, const QString &name = QString())
 {
@@ -112,23 +106,17 @@ class TestDirectoryDb : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void emptyDatabase_data() { TestDatabase::addSqliteFileBackend(); }
     void emptyDatabase();
-    void loadAnomalies_data() { TestDatabase::addSqliteFileBackend(); }
     void loadAnomalies();
-    void nullFlagLeftoversAreReadOnce_data() { TestDatabase::addSqliteFileBackend(); }
     void nullFlagLeftoversAreReadOnce();
-    void statementStream_data() { TestDatabase::addSqliteFileBackend(); }
     void statementStream();
-    void roundTrip_data() { TestDatabase::addSqliteFileBackend(); }
     void roundTrip();
-    void positions_data() { TestDatabase::addSqliteFileBackend(); }
     void positions();
 };
 
 void TestDirectoryDb::emptyDatabase()
 {
-    VELMAR_BACKEND_DATABASE(db);
+    VELMAR_SQLITE_DATABASE(db);
     DirectoryData data;
     data.groupCounter = 99; // left from an earlier load
     RecordingProgress progress;
@@ -145,7 +133,7 @@ void TestDirectoryDb::emptyDatabase()
 
 void TestDirectoryDb::loadAnomalies()
 {
-    VELMAR_BACKEND_DATABASE(db);
+    VELMAR_SQLITE_DATABASE(db);
     QVERIFY2(db.execAll(TestDatabase::statementsFrom(u"storage/anomalous-directory.sql"_s)),
         qPrintable(db.errorString()));
     DirectoryData data;
@@ -213,18 +201,18 @@ void TestDirectoryDb::loadAnomalies()
 
 void TestDirectoryDb::nullFlagLeftoversAreReadOnce()
 {
-    VELMAR_BACKEND_DATABASE(db);
+    VELMAR_SQLITE_DATABASE(db);
     // Rows written without the partition flag (the guest-tree conversion,
     // older databases), and a NULL row beside the row an earlier save wrote.
     QVERIFY2(db.execAll({
-                 memberInsert + u"(5,'old','','','x',0,0,'','','','','','',0,0,'',NULL,NULL)"_s,
-                 memberInsert + u"(6,'keep','','','x',0,0,'','','','','','',0,0,'',NULL,NULL)"_s,
-                 memberInsert + u"(5,'new','','','x',0,0,'','','','','','',0,0,'',NULL,0)"_s,
-                 groupInsert + u"(20,'HQ',-1,0,1,NULL)"_s,
-                 groupInsert + u"(20,'HQ new',-1,3,1,0)"_s,
-                 groupInsert + u"(21,'Sub',20,0,2,NULL)"_s,
-                 relationInsert + u"(5,20,1,0,0)"_s,
-                 relationInsert + u"(6,21,1,0,NULL)"_s,
+                 MemberInsert + u"(5,'old','','','x',0,0,'','','','','','',0,0,'',NULL,NULL)"_s,
+                 MemberInsert + u"(6,'keep','','','x',0,0,'','','','','','',0,0,'',NULL,NULL)"_s,
+                 MemberInsert + u"(5,'new','','','x',0,0,'','','','','','',0,0,'',NULL,0)"_s,
+                 GroupInsert + u"(20,'HQ',-1,0,1,NULL)"_s,
+                 GroupInsert + u"(20,'HQ new',-1,3,1,0)"_s,
+                 GroupInsert + u"(21,'Sub',20,0,2,NULL)"_s,
+                 RelationInsert + u"(5,20,1,0,0)"_s,
+                 RelationInsert + u"(6,21,1,0,NULL)"_s,
              }),
         qPrintable(db.errorString()));
     const DirectoryData first = load(db);
@@ -246,8 +234,8 @@ void TestDirectoryDb::nullFlagLeftoversAreReadOnce()
 
     // What the working copy no longer holds does not come back.
     QVERIFY(db.execAll({
-        memberInsert + u"(7,'gone','','','x',0,0,'','','','','','',0,0,'',NULL,NULL)"_s,
-        groupInsert + u"(22,'Gone sub',21,0,3,NULL)"_s,
+        MemberInsert + u"(7,'gone','','','x',0,0,'','','','','','',0,0,'',NULL,NULL)"_s,
+        GroupInsert + u"(22,'Gone sub',21,0,3,NULL)"_s,
     }));
     const DirectoryData small = smallDirectory();
     write(db, small, { 7 });
@@ -261,22 +249,17 @@ void TestDirectoryDb::nullFlagLeftoversAreReadOnce()
 
 void TestDirectoryDb::statementStream()
 {
-    VELMAR_BACKEND_DATABASE(db);
-    const QString tracePath = dir.filePath(u"trace.sql"_s);
-    {
-        SqlTrace trace(tracePath);
-        QVERIFY(trace.isOpen());
-        DbConnection connection = DbConnection::open(db.connectionString(), &trace);
-        DirectoryWriter::writeDeletedMembers(connection, { 8 });
-        DirectoryWriter::writeDirectory(connection, DirectoryContent::of(smallDirectory()));
-    }
+    VELMAR_SQLITE_DATABASE(db);
+    TracedConnection writing(db, dir.filePath(u"save.sql"_s));
+    DirectoryWriter::writeDeletedMembers(writing.connection(), { 8 });
+    DirectoryWriter::writeDirectory(writing.connection(), DirectoryContent::of(smallDirectory()));
     const QString groupRow
         = u"INSERT INTO [Group] (OGroupID,GroupName,OGroupID_P,Position,Depth, IsGuestGroup) VALUES  "_s;
     const QString memberRow
         = u"INSERT INTO Member (OMemberID,MemberID,MemberName, MemberNickname, Passwd,Gender,bPublic,Email,HP,Address,HomePhone,OfficePhone,BirthDay,Description,bSolar,bAdmin, IsGuestMember) VALUES  "_s;
     const QString relationRow
         = u"INSERT INTO Relation (OMemberID,OGroupID,ORankID,Position, IsGuestRelation) VALUES  "_s;
-    QCOMPARE(readTrace(tracePath),
+    QCOMPARE(writing.statements(),
         QStringList({
             u"DELETE FROM Relation WHERE OGroupID = 8 "_s,
             u"DELETE FROM VoipInfo WHERE OMemberID = 8"_s,
@@ -317,14 +300,10 @@ void TestDirectoryDb::statementStream()
             u"UPDATE MEMBER SET MemberLevel = 1 \t\t\t\t\t\t\twhere OmemberID = 4"_s,
         }));
 
-    const QString loadTracePath = dir.filePath(u"load.sql"_s);
-    {
-        SqlTrace trace(loadTracePath);
-        DbConnection connection = DbConnection::open(db.connectionString(), &trace);
-        DirectoryData data;
-        DirectoryLoader::load(connection, data);
-    }
-    QCOMPARE(readTrace(loadTracePath),
+    TracedConnection reading(db, dir.filePath(u"load.sql"_s));
+    DirectoryData data;
+    DirectoryLoader::load(reading.connection(), data);
+    QCOMPARE(reading.statements(),
         QStringList({
             u"SELECT COUNT(*) FROM Member"_s,
             u"Update Member Set IsGuestMember = 0 WHERE IsGuestMember <> 0 AND IsGuestMember <> 1"_s,
@@ -344,7 +323,7 @@ void TestDirectoryDb::statementStream()
 
 void TestDirectoryDb::roundTrip()
 {
-    VELMAR_BACKEND_DATABASE(db);
+    VELMAR_SQLITE_DATABASE(db);
     QVERIFY2(db.execAll(TestDatabase::statementsFrom(u"storage/anomalous-directory.sql"_s)),
         qPrintable(db.errorString()));
     const DirectoryData first = load(db);
@@ -361,7 +340,7 @@ void TestDirectoryDb::roundTrip()
 
 void TestDirectoryDb::positions()
 {
-    VELMAR_BACKEND_DATABASE(db);
+    VELMAR_SQLITE_DATABASE(db);
     QVERIFY(db.execAll({ u"INSERT INTO Rank (ORankID, RankName) VALUES (3, '主任')"_s,
         u"INSERT INTO Rank (ORankID, RankName) VALUES (1, '职员')"_s,
         u"INSERT INTO Rank (ORankID, RankName) VALUES (2, NULL)"_s }));

@@ -47,21 +47,18 @@ namespace {
 class SaveEnv
 {
 public:
-    bool setUp(TestDatabase::Backend backend, const QStringList &statements, QString *error)
+    bool setUp(TestDatabase::Backend backend, const QStringList &statements)
     {
         db = std::make_unique<TestDatabase>(backend, dir.programDir());
         if (!db->isValid() || !db->writeConnectionString(dir.hives()) || !db->execAll(statements)) {
-            *error = db->errorString();
+            error = db->errorString();
             return false;
         }
         ServerDataLoader::Result result;
         ServerDataSet set = readBack(dir, &result);
-        if (!result.ok()) {
-            *error = result.error.formatted();
-            return false;
-        }
+        error = result.error.formatted();
         data.adopt(std::move(set), CVelmarManagerDoc::LoadState::Complete);
-        return listeners.bind(error);
+        return result.ok() && listeners.bind(&error);
     }
 
     void traceTo(const QString &name)
@@ -125,6 +122,7 @@ public:
     NotificationListeners listeners;
     QList<int> pauses;
     QStringList portsAtPause;
+    QString error; // why setUp failed
 };
 
 // One statement of each step: the runner sends a step's statements alike,
@@ -194,13 +192,15 @@ bool fixPoison(SaveEnv &env, Poison poison)
 Q_DECLARE_METATYPE(Poison)
 Q_DECLARE_METATYPE(ServerDataSaver::Step)
 
+// On the row's backend; SQLITE_SAVE_ENV on the SQLite file, for what does not
+// differ between backends.
 #define SAVE_ENV(env, statements)                                                                  \
     QFETCH(TestDatabase::Backend, backend);                                                        \
     SaveEnv env;                                                                                   \
-    {                                                                                              \
-        QString setUpError;                                                                        \
-        QVERIFY2(env.setUp(backend, statements, &setUpError), qPrintable(setUpError));             \
-    }
+    QVERIFY2(env.setUp(backend, statements), qPrintable(env.error))
+#define SQLITE_SAVE_ENV(env, statements)                                                           \
+    SaveEnv env;                                                                                   \
+    QVERIFY2(env.setUp(TestDatabase::Backend::SqliteFile, statements), qPrintable(env.error))
 
 // The save command against every backend, with real listeners for the
 // notification ports.
@@ -219,15 +219,12 @@ private Q_SLOTS:
     void notifications();
     void failingStatement_data();
     void failingStatement();
-    void unsafeTexts_data() { TestDatabase::addSqliteFileBackend(); }
     void unsafeTexts();
     void unsafeReason_data();
     void unsafeReason();
-    void journal_data() { TestDatabase::addSqliteFileBackend(); }
     void journal();
     void journalNotWritable_data();
     void journalNotWritable();
-    void noticeDeleteFailure_data() { TestDatabase::addSqliteFileBackend(); }
     void noticeDeleteFailure();
     void saveOnClose_data();
     void saveOnClose();
@@ -235,7 +232,6 @@ private Q_SLOTS:
     void lockedDatabase();
     void concurrentChange_data();
     void concurrentChange();
-    void saveLock_data() { TestDatabase::addSqliteFileBackend(); }
     void saveLock();
     void preview_data() { TestDatabase::addBackends(); }
     void preview();
@@ -305,20 +301,18 @@ void TestServerDataSave::statementOrder()
 
 void TestServerDataSave::refusals_data()
 {
-    QTest::addColumn<TestDatabase::Backend>("backend");
     QTest::addColumn<int>("answer"); // to "确定要保存?", 0: confirmed beforehand
     QTest::addColumn<int>("emptyField"); // -1 none, else the member column emptied
     QTest::addColumn<bool>("guest");
     QTest::addColumn<ServerDataSaver::Outcome>("outcome");
     QTest::addColumn<QString>("balloon");
-    const auto backend = TestDatabase::Backend::SqliteFile;
-    QTest::newRow("declined") << backend << int(MessageService::No) << -1 << false
+    QTest::newRow("declined") << int(MessageService::No) << -1 << false
                               << ServerDataSaver::Outcome::Declined << QString();
     QTest::newRow("regular member without password")
-        << backend << int(MessageService::Yes) << int(MemberListModel::PasswordColumn) << false
+        << int(MessageService::Yes) << int(MemberListModel::PasswordColumn) << false
         << ServerDataSaver::Outcome::MemberMissing << u"用户ID和密码为空."_s;
     QTest::newRow("guest member without password")
-        << backend << 0 << int(MemberListModel::PasswordColumn) << true
+        << 0 << int(MemberListModel::PasswordColumn) << true
         << ServerDataSaver::Outcome::MemberMissing << u"用户ID和密码为空."_s;
 }
 
@@ -329,7 +323,7 @@ void TestServerDataSave::refusals()
     QFETCH(bool, guest);
     QFETCH(ServerDataSaver::Outcome, outcome);
     QFETCH(QString, balloon);
-    SAVE_ENV(env, populatedDatabase());
+    SQLITE_SAVE_ENV(env, populatedDatabase());
     env.traceTo(u"save.sql"_s);
     const QStringList before = dumpDataSet(readBack(env.dir));
     QVERIFY(env.data.editor().deleteMembers(false, { 0 }).ok());
@@ -362,22 +356,20 @@ void TestServerDataSave::refusals()
 
 void TestServerDataSave::versionBump_data()
 {
-    QTest::addColumn<TestDatabase::Backend>("backend");
     QTest::addColumn<QString>("stored"); // empty: no value
     QTest::addColumn<QString>("written");
-    const auto backend = TestDatabase::Backend::SqliteFile;
-    QTest::newRow("absent") << backend << QString() << u"0001"_s;
-    QTest::newRow("0042") << backend << u"0042"_s << u"0043"_s;
-    QTest::newRow("9999 wraps") << backend << u"9999"_s << u"0001"_s;
-    QTest::newRow("not a number") << backend << u"abc"_s << u"0001"_s;
-    QTest::newRow("leading digits") << backend << u"12abc"_s << u"0013"_s;
+    QTest::newRow("absent") << QString() << u"0001"_s;
+    QTest::newRow("0042") << u"0042"_s << u"0043"_s;
+    QTest::newRow("9999 wraps") << u"9999"_s << u"0001"_s;
+    QTest::newRow("not a number") << u"abc"_s << u"0001"_s;
+    QTest::newRow("leading digits") << u"12abc"_s << u"0013"_s;
 }
 
 void TestServerDataSave::versionBump()
 {
     QFETCH(QString, stored);
     QFETCH(QString, written);
-    SAVE_ENV(env, {});
+    SQLITE_SAVE_ENV(env, {});
     QVERIFY(env.dir.writeFile(u"Serverinfo.ini"_s,
         "[ServerInfo]\r\nDefaultPositionID=1\r\n[GroupInfo]\r\n"
             + (stored.isEmpty() ? QByteArray() : "Version=" + stored.toUtf8() + "\r\n")
@@ -395,17 +387,13 @@ void TestServerDataSave::versionBump()
 
 void TestServerDataSave::notifications_data()
 {
-    QTest::addColumn<TestDatabase::Backend>("backend");
     QTest::addColumn<QString>("useDist"); // empty: no value
     QTest::addColumn<QStringList>("atPause");
     QTest::addColumn<QList<int>>("pauses");
-    const auto backend = TestDatabase::Backend::SqliteFile;
-    QTest::newRow("UseDist absent") << backend << QString() << QStringList() << QList<int>();
-    QTest::newRow("UseDist 0") << backend << u"0"_s << QStringList() << QList<int>();
-    QTest::newRow("UseDist 1") << backend << u"1"_s << QStringList { u"55051"_s }
-                               << QList<int> { 3000 };
-    QTest::newRow("UseDist 2") << backend << u"2"_s << QStringList { u"55051"_s }
-                               << QList<int> { 3000 };
+    QTest::newRow("UseDist absent") << QString() << QStringList() << QList<int>();
+    QTest::newRow("UseDist 0") << u"0"_s << QStringList() << QList<int>();
+    QTest::newRow("UseDist 1") << u"1"_s << QStringList { u"55051"_s } << QList<int> { 3000 };
+    QTest::newRow("UseDist 2") << u"2"_s << QStringList { u"55051"_s } << QList<int> { 3000 };
 }
 
 void TestServerDataSave::notifications()
@@ -413,7 +401,7 @@ void TestServerDataSave::notifications()
     QFETCH(QString, useDist);
     QFETCH(QStringList, atPause);
     QFETCH(QList<int>, pauses);
-    SAVE_ENV(env, populatedDatabase());
+    SQLITE_SAVE_ENV(env, populatedDatabase());
     if (!useDist.isEmpty())
         ProfileFile(env.dir.iniPath()).writeString(u"ServerInfo"_s, u"UseDist"_s, useDist);
     QVERIFY(env.save(true).ok());
@@ -515,7 +503,7 @@ void TestServerDataSave::failingStatement()
 
 void TestServerDataSave::unsafeTexts()
 {
-    SAVE_ENV(env, populatedDatabase());
+    SQLITE_SAVE_ENV(env, populatedDatabase());
     env.traceTo(u"unsafe.trace"_s);
     Directory &directory = *env.data.directory();
     DirectoryEditor &editor = env.data.editor();
@@ -605,7 +593,7 @@ void TestServerDataSave::unsafeReason()
 
 void TestServerDataSave::journal()
 {
-    SAVE_ENV(env, populatedDatabase());
+    SQLITE_SAVE_ENV(env, populatedDatabase());
     env.traceTo(u"journal.trace"_s);
     ProfileFile(env.dir.iniPath()).writeString(u"ServerInfo"_s, u"UseDist"_s, u"1"_s);
     ProfileFile(env.dir.iniPath()).writeString(u"GroupInfo"_s, u"Version"_s, u"0041"_s);
@@ -688,11 +676,9 @@ void TestServerDataSave::journal()
 
 void TestServerDataSave::journalNotWritable_data()
 {
-    QTest::addColumn<TestDatabase::Backend>("backend");
     QTest::addColumn<bool>("readOnlyFolder"); // else: a folder stands where the journal goes
-    const auto backend = TestDatabase::Backend::SqliteFile;
-    QTest::newRow("folder in the journal's place") << backend << false;
-    QTest::newRow("read-only server folder") << backend << true;
+    QTest::newRow("folder in the journal's place") << false;
+    QTest::newRow("read-only server folder") << true;
 }
 
 void TestServerDataSave::journalNotWritable()
@@ -700,7 +686,7 @@ void TestServerDataSave::journalNotWritable()
     QFETCH(bool, readOnlyFolder);
     if (readOnlyFolder && ::geteuid() == 0)
         QSKIP("root writes into read-only folders; the other row covers the refusal");
-    SAVE_ENV(env, populatedDatabase());
+    SQLITE_SAVE_ENV(env, populatedDatabase());
     env.traceTo(u"readonly.trace"_s);
     env.data.editor().addGroup(false, env.data.directory()->treeData(false).root(), u"New"_s);
     const QStringList before = dumpDataSet(readBack(env.dir));
@@ -726,7 +712,7 @@ void TestServerDataSave::journalNotWritable()
 
 void TestServerDataSave::noticeDeleteFailure()
 {
-    SAVE_ENV(env,
+    SQLITE_SAVE_ENV(env,
         populatedDatabase()
             << u"UPDATE CONTENTS SET FileSessionID = 'sess0' WHERE OCONTENTSID = 100"_s);
     // The first notice cannot be deleted; the second one can.
@@ -761,19 +747,16 @@ void TestServerDataSave::noticeDeleteFailure()
 
 void TestServerDataSave::saveOnClose_data()
 {
-    QTest::addColumn<TestDatabase::Backend>("backend");
     QTest::addColumn<bool>("modified");
     QTest::addColumn<int>("answer");
     QTest::addColumn<bool>("breakSave");
     QTest::addColumn<bool>("closes");
     QTest::addColumn<bool>("written");
-    const auto b = TestDatabase::Backend::SqliteFile;
-    QTest::newRow("unmodified") << b << false << 0 << false << true << false;
-    QTest::newRow("cancel") << b << true << int(MessageService::Cancel) << false << false << false;
-    QTest::newRow("no") << b << true << int(MessageService::No) << false << true << false;
-    QTest::newRow("yes") << b << true << int(MessageService::Yes) << false << true << true;
-    QTest::newRow("yes, save fails")
-        << b << true << int(MessageService::Yes) << true << false << false;
+    QTest::newRow("unmodified") << false << 0 << false << true << false;
+    QTest::newRow("cancel") << true << int(MessageService::Cancel) << false << false << false;
+    QTest::newRow("no") << true << int(MessageService::No) << false << true << false;
+    QTest::newRow("yes") << true << int(MessageService::Yes) << false << true << true;
+    QTest::newRow("yes, save fails") << true << int(MessageService::Yes) << true << false << false;
 }
 
 void TestServerDataSave::saveOnClose()
@@ -783,7 +766,7 @@ void TestServerDataSave::saveOnClose()
     QFETCH(bool, breakSave);
     QFETCH(bool, closes);
     QFETCH(bool, written);
-    SAVE_ENV(env, populatedDatabase());
+    SQLITE_SAVE_ENV(env, populatedDatabase());
     QString error;
     if (breakSave)
         QVERIFY2(createPoisonTrigger(*env.db, u"INSERT"_s, u"\"Group\""_s, {}, &error),
@@ -813,30 +796,14 @@ void TestServerDataSave::lockedDatabase()
 {
     SAVE_ENV(env, populatedDatabase());
     const bool postgres = backend == TestDatabase::Backend::PostgresOdbc;
-    if (backend == TestDatabase::Backend::SqliteOdbc) {
-        // The driver's own lock wait (100 s unless the string names one).
-        CRegistry key(env.dir.hives(), RegistryRoot::LocalMachine);
-        QVERIFY(
-            key.createKey(RegistryRoot::LocalMachine, u"SOFTWARE\\Velmar\\Services\\Database"_s));
-        QVERIFY(key.writeString(
-            u"ConnectionString"_s, env.db->connectionString() + u"Timeout=3000;"_s));
-    }
-    if (postgres)
-        QVERIFY(env.db->exec(
-            u"ALTER DATABASE "_s + env.db->databaseName() + u" SET lock_timeout = '1s'"_s));
+    QVERIFY2(env.db->shortenLockWait(env.dir.hives()), qPrintable(env.db->errorString()));
     env.data.editor().addGroup(false, env.data.directory()->treeData(false).root(), u"New"_s);
     const QStringList memory = dumpServerData(env.data);
     const QStringList database = dumpDataSet(readBack(env.dir));
 
     {
         // A second connection holds a write lock on the database.
-        DbConnection holder = env.db->connect();
-        if (postgres) {
-            holder.execute(u"BEGIN"_s);
-            holder.execute(u"LOCK TABLE [Group] IN ACCESS EXCLUSIVE MODE"_s);
-        } else {
-            holder.execute(u"BEGIN EXCLUSIVE"_s);
-        }
+        DbConnection holder = env.db->holdWriteLock(u"[Group]"_s);
         const ServerDataSaver::Result failed = env.save(true);
         QCOMPARE(failed.outcome, ServerDataSaver::Outcome::DatabaseError);
         // PostgreSQL's table lock stops the concurrent-change check's read
@@ -926,7 +893,7 @@ void TestServerDataSave::concurrentChange()
 
 void TestServerDataSave::saveLock()
 {
-    SAVE_ENV(env, populatedDatabase());
+    SQLITE_SAVE_ENV(env, populatedDatabase());
     env.traceTo(u"lock.trace"_s);
     env.data.editor().addGroup(false, env.data.directory()->treeData(false).root(), u"New"_s);
     const QStringList before = dumpDataSet(readBack(env.dir));
