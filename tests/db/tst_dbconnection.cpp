@@ -2,9 +2,11 @@
 #include "DbError.h"
 #include "Recordset.h"
 #include "SchemaInstaller.h"
+#include "SqlTrace.h"
 #include "TestDatabase.h"
 
 #include <QFile>
+#include <QRegularExpression>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QTemporaryDir>
@@ -416,11 +418,13 @@ void TstDbConnection::connectionPerThread()
     VELMAR_BACKEND_DATABASE(db);
     const QString connectionString = db.connectionString();
     // The loading thread and the user-interface thread each use their own
-    // connection at the same time.
+    // connection at the same time, both writing to the one trace.
+    const QString tracePath = dir.filePath(u"trace.sql"_s);
+    SqlTrace trace(tracePath);
     constexpr int threads = 3;
     constexpr int rows = 150;
     const int failures = runThreads(threads, [&](int t) {
-        DbConnection c = DbConnection::open(connectionString);
+        DbConnection c = DbConnection::open(connectionString, &trace);
         bool counted = true;
         for (int i = 0; i < rows; ++i) {
             c.execute(u"INSERT INTO Relation (OMemberID,OGroupID,ORankID,Position, "
@@ -434,6 +438,19 @@ void TstDbConnection::connectionPerThread()
     QCOMPARE(failures, 0);
     QCOMPARE(db.count(u"Relation"_s), threads * rows);
     QVERIFY(QSqlDatabase::connectionNames().isEmpty());
+
+    // The trace holds whole lines, each thread's statements in its own order.
+    const QStringList lines = SqlTrace::readStatements(tracePath, nullptr);
+    QCOMPARE(lines.size(), threads * rows * 2);
+    static const QRegularExpression statement(
+        u"^(?:INSERT .* VALUES  \\('(\\d+)' ,'(\\d+)' ,'0','\\1', 0\\)|SELECT .*=\\d+)$"_s);
+    QList<int> next(threads, 0);
+    for (const QString &line : lines) {
+        const QRegularExpressionMatch match = statement.match(line);
+        QVERIFY2(match.hasMatch(), qPrintable(line));
+        if (match.hasCaptured(1))
+            QCOMPARE(match.captured(1).toInt(), next[match.captured(2).toInt()]++);
+    }
 }
 
 namespace {

@@ -480,47 +480,6 @@ private Q_SLOTS:
         });
     }
 
-    void traceFromSeveralThreads()
-    {
-        QTemporaryDir folder;
-        TestDatabase db(TestDatabase::Backend::SqliteFile, folder.path());
-        QVERIFY2(db.isValid(), qPrintable(db.errorString()));
-        const QString tracePath = folder.filePath(u"sql-trace.txt"_s);
-        SqlTrace trace(tracePath);
-
-        constexpr int threads = 4;
-        constexpr int perThread = 200;
-        // Each thread opens its own connection, as the loading thread does.
-        QCOMPARE(runThreads(threads,
-                     [&](int t) {
-                         DbConnection connection
-                             = DbConnection::open(db.connectionString(), &trace);
-                         for (int i = 0; i < perThread; ++i)
-                             connection.execute(
-                                 u"INSERT INTO Rank (ORankID,RankName) VALUES  ('%1' ,'t%2 n%3')"_s
-                                     .arg(t * perThread + i)
-                                     .arg(t)
-                                     .arg(i));
-                         return true;
-                     }),
-            0);
-        QCOMPARE(db.count(u"Rank"_s), threads * perThread);
-
-        QStringList lines = readAll(tracePath).split(u'\n');
-        QCOMPARE(lines.takeLast(), QString());
-        QCOMPARE(lines.size(), threads * perThread);
-        // Whole lines, and each thread's statements in its own order.
-        QList<int> next(threads, 0);
-        for (const QString &line : std::as_const(lines)) {
-            const qsizetype at = line.indexOf(u",'t"_s);
-            QVERIFY2(at > 0 && line.endsWith(u"')"_s), qPrintable(line));
-            const QStringList parts = line.mid(at + 3, line.size() - at - 5).split(u" n"_s);
-            QCOMPARE(parts.size(), 2);
-            const int t = parts.at(0).toInt();
-            QCOMPARE(parts.at(1).toInt(), next[t]++);
-        }
-    }
-
 private:
     QTemporaryDir m_odbcFolder;
 };
