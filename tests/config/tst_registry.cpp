@@ -156,25 +156,6 @@ private Q_SLOTS:
         QCOMPARE(value, fits ? stored : u"unchanged"_s);
     }
 
-    void readOnlyReaderFailures()
-    {
-        CRegistry registry(dir->hives(), RegistryRoot::LocalMachine);
-        QVERIFY(registry.createKey(RegistryRoot::LocalMachine, DatabaseKey));
-        QVERIFY(registry.writeNumber(u"Number"_s, 1));
-
-        QString value = u"unchanged"_s;
-        // A missing key, a missing value, a number, the other hive.
-        const QList<std::tuple<RegistryRoot, QString, QString>> failing {
-            { RegistryRoot::LocalMachine, u"SOFTWARE\\Nothing"_s, u"ConnectionString"_s },
-            { RegistryRoot::LocalMachine, DatabaseKey, u"ConnectionString"_s },
-            { RegistryRoot::LocalMachine, DatabaseKey, u"Number"_s },
-            { RegistryRoot::CurrentUser, DatabaseKey, u"Number"_s }
-        };
-        for (const auto &[root, key, name] : failing)
-            QCOMPARE(readRegistryString(dir->hives(), root, key, name, value), -1);
-        QCOMPARE(value, u"unchanged"_s);
-    }
-
     void failedReadsKeepOutValue()
     {
         CRegistry registry(dir->hives(), RegistryRoot::CurrentUser);
@@ -201,6 +182,15 @@ private Q_SLOTS:
         QCOMPARE(registry.lastResult(), RegistryStatus::UnsupportedType);
         QVERIFY(!registry.readString(u"Missing"_s, value));
         QCOMPARE(registry.lastResult(), RegistryStatus::FileNotFound);
+        // The read-only reader: a missing key, a missing value, a number, the other hive.
+        const QList<std::tuple<RegistryRoot, QString, QString>> failing {
+            { RegistryRoot::CurrentUser, u"Software\\Nothing"_s, u"Short"_s },
+            { RegistryRoot::CurrentUser, ManagerKey, u"Missing"_s },
+            { RegistryRoot::CurrentUser, ManagerKey, u"BalloonHelp"_s },
+            { RegistryRoot::LocalMachine, ManagerKey, u"Short"_s }
+        };
+        for (const auto &[root, key, name] : failing)
+            QCOMPARE(readRegistryString(dir->hives(), root, key, name, value), -1);
         QCOMPARE(value, u"unchanged"_s);
 
         // A quiet write leaves the record of the last call alone.
@@ -273,7 +263,7 @@ private Q_SLOTS:
         QCOMPARE(file.toLower().count("connectionstring"), 1);
     }
 
-    void keyNames()
+    void keyNamesAndDeletion()
     {
         RegistryHive &hive = dir->hives().hive(RegistryRoot::CurrentUser);
         const QString longest(255, u'k');
@@ -288,11 +278,8 @@ private Q_SLOTS:
             RegistryStatus::InvalidParameter);
         // A trailing backslash names the same key.
         QCOMPARE(hive.keyExists(u"Software\\"_s), RegistryStatus::Success);
-    }
 
-    void deleteValueAndKey()
-    {
-        RegistryHive &hive = dir->hives().hive(RegistryRoot::CurrentUser);
+        // Deleting, names matched without case; a key goes with its sub-keys.
         QCOMPARE(hive.createKey(u"Software\\Velmar\\A\\B"_s, false), RegistryStatus::Success);
         QCOMPARE(
             hive.setValue(u"Software\\Velmar\\A"_s, u"X"_s, number(1)), RegistryStatus::Success);
