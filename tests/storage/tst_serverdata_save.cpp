@@ -67,7 +67,7 @@ public:
         trace = std::make_unique<SqlTrace>(tracePath);
     }
 
-    ServerDataSaver::Result save(bool confirmed)
+    template<typename Use> auto withSaver(Use use)
     {
         DbSession session(dir.hives(), dir.iniPath(), dir.databasePath(), messages, trace.get());
         ServerDataSaver saver(
@@ -78,16 +78,17 @@ public:
         });
         saver.setConflictPolicy(policy);
         saver.setLockWait(lockWait);
-        return saver.save(confirmed);
+        return use(saver);
+    }
+
+    ServerDataSaver::Result save(bool confirmed)
+    {
+        return withSaver([&](ServerDataSaver &saver) { return saver.save(confirmed); });
     }
 
     bool saveOnClose()
     {
-        DbSession session(dir.hives(), dir.iniPath(), dir.databasePath(), messages, trace.get());
-        ServerDataSaver saver(
-            data, session, messages, dir.iniPath(), dir.hives(), dir.programDir());
-        saver.setPause([](int) {});
-        return saver.saveOnClose();
+        return withSaver([](ServerDataSaver &saver) { return saver.saveOnClose(); });
     }
 
     QString journalPath() const { return SaveJournal::pathFor(dir.iniPath()); }
@@ -213,10 +214,8 @@ private Q_SLOTS:
     void statementOrder();
     void refusals_data();
     void refusals();
-    void versionBump_data();
-    void versionBump();
-    void notifications_data();
-    void notifications();
+    void versionAndNotifications_data();
+    void versionAndNotifications();
     void failingStatement_data();
     void failingStatement();
     void unsafeTexts();
@@ -352,24 +351,32 @@ void TestServerDataSave::refusals()
     QCOMPARE(env.data.deletedMemberIds().size(), 1);
 }
 
-void TestServerDataSave::versionBump_data()
+// What a save does with Serverinfo.ini (the version it bumps, the rest kept)
+// and whom it tells: the server, and the distribution server when UseDist is set.
+void TestServerDataSave::versionAndNotifications_data()
 {
     QTest::addColumn<QString>("stored"); // empty: no value
     QTest::addColumn<QString>("written");
-    QTest::newRow("absent") << QString() << u"0001"_s;
-    QTest::newRow("0042") << u"0042"_s << u"0043"_s;
-    QTest::newRow("9999 wraps") << u"9999"_s << u"0001"_s;
-    QTest::newRow("not a number") << u"abc"_s << u"0001"_s;
-    QTest::newRow("leading digits") << u"12abc"_s << u"0013"_s;
+    QTest::addColumn<QString>("useDist"); // empty: no value
+    QTest::addColumn<bool>("distribution");
+    QTest::newRow("absent") << QString() << u"0001"_s << QString() << false;
+    QTest::newRow("0042, UseDist 0") << u"0042"_s << u"0043"_s << u"0"_s << false;
+    QTest::newRow("9999 wraps, UseDist 1") << u"9999"_s << u"0001"_s << u"1"_s << true;
+    QTest::newRow("not a number, UseDist 2") << u"abc"_s << u"0001"_s << u"2"_s << true;
+    QTest::newRow("leading digits") << u"12abc"_s << u"0013"_s << QString() << false;
 }
 
-void TestServerDataSave::versionBump()
+void TestServerDataSave::versionAndNotifications()
 {
     QFETCH(QString, stored);
     QFETCH(QString, written);
-    SQLITE_SAVE_ENV(env, {});
+    QFETCH(QString, useDist);
+    QFETCH(bool, distribution);
+    SQLITE_SAVE_ENV(env, populatedDatabase());
     QVERIFY(env.dir.writeFile(u"Serverinfo.ini"_s,
-        "[ServerInfo]\r\nDefaultPositionID=1\r\n[GroupInfo]\r\n"
+        "[ServerInfo]\r\nDefaultPositionID=1\r\n"
+            + (useDist.isEmpty() ? QByteArray() : "UseDist=" + useDist.toUtf8() + "\r\n")
+            + "[GroupInfo]\r\n"
             + (stored.isEmpty() ? QByteArray() : "Version=" + stored.toUtf8() + "\r\n")
             + "[Other]\r\nKey=kept\r\n"));
     // The file was written by hand after the load, not by another save.
@@ -381,31 +388,9 @@ void TestServerDataSave::versionBump()
     ProfileFile profile(env.dir.iniPath());
     QCOMPARE(profile.readString(u"Other"_s, u"Key"_s, {}, 128), u"kept"_s);
     QCOMPARE(profile.readString(u"ServerInfo"_s, u"DefaultPositionID"_s, {}, 128), u"1"_s);
-}
-
-void TestServerDataSave::notifications_data()
-{
-    QTest::addColumn<QString>("useDist"); // empty: no value
-    QTest::addColumn<QStringList>("atPause");
-    QTest::addColumn<QList<int>>("pauses");
-    QTest::newRow("UseDist absent") << QString() << QStringList() << QList<int>();
-    QTest::newRow("UseDist 0") << u"0"_s << QStringList() << QList<int>();
-    QTest::newRow("UseDist 1") << u"1"_s << QStringList { u"55051"_s } << QList<int> { 3000 };
-    QTest::newRow("UseDist 2") << u"2"_s << QStringList { u"55051"_s } << QList<int> { 3000 };
-}
-
-void TestServerDataSave::notifications()
-{
-    QFETCH(QString, useDist);
-    QFETCH(QStringList, atPause);
-    QFETCH(QList<int>, pauses);
-    SQLITE_SAVE_ENV(env, populatedDatabase());
-    if (!useDist.isEmpty())
-        ProfileFile(env.dir.iniPath()).writeString(u"ServerInfo"_s, u"UseDist"_s, useDist);
-    QVERIFY(env.save(true).ok());
     // 55051 has its datagram before the pause, 55052 only after it.
-    QCOMPARE(env.pauses, pauses);
-    QCOMPARE(env.portsAtPause, atPause);
+    QCOMPARE(env.pauses, distribution ? QList<int> { 3000 } : QList<int>());
+    QCOMPARE(env.portsAtPause, distribution ? QStringList { u"55051"_s } : QStringList());
     QCOMPARE(env.listeners.drain(), QStringList { u"55052"_s });
     QVERIFY(env.messages.boxes().isEmpty());
 }
