@@ -233,15 +233,6 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(dir->hives().hive(RegistryRoot::CurrentUser).filePath()));
     }
 
-    void newObjectStandsOnTheRoot()
-    {
-        CRegistry registry(dir->hives(), RegistryRoot::CurrentUser);
-        QVERIFY(registry.isOpen());
-        QVERIFY(registry.writeString(u"AtRoot"_s, u"1"_s));
-        QVERIFY(fileBytes(dir->hives().hive(RegistryRoot::CurrentUser).filePath())
-                    .contains("[HKEY_CURRENT_USER]\n\"AtRoot\"=\"1\"\n"));
-    }
-
     void namesIgnoreCaseAndKeepIt()
     {
         CRegistry registry(dir->hives(), RegistryRoot::LocalMachine);
@@ -559,6 +550,9 @@ private Q_SLOTS:
     {
         RegistryHive &hive = dir->hives().hive(RegistryRoot::CurrentUser);
         CRegistry registry(dir->hives(), RegistryRoot::CurrentUser);
+        // A new object stands on the hive's root.
+        QVERIFY(registry.isOpen());
+        QVERIFY(registry.writeString(u"AtRoot"_s, u"1"_s));
         QVERIFY(registry.createKey(RegistryRoot::CurrentUser, ManagerKey));
         QVERIFY(registry.writeNumber(u"Lasting"_s, 1));
         QVERIFY(
@@ -575,6 +569,7 @@ private Q_SLOTS:
         QVERIFY(registry.createKey(RegistryRoot::CurrentUser, ManagerKey));
         QVERIFY(registry.writeNumber(u"Lasting"_s, 2));
         const QByteArray file = fileBytes(hive.filePath());
+        QVERIFY(file.contains("[HKEY_CURRENT_USER]\n\"AtRoot\"=\"1\"\n"));
         QVERIFY(file.contains("\"Lasting\"=dword:00000002"));
         QVERIFY(!file.contains("Session"));
         QVERIFY(!file.contains("Token"));

@@ -30,14 +30,6 @@ void captureDebug(QtMsgType type, const QMessageLogContext &, const QString &mes
         debugLines.append(message);
 }
 
-QString readAll(const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    return QString::fromUtf8(file.readAll());
-}
-
 } // namespace
 
 // The session layer: connection strings, where they come from, how failures
@@ -292,7 +284,7 @@ private Q_SLOTS:
         QVERIFY(messages.boxes().isEmpty());
         QVERIFY(session.lastErrorText().isEmpty());
         QVERIFY(QSqlDatabase::connectionNames().isEmpty());
-        QCOMPARE(readAll(tracePath), QString());
+        QCOMPARE(dir.readFile(u"trace.sql"_s), QByteArray());
 
         // Without the address the same session does try, and says so once.
         QVERIFY(dir.writeFile(u"Serverinfo.ini"_s, "[DBInfo]\r\nDBAddr=\r\n"));
@@ -434,12 +426,8 @@ private Q_SLOTS:
     void traceRecordsEveryStatementInOrder()
     {
         guarded([&] {
-            QFETCH(TestDatabase::Backend, backend);
-            QTemporaryDir folder;
-            TestDatabase db(backend, folder.path());
-            QVERIFY2(db.isValid(), qPrintable(db.errorString()));
-
-            const QString tracePath = folder.filePath(u"sql-trace.txt"_s);
+            VELMAR_BACKEND_DATABASE(db);
+            const QString tracePath = dir.filePath(u"sql-trace.txt"_s);
             {
                 SqlTrace trace(tracePath);
                 QVERIFY2(trace.isOpen(), qPrintable(trace.errorString()));
@@ -474,7 +462,7 @@ private Q_SLOTS:
                 u"SELECT COUNT(*) FROM %1"_s.arg(group),
                 QString(),
             };
-            QCOMPARE(readAll(tracePath).split(u'\n'), expected);
+            QCOMPARE(QString::fromUtf8(dir.readFile(u"sql-trace.txt"_s)).split(u'\n'), expected);
             QCOMPARE(db.column(u"SELECT RankName FROM Rank"_s),
                 QStringList { u"line1\r\nline2\nline3"_s });
         });
