@@ -695,19 +695,13 @@ private Q_SLOTS:
 
     void hivesFromEnvironment()
     {
-        const QList<QByteArray> names = { "VELMAR_REGISTRY_DIR", "XDG_CONFIG_HOME", "HOME" };
-        QList<std::optional<QByteArray>> saved;
-        for (const QByteArray &name : names) {
-            saved.append(qEnvironmentVariableIsSet(name.constData())
-                    ? std::optional(qgetenv(name.constData()))
-                    : std::nullopt);
-        }
-        auto restore = qScopeGuard([&] {
-            for (qsizetype i = 0; i < names.size(); ++i) {
-                if (saved.at(i))
-                    qputenv(names.at(i).constData(), *saved.at(i));
+        const auto restore = qScopeGuard([saved = QProcessEnvironment::systemEnvironment()] {
+            for (const QString &name :
+                { u"VELMAR_REGISTRY_DIR"_s, u"XDG_CONFIG_HOME"_s, u"HOME"_s }) {
+                if (saved.contains(name))
+                    qputenv(name.toLatin1().constData(), saved.value(name).toLocal8Bit());
                 else
-                    qunsetenv(names.at(i).constData());
+                    qunsetenv(name.toLatin1().constData());
             }
         });
 

@@ -537,8 +537,7 @@ void TstDbConnection::qtDriverPathGivesTheSameResults()
 // both surface as DbException with SQLite's message, and the connection goes on.
 void TstDbConnection::sqliteStepFailures()
 {
-    TestDatabase db(Backend::SqliteFile, m_folder.path());
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    VELMAR_SQLITE_DATABASE(db);
     DbConnection c = db.connect();
     const auto overflows = [](const std::function<void()> &step) {
         try {

@@ -597,18 +597,15 @@ void TestServerDataSave::journal()
     QCOMPARE(journal.connectionString(), session.connectionString());
     QCOMPARE(journal.notifyPorts(), (QList<quint16> { 55051, 55052 }));
     QCOMPARE(journal.body(), built.body());
-    QStringList recorded;
+    const QStringList recorded = journalStatements(journal);
     QStringList profileWrites;
     QStringList steps;
     SaveJournal::Cursor cursor;
     SaveJournal::Action action;
     while (journal.nextAction(cursor, action)) {
-        if (action.kind == SaveJournal::Kind::Statement
-            || action.kind == SaveJournal::Kind::NoticeDelete)
-            recorded << action.text;
-        else if (action.kind == SaveJournal::Kind::ProfileWrite)
+        if (action.kind == SaveJournal::Kind::ProfileWrite)
             profileWrites << action.text + u'/' + action.key + u'=' + action.value;
-        else
+        else if (action.kind == SaveJournal::Kind::Step)
             steps << action.text;
         if (action.kind == SaveJournal::Kind::NoticeDelete) {
             QCOMPARE(action.key, QString::number(notice.id));
