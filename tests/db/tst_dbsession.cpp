@@ -20,18 +20,6 @@ Q_DECLARE_METATYPE(SqlDialect)
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-QStringList debugLines;
-
-void captureDebug(QtMsgType type, const QMessageLogContext &, const QString &message)
-{
-    if (type == QtDebugMsg)
-        debugLines.append(message);
-}
-
-} // namespace
-
 // The session layer: connection strings, where they come from, how failures
 // reach the administrator, and the error text format.
 class TstDbSession : public QObject
@@ -273,12 +261,8 @@ private Q_SLOTS:
         SqlTrace trace(tracePath);
         DbSession session(dir.hives(), dir.iniPath(), dir.databasePath(), messages, &trace);
 
-        debugLines.clear();
-        const QtMessageHandler previous = qInstallMessageHandler(captureDebug);
+        QTest::ignoreMessage(QtDebugMsg, "OpenDBConnection() \n");
         DbConnection connection = session.OpenDBConnection();
-        qInstallMessageHandler(previous);
-
-        QCOMPARE(debugLines, QStringList { u"OpenDBConnection() \n"_s });
         QVERIFY(connection.isNull());
         QVERIFY(messages.boxes().isEmpty());
         QVERIFY(session.lastErrorText().isEmpty());
