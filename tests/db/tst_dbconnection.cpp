@@ -103,12 +103,10 @@ private Q_SLOTS:
                     QCOMPARE(set.fieldName(i).toLower(), columns.at(i).toLower());
             }
             // The name is kept exactly: "Group" on PostgreSQL, found only quoted.
-            if (backend == Backend::PostgresOdbc) {
-                QCOMPARE(db.scalar(u"SELECT COUNT(*) FROM pg_tables WHERE schemaname = 'public' "
-                                   "AND tablename = 'Group'"_s)
-                             .toInt(),
+            if (backend == Backend::PostgresOdbc)
+                QCOMPARE(
+                    db.count(u"pg_tables"_s, u"schemaname = 'public' AND tablename = 'Group'"_s),
                     1);
-            }
         });
     }
 
