@@ -34,19 +34,16 @@ private Q_SLOTS:
 
     void read_data()
     {
+        // Always [ServerInfo] Key.
         QTest::addColumn<QByteArray>("contents");
-        QTest::addColumn<QString>("section");
-        QTest::addColumn<QString>("key");
         QTest::addColumn<QString>("defaultValue");
         QTest::addColumn<int>("bufferSize");
         QTest::addColumn<QString>("expected");
 
-        const QString s = u"ServerInfo"_s;
-        const QString k = u"Key"_s;
         const QString d = u"dflt"_s;
         auto row = [&](const char *name, const QByteArray &contents, const QString &expected,
                        int bufferSize = 256) {
-            QTest::newRow(name) << contents << s << k << d << bufferSize << expected;
+            QTest::newRow(name) << contents << d << bufferSize << expected;
         };
         row("plain", "[ServerInfo]\r\nKey=1\r\n", u"1"_s);
         row("names ignore case", "[SERVERINFO]\r\nkEY=1\r\n", u"1"_s);
@@ -74,15 +71,13 @@ private Q_SLOTS:
         row("buffer of one", "[ServerInfo]\r\nKey=abc\r\n", QString(), 1);
         row("gbk file", Gbk.encode(u"[ServerInfo]\r\nKey=数据库服务器\r\n"_s), u"数据库服务器"_s);
         QTest::newRow("default trailing blanks dropped")
-            << QByteArray("[ServerInfo]\r\n") << s << k << u"dflt  "_s << 256 << d;
-        QTest::newRow("default cut") << QByteArray() << s << k << u"abcdef"_s << 3 << u"ab"_s;
+            << QByteArray("[ServerInfo]\r\n") << u"dflt  "_s << 256 << d;
+        QTest::newRow("default cut") << QByteArray() << u"abcdef"_s << 3 << u"ab"_s;
     }
 
     void read()
     {
         QFETCH(QByteArray, contents);
-        QFETCH(QString, section);
-        QFETCH(QString, key);
         QFETCH(QString, defaultValue);
         QFETCH(int, bufferSize);
         QFETCH(QString, expected);
@@ -90,7 +85,7 @@ private Q_SLOTS:
         if (!contents.isEmpty())
             QVERIFY(writeBytes(m_path, contents));
         const ProfileFile file(m_path, Gbk);
-        QCOMPARE(file.readString(section, key, defaultValue, bufferSize), expected);
+        QCOMPARE(file.readString(u"ServerInfo"_s, u"Key"_s, defaultValue, bufferSize), expected);
     }
 
     void parseDecimal_data()
@@ -122,6 +117,9 @@ private Q_SLOTS:
 
     void readInt()
     {
+        // Without a file every read gives its default, and reading makes no file.
+        QCOMPARE(ProfileFile(m_path, Gbk).readInt(u"GroupInfo"_s, u"Version"_s, 0), 0);
+        QVERIFY(!QFile::exists(m_path));
         QVERIFY(writeBytes(
             m_path, "[ServerInfo]\r\nDefaultPositionID=\"5\"\r\nEmpty=\r\nWord=-12abc\r\n"));
         const ProfileFile file(m_path, Gbk);
@@ -130,14 +128,6 @@ private Q_SLOTS:
         QCOMPARE(file.readInt(u"ServerInfo"_s, u"Word"_s, 9), -12);
         QCOMPARE(file.readInt(u"ServerInfo"_s, u"Missing"_s, 9), 9);
         QCOMPARE(file.readInt(u"ServerInfo"_s, u"Empty"_s, 9), 9); // empty counts as absent
-    }
-
-    void missingFileReadsDefaults()
-    {
-        const ProfileFile file(m_path, Gbk);
-        QCOMPARE(file.readString(u"DBInfo"_s, u"DBAddr"_s, u"none"_s, 128), u"none"_s);
-        QCOMPARE(file.readInt(u"GroupInfo"_s, u"Version"_s, 0), 0);
-        QVERIFY(!QFile::exists(m_path));
     }
 
     void write_data()

@@ -69,11 +69,12 @@ class TestRegistry : public QObject
 
 private Q_SLOTS:
     void initTestCase() { qunsetenv("VELMAR_CODEPAGE"); }
+    // A fresh installation for every test.
+    void init() { dir = std::make_unique<TempServerDir>(); }
 
     void valuesRecordTypeAndSize()
     {
-        TempServerDir dir;
-        CRegistry registry(dir.hives(), RegistryRoot::LocalMachine);
+        CRegistry registry(dir->hives(), RegistryRoot::LocalMachine);
         QVERIFY(registry.createKey(RegistryRoot::LocalMachine, DatabaseKey));
         QCOMPARE(registry.lastType(), RegistryType::None);
         QCOMPARE(registry.lastSize(), 0u);
@@ -88,8 +89,11 @@ private Q_SLOTS:
         QVERIFY(registry.writeNumber(u"Port"_s, -2));
         QCOMPARE(registry.lastType(), RegistryType::DWord);
         QCOMPARE(registry.lastSize(), 4u);
+        // The machine hive holds connection strings: for its owner alone, however often written.
+        QCOMPARE(QFileInfo(dir->hives().hive(RegistryRoot::LocalMachine).filePath()).permissions(),
+            QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser);
 
-        CRegistry reader(dir.hives(), RegistryRoot::LocalMachine);
+        CRegistry reader(dir->hives(), RegistryRoot::LocalMachine);
         QVERIFY(reader.openKey(RegistryRoot::LocalMachine, DatabaseKey));
         QCOMPARE(reader.keyName(), DatabaseKey);
         QString value;
@@ -133,8 +137,7 @@ private Q_SLOTS:
         QFETCH(QString, stored);
         QFETCH(bool, fits);
 
-        TempServerDir dir;
-        CRegistry registry(dir.hives(), RegistryRoot::LocalMachine);
+        CRegistry registry(dir->hives(), RegistryRoot::LocalMachine);
         QVERIFY(registry.createKey(RegistryRoot::LocalMachine, DatabaseKey));
         QVERIFY(registry.writeString(u"Text"_s, stored));
         const quint32 size = registry.lastSize();
@@ -142,7 +145,7 @@ private Q_SLOTS:
         QString value = u"unchanged"_s;
         if (readOnlyReader) {
             QCOMPARE(readRegistryString(
-                         dir.hives(), RegistryRoot::LocalMachine, DatabaseKey, u"Text"_s, value),
+                         dir->hives(), RegistryRoot::LocalMachine, DatabaseKey, u"Text"_s, value),
                 fits ? 1 : -1);
         } else {
             QCOMPARE(registry.readString(u"Text"_s, value), fits);
@@ -153,30 +156,9 @@ private Q_SLOTS:
         QCOMPARE(value, fits ? stored : u"unchanged"_s);
     }
 
-    void readOnlyReaderFailures()
-    {
-        TempServerDir dir;
-        CRegistry registry(dir.hives(), RegistryRoot::LocalMachine);
-        QVERIFY(registry.createKey(RegistryRoot::LocalMachine, DatabaseKey));
-        QVERIFY(registry.writeNumber(u"Number"_s, 1));
-
-        QString value = u"unchanged"_s;
-        // A missing key, a missing value, a number, the other hive.
-        const QList<std::tuple<RegistryRoot, QString, QString>> failing {
-            { RegistryRoot::LocalMachine, u"SOFTWARE\\Nothing"_s, u"ConnectionString"_s },
-            { RegistryRoot::LocalMachine, DatabaseKey, u"ConnectionString"_s },
-            { RegistryRoot::LocalMachine, DatabaseKey, u"Number"_s },
-            { RegistryRoot::CurrentUser, DatabaseKey, u"Number"_s }
-        };
-        for (const auto &[root, key, name] : failing)
-            QCOMPARE(readRegistryString(dir.hives(), root, key, name, value), -1);
-        QCOMPARE(value, u"unchanged"_s);
-    }
-
     void failedReadsKeepOutValue()
     {
-        TempServerDir dir;
-        CRegistry registry(dir.hives(), RegistryRoot::CurrentUser);
+        CRegistry registry(dir->hives(), RegistryRoot::CurrentUser);
         QVERIFY(registry.createKey(RegistryRoot::CurrentUser, ManagerKey));
         QVERIFY(registry.writeString(u"Short"_s, u"1"_s));
         QVERIFY(registry.writeString(u"Long"_s, u"12345"_s));
@@ -200,13 +182,29 @@ private Q_SLOTS:
         QCOMPARE(registry.lastResult(), RegistryStatus::UnsupportedType);
         QVERIFY(!registry.readString(u"Missing"_s, value));
         QCOMPARE(registry.lastResult(), RegistryStatus::FileNotFound);
+        // The read-only reader: a missing key, a missing value, a number, the other hive.
+        const QList<std::tuple<RegistryRoot, QString, QString>> failing {
+            { RegistryRoot::CurrentUser, u"Software\\Nothing"_s, u"Short"_s },
+            { RegistryRoot::CurrentUser, ManagerKey, u"Missing"_s },
+            { RegistryRoot::CurrentUser, ManagerKey, u"BalloonHelp"_s },
+            { RegistryRoot::LocalMachine, ManagerKey, u"Short"_s }
+        };
+        for (const auto &[root, key, name] : failing)
+            QCOMPARE(readRegistryString(dir->hives(), root, key, name, value), -1);
         QCOMPARE(value, u"unchanged"_s);
+
+        // A quiet write leaves the record of the last call alone.
+        QCOMPARE(registry.writeNumberQuietly(u"Count"_s, 9), RegistryStatus::Success);
+        QCOMPARE(registry.lastResult(), RegistryStatus::FileNotFound);
+        QCOMPARE(registry.lastType(), RegistryType::None);
+        QCOMPARE(registry.lastSize(), 0u);
+        QVERIFY(registry.readNumber(u"Count"_s, number));
+        QCOMPARE(number, 9);
     }
 
     void closedHandle()
     {
-        TempServerDir dir;
-        CRegistry registry(dir.hives(), RegistryRoot::LocalMachine);
+        CRegistry registry(dir->hives(), RegistryRoot::LocalMachine);
         QVERIFY(!registry.openKey(RegistryRoot::LocalMachine, DatabaseKey));
         QCOMPARE(registry.lastResult(), RegistryStatus::FileNotFound);
         QCOMPARE(registry.keyName(), DatabaseKey); // remembered even when the open fails
@@ -232,41 +230,12 @@ private Q_SLOTS:
         QVERIFY(!registry.isOpen());
         QVERIFY(!registry.writeNumber(u"A"_s, 2));
         QCOMPARE(registry.lastResult(), RegistryStatus::InvalidHandle);
-        QVERIFY(!QFile::exists(dir.hives().hive(RegistryRoot::CurrentUser).filePath()));
-    }
-
-    void quietWriteRecordsNothing()
-    {
-        TempServerDir dir;
-        CRegistry registry(dir.hives(), RegistryRoot::CurrentUser);
-        QVERIFY(registry.createKey(RegistryRoot::CurrentUser, ManagerKey));
-        QVERIFY(registry.writeString(u"Text"_s, u"abc"_s));
-        QString value;
-        QVERIFY(!registry.readString(u"Missing"_s, value));
-
-        QCOMPARE(registry.writeNumberQuietly(u"Count"_s, 9), RegistryStatus::Success);
-        QCOMPARE(registry.lastResult(), RegistryStatus::FileNotFound);
-        QCOMPARE(registry.lastType(), RegistryType::None);
-        QCOMPARE(registry.lastSize(), 0u);
-        qint32 count = 0;
-        QVERIFY(registry.readNumber(u"Count"_s, count));
-        QCOMPARE(count, 9);
-    }
-
-    void newObjectStandsOnTheRoot()
-    {
-        TempServerDir dir;
-        CRegistry registry(dir.hives(), RegistryRoot::CurrentUser);
-        QVERIFY(registry.isOpen());
-        QVERIFY(registry.writeString(u"AtRoot"_s, u"1"_s));
-        QVERIFY(fileBytes(dir.hives().hive(RegistryRoot::CurrentUser).filePath())
-                    .contains("[HKEY_CURRENT_USER]\n\"AtRoot\"=\"1\"\n"));
+        QVERIFY(!QFile::exists(dir->hives().hive(RegistryRoot::CurrentUser).filePath()));
     }
 
     void namesIgnoreCaseAndKeepIt()
     {
-        TempServerDir dir;
-        CRegistry registry(dir.hives(), RegistryRoot::LocalMachine);
+        CRegistry registry(dir->hives(), RegistryRoot::LocalMachine);
         QVERIFY(registry.createKey(RegistryRoot::LocalMachine, DatabaseKey));
         QVERIFY(registry.writeString(u"ConnectionString"_s, u"first"_s));
 
@@ -278,17 +247,16 @@ private Q_SLOTS:
         QVERIFY(registry.readString(u"connectionstring"_s, value));
         QCOMPARE(value, u"second"_s);
 
-        const QByteArray file = fileBytes(dir.hives().hive(RegistryRoot::LocalMachine).filePath());
+        const QByteArray file = fileBytes(dir->hives().hive(RegistryRoot::LocalMachine).filePath());
         QVERIFY(file.contains("[HKEY_LOCAL_MACHINE\\SOFTWARE\\Velmar\\Services\\Database]\n"
                               "\"ConnectionString\"=\"second\"\n"));
         QCOMPARE(file.count("Database]"), 1);
         QCOMPARE(file.toLower().count("connectionstring"), 1);
     }
 
-    void keyNames()
+    void keyNamesAndDeletion()
     {
-        TempServerDir dir;
-        RegistryHive &hive = dir.hives().hive(RegistryRoot::CurrentUser);
+        RegistryHive &hive = dir->hives().hive(RegistryRoot::CurrentUser);
         const QString longest(255, u'k');
         QCOMPARE(hive.createKey(u"Software\\"_s + longest, false), RegistryStatus::Success);
         QCOMPARE(hive.keyExists(u"Software\\"_s + longest.toUpper()), RegistryStatus::Success);
@@ -301,12 +269,8 @@ private Q_SLOTS:
             RegistryStatus::InvalidParameter);
         // A trailing backslash names the same key.
         QCOMPARE(hive.keyExists(u"Software\\"_s), RegistryStatus::Success);
-    }
 
-    void deleteValueAndKey()
-    {
-        TempServerDir dir;
-        RegistryHive &hive = dir.hives().hive(RegistryRoot::CurrentUser);
+        // Deleting, names matched without case; a key goes with its sub-keys.
         QCOMPARE(hive.createKey(u"Software\\Velmar\\A\\B"_s, false), RegistryStatus::Success);
         QCOMPARE(
             hive.setValue(u"Software\\Velmar\\A"_s, u"X"_s, number(1)), RegistryStatus::Success);
@@ -321,8 +285,7 @@ private Q_SLOTS:
 
     void fileFormatRoundTrip()
     {
-        TempServerDir dir;
-        RegistryHive &hive = dir.hives().hive(RegistryRoot::LocalMachine);
+        RegistryHive &hive = dir->hives().hive(RegistryRoot::LocalMachine);
         const QString key = u"SOFTWARE\\Velmar\\Services"_s;
         const QList<std::pair<QString, RegistryHive::Value>> values = {
             { QString(), text(RegistryType::String, u"默认值"_s) },
@@ -361,7 +324,7 @@ private Q_SLOTS:
             QVERIFY2(line.size() <= 80, line.constData());
 
         // A second console reads exactly what was written.
-        RegistryHives other(dir.registryDir());
+        RegistryHives other(dir->registryDir());
         for (const auto &[name, expected] : values) {
             RegistryHive::Value read;
             QCOMPARE(other.hive(RegistryRoot::LocalMachine).queryValue(key, name, &read),
@@ -377,8 +340,7 @@ private Q_SLOTS:
 
     void handEditedFile()
     {
-        TempServerDir dir;
-        RegistryHive &hive = dir.hives().hive(RegistryRoot::LocalMachine);
+        RegistryHive &hive = dir->hives().hive(RegistryRoot::LocalMachine);
         const QByteArray handMade = "\xEF\xBB\xBF"
                                     "REGEDIT4\r\n"
                                     "\r\n"
@@ -425,12 +387,12 @@ private Q_SLOTS:
         QCOMPARE(hive.keyExists(u"SOFTWARE\\Old"_s), RegistryStatus::FileNotFound);
 
         // A change through the console keeps everything written by hand.
-        CRegistry registry(dir.hives(), RegistryRoot::LocalMachine);
+        CRegistry registry(dir->hives(), RegistryRoot::LocalMachine);
         QVERIFY(registry.openKey(RegistryRoot::LocalMachine, DatabaseKey));
         QVERIFY(registry.writeString(u"SetDBType"_s, u"MDB"_s)); // unchanged: no rewrite
         QCOMPARE(fileBytes(hive.filePath()), handMade);
         QVERIFY(registry.writeNumber(u"Added"_s, 1));
-        RegistryHives other(dir.registryDir());
+        RegistryHives other(dir->registryDir());
         QVERIFY(checkAll(other.hive(RegistryRoot::LocalMachine)));
         const QByteArray rewritten = fileBytes(hive.filePath());
         QVERIFY(rewritten.contains("\"ConnectionString\"=\"DBQ=C:\\\\Velmar\\\\VelmarDB.mdb\"\n"));
@@ -479,8 +441,7 @@ private Q_SLOTS:
         QByteArray bytes("\xFF\xFE");
         bytes.append(reinterpret_cast<const char *>(exported.utf16()), exported.size() * 2);
 
-        TempServerDir dir;
-        RegistryHive &hive = dir.hives().hive(RegistryRoot::CurrentUser);
+        RegistryHive &hive = dir->hives().hive(RegistryRoot::CurrentUser);
         QVERIFY(writeBytes(hive.filePath(), bytes));
         RegistryHive::Value read;
         QCOMPARE(hive.queryValue(ManagerKey, u"caption"_s, &read), RegistryStatus::Success);
@@ -534,8 +495,7 @@ private Q_SLOTS:
         // is no hive.
         contents += "\n[HKEY_LOCAL_MACHINE\\Good]\n\"G\"=\"yes\"\n";
 
-        TempServerDir dir;
-        RegistryHive &file = dir.hives().hive(RegistryRoot::LocalMachine);
+        RegistryHive &file = dir->hives().hive(RegistryRoot::LocalMachine);
         QVERIFY(writeBytes(file.filePath(), contents));
 
         const QString where
@@ -544,15 +504,15 @@ private Q_SLOTS:
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QRegularExpression::escape(where)));
         QTest::failOnWarning(QRegularExpression(u"cannot be parsed"_s));
         QVERIFY2(file.parseError().startsWith(where), qPrintable(file.parseError()));
-        QCOMPARE(
-            DamagedConfigLines::of(dir.hives(), dir.iniPath()).value(0).left(where.size()), where);
+        QCOMPARE(DamagedConfigLines::of(dir->hives(), dir->iniPath()).value(0).left(where.size()),
+            where);
 
         RegistryHive::Value good;
         QCOMPARE(file.queryValue(u"Good"_s, u"G"_s, &good),
             hive ? RegistryStatus::Success : RegistryStatus::FileNotFound);
         QCOMPARE(good.text, hive ? u"yes"_s : QString());
         // What the damaged line held reads as missing.
-        CRegistry registry(dir.hives(), RegistryRoot::LocalMachine);
+        CRegistry registry(dir->hives(), RegistryRoot::LocalMachine);
         QCOMPARE(registry.openKey(RegistryRoot::LocalMachine, u"SOFTWARE\\Velmar"_s),
             QByteArray(QTest::currentDataTag()) == "unterminated string");
         QCOMPARE(file.queryValue(u"X"_s, u"B"_s, nullptr), RegistryStatus::FileNotFound);
@@ -572,8 +532,7 @@ private Q_SLOTS:
 
     void missingFileIsEmptyHive()
     {
-        TempServerDir dir;
-        RegistryHives hives(dir.root() + u"/not/yet/there"_s);
+        RegistryHives hives(dir->root() + u"/not/yet/there"_s);
         RegistryHive &hive = hives.hive(RegistryRoot::CurrentUser);
         QCOMPARE(hive.keyExists(ManagerKey), RegistryStatus::FileNotFound);
         QCOMPARE(
@@ -587,25 +546,13 @@ private Q_SLOTS:
         QVERIFY(fileBytes(hive.filePath()).startsWith("REGEDIT4\n\n"));
     }
 
-    void machineHiveIsPrivate()
-    {
-        TempServerDir dir;
-        CRegistry registry(dir.hives(), RegistryRoot::LocalMachine);
-        QVERIFY(registry.createKey(RegistryRoot::LocalMachine, DatabaseKey));
-        QVERIFY(registry.writeString(u"ConnectionString"_s, u"secret"_s));
-        const QString path = dir.hives().hive(RegistryRoot::LocalMachine).filePath();
-        const QFile::Permissions expected
-            = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser;
-        QCOMPARE(QFileInfo(path).permissions(), expected);
-        QVERIFY(registry.writeString(u"ConnectionString"_s, u"secret 2"_s));
-        QCOMPARE(QFileInfo(path).permissions(), expected);
-    }
-
     void volatileKeysStayInMemory()
     {
-        TempServerDir dir;
-        RegistryHive &hive = dir.hives().hive(RegistryRoot::CurrentUser);
-        CRegistry registry(dir.hives(), RegistryRoot::CurrentUser);
+        RegistryHive &hive = dir->hives().hive(RegistryRoot::CurrentUser);
+        CRegistry registry(dir->hives(), RegistryRoot::CurrentUser);
+        // A new object stands on the hive's root.
+        QVERIFY(registry.isOpen());
+        QVERIFY(registry.writeString(u"AtRoot"_s, u"1"_s));
         QVERIFY(registry.createKey(RegistryRoot::CurrentUser, ManagerKey));
         QVERIFY(registry.writeNumber(u"Lasting"_s, 1));
         QVERIFY(
@@ -622,6 +569,7 @@ private Q_SLOTS:
         QVERIFY(registry.createKey(RegistryRoot::CurrentUser, ManagerKey));
         QVERIFY(registry.writeNumber(u"Lasting"_s, 2));
         const QByteArray file = fileBytes(hive.filePath());
+        QVERIFY(file.contains("[HKEY_CURRENT_USER]\n\"AtRoot\"=\"1\"\n"));
         QVERIFY(file.contains("\"Lasting\"=dword:00000002"));
         QVERIFY(!file.contains("Session"));
         QVERIFY(!file.contains("Token"));
@@ -631,9 +579,8 @@ private Q_SLOTS:
 
     void changesOnDiskAreSeen()
     {
-        TempServerDir dir;
-        RegistryHives console(dir.registryDir());
-        RegistryHives server(dir.registryDir());
+        RegistryHives console(dir->registryDir());
+        RegistryHives server(dir->registryDir());
         CRegistry mine(console, RegistryRoot::LocalMachine);
         CRegistry theirs(server, RegistryRoot::LocalMachine);
         QVERIFY(mine.createKey(RegistryRoot::LocalMachine, DatabaseKey));
@@ -661,8 +608,7 @@ private Q_SLOTS:
 
     void threadsShareOneHive()
     {
-        TempServerDir dir;
-        RegistryHive &hive = dir.hives().hive(RegistryRoot::CurrentUser);
+        RegistryHive &hive = dir->hives().hive(RegistryRoot::CurrentUser);
         QCOMPARE(hive.createKey(RaceKey, false), RegistryStatus::Success);
         constexpr int count = 30;
         auto writer = [&](const QString &prefix) {
@@ -695,16 +641,15 @@ private Q_SLOTS:
 
     void twoProcessesKeepEachOthersWrites()
     {
-        TempServerDir dir;
         constexpr int count = 100;
         QProcess child;
         child.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         child.start(QCoreApplication::applicationFilePath(),
-            { WriterArgument, dir.registryDir(), u"Child"_s, QString::number(count) });
+            { WriterArgument, dir->registryDir(), u"Child"_s, QString::number(count) });
         QVERIFY(child.waitForStarted());
         QVERIFY(child.waitForReadyRead(60000)); // the child is about to start writing
 
-        CRegistry registry(dir.hives(), RegistryRoot::CurrentUser);
+        CRegistry registry(dir->hives(), RegistryRoot::CurrentUser);
         QVERIFY(registry.createKey(RegistryRoot::CurrentUser, RaceKey));
         for (int i = 0; i < count; ++i)
             QVERIFY(registry.writeNumber(u"Parent"_s + QString::number(i), i));
@@ -712,7 +657,7 @@ private Q_SLOTS:
         QCOMPARE(child.exitStatus(), QProcess::NormalExit);
         QCOMPARE(child.exitCode(), 0);
 
-        RegistryHives fresh(dir.registryDir());
+        RegistryHives fresh(dir->registryDir());
         CRegistry reader(fresh, RegistryRoot::CurrentUser);
         QVERIFY(reader.openKey(RegistryRoot::CurrentUser, RaceKey));
         for (const QString &prefix : { u"Parent"_s, u"Child"_s }) {
@@ -727,13 +672,12 @@ private Q_SLOTS:
 
     void readOnlyFolderRefusesWrites()
     {
-        TempServerDir dir;
-        RegistryHive &hive = dir.hives().hive(RegistryRoot::CurrentUser);
+        RegistryHive &hive = dir->hives().hive(RegistryRoot::CurrentUser);
         QCOMPARE(hive.createKey(ManagerKey, false), RegistryStatus::Success);
         QCOMPARE(hive.setValue(ManagerKey, u"BalloonHelp"_s, number(1)), RegistryStatus::Success);
         const QByteArray before = fileBytes(hive.filePath());
-        QVERIFY(PrivilegeDrop::openToOthers(dir.root()));
-        QVERIFY(QFile::setPermissions(dir.registryDir(),
+        QVERIFY(PrivilegeDrop::openToOthers(dir->root()));
+        QVERIFY(QFile::setPermissions(dir->registryDir(),
             QFile::ReadOwner | QFile::ExeOwner | QFile::ReadOther | QFile::ExeOther));
         qint32 status = 0;
         RegistryHive::Value read;
@@ -743,7 +687,7 @@ private Q_SLOTS:
             status = hive.setValue(ManagerKey, u"BalloonHelp"_s, number(0));
             QCOMPARE(hive.queryValue(ManagerKey, u"BalloonHelp"_s, &read), RegistryStatus::Success);
         }
-        PrivilegeDrop::openToOthers(dir.registryDir());
+        PrivilegeDrop::openToOthers(dir->registryDir());
         QCOMPARE(status, RegistryStatus::AccessDenied);
         QCOMPARE(read.number, 1u);
         QCOMPARE(fileBytes(hive.filePath()), before);
@@ -751,19 +695,13 @@ private Q_SLOTS:
 
     void hivesFromEnvironment()
     {
-        const QList<QByteArray> names = { "VELMAR_REGISTRY_DIR", "XDG_CONFIG_HOME", "HOME" };
-        QList<std::optional<QByteArray>> saved;
-        for (const QByteArray &name : names) {
-            saved.append(qEnvironmentVariableIsSet(name.constData())
-                    ? std::optional(qgetenv(name.constData()))
-                    : std::nullopt);
-        }
-        auto restore = qScopeGuard([&] {
-            for (qsizetype i = 0; i < names.size(); ++i) {
-                if (saved.at(i))
-                    qputenv(names.at(i).constData(), *saved.at(i));
+        const auto restore = qScopeGuard([saved = QProcessEnvironment::systemEnvironment()] {
+            for (const QString &name :
+                { u"VELMAR_REGISTRY_DIR"_s, u"XDG_CONFIG_HOME"_s, u"HOME"_s }) {
+                if (saved.contains(name))
+                    qputenv(name.toLatin1().constData(), saved.value(name).toLocal8Bit());
                 else
-                    qunsetenv(names.at(i).constData());
+                    qunsetenv(name.toLatin1().constData());
             }
         });
 
@@ -789,6 +727,9 @@ private Q_SLOTS:
         QCOMPARE(hives->hive(RegistryRoot::CurrentUser).filePath(),
             u"/home/admin/.config/velmar/HKEY_CURRENT_USER.reg"_s);
     }
+
+private:
+    std::unique_ptr<TempServerDir> dir;
 };
 
 int main(int argc, char *argv[])

@@ -2,14 +2,15 @@
 #include "DbError.h"
 #include "Recordset.h"
 #include "SchemaInstaller.h"
+#include "SqlTrace.h"
 #include "TestDatabase.h"
 
 #include <QFile>
+#include <QRegularExpression>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QThread>
 
 using namespace Qt::StringLiterals;
 
@@ -51,16 +52,6 @@ QString sourceFor(Backend backend)
         return u"QODBC: PostgreSQL Unicode"_s;
     }
     return {};
-}
-
-// Runs a test's body; a DbException out of it fails the test with its text.
-template<typename Body> void guarded(Body body)
-{
-    try {
-        body();
-    } catch (const DbException &e) {
-        QFAIL(e.what());
-    }
 }
 
 // Whether running sql raises as every failing statement must: Unspecified,
@@ -112,12 +103,10 @@ private Q_SLOTS:
                     QCOMPARE(set.fieldName(i).toLower(), columns.at(i).toLower());
             }
             // The name is kept exactly: "Group" on PostgreSQL, found only quoted.
-            if (backend == Backend::PostgresOdbc) {
-                QCOMPARE(db.scalar(u"SELECT COUNT(*) FROM pg_tables WHERE schemaname = 'public' "
-                                   "AND tablename = 'Group'"_s)
-                             .toInt(),
+            if (backend == Backend::PostgresOdbc)
+                QCOMPARE(
+                    db.count(u"pg_tables"_s, u"schemaname = 'public' AND tablename = 'Group'"_s),
                     1);
-            }
         });
     }
 
@@ -136,19 +125,36 @@ private Q_SLOTS:
             DbConnection c = db.connect();
             Recordset set = c.execute(u"SELECT ORankID,RankName FROM Rank  ORDER BY ORankID"_s);
             QCOMPARE(set.state(), int(Recordset::Open));
+            const auto error = [&](const std::function<void()> &access, const QString &part) {
+                try {
+                    access();
+                } catch (const DbException &e) {
+                    return e.error().hresult == DbError::Unspecified
+                        && e.error().description.contains(part);
+                }
+                return false;
+            };
+            QVERIFY(error([&] { set.textField(u"NoSuchColumn"_s); }, u"Item cannot be found"_s));
+            QVERIFY(error([&] { set.intField(5); }, u"Item cannot be found"_s));
             QStringList seen;
             while (!set.isEOF()) {
                 QCOMPARE(set.intField(0), set.intField(u"orankid"_s));
                 seen.append(u"%1=%2%3"_s.arg(set.intField(u"ORANKID"_s))
                                 .arg(set.textField(u"RankName"_s))
                                 .arg(set.isNull(u"rankname"_s) ? u"(NULL)"_s : QString()));
+                if (set.isNull(u"rankname"_s))
+                    QVERIFY(error([&] { set.intField(u"RankName"_s); }, u"NULL"_s));
                 set.moveNext();
             }
             QCOMPARE(seen, QStringList({ u"1=经理"_s, u"2=(NULL)"_s, u"3="_s }));
+            QVERIFY(error([&] { set.textField(u"RankName"_s); }, u"EOF"_s));
+            QVERIFY(error([&] { set.moveNext(); }, u"EOF"_s));
             QCOMPARE(set.state(), int(Recordset::Open));
             set.close();
             QCOMPARE(set.state(), int(Recordset::Closed));
             QVERIFY(set.isEOF());
+            QVERIFY(error([&] { set.intField(0); }, u"closed"_s));
+            QVERIFY(error([&] { set.moveNext(); }, u"closed"_s));
             set.close();
 
             Recordset empty = c.execute(u"SELECT ORankID FROM Rank WHERE ORankID = 99"_s);
@@ -203,36 +209,6 @@ private Q_SLOTS:
         });
     }
 
-    void fieldAccessErrors_data() { TestDatabase::addBackends(); }
-    void fieldAccessErrors()
-    {
-        VELMAR_BACKEND_DATABASE(db);
-        QVERIFY(db.exec(u"INSERT INTO Rank (ORankID,RankName) VALUES  ('1' ,NULL)"_s));
-        guarded([&] {
-            DbConnection c = db.connect();
-            Recordset set = c.execute(u"SELECT ORankID,RankName FROM Rank "_s);
-            const auto error = [&](const std::function<void()> &access, const QString &part) {
-                try {
-                    access();
-                } catch (const DbException &e) {
-                    return e.error().hresult == DbError::Unspecified
-                        && e.error().description.contains(part);
-                }
-                return false;
-            };
-            QVERIFY(error([&] { set.intField(u"RankName"_s); }, u"NULL"_s));
-            QVERIFY(error([&] { set.textField(u"NoSuchColumn"_s); }, u"Item cannot be found"_s));
-            QVERIFY(error([&] { set.intField(5); }, u"Item cannot be found"_s));
-            set.moveNext();
-            QVERIFY(set.isEOF());
-            QVERIFY(error([&] { set.textField(u"RankName"_s); }, u"EOF"_s));
-            QVERIFY(error([&] { set.moveNext(); }, u"EOF"_s));
-            set.close();
-            QVERIFY(error([&] { set.intField(0); }, u"closed"_s));
-            QVERIFY(error([&] { set.moveNext(); }, u"closed"_s));
-        });
-    }
-
     // Broken statements raise and leave the connection usable; text put into a
     // statement runs as one statement or not at all (which texts hold a second
     // statement is the statement text's to test: tst_dbsession).
@@ -240,43 +216,22 @@ private Q_SLOTS:
     void failingStatementsRunNothing()
     {
         VELMAR_BACKEND_DATABASE(db);
-        QVERIFY(db.exec(InsertRank.arg(1).arg(u"keep"_s)));
         guarded([&] {
             DbConnection c = db.connect();
-            for (const QString &sql : { u"SELECT OMemberID FROM NoSuchTable"_s,
-                     InsertRank.arg(2).arg(u"it's"_s), u"   "_s,
-                     // A position named by the administrator, put into the statement as it is.
-                     InsertRank.arg(2).arg(u"x'); DELETE FROM Rank; --"_s) })
+            c.execute(InsertRank.arg(1).arg(u"keep"_s));
+            for (const QString &sql :
+                { u"SELECT OMemberID FROM NoSuchTable"_s, InsertRank.arg(2).arg(u"it's"_s),
+                    u"   "_s, u"INSERT INTO Rank (ORankID,RankName) VALUES  ('2' ,'b'"_s,
+                    // A position named by the administrator, put into the statement as it is.
+                    InsertRank.arg(2).arg(u"x'); DELETE FROM Rank; --"_s) })
                 QVERIFY2(raises(c, sql, backend), qPrintable(sql));
-            QCOMPARE(db.column(u"SELECT RankName FROM Rank ORDER BY ORankID"_s),
-                QStringList { u"keep"_s });
 
-            // ';' inside a value is fine.
+            // ';' inside a value is fine; what ran before and after a failure
+            // stays, visible to another connection at once: no transaction is open.
             c.execute(InsertRank.arg(4).arg(u"a;b; DELETE FROM Rank"_s));
             c.execute(u"DELETE FROM CONTENTS where OCONTENTSID=%1;"_s.arg(7));
             QCOMPARE(db.column(u"SELECT RankName FROM Rank ORDER BY ORankID"_s),
                 QStringList({ u"keep"_s, u"a;b; DELETE FROM Rank"_s }));
-        });
-    }
-
-    void statementsTakeEffectOneByOne_data() { TestDatabase::addBackends(); }
-    void statementsTakeEffectOneByOne()
-    {
-        VELMAR_BACKEND_DATABASE(db);
-        guarded([&] {
-            DbConnection writer = db.connect();
-            DbConnection reader = db.connect();
-            writer.execute(InsertRank.arg(1).arg(u"a"_s));
-            // Visible to another connection at once: no transaction is open.
-            QCOMPARE(reader.execute(u"SELECT COUNT(*) FROM Rank"_s).intField(0), 1);
-            QVERIFY_THROWS_EXCEPTION(DbException,
-                writer.execute(u"INSERT INTO Rank (ORankID,RankName) VALUES  ('2' ,'b'"_s));
-            writer.execute(InsertRank.arg(3).arg(u"c"_s));
-            // A failure part-way leaves what ran before and after it in place.
-            QCOMPARE(reader.execute(u"SELECT COUNT(*) FROM Rank"_s).intField(0), 2);
-            writer = DbConnection();
-            QCOMPARE(db.column(u"SELECT RankName FROM Rank ORDER BY ORankID"_s),
-                QStringList({ u"a"_s, u"c"_s }));
         });
     }
 
@@ -297,7 +252,7 @@ private Q_SLOTS:
             QCOMPARE(c.execute(u"PRAGMA synchronous"_s).intField(0), 1); // NORMAL
             QCOMPARE(c.execute(u"PRAGMA busy_timeout"_s).intField(0), 5000);
             QCOMPARE(c.execute(u"PRAGMA wal_autocheckpoint"_s).intField(0), 10000);
-            // (No transaction is left open: statementsTakeEffectOneByOne.)
+            // (No transaction is left open: failingStatementsRunNothing.)
             c.execute(InsertRank.arg(1).arg(u"a"_s));
             QVERIFY(QFile::exists(db.filePath() + u"-wal"_s));
         });
@@ -427,39 +382,39 @@ void TstDbConnection::connectionPerThread()
     VELMAR_BACKEND_DATABASE(db);
     const QString connectionString = db.connectionString();
     // The loading thread and the user-interface thread each use their own
-    // connection at the same time.
+    // connection at the same time, both writing to the one trace.
+    const QString tracePath = dir.filePath(u"trace.sql"_s);
+    SqlTrace trace(tracePath);
     constexpr int threads = 3;
     constexpr int rows = 150;
-    QAtomicInt failures = 0;
-    QList<QThread *> workers;
-    for (int t = 0; t < threads; ++t) {
-        workers.append(QThread::create([&, t] {
-            try {
-                DbConnection c = DbConnection::open(connectionString);
-                for (int i = 0; i < rows; ++i) {
-                    c.execute(u"INSERT INTO Relation (OMemberID,OGroupID,ORankID,Position, "
-                              "IsGuestRelation) VALUES  ('%1' ,'%2' ,'0','%1', 0)"_s.arg(i)
-                                  .arg(t));
-                    Recordset set
-                        = c.execute(u"SELECT COUNT(*) FROM Relation WHERE OGroupID=%1"_s.arg(t));
-                    if (set.intField(0) != i + 1)
-                        failures.fetchAndAddRelaxed(1);
-                }
-            } catch (const DbException &e) {
-                qWarning("%s", e.what());
-                failures.fetchAndAddRelaxed(1);
-            }
-        }));
-    }
-    for (QThread *worker : workers)
-        worker->start();
-    for (QThread *worker : workers) {
-        QVERIFY(worker->wait(300000));
-        delete worker;
-    }
-    QCOMPARE(failures.loadRelaxed(), 0);
+    const int failures = runThreads(threads, [&](int t) {
+        DbConnection c = DbConnection::open(connectionString, &trace);
+        bool counted = true;
+        for (int i = 0; i < rows; ++i) {
+            c.execute(u"INSERT INTO Relation (OMemberID,OGroupID,ORankID,Position, "
+                      "IsGuestRelation) VALUES  ('%1' ,'%2' ,'0','%1', 0)"_s.arg(i)
+                          .arg(t));
+            Recordset set = c.execute(u"SELECT COUNT(*) FROM Relation WHERE OGroupID=%1"_s.arg(t));
+            counted = counted && set.intField(0) == i + 1;
+        }
+        return counted;
+    });
+    QCOMPARE(failures, 0);
     QCOMPARE(db.count(u"Relation"_s), threads * rows);
     QVERIFY(QSqlDatabase::connectionNames().isEmpty());
+
+    // The trace holds whole lines, each thread's statements in its own order.
+    const QStringList lines = SqlTrace::readStatements(tracePath, nullptr);
+    QCOMPARE(lines.size(), threads * rows * 2);
+    static const QRegularExpression statement(
+        u"^(?:INSERT .* VALUES  \\('(\\d+)' ,'(\\d+)' ,'0','\\1', 0\\)|SELECT .*=\\d+)$"_s);
+    QList<int> next(threads, 0);
+    for (const QString &line : lines) {
+        const QRegularExpressionMatch match = statement.match(line);
+        QVERIFY2(match.hasMatch(), qPrintable(line));
+        if (match.hasCaptured(1))
+            QCOMPARE(match.captured(1).toInt(), next[match.captured(2).toInt()]++);
+    }
 }
 
 namespace {
@@ -580,8 +535,7 @@ void TstDbConnection::qtDriverPathGivesTheSameResults()
 // both surface as DbException with SQLite's message, and the connection goes on.
 void TstDbConnection::sqliteStepFailures()
 {
-    TestDatabase db(Backend::SqliteFile, m_folder.path());
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    VELMAR_SQLITE_DATABASE(db);
     DbConnection c = db.connect();
     const auto overflows = [](const std::function<void()> &step) {
         try {

@@ -23,54 +23,7 @@ using namespace Qt::StringLiterals;
 
 QStringList populatedDatabase()
 {
-    const QString member
-        = u"INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember) VALUES "_s;
-    const QString group
-        = u"INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup) VALUES "_s;
-    const QString relation
-        = u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES "_s;
-    return {
-        member
-            + u"(1,'anna','安娜','it###VELMAR-QUOTATION###s','pw1',0,1,'anna@x.cn','139','Road 1','010-1','010-2','1980-01-02',1,0,'hello',2,0)"_s,
-        member + u"(2,'bert','Bert','','pw2',1,0,'','','','','','',0,0,'',2,5)"_s,
-        member + u"(3,'carl','Carl','','pw3',1,0,'','','','','','',0,1,'',NULL,0)"_s,
-        member + u"(6,'dup','Dup','','pw6',1,0,'','','','','','',0,0,'',2,0)"_s,
-        member + u"(6,'dup2','Dup Again','','pw6b',1,0,'','','','','','',0,0,'',2,0)"_s,
-        member + u"(4,'gina','Gina','','pw4',0,1,'','','','','','',1,0,'',3,1)"_s,
-        member + u"(5,'gus','Gus','','pw5',1,1,'','','','','','',1,0,'',1,1)"_s,
-        group + u"(10,'Sales',-1,0,1,0)"_s,
-        group + u"(11,'East',10,0,2,0)"_s,
-        group + u"(20,'HQ',-1,1,1,NULL)"_s,
-        group + u"(50,'Forum',-100,0,1,1)"_s,
-        group + u"(51,'Lounge',50,0,2,1)"_s,
-        relation + u"(1,10,2,0,0)"_s,
-        relation + u"(2,11,1,0,7)"_s,
-        relation + u"(4,20,3,0,0)"_s,
-        relation + u"(6,20,1,1,0)"_s,
-        relation + u"(4,50,1,0,1)"_s,
-        relation + u"(5,51,1,0,1)"_s,
-        relation + u"(NULL,50,1,1,1)"_s,
-        u"INSERT INTO Rank (ORankID, RankName) VALUES (1,'职员')"_s,
-        u"INSERT INTO Rank (ORankID, RankName) VALUES (2,'经理')"_s,
-        u"INSERT INTO Rank (ORankID, RankName) VALUES (3,'总监')"_s,
-        u"INSERT INTO AccessToken (OMemberID, MessageOn, ChatOn, FileTransferOn, TTSOn, VoiceToPhoneOn, OneToOneCallOn, SMSOn, VoipOn) VALUES (1,1,1,1,1,1,1,1,1)"_s,
-        u"INSERT INTO AccessToken (OMemberID, MessageOn, ChatOn, FileTransferOn, TTSOn, VoiceToPhoneOn, OneToOneCallOn, SMSOn, VoipOn) VALUES (2,1,0,0,1,0,1,0,0)"_s,
-        u"INSERT INTO AccessToken (OMemberID, MessageOn, ChatOn, FileTransferOn, TTSOn, VoiceToPhoneOn, OneToOneCallOn, SMSOn, VoipOn) VALUES (4,0,1,0,0,0,0,1,1)"_s,
-        u"INSERT INTO VoipInfo (OMemberID, ID, Pass) VALUES (1,'v100','p100')"_s,
-        u"INSERT INTO VoipInfo (OMemberID, ID, Pass) VALUES (4,'v101','p101')"_s,
-        u"INSERT INTO VoipNumberList (VOIP_ID, VOIP_PASS, OMemberID) VALUES ('v100','p100',1)"_s,
-        u"INSERT INTO VoipNumberList (VOIP_ID, VOIP_PASS, OMemberID) VALUES ('v101','p101',4)"_s,
-        u"INSERT INTO VoipNumberList (VOIP_ID, VOIP_PASS, OMemberID) VALUES ('v102','p102',0)"_s,
-        u"INSERT INTO VoipNumberList (VOIP_ID, VOIP_PASS, OMemberID) VALUES ('v103','p103',NULL)"_s,
-        u"INSERT INTO Folder (OFolderID, FolderPath) VALUES (1,'share\\\\docs')"_s,
-        u"INSERT INTO Folder (OFolderID, FolderPath) VALUES (2,'public')"_s,
-        u"INSERT INTO GroupAuthority (OFolderID, OGroupID, Authority) VALUES (1,10,'W')"_s,
-        u"INSERT INTO GroupAuthority (OFolderID, OGroupID, Authority) VALUES (2,50,'r')"_s,
-        u"INSERT INTO UserAuthority (OFolderID, OMemberID, Authority) VALUES (1,3,'R')"_s,
-        u"INSERT INTO UserAuthority (OFolderID, OMemberID, Authority) VALUES (2,1,'x')"_s,
-        u"INSERT INTO CONTENTS (OCONTENTSID, TITLE, WRITEDATE, OMEMBERID, MEMBERID, MEMBERNAME, CONTENTS, FilePath, FileSessionID, WriteEndDate) VALUES (100,'It###VELMAR-QUOTATION###s','2007-10-08 12:00:00',1,'anna','安娜','body','','','20071231')"_s,
-        u"INSERT INTO CONTENTS (OCONTENTSID, TITLE, WRITEDATE, OMEMBERID, MEMBERID, MEMBERNAME, CONTENTS, FilePath, FileSessionID, WriteEndDate) VALUES (101,'Second','2008-01-01 09:00:00',4,'gina','Gina','text','|a|b|x|f.txt|y|','sess1','')"_s,
-    };
+    return TestDatabase::statementsFrom(u"storage/populated.sql"_s);
 }
 
 namespace {

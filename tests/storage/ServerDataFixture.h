@@ -13,6 +13,16 @@ class TempServerDir;
 class TestDatabase;
 struct ServerDataSet;
 
+// The INSERT heads of the directory's tables, every column named.
+inline const QString MemberInsert
+    = QStringLiteral("INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, Passwd, "
+                     "Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, "
+                     "bSolar, bAdmin, Description, MemberLevel, IsGuestMember) VALUES ");
+inline const QString GroupInsert = QStringLiteral(
+    "INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup) VALUES ");
+inline const QString RelationInsert = QStringLiteral(
+    "INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES ");
+
 // A server database with something in every table the console reads, and the
 // anomalies the load has to live with (a guest flag of 5, a relation flag of
 // 7, a relation without member, a member id used twice, a NULL group flag).

@@ -22,13 +22,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString memberInsert
-    = u"INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember) VALUES "_s;
-const QString groupInsert
-    = u"INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup) VALUES "_s;
-const QString relationInsert
-    = u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES "_s;
-
 ServerDataSaver::Result save(TempServerDir &dir, CVelmarManagerDoc &document)
 {
     ScriptedMessageService messages;
@@ -81,21 +74,21 @@ void TestDamagedDatabase::groupsThatNeverReachTheTop()
     QVERIFY2(listeners.bind(&error), qPrintable(error));
     QVERIFY2(
         db.execAll({
-            memberInsert + u"(1,'anna','Anna','','pw',0,0,'','','','','','',0,0,'',2,0)"_s,
+            MemberInsert + u"(1,'anna','Anna','','pw',0,0,'','','','','','',0,0,'',2,0)"_s,
             // Everything NULL that a save does not need.
-            memberInsert
+            MemberInsert
                 + u"(2,'nils',NULL,NULL,'pw',NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL)"_s,
-            groupInsert + u"(10,'Sales',-1,0,1,0)"_s,
-            groupInsert + u"(20,'Ping',21,0,2,0)"_s, // 20 and 21 name each other
-            groupInsert + u"(21,'Pong',20,1,2,0)"_s,
-            groupInsert + u"(22,'Below',21,0,1,0)"_s, // read before its parent
-            groupInsert + u"(30,'Self',30,2,2,0)"_s,
-            groupInsert + u"(40,'Orphan',999,3,2,0)"_s,
-            groupInsert + u"(NULL,NULL,NULL,NULL,NULL,NULL)"_s,
-            relationInsert + u"(1,21,1,0,0)"_s,
-            relationInsert + u"(2,30,NULL,NULL,0)"_s,
-            relationInsert + u"(1,22,1,0,0)"_s,
-            relationInsert + u"(NULL,NULL,NULL,NULL,NULL)"_s,
+            GroupInsert + u"(10,'Sales',-1,0,1,0)"_s,
+            GroupInsert + u"(20,'Ping',21,0,2,0)"_s, // 20 and 21 name each other
+            GroupInsert + u"(21,'Pong',20,1,2,0)"_s,
+            GroupInsert + u"(22,'Below',21,0,1,0)"_s, // read before its parent
+            GroupInsert + u"(30,'Self',30,2,2,0)"_s,
+            GroupInsert + u"(40,'Orphan',999,3,2,0)"_s,
+            GroupInsert + u"(NULL,NULL,NULL,NULL,NULL,NULL)"_s,
+            RelationInsert + u"(1,21,1,0,0)"_s,
+            RelationInsert + u"(2,30,NULL,NULL,0)"_s,
+            RelationInsert + u"(1,22,1,0,0)"_s,
+            RelationInsert + u"(NULL,NULL,NULL,NULL,NULL)"_s,
         }),
         qPrintable(db.errorString()));
 
@@ -148,17 +141,17 @@ void TestDamagedDatabase::textInNumberColumn()
         QVERIFY2(db.exec(u"ALTER TABLE member ALTER COLUMN gender TYPE text"_s),
             qPrintable(db.errorString()));
     QVERIFY2(db.execAll({
-                 memberInsert + u"(1,'anna','Anna','','pw',0,0,'','','','','','',0,0,'',2,0)"_s,
-                 memberInsert + u"(7,'text','T','','pw','abc',0,'','','','','','',0,0,'',2,0)"_s,
-                 groupInsert + u"(10,'Sales',-1,0,1,0)"_s,
+                 MemberInsert + u"(1,'anna','Anna','','pw',0,0,'','','','','','',0,0,'',2,0)"_s,
+                 MemberInsert + u"(7,'text','T','','pw','abc',0,'','','','','','',0,0,'',2,0)"_s,
+                 GroupInsert + u"(10,'Sales',-1,0,1,0)"_s,
              }),
         qPrintable(db.errorString()));
     // PostgreSQL's integer columns cannot hold these.
     const bool sqlite = backend != TestDatabase::Backend::PostgresOdbc;
     if (sqlite) {
         QVERIFY2(db.execAll({
-                     groupInsert + u"(11,'East',10,'first',2,0)"_s,
-                     relationInsert + u"(1,10,99999999999,0,0)"_s,
+                     GroupInsert + u"(11,'East',10,'first',2,0)"_s,
+                     RelationInsert + u"(1,10,99999999999,0,0)"_s,
                  }),
             qPrintable(db.errorString()));
     }
@@ -196,11 +189,11 @@ void TestDamagedDatabase::deepChainWithoutRecursion()
         connection.execute(u"BEGIN"_s);
         for (int i = 1; i <= depth; ++i) {
             connection.execute(
-                groupInsert + u"(%1,'g%1',%2,0,%1,0)"_s.arg(i).arg(i == 1 ? -1 : i - 1));
+                GroupInsert + u"(%1,'g%1',%2,0,%1,0)"_s.arg(i).arg(i == 1 ? -1 : i - 1));
         }
-        connection.execute(relationInsert + u"(1,%1,1,0,0)"_s.arg(depth));
+        connection.execute(RelationInsert + u"(1,%1,1,0,0)"_s.arg(depth));
         connection.execute(
-            memberInsert + u"(1,'deep','Deep','','pw',0,0,'','','','','','',0,0,'',2,0)"_s);
+            MemberInsert + u"(1,'deep','Deep','','pw',0,0,'','','','','','',0,0,'',2,0)"_s);
         connection.execute(u"COMMIT"_s);
     }
 

@@ -4,9 +4,10 @@
 #include "DirectoryWriter.h"
 #include "PositionList.h"
 #include "Recordset.h"
-#include "SqlTrace.h"
+#include "ServerDataFixture.h"
 #include "TempServerDir.h"
 #include "TestDatabase.h"
+#include "TracedConnection.h"
 
 #include <algorithm>
 #include <QTest>
@@ -26,43 +27,6 @@ UserInfo standsFor(const DirectoryData &data, qint32 id)
         }
     }
     return {};
-}
-
-const QString memberInsert
-    = u"INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember) VALUES "_s;
-const QString groupInsert
-    = u"INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup) VALUES "_s;
-const QString relationInsert
-    = u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES "_s;
-
-// A database with the anomalies the load has to live with.
-QStringList anomalousDirectory()
-{
-    return {
-        memberInsert
-            + u"(1,'anna','Anna','it###VELMAR-QUOTATION###s','pw1',1,1,'anna@x.cn','139','Road 1','010-1','010-2','1980-01-02',1,0,'hello',2,0)"_s,
-        memberInsert + u"(2,'five','Five','','pw2',0,0,'','','','','','',0,0,'',NULL,5)"_s,
-        memberInsert + u"(3,'gina','Gina','','pw3',0,1,'','','','','','',1,1,'',1,1)"_s,
-        memberInsert
-            + u"(4,'nulls',NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL,NULL)"_s,
-        memberInsert + u"(1,'anna2','Anna Again','','pw1b',1,0,'','','','','','',0,0,'',0,0)"_s,
-        groupInsert + u"(10,'Sales',-1,0,1,0)"_s,
-        groupInsert + u"(13,'Early child',14,1,1,0)"_s,
-        groupInsert + u"(11,'East',10,0,2,NULL)"_s,
-        groupInsert + u"(14,'Late parent',-1,1,2,0)"_s,
-        groupInsert + u"(12,'Orphan',999,2,2,0)"_s,
-        groupInsert + u"(50,'Forum',-100,0,1,1)"_s,
-        groupInsert + u"(51,'Lost guest',10,1,1,1)"_s,
-        relationInsert + u"(1,10,5,2,0)"_s,
-        relationInsert + u"(2,10,NULL,1,0)"_s,
-        relationInsert + u"(NULL,10,1,0,0)"_s,
-        relationInsert + u"(1,10,5,2,0)"_s,
-        relationInsert + u"(4,11,1,0,7)"_s,
-        relationInsert + u"(3,50,1,0,1)"_s,
-        relationInsert + u"(1,50,2,1,1)"_s,
-        relationInsert + u"(777,12,1,0,0)"_s,
-        relationInsert + u"(5,999,1,0,0)"_s,
-    };
 }
 
 UserInfo member(qint32 id, const QString &login, const QString &name = QString())
@@ -142,47 +106,34 @@ class TestDirectoryDb : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void emptyDatabase_data() { TestDatabase::addSqliteFileBackend(); }
-    void emptyDatabase();
-    void loadAnomalies_data() { TestDatabase::addSqliteFileBackend(); }
     void loadAnomalies();
-    void nullFlagLeftoversAreReadOnce_data() { TestDatabase::addSqliteFileBackend(); }
     void nullFlagLeftoversAreReadOnce();
-    void statementStream_data() { TestDatabase::addSqliteFileBackend(); }
     void statementStream();
-    void roundTrip_data() { TestDatabase::addSqliteFileBackend(); }
     void roundTrip();
-    void positions_data() { TestDatabase::addSqliteFileBackend(); }
     void positions();
 };
 
-void TestDirectoryDb::emptyDatabase()
+void TestDirectoryDb::loadAnomalies()
 {
-    VELMAR_BACKEND_DATABASE(db);
+    VELMAR_SQLITE_DATABASE(db);
     DirectoryData data;
     data.groupCounter = 99; // left from an earlier load
     RecordingProgress progress;
     DbConnection connection = db.connect();
+    // An empty database first.
     DirectoryLoader::load(connection, data, &progress);
     QCOMPARE(progress.calls,
         QStringList({ u"text 读取用户信息."_s, u"range 0"_s, u"text 读群组信息."_s, u"range 0"_s,
             u"text 添加群组."_s, u"range 0"_s }));
     QVERIFY(data.regularMembers.isEmpty() && data.guestMembers.isEmpty());
-    QCOMPARE(data.regularTree.root()->childCount(), 0);
-    QCOMPARE(data.guestTree.root()->childCount(), 0);
+    QCOMPARE(data.regularTree.root()->childCount() + data.guestTree.root()->childCount(), 0);
     QCOMPARE(data.groupCounter, 0);
-}
 
-void TestDirectoryDb::loadAnomalies()
-{
-    VELMAR_BACKEND_DATABASE(db);
-    QVERIFY2(db.execAll(anomalousDirectory()), qPrintable(db.errorString()));
-    DirectoryData data;
-    RecordingProgress progress;
-    {
-        DbConnection connection = db.connect();
-        DirectoryLoader::load(connection, data, &progress);
-    }
+    QVERIFY2(db.execAll(TestDatabase::statementsFrom(u"storage/anomalous-directory.sql"_s)),
+        qPrintable(db.errorString()));
+    data = DirectoryData();
+    progress = RecordingProgress();
+    DirectoryLoader::load(connection, data, &progress);
 
     // IsGuestMember 5 is read as regular and rewritten 0; 7 in Relation likewise.
     QCOMPARE(db.scalar(u"SELECT IsGuestMember FROM Member WHERE OMemberID = 2"_s).toInt(), 0);
@@ -242,18 +193,18 @@ void TestDirectoryDb::loadAnomalies()
 
 void TestDirectoryDb::nullFlagLeftoversAreReadOnce()
 {
-    VELMAR_BACKEND_DATABASE(db);
+    VELMAR_SQLITE_DATABASE(db);
     // Rows written without the partition flag (the guest-tree conversion,
     // older databases), and a NULL row beside the row an earlier save wrote.
     QVERIFY2(db.execAll({
-                 memberInsert + u"(5,'old','','','x',0,0,'','','','','','',0,0,'',NULL,NULL)"_s,
-                 memberInsert + u"(6,'keep','','','x',0,0,'','','','','','',0,0,'',NULL,NULL)"_s,
-                 memberInsert + u"(5,'new','','','x',0,0,'','','','','','',0,0,'',NULL,0)"_s,
-                 groupInsert + u"(20,'HQ',-1,0,1,NULL)"_s,
-                 groupInsert + u"(20,'HQ new',-1,3,1,0)"_s,
-                 groupInsert + u"(21,'Sub',20,0,2,NULL)"_s,
-                 relationInsert + u"(5,20,1,0,0)"_s,
-                 relationInsert + u"(6,21,1,0,NULL)"_s,
+                 MemberInsert + u"(5,'old','','','x',0,0,'','','','','','',0,0,'',NULL,NULL)"_s,
+                 MemberInsert + u"(6,'keep','','','x',0,0,'','','','','','',0,0,'',NULL,NULL)"_s,
+                 MemberInsert + u"(5,'new','','','x',0,0,'','','','','','',0,0,'',NULL,0)"_s,
+                 GroupInsert + u"(20,'HQ',-1,0,1,NULL)"_s,
+                 GroupInsert + u"(20,'HQ new',-1,3,1,0)"_s,
+                 GroupInsert + u"(21,'Sub',20,0,2,NULL)"_s,
+                 RelationInsert + u"(5,20,1,0,0)"_s,
+                 RelationInsert + u"(6,21,1,0,NULL)"_s,
              }),
         qPrintable(db.errorString()));
     const DirectoryData first = load(db);
@@ -275,8 +226,8 @@ void TestDirectoryDb::nullFlagLeftoversAreReadOnce()
 
     // What the working copy no longer holds does not come back.
     QVERIFY(db.execAll({
-        memberInsert + u"(7,'gone','','','x',0,0,'','','','','','',0,0,'',NULL,NULL)"_s,
-        groupInsert + u"(22,'Gone sub',21,0,3,NULL)"_s,
+        MemberInsert + u"(7,'gone','','','x',0,0,'','','','','','',0,0,'',NULL,NULL)"_s,
+        GroupInsert + u"(22,'Gone sub',21,0,3,NULL)"_s,
     }));
     const DirectoryData small = smallDirectory();
     write(db, small, { 7 });
@@ -290,22 +241,17 @@ void TestDirectoryDb::nullFlagLeftoversAreReadOnce()
 
 void TestDirectoryDb::statementStream()
 {
-    VELMAR_BACKEND_DATABASE(db);
-    const QString tracePath = dir.filePath(u"trace.sql"_s);
-    {
-        SqlTrace trace(tracePath);
-        QVERIFY(trace.isOpen());
-        DbConnection connection = DbConnection::open(db.connectionString(), &trace);
-        DirectoryWriter::writeDeletedMembers(connection, { 8 });
-        DirectoryWriter::writeDirectory(connection, DirectoryContent::of(smallDirectory()));
-    }
+    VELMAR_SQLITE_DATABASE(db);
+    TracedConnection writing(db, dir.filePath(u"save.sql"_s));
+    DirectoryWriter::writeDeletedMembers(writing.connection(), { 8 });
+    DirectoryWriter::writeDirectory(writing.connection(), DirectoryContent::of(smallDirectory()));
     const QString groupRow
         = u"INSERT INTO [Group] (OGroupID,GroupName,OGroupID_P,Position,Depth, IsGuestGroup) VALUES  "_s;
     const QString memberRow
         = u"INSERT INTO Member (OMemberID,MemberID,MemberName, MemberNickname, Passwd,Gender,bPublic,Email,HP,Address,HomePhone,OfficePhone,BirthDay,Description,bSolar,bAdmin, IsGuestMember) VALUES  "_s;
     const QString relationRow
         = u"INSERT INTO Relation (OMemberID,OGroupID,ORankID,Position, IsGuestRelation) VALUES  "_s;
-    QCOMPARE(readTrace(tracePath),
+    QCOMPARE(writing.statements(),
         QStringList({
             u"DELETE FROM Relation WHERE OGroupID = 8 "_s,
             u"DELETE FROM VoipInfo WHERE OMemberID = 8"_s,
@@ -346,14 +292,10 @@ void TestDirectoryDb::statementStream()
             u"UPDATE MEMBER SET MemberLevel = 1 \t\t\t\t\t\t\twhere OmemberID = 4"_s,
         }));
 
-    const QString loadTracePath = dir.filePath(u"load.sql"_s);
-    {
-        SqlTrace trace(loadTracePath);
-        DbConnection connection = DbConnection::open(db.connectionString(), &trace);
-        DirectoryData data;
-        DirectoryLoader::load(connection, data);
-    }
-    QCOMPARE(readTrace(loadTracePath),
+    TracedConnection reading(db, dir.filePath(u"load.sql"_s));
+    DirectoryData data;
+    DirectoryLoader::load(reading.connection(), data);
+    QCOMPARE(reading.statements(),
         QStringList({
             u"SELECT COUNT(*) FROM Member"_s,
             u"Update Member Set IsGuestMember = 0 WHERE IsGuestMember <> 0 AND IsGuestMember <> 1"_s,
@@ -373,8 +315,9 @@ void TestDirectoryDb::statementStream()
 
 void TestDirectoryDb::roundTrip()
 {
-    VELMAR_BACKEND_DATABASE(db);
-    QVERIFY2(db.execAll(anomalousDirectory()), qPrintable(db.errorString()));
+    VELMAR_SQLITE_DATABASE(db);
+    QVERIFY2(db.execAll(TestDatabase::statementsFrom(u"storage/anomalous-directory.sql"_s)),
+        qPrintable(db.errorString()));
     const DirectoryData first = load(db);
     write(db, first);
     const QStringList afterFirstWrite = wholeDirectory(db);
@@ -389,7 +332,7 @@ void TestDirectoryDb::roundTrip()
 
 void TestDirectoryDb::positions()
 {
-    VELMAR_BACKEND_DATABASE(db);
+    VELMAR_SQLITE_DATABASE(db);
     QVERIFY(db.execAll({ u"INSERT INTO Rank (ORankID, RankName) VALUES (3, '主任')"_s,
         u"INSERT INTO Rank (ORankID, RankName) VALUES (1, '职员')"_s,
         u"INSERT INTO Rank (ORankID, RankName) VALUES (2, NULL)"_s }));

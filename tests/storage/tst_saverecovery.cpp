@@ -89,9 +89,7 @@ void TestSaveRecovery::questions()
     QFETCH(QStringList, asked);
     QFETCH(bool, loads);
     QFETCH(bool, replayed);
-    TempServerDir dir;
-    TestDatabase db(TestDatabase::Backend::SqliteFile, dir.programDir());
-    QVERIFY2(db.isValid(), qPrintable(db.errorString()));
+    VELMAR_SQLITE_DATABASE(db);
     QVERIFY(db.writeConnectionString(dir.hives()));
     QVERIFY(db.execAll(populatedDatabase()));
     ScriptedMessageService messages;

@@ -47,21 +47,18 @@ namespace {
 class SaveEnv
 {
 public:
-    bool setUp(TestDatabase::Backend backend, const QStringList &statements, QString *error)
+    bool setUp(TestDatabase::Backend backend, const QStringList &statements)
     {
         db = std::make_unique<TestDatabase>(backend, dir.programDir());
         if (!db->isValid() || !db->writeConnectionString(dir.hives()) || !db->execAll(statements)) {
-            *error = db->errorString();
+            error = db->errorString();
             return false;
         }
         ServerDataLoader::Result result;
         ServerDataSet set = readBack(dir, &result);
-        if (!result.ok()) {
-            *error = result.error.formatted();
-            return false;
-        }
+        error = result.error.formatted();
         data.adopt(std::move(set), CVelmarManagerDoc::LoadState::Complete);
-        return listeners.bind(error);
+        return result.ok() && listeners.bind(&error);
     }
 
     void traceTo(const QString &name)
@@ -70,7 +67,7 @@ public:
         trace = std::make_unique<SqlTrace>(tracePath);
     }
 
-    ServerDataSaver::Result save(bool confirmed)
+    template<typename Use> auto withSaver(Use use)
     {
         DbSession session(dir.hives(), dir.iniPath(), dir.databasePath(), messages, trace.get());
         ServerDataSaver saver(
@@ -81,16 +78,17 @@ public:
         });
         saver.setConflictPolicy(policy);
         saver.setLockWait(lockWait);
-        return saver.save(confirmed);
+        return use(saver);
+    }
+
+    ServerDataSaver::Result save(bool confirmed)
+    {
+        return withSaver([&](ServerDataSaver &saver) { return saver.save(confirmed); });
     }
 
     bool saveOnClose()
     {
-        DbSession session(dir.hives(), dir.iniPath(), dir.databasePath(), messages, trace.get());
-        ServerDataSaver saver(
-            data, session, messages, dir.iniPath(), dir.hives(), dir.programDir());
-        saver.setPause([](int) {});
-        return saver.saveOnClose();
+        return withSaver([](ServerDataSaver &saver) { return saver.saveOnClose(); });
     }
 
     QString journalPath() const { return SaveJournal::pathFor(dir.iniPath()); }
@@ -125,6 +123,7 @@ public:
     NotificationListeners listeners;
     QList<int> pauses;
     QStringList portsAtPause;
+    QString error; // why setUp failed
 };
 
 // One statement of each step: the runner sends a step's statements alike,
@@ -194,13 +193,15 @@ bool fixPoison(SaveEnv &env, Poison poison)
 Q_DECLARE_METATYPE(Poison)
 Q_DECLARE_METATYPE(ServerDataSaver::Step)
 
+// On the row's backend; SQLITE_SAVE_ENV on the SQLite file, for what does not
+// differ between backends.
 #define SAVE_ENV(env, statements)                                                                  \
     QFETCH(TestDatabase::Backend, backend);                                                        \
     SaveEnv env;                                                                                   \
-    {                                                                                              \
-        QString setUpError;                                                                        \
-        QVERIFY2(env.setUp(backend, statements, &setUpError), qPrintable(setUpError));             \
-    }
+    QVERIFY2(env.setUp(backend, statements), qPrintable(env.error))
+#define SQLITE_SAVE_ENV(env, statements)                                                           \
+    SaveEnv env;                                                                                   \
+    QVERIFY2(env.setUp(TestDatabase::Backend::SqliteFile, statements), qPrintable(env.error))
 
 // The save command against every backend, with real listeners for the
 // notification ports.
@@ -213,21 +214,16 @@ private Q_SLOTS:
     void statementOrder();
     void refusals_data();
     void refusals();
-    void versionBump_data();
-    void versionBump();
-    void notifications_data();
-    void notifications();
+    void versionAndNotifications_data();
+    void versionAndNotifications();
     void failingStatement_data();
     void failingStatement();
-    void unsafeTexts_data() { TestDatabase::addSqliteFileBackend(); }
     void unsafeTexts();
     void unsafeReason_data();
     void unsafeReason();
-    void journal_data() { TestDatabase::addSqliteFileBackend(); }
     void journal();
     void journalNotWritable_data();
     void journalNotWritable();
-    void noticeDeleteFailure_data() { TestDatabase::addSqliteFileBackend(); }
     void noticeDeleteFailure();
     void saveOnClose_data();
     void saveOnClose();
@@ -235,42 +231,14 @@ private Q_SLOTS:
     void lockedDatabase();
     void concurrentChange_data();
     void concurrentChange();
-    void saveLock_data() { TestDatabase::addSqliteFileBackend(); }
     void saveLock();
     void preview_data() { TestDatabase::addBackends(); }
     void preview();
 };
 
-namespace {
-
-QStringList smallDatabase()
-{
-    return {
-        u"INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember) VALUES (1,'anna','Anna','a;b','pw1',0,1,'a@x','139','Road','010','020','1980-01-02',1,0,'hi',0,0)"_s,
-        u"INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember) VALUES (2,'gina','Gina','','pw2',1,0,'','','','','','',0,0,'',0,1)"_s,
-        u"INSERT INTO Member (OMemberID, MemberID, MemberName, MemberNickname, Passwd, Gender, bPublic, Email, HP, Address, HomePhone, OfficePhone, BirthDay, bSolar, bAdmin, Description, MemberLevel, IsGuestMember) VALUES (3,'gone','Gone','','pw3',1,0,'','','','','','',0,0,'',2,0)"_s,
-        u"INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup) VALUES (10,'Sales',-1,0,1,0)"_s,
-        u"INSERT INTO [Group] (OGroupID, GroupName, OGroupID_P, Position, Depth, IsGuestGroup) VALUES (50,'Forum',-100,0,1,1)"_s,
-        u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES (1,10,1,0,0)"_s,
-        u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES (3,10,1,1,0)"_s,
-        u"INSERT INTO Relation (OMemberID, OGroupID, ORankID, Position, IsGuestRelation) VALUES (2,50,1,0,1)"_s,
-        u"INSERT INTO Rank (ORankID, RankName) VALUES (1,'职员')"_s,
-        u"INSERT INTO AccessToken (OMemberID, MessageOn, ChatOn, FileTransferOn, TTSOn, VoiceToPhoneOn, OneToOneCallOn, SMSOn, VoipOn) VALUES (1,1,1,1,1,1,1,1,1)"_s,
-        u"INSERT INTO AccessToken (OMemberID, MessageOn, ChatOn, FileTransferOn, TTSOn, VoiceToPhoneOn, OneToOneCallOn, SMSOn, VoipOn) VALUES (3,1,1,1,1,1,1,1,0)"_s,
-        u"INSERT INTO VoipInfo (OMemberID, ID, Pass) VALUES (1,'v1','p1')"_s,
-        u"INSERT INTO VoipNumberList (VOIP_ID, VOIP_PASS, OMemberID) VALUES ('v1','p1',1)"_s,
-        u"INSERT INTO Folder (OFolderID, FolderPath) VALUES (1,'docs\\\\2007')"_s,
-        u"INSERT INTO GroupAuthority (OFolderID, OGroupID, Authority) VALUES (1,10,'W')"_s,
-        u"INSERT INTO UserAuthority (OFolderID, OMemberID, Authority) VALUES (1,1,'r')"_s,
-        u"INSERT INTO CONTENTS (OCONTENTSID, TITLE, WRITEDATE, OMEMBERID, MEMBERID, MEMBERNAME, CONTENTS, FilePath, FileSessionID, WriteEndDate) VALUES (100,'Old','2007-10-08 12:00:00',1,'anna','Anna','x','','','')"_s,
-    };
-}
-
-} // namespace
-
 void TestServerDataSave::statementOrder()
 {
-    SAVE_ENV(env, smallDatabase());
+    SAVE_ENV(env, TestDatabase::statementsFrom(u"storage/save-order.sql"_s));
     env.traceTo(u"save.sql"_s);
     // Member 3 goes with its permissions, and a notice.
     Directory &directory = *env.data.directory();
@@ -325,27 +293,23 @@ void TestServerDataSave::statementOrder()
     QVERIFY(env.pauses.isEmpty());
     QVERIFY(!env.data.isModified());
     QVERIFY(env.data.deletedMemberIds().isEmpty());
-    QCOMPARE(env.db->count(u"CONTENTS"_s), 0);
-    QCOMPARE(env.db->scalar(u"SELECT MemberLevel FROM Member WHERE OMemberID = 2"_s).toInt(), 1);
     QCOMPARE(dumpDataSet(readBack(env.dir)), dumpServerData(env.data));
 }
 
 void TestServerDataSave::refusals_data()
 {
-    QTest::addColumn<TestDatabase::Backend>("backend");
     QTest::addColumn<int>("answer"); // to "确定要保存?", 0: confirmed beforehand
     QTest::addColumn<int>("emptyField"); // -1 none, else the member column emptied
     QTest::addColumn<bool>("guest");
     QTest::addColumn<ServerDataSaver::Outcome>("outcome");
     QTest::addColumn<QString>("balloon");
-    const auto backend = TestDatabase::Backend::SqliteFile;
-    QTest::newRow("declined") << backend << int(MessageService::No) << -1 << false
+    QTest::newRow("declined") << int(MessageService::No) << -1 << false
                               << ServerDataSaver::Outcome::Declined << QString();
     QTest::newRow("regular member without password")
-        << backend << int(MessageService::Yes) << int(MemberListModel::PasswordColumn) << false
+        << int(MessageService::Yes) << int(MemberListModel::PasswordColumn) << false
         << ServerDataSaver::Outcome::MemberMissing << u"用户ID和密码为空."_s;
     QTest::newRow("guest member without password")
-        << backend << 0 << int(MemberListModel::PasswordColumn) << true
+        << 0 << int(MemberListModel::PasswordColumn) << true
         << ServerDataSaver::Outcome::MemberMissing << u"用户ID和密码为空."_s;
 }
 
@@ -356,7 +320,7 @@ void TestServerDataSave::refusals()
     QFETCH(bool, guest);
     QFETCH(ServerDataSaver::Outcome, outcome);
     QFETCH(QString, balloon);
-    SAVE_ENV(env, populatedDatabase());
+    SQLITE_SAVE_ENV(env, populatedDatabase());
     env.traceTo(u"save.sql"_s);
     const QStringList before = dumpDataSet(readBack(env.dir));
     QVERIFY(env.data.editor().deleteMembers(false, { 0 }).ok());
@@ -387,26 +351,32 @@ void TestServerDataSave::refusals()
     QCOMPARE(env.data.deletedMemberIds().size(), 1);
 }
 
-void TestServerDataSave::versionBump_data()
+// What a save does with Serverinfo.ini (the version it bumps, the rest kept)
+// and whom it tells: the server, and the distribution server when UseDist is set.
+void TestServerDataSave::versionAndNotifications_data()
 {
-    QTest::addColumn<TestDatabase::Backend>("backend");
     QTest::addColumn<QString>("stored"); // empty: no value
     QTest::addColumn<QString>("written");
-    const auto backend = TestDatabase::Backend::SqliteFile;
-    QTest::newRow("absent") << backend << QString() << u"0001"_s;
-    QTest::newRow("0042") << backend << u"0042"_s << u"0043"_s;
-    QTest::newRow("9999 wraps") << backend << u"9999"_s << u"0001"_s;
-    QTest::newRow("not a number") << backend << u"abc"_s << u"0001"_s;
-    QTest::newRow("leading digits") << backend << u"12abc"_s << u"0013"_s;
+    QTest::addColumn<QString>("useDist"); // empty: no value
+    QTest::addColumn<bool>("distribution");
+    QTest::newRow("absent") << QString() << u"0001"_s << QString() << false;
+    QTest::newRow("0042, UseDist 0") << u"0042"_s << u"0043"_s << u"0"_s << false;
+    QTest::newRow("9999 wraps, UseDist 1") << u"9999"_s << u"0001"_s << u"1"_s << true;
+    QTest::newRow("not a number, UseDist 2") << u"abc"_s << u"0001"_s << u"2"_s << true;
+    QTest::newRow("leading digits") << u"12abc"_s << u"0013"_s << QString() << false;
 }
 
-void TestServerDataSave::versionBump()
+void TestServerDataSave::versionAndNotifications()
 {
     QFETCH(QString, stored);
     QFETCH(QString, written);
-    SAVE_ENV(env, {});
+    QFETCH(QString, useDist);
+    QFETCH(bool, distribution);
+    SQLITE_SAVE_ENV(env, populatedDatabase());
     QVERIFY(env.dir.writeFile(u"Serverinfo.ini"_s,
-        "[ServerInfo]\r\nDefaultPositionID=1\r\n[GroupInfo]\r\n"
+        "[ServerInfo]\r\nDefaultPositionID=1\r\n"
+            + (useDist.isEmpty() ? QByteArray() : "UseDist=" + useDist.toUtf8() + "\r\n")
+            + "[GroupInfo]\r\n"
             + (stored.isEmpty() ? QByteArray() : "Version=" + stored.toUtf8() + "\r\n")
             + "[Other]\r\nKey=kept\r\n"));
     // The file was written by hand after the load, not by another save.
@@ -418,35 +388,9 @@ void TestServerDataSave::versionBump()
     ProfileFile profile(env.dir.iniPath());
     QCOMPARE(profile.readString(u"Other"_s, u"Key"_s, {}, 128), u"kept"_s);
     QCOMPARE(profile.readString(u"ServerInfo"_s, u"DefaultPositionID"_s, {}, 128), u"1"_s);
-}
-
-void TestServerDataSave::notifications_data()
-{
-    QTest::addColumn<TestDatabase::Backend>("backend");
-    QTest::addColumn<QString>("useDist"); // empty: no value
-    QTest::addColumn<QStringList>("atPause");
-    QTest::addColumn<QList<int>>("pauses");
-    const auto backend = TestDatabase::Backend::SqliteFile;
-    QTest::newRow("UseDist absent") << backend << QString() << QStringList() << QList<int>();
-    QTest::newRow("UseDist 0") << backend << u"0"_s << QStringList() << QList<int>();
-    QTest::newRow("UseDist 1") << backend << u"1"_s << QStringList { u"55051"_s }
-                               << QList<int> { 3000 };
-    QTest::newRow("UseDist 2") << backend << u"2"_s << QStringList { u"55051"_s }
-                               << QList<int> { 3000 };
-}
-
-void TestServerDataSave::notifications()
-{
-    QFETCH(QString, useDist);
-    QFETCH(QStringList, atPause);
-    QFETCH(QList<int>, pauses);
-    SAVE_ENV(env, populatedDatabase());
-    if (!useDist.isEmpty())
-        ProfileFile(env.dir.iniPath()).writeString(u"ServerInfo"_s, u"UseDist"_s, useDist);
-    QVERIFY(env.save(true).ok());
     // 55051 has its datagram before the pause, 55052 only after it.
-    QCOMPARE(env.pauses, pauses);
-    QCOMPARE(env.portsAtPause, atPause);
+    QCOMPARE(env.pauses, distribution ? QList<int> { 3000 } : QList<int>());
+    QCOMPARE(env.portsAtPause, distribution ? QStringList { u"55051"_s } : QStringList());
     QCOMPARE(env.listeners.drain(), QStringList { u"55052"_s });
     QVERIFY(env.messages.boxes().isEmpty());
 }
@@ -542,7 +486,7 @@ void TestServerDataSave::failingStatement()
 
 void TestServerDataSave::unsafeTexts()
 {
-    SAVE_ENV(env, populatedDatabase());
+    SQLITE_SAVE_ENV(env, populatedDatabase());
     env.traceTo(u"unsafe.trace"_s);
     Directory &directory = *env.data.directory();
     DirectoryEditor &editor = env.data.editor();
@@ -632,7 +576,7 @@ void TestServerDataSave::unsafeReason()
 
 void TestServerDataSave::journal()
 {
-    SAVE_ENV(env, populatedDatabase());
+    SQLITE_SAVE_ENV(env, populatedDatabase());
     env.traceTo(u"journal.trace"_s);
     ProfileFile(env.dir.iniPath()).writeString(u"ServerInfo"_s, u"UseDist"_s, u"1"_s);
     ProfileFile(env.dir.iniPath()).writeString(u"GroupInfo"_s, u"Version"_s, u"0041"_s);
@@ -653,18 +597,15 @@ void TestServerDataSave::journal()
     QCOMPARE(journal.connectionString(), session.connectionString());
     QCOMPARE(journal.notifyPorts(), (QList<quint16> { 55051, 55052 }));
     QCOMPARE(journal.body(), built.body());
-    QStringList recorded;
+    const QStringList recorded = journalStatements(journal);
     QStringList profileWrites;
     QStringList steps;
     SaveJournal::Cursor cursor;
     SaveJournal::Action action;
     while (journal.nextAction(cursor, action)) {
-        if (action.kind == SaveJournal::Kind::Statement
-            || action.kind == SaveJournal::Kind::NoticeDelete)
-            recorded << action.text;
-        else if (action.kind == SaveJournal::Kind::ProfileWrite)
+        if (action.kind == SaveJournal::Kind::ProfileWrite)
             profileWrites << action.text + u'/' + action.key + u'=' + action.value;
-        else
+        else if (action.kind == SaveJournal::Kind::Step)
             steps << action.text;
         if (action.kind == SaveJournal::Kind::NoticeDelete) {
             QCOMPARE(action.key, QString::number(notice.id));
@@ -715,11 +656,9 @@ void TestServerDataSave::journal()
 
 void TestServerDataSave::journalNotWritable_data()
 {
-    QTest::addColumn<TestDatabase::Backend>("backend");
     QTest::addColumn<bool>("readOnlyFolder"); // else: a folder stands where the journal goes
-    const auto backend = TestDatabase::Backend::SqliteFile;
-    QTest::newRow("folder in the journal's place") << backend << false;
-    QTest::newRow("read-only server folder") << backend << true;
+    QTest::newRow("folder in the journal's place") << false;
+    QTest::newRow("read-only server folder") << true;
 }
 
 void TestServerDataSave::journalNotWritable()
@@ -727,7 +666,7 @@ void TestServerDataSave::journalNotWritable()
     QFETCH(bool, readOnlyFolder);
     if (readOnlyFolder && ::geteuid() == 0)
         QSKIP("root writes into read-only folders; the other row covers the refusal");
-    SAVE_ENV(env, populatedDatabase());
+    SQLITE_SAVE_ENV(env, populatedDatabase());
     env.traceTo(u"readonly.trace"_s);
     env.data.editor().addGroup(false, env.data.directory()->treeData(false).root(), u"New"_s);
     const QStringList before = dumpDataSet(readBack(env.dir));
@@ -753,7 +692,7 @@ void TestServerDataSave::journalNotWritable()
 
 void TestServerDataSave::noticeDeleteFailure()
 {
-    SAVE_ENV(env,
+    SQLITE_SAVE_ENV(env,
         populatedDatabase()
             << u"UPDATE CONTENTS SET FileSessionID = 'sess0' WHERE OCONTENTSID = 100"_s);
     // The first notice cannot be deleted; the second one can.
@@ -788,19 +727,16 @@ void TestServerDataSave::noticeDeleteFailure()
 
 void TestServerDataSave::saveOnClose_data()
 {
-    QTest::addColumn<TestDatabase::Backend>("backend");
     QTest::addColumn<bool>("modified");
     QTest::addColumn<int>("answer");
     QTest::addColumn<bool>("breakSave");
     QTest::addColumn<bool>("closes");
     QTest::addColumn<bool>("written");
-    const auto b = TestDatabase::Backend::SqliteFile;
-    QTest::newRow("unmodified") << b << false << 0 << false << true << false;
-    QTest::newRow("cancel") << b << true << int(MessageService::Cancel) << false << false << false;
-    QTest::newRow("no") << b << true << int(MessageService::No) << false << true << false;
-    QTest::newRow("yes") << b << true << int(MessageService::Yes) << false << true << true;
-    QTest::newRow("yes, save fails")
-        << b << true << int(MessageService::Yes) << true << false << false;
+    QTest::newRow("unmodified") << false << 0 << false << true << false;
+    QTest::newRow("cancel") << true << int(MessageService::Cancel) << false << false << false;
+    QTest::newRow("no") << true << int(MessageService::No) << false << true << false;
+    QTest::newRow("yes") << true << int(MessageService::Yes) << false << true << true;
+    QTest::newRow("yes, save fails") << true << int(MessageService::Yes) << true << false << false;
 }
 
 void TestServerDataSave::saveOnClose()
@@ -810,7 +746,7 @@ void TestServerDataSave::saveOnClose()
     QFETCH(bool, breakSave);
     QFETCH(bool, closes);
     QFETCH(bool, written);
-    SAVE_ENV(env, populatedDatabase());
+    SQLITE_SAVE_ENV(env, populatedDatabase());
     QString error;
     if (breakSave)
         QVERIFY2(createPoisonTrigger(*env.db, u"INSERT"_s, u"\"Group\""_s, {}, &error),
@@ -840,30 +776,14 @@ void TestServerDataSave::lockedDatabase()
 {
     SAVE_ENV(env, populatedDatabase());
     const bool postgres = backend == TestDatabase::Backend::PostgresOdbc;
-    if (backend == TestDatabase::Backend::SqliteOdbc) {
-        // The driver's own lock wait (100 s unless the string names one).
-        CRegistry key(env.dir.hives(), RegistryRoot::LocalMachine);
-        QVERIFY(
-            key.createKey(RegistryRoot::LocalMachine, u"SOFTWARE\\Velmar\\Services\\Database"_s));
-        QVERIFY(key.writeString(
-            u"ConnectionString"_s, env.db->connectionString() + u"Timeout=3000;"_s));
-    }
-    if (postgres)
-        QVERIFY(env.db->exec(
-            u"ALTER DATABASE "_s + env.db->databaseName() + u" SET lock_timeout = '1s'"_s));
+    QVERIFY2(env.db->shortenLockWait(env.dir.hives()), qPrintable(env.db->errorString()));
     env.data.editor().addGroup(false, env.data.directory()->treeData(false).root(), u"New"_s);
     const QStringList memory = dumpServerData(env.data);
     const QStringList database = dumpDataSet(readBack(env.dir));
 
     {
         // A second connection holds a write lock on the database.
-        DbConnection holder = env.db->connect();
-        if (postgres) {
-            holder.execute(u"BEGIN"_s);
-            holder.execute(u"LOCK TABLE [Group] IN ACCESS EXCLUSIVE MODE"_s);
-        } else {
-            holder.execute(u"BEGIN EXCLUSIVE"_s);
-        }
+        DbConnection holder = env.db->holdWriteLock(u"[Group]"_s);
         const ServerDataSaver::Result failed = env.save(true);
         QCOMPARE(failed.outcome, ServerDataSaver::Outcome::DatabaseError);
         // PostgreSQL's table lock stops the concurrent-change check's read
@@ -953,7 +873,7 @@ void TestServerDataSave::concurrentChange()
 
 void TestServerDataSave::saveLock()
 {
-    SAVE_ENV(env, populatedDatabase());
+    SQLITE_SAVE_ENV(env, populatedDatabase());
     env.traceTo(u"lock.trace"_s);
     env.data.editor().addGroup(false, env.data.directory()->treeData(false).root(), u"New"_s);
     const QStringList before = dumpDataSet(readBack(env.dir));

@@ -66,12 +66,6 @@ void ScriptedServiceManager::setScript(const QString &name, const Script &script
     m_pendingLeft.remove(name);
 }
 
-ScriptedServiceManager::Script ScriptedServiceManager::script(const QString &name) const
-{
-    QMutexLocker lock(&m_mutex);
-    return m_scripts.value(name);
-}
-
 void ScriptedServiceManager::setRunning(const QStringList &names)
 {
     QMutexLocker lock(&m_mutex);

@@ -40,7 +40,6 @@ public:
 
     void setReachable(bool reachable);
     void setScript(const QString &name, const Script &script);
-    Script script(const QString &name) const;
     void setRunning(const QStringList &names); // every other known service is stopped
     bool isRunning(const QString &name) const;
 

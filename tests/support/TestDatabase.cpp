@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QTest>
+#include <QThread>
 
 using namespace Qt::StringLiterals;
 
@@ -82,6 +83,19 @@ void TestDatabase::addSqliteFileBackend()
 {
     QTest::addColumn<TestDatabase::Backend>("backend");
     QTest::newRow("sqlite-file") << Backend::SqliteFile;
+}
+
+QStringList TestDatabase::statementsFrom(const QString &dataFile)
+{
+    QFile file(QStringLiteral(VELMAR_TEST_DATA_DIR "/") + dataFile);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+        return { u"cannot read "_s + file.fileName() };
+    QStringList statements;
+    for (const QString &line : QString::fromUtf8(file.readAll()).split(u'\n')) {
+        if (!line.trimmed().isEmpty() && !line.startsWith(u"--"_s))
+            statements << line;
+    }
+    return statements;
 }
 
 QString TestDatabase::postgresConnectionString(const QString &databaseName)
@@ -175,7 +189,57 @@ bool TestDatabase::writeConnectionString(RegistryHives &hives) const
         && (m_backend == Backend::SqliteFile
             || registry.writeString(
                 u"SetDBType"_s, m_backend == Backend::PostgresOdbc ? u"PGSQL"_s : u"SQLITE"_s))
-        && registry.writeString(u"ConnectionString"_s, m_connectionString);
+        && storeConnectionString(hives, m_connectionString);
+}
+
+bool TestDatabase::storeConnectionString(RegistryHives &hives, const QString &connectionString)
+{
+    CRegistry registry(hives, RegistryRoot::LocalMachine);
+    return registry.createKey(RegistryRoot::LocalMachine, u"SOFTWARE\\Velmar\\Services\\Database"_s)
+        && registry.writeString(u"ConnectionString"_s, connectionString);
+}
+
+bool TestDatabase::shortenLockWait(RegistryHives &hives)
+{
+    if (m_backend == Backend::SqliteOdbc)
+        return storeConnectionString(hives, m_connectionString + u"Timeout=3000;"_s);
+    if (m_backend == Backend::PostgresOdbc)
+        return exec(u"ALTER DATABASE "_s + m_databaseName + u" SET lock_timeout = '1s'"_s);
+    return true;
+}
+
+DbConnection TestDatabase::holdWriteLock(const QString &table) const
+{
+    DbConnection holder = connect();
+    if (m_backend == Backend::PostgresOdbc) {
+        holder.execute(u"BEGIN"_s);
+        holder.execute(u"LOCK TABLE %1 IN ACCESS EXCLUSIVE MODE"_s.arg(table));
+    } else {
+        holder.execute(u"BEGIN EXCLUSIVE"_s);
+    }
+    return holder;
+}
+
+int runThreads(int count, const std::function<bool(int)> &body)
+{
+    QAtomicInt failures = 0;
+    std::vector<std::unique_ptr<QThread>> workers;
+    for (int t = 0; t < count; ++t) {
+        workers.emplace_back(QThread::create([&, t] {
+            try {
+                if (!body(t))
+                    failures.fetchAndAddRelaxed(1);
+            } catch (const DbException &e) {
+                qWarning("%s", e.what());
+                failures.fetchAndAddRelaxed(1);
+            }
+        }));
+    }
+    for (const auto &worker : workers)
+        worker->start();
+    for (const auto &worker : workers)
+        worker->wait();
+    return failures.loadRelaxed();
 }
 
 DbConnection TestDatabase::connect() const

@@ -3,10 +3,12 @@
 #include "DbConnection.h"
 #include "TempServerDir.h"
 
+#include <functional>
 #include <QList>
 #include <QMetaType>
 #include <QString>
 #include <QStringList>
+#include <QTest>
 #include <QVariant>
 
 class RegistryHives;
@@ -49,6 +51,11 @@ public:
     // between backends (refusals before any SQL, files beside the database).
     static void addSqliteFileBackend();
 
+    // The statements of a file below tests/data, one a line; blank lines and
+    // "--" comments are left out. A file that cannot be read gives one
+    // statement that fails, naming it.
+    static QStringList statementsFrom(const QString &dataFile);
+
     // The connection string of a PostgreSQL database on the test server.
     static QString postgresConnectionString(const QString &databaseName);
 
@@ -75,6 +82,16 @@ public:
 
     // Stores connectionString() as ConnectionString of HKLM SOFTWARE\Velmar\Services\Database.
     bool writeConnectionString(RegistryHives &hives) const;
+    // Stores any text there (and nothing else).
+    static bool storeConnectionString(RegistryHives &hives, const QString &connectionString);
+
+    // Makes a blocked statement give up within seconds: the SQLite ODBC
+    // driver's Timeout in the stored string (its own default is 100 s),
+    // PostgreSQL's lock_timeout; the SQLite file waits 5 s anyway.
+    bool shortenLockWait(RegistryHives &hives);
+    // A connection of its own holding a write lock on the database (on
+    // PostgreSQL on `table` alone) until it runs "ROLLBACK"; raises DbException.
+    DbConnection holdWriteLock(const QString &table) const;
 
     // A new connection of its own (statements are checked and rewritten as the
     // console's are); raises DbException.
@@ -113,11 +130,34 @@ private:
 
 Q_DECLARE_METATYPE(TestDatabase::Backend)
 
+// Runs a test's body; a DbException out of it fails the test with its text.
+template<typename Body> void guarded(Body body)
+{
+    try {
+        body();
+    } catch (const DbException &e) {
+        QFAIL(e.what());
+    }
+}
+
+// Runs body(0) .. body(count - 1) at once, each on a thread of its own, and
+// waits for all of them: how many returned false or raised DbException (said
+// with qWarning).
+int runThreads(int count, const std::function<bool(int)> &body);
+
 // Opens a data-driven test over addBackends(): `backend` from the row, a
 // temporary server folder `dir` and the row's database `name` in it; the test
 // stops when the database cannot be made.
 #define VELMAR_BACKEND_DATABASE(name)                                                              \
     QFETCH(TestDatabase::Backend, backend);                                                        \
+    TempServerDir dir;                                                                             \
+    TestDatabase name(backend, dir.programDir());                                                  \
+    QVERIFY2(name.isValid(), qPrintable(name.errorString()))
+
+// The same without a data column, on the SQLite file alone: for what does not
+// differ between backends.
+#define VELMAR_SQLITE_DATABASE(name)                                                               \
+    [[maybe_unused]] const TestDatabase::Backend backend = TestDatabase::Backend::SqliteFile;      \
     TempServerDir dir;                                                                             \
     TestDatabase name(backend, dir.programDir());                                                  \
     QVERIFY2(name.isValid(), qPrintable(name.errorString()))
