@@ -706,9 +706,7 @@ void COrganizeFormView::openMenu(QMenu *menu, const QPoint &globalPos)
         m_menu->deleteLater();
     m_menu = menu;
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    Q_EMIT menuAboutToOpen(menu);
-    if (m_menu == menu)
-        menu->popup(globalPos);
+    menu->popup(globalPos);
 }
 
 // ---- splitters ---------------------------------------------------------------

@@ -78,8 +78,6 @@ Q_SIGNALS:
     // What the commands may do has changed (selection, focus, content).
     void commandStateChanged();
     void positionListRequested();
-    // A pop-up menu is about to open (tests answer it from here).
-    void menuAboutToOpen(QMenu *menu);
 
 protected:
     void showEvent(QShowEvent *event) override;
