@@ -15,6 +15,15 @@
 
 using namespace Qt::StringLiterals;
 
+// A failed comparison of two records shows every field, so the one that
+// differs can be read off.
+static char *toString(const NoticeRecord &r)
+{
+    return QTest::toString(u"{%1, %2, %3, %4, %5, %6, %7, %8, %9, %10}"_s.arg(QString::number(r.id),
+        r.title, r.written, QString::number(r.writerNumber), r.writerMemberId, r.writerName,
+        r.contents, r.fileList, r.fileSessionId, r.endDate));
+}
+
 namespace {
 
 // Changes the process's working directory for one test and restores it.

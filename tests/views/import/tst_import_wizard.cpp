@@ -128,10 +128,7 @@ void ImportWizardTest::initTestCase()
 void ImportWizardTest::init()
 {
     m_testers.clear();
-    m_f.reset();
-    m_f = std::make_unique<LoadedFrame>();
-    QString error;
-    QVERIFY2(m_f->open(&error), qPrintable(error));
+    OPEN_LOADED_FRAME(m_f);
     m_dir = std::make_unique<QTemporaryDir>();
     QVERIFY(m_dir->isValid());
     m_f->messages().clear();
