@@ -1,13 +1,12 @@
 #include "AdminPasswordStore.h"
 
 #include "CodePage.h"
+#include "ConsoleRegistryKey.h"
 #include "CRegistry.h"
 
 #include <QCryptographicHash>
 
 using namespace Qt::StringLiterals;
-
-const QString AdminPasswordStore::KeyPath = u"Software\\Velmar\\VelmarManager"_s;
 
 namespace {
 const QString PasswordValue = u"AdmPassword"_s;
@@ -32,14 +31,14 @@ bool AdminPasswordStore::digestsMatch(const QString &a, const QString &b)
 bool AdminPasswordStore::keyOpens() const
 {
     CRegistry registry(m_hives, RegistryRoot::LocalMachine);
-    return registry.openKey(RegistryRoot::LocalMachine, KeyPath);
+    return registry.openKey(RegistryRoot::LocalMachine, ConsoleRegistryKey);
 }
 
 QString AdminPasswordStore::storedDigest() const
 {
     CRegistry registry(m_hives, RegistryRoot::LocalMachine);
     QString value;
-    if (registry.openKey(RegistryRoot::LocalMachine, KeyPath))
+    if (registry.openKey(RegistryRoot::LocalMachine, ConsoleRegistryKey))
         registry.readString(PasswordValue, value);
     return value;
 }
@@ -48,7 +47,7 @@ qint32 AdminPasswordStore::state() const
 {
     CRegistry registry(m_hives, RegistryRoot::LocalMachine);
     qint32 value = 0;
-    if (registry.openKey(RegistryRoot::LocalMachine, KeyPath))
+    if (registry.openKey(RegistryRoot::LocalMachine, ConsoleRegistryKey))
         registry.readNumber(StateValue, value);
     return value;
 }
@@ -56,21 +55,21 @@ qint32 AdminPasswordStore::state() const
 bool AdminPasswordStore::writeState(qint32 state)
 {
     CRegistry registry(m_hives, RegistryRoot::LocalMachine);
-    return registry.openKey(RegistryRoot::LocalMachine, KeyPath)
+    return registry.openKey(RegistryRoot::LocalMachine, ConsoleRegistryKey)
         && registry.writeNumber(StateValue, state);
 }
 
 bool AdminPasswordStore::writeDigest(const QString &digest)
 {
     CRegistry registry(m_hives, RegistryRoot::LocalMachine);
-    return registry.openKey(RegistryRoot::LocalMachine, KeyPath)
+    return registry.openKey(RegistryRoot::LocalMachine, ConsoleRegistryKey)
         && registry.writeString(PasswordValue, digest);
 }
 
 bool AdminPasswordStore::promptNeeded(QString *expectedDigest) const
 {
     CRegistry registry(m_hives, RegistryRoot::LocalMachine);
-    if (!registry.openKey(RegistryRoot::LocalMachine, KeyPath))
+    if (!registry.openKey(RegistryRoot::LocalMachine, ConsoleRegistryKey))
         return false;
     qint32 state = 0;
     registry.readNumber(StateValue, state);

@@ -14,8 +14,6 @@ class AdminPasswordStore
 public:
     explicit AdminPasswordStore(RegistryHives &hives);
 
-    static const QString KeyPath;
-
     // MD5 over the text's bytes in the system code page, exactly as typed, as
     // 32 lower-case hexadecimal digits.
     static QString digest(const QString &text);

@@ -12,6 +12,7 @@
 #include "CMainFormView.h"
 #include "CNoticeFormView.h"
 #include "CommandIds.h"
+#include "ConsoleRegistryKey.h"
 #include "COrganizeFormView.h"
 #include "CPositionFormView.h"
 #include "CProgressDlg.h"
@@ -62,8 +63,6 @@
 #include <QUrl>
 
 using namespace Qt::StringLiterals;
-
-const QString CMainFrame::ConsoleKeyPath = u"Software\\Velmar\\VelmarManager"_s;
 
 namespace {
 struct ViewPlaceholder
@@ -159,7 +158,7 @@ void CMainFrame::readBalloonHelp()
 {
     CRegistry registry(m_context.hives, RegistryRoot::CurrentUser);
     qint32 value = 1;
-    if (!registry.openKey(RegistryRoot::CurrentUser, ConsoleKeyPath)
+    if (!registry.openKey(RegistryRoot::CurrentUser, ConsoleRegistryKey)
         || !registry.readNumber(u"BalloonHelp"_s, value))
         value = 1;
     m_balloonHelp = value != 0;
@@ -276,7 +275,7 @@ void CMainFrame::createJournal()
 
     CRegistry registry(m_context.hives, RegistryRoot::CurrentUser);
     qint32 visible = 1;
-    if (registry.openKey(RegistryRoot::CurrentUser, ConsoleKeyPath)
+    if (registry.openKey(RegistryRoot::CurrentUser, ConsoleRegistryKey)
         && registry.readNumber(u"JournalVisible"_s, visible) && visible == 0)
         m_journalDock->hide();
     m_journalHiddenAtStart = m_journalDock->isHidden();
@@ -290,7 +289,7 @@ void CMainFrame::writeJournalVisibility()
     if (!m_startupReady || m_journalDock->isHidden() == m_journalHiddenAtStart)
         return;
     CRegistry registry(m_context.hives, RegistryRoot::CurrentUser);
-    if (registry.createKey(RegistryRoot::CurrentUser, ConsoleKeyPath))
+    if (registry.createKey(RegistryRoot::CurrentUser, ConsoleRegistryKey))
         registry.writeNumber(u"JournalVisible"_s, m_journalDock->isHidden() ? 0 : 1);
 }
 
@@ -558,7 +557,7 @@ void CMainFrame::setBalloonHelp(bool enabled)
 {
     m_balloonHelp = enabled;
     CRegistry registry(m_context.hives, RegistryRoot::CurrentUser);
-    if (registry.createKey(RegistryRoot::CurrentUser, ConsoleKeyPath))
+    if (registry.createKey(RegistryRoot::CurrentUser, ConsoleRegistryKey))
         registry.writeNumber(u"BalloonHelp"_s, enabled ? 1 : 0);
     Q_EMIT balloonHelpChanged(enabled);
 }

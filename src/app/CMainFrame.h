@@ -50,7 +50,6 @@ public:
     explicit CMainFrame(const MainFrameContext &context, QWidget *parent = nullptr);
     ~CMainFrame() override;
 
-    static const QString ConsoleKeyPath; // Software\Velmar\VelmarManager
     // Asked at start-up when another console has the server folder open.
     static QString secondConsoleText(const QString &folder);
 

@@ -1,11 +1,11 @@
 #include "InviteMailSettings.h"
 
+#include "ConsoleRegistryKey.h"
 #include "CRegistry.h"
 
 using namespace Qt::StringLiterals;
 
 namespace {
-const QString ConsoleKey = u"Software\\Velmar\\VelmarManager"_s;
 const QString HostValue = u"InviteSmtpHost"_s;
 const QString PortValue = u"InviteSmtpPort"_s;
 const QString SecurityValue = u"InviteSmtpSecurity"_s;
@@ -21,7 +21,7 @@ InviteMailSettings InviteMailSettings::read(RegistryHives &hives)
 {
     InviteMailSettings settings;
     CRegistry registry(hives, RegistryRoot::CurrentUser);
-    if (!registry.openKey(RegistryRoot::CurrentUser, ConsoleKey))
+    if (!registry.openKey(RegistryRoot::CurrentUser, ConsoleRegistryKey))
         return settings;
     registry.readString(HostValue, settings.host);
     qint32 port = 0;
@@ -42,7 +42,7 @@ InviteMailSettings InviteMailSettings::read(RegistryHives &hives)
 bool InviteMailSettings::write(RegistryHives &hives) const
 {
     CRegistry registry(hives, RegistryRoot::CurrentUser);
-    return registry.createKey(RegistryRoot::CurrentUser, ConsoleKey)
+    return registry.createKey(RegistryRoot::CurrentUser, ConsoleRegistryKey)
         && registry.writeString(HostValue, host) && registry.writeNumber(PortValue, port)
         && registry.writeString(SecurityValue, securityName(security))
         && registry.writeString(SenderValue, sender) && registry.writeString(UserValue, user)

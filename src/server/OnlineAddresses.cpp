@@ -1,11 +1,11 @@
 #include "OnlineAddresses.h"
 
+#include "ConsoleRegistryKey.h"
 #include "CRegistry.h"
 
 using namespace Qt::StringLiterals;
 
 namespace {
-const QString ConsoleKey = u"Software\\Velmar\\VelmarManager"_s;
 const QString HomePageValue = u"OnlineHomePage"_s;
 const QString SmsPortalValue = u"OnlineSmsPortal"_s;
 const QString UpdateFeedValue = u"OnlineUpdateFeed"_s;
@@ -23,7 +23,7 @@ OnlineAddresses OnlineAddresses::read(RegistryHives &hives)
 {
     OnlineAddresses addresses;
     CRegistry registry(hives, RegistryRoot::CurrentUser);
-    if (!registry.openKey(RegistryRoot::CurrentUser, ConsoleKey))
+    if (!registry.openKey(RegistryRoot::CurrentUser, ConsoleRegistryKey))
         return addresses;
     addresses.homePage = readAddress(registry, HomePageValue);
     addresses.smsPortal = readAddress(registry, SmsPortalValue);
@@ -34,7 +34,7 @@ OnlineAddresses OnlineAddresses::read(RegistryHives &hives)
 bool OnlineAddresses::write(RegistryHives &hives) const
 {
     CRegistry registry(hives, RegistryRoot::CurrentUser);
-    return registry.createKey(RegistryRoot::CurrentUser, ConsoleKey)
+    return registry.createKey(RegistryRoot::CurrentUser, ConsoleRegistryKey)
         && registry.writeString(HomePageValue, homePage.toString())
         && registry.writeString(SmsPortalValue, smsPortal.toString())
         && registry.writeString(UpdateFeedValue, updateFeed.toString());

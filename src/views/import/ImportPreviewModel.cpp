@@ -42,18 +42,19 @@ int ImportPreviewModel::addedCount() const
     return m_firstRefused;
 }
 
-bool ImportPreviewModel::isAdded(int row) const
+bool ImportPreviewModel::isNeverRead(int row) const
 {
-    if (m_rows.at(row).refusal)
-        return false;
-    return m_skipRefused || m_firstRefused < 0 || row < m_firstRefused;
+    return !m_skipRefused && m_firstRefused >= 0 && row > m_firstRefused;
 }
 
 int ImportPreviewModel::withoutPasswordCount() const
 {
     int count = 0;
     for (int row = 0; row < m_rows.size(); ++row)
-        count += isAdded(row) && m_rows.at(row).member.password.isEmpty() ? 1 : 0;
+        count += !m_rows.at(row).refusal && !isNeverRead(row)
+                && m_rows.at(row).member.password.isEmpty()
+            ? 1
+            : 0;
     return count;
 }
 
@@ -107,7 +108,7 @@ QString ImportPreviewModel::fieldText(const UserInfo &member, int field)
 QString ImportPreviewModel::resultText(int row) const
 {
     const Row &entry = m_rows.at(row);
-    if (!m_skipRefused && m_firstRefused >= 0 && row > m_firstRefused) {
+    if (isNeverRead(row)) {
         // Never read: the import has stopped before it.
         QString text = u"不导入 (在第 %1 行停止)"_s.arg(m_rows.at(m_firstRefused).sourceRow);
         if (entry.refusal)
@@ -137,7 +138,7 @@ QVariant ImportPreviewModel::data(const QModelIndex &index, int role) const
         return fieldText(entry.member, index.column() - fieldColumn(0));
     case Qt::ForegroundRole:
         // Greyed: rows the stopped import never reads.
-        if (!m_skipRefused && m_firstRefused >= 0 && index.row() > m_firstRefused)
+        if (isNeverRead(index.row()))
             return QBrush(QColor(0x80, 0x80, 0x80));
         if (entry.refusal && result)
             return QBrush(QColor(0xb0, 0x00, 0x20));
@@ -145,7 +146,7 @@ QVariant ImportPreviewModel::data(const QModelIndex &index, int role) const
             return QBrush(QColor(0x8a, 0x5a, 0x00));
         return {};
     case Qt::BackgroundRole:
-        if (!entry.refusal || (!m_skipRefused && index.row() > m_firstRefused))
+        if (!entry.refusal || isNeverRead(index.row()))
             return {};
         return QBrush(QColor(0xfd, 0xe7, 0xe9));
     default:

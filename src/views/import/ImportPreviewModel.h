@@ -58,7 +58,8 @@ public:
 
 private:
     QString resultText(int row) const;
-    bool isAdded(int row) const;
+    // Rows after the one that stops the import: it never reads them.
+    bool isNeverRead(int row) const;
 
     QStringList m_fieldNames;
     QList<Row> m_rows;

@@ -158,14 +158,20 @@ bool ImportWizard::openSource(const ImportSourceAddress &address, QString *error
                                                               : u"请选择文件."_s;
         return false;
     }
+    // The table list too asks the server, so it is read in the same trip.
     QString why;
-    m_source = m_sourceThread.run([&address, &why] { return ImportSource::open(address, &why); });
+    QStringList tables;
+    m_source = m_sourceThread.run([&address, &why, &tables] {
+        std::unique_ptr<ImportSource> source = ImportSource::open(address, &why);
+        if (source)
+            tables = source->tables();
+        return source;
+    });
     if (!m_source) {
         *error = why;
         return false;
     }
-    ImportSource *source = m_source.get();
-    m_sourceTables = m_sourceThread.run([source] { return source->tables(); });
+    m_sourceTables = std::move(tables);
     return true;
 }
 

@@ -1,5 +1,6 @@
 #include "COrganizeFormView.h"
 
+#include "ConsoleRegistryKey.h"
 #include "CRegistry.h"
 #include "CVelmarManagerDoc.h"
 #include "Directory.h"
@@ -33,7 +34,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString ConsoleKeyPath = u"Software\\Velmar\\VelmarManager"_s;
 const QString SplitterValue = u"OrganizeSplitters"_s;
 constexpr int BalloonMs = 3000;
 constexpr int NoPositionCommand = 200;
@@ -717,7 +717,7 @@ void COrganizeFormView::restoreSplitters()
         return;
     CRegistry registry(*m_hives, RegistryRoot::CurrentUser);
     QString stored;
-    if (!registry.openKey(RegistryRoot::CurrentUser, ConsoleKeyPath)
+    if (!registry.openKey(RegistryRoot::CurrentUser, ConsoleRegistryKey)
         || !registry.readString(SplitterValue, stored))
         return;
     // "rows;regular pair;guest pair", each "a,b" in pixels.
@@ -745,6 +745,6 @@ void COrganizeFormView::saveSplitters()
         parts.append(u"%1,%2"_s.arg(sizes.value(0)).arg(sizes.value(1)));
     }
     CRegistry registry(*m_hives, RegistryRoot::CurrentUser);
-    if (registry.createKey(RegistryRoot::CurrentUser, ConsoleKeyPath))
+    if (registry.createKey(RegistryRoot::CurrentUser, ConsoleRegistryKey))
         registry.writeString(SplitterValue, parts.join(u';'));
 }
